@@ -1,0 +1,26 @@
+#include "driver/fatal.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+#include <string>
+
+namespace velk {
+
+void fatal(ExitStatus status, std::string_view message) {
+  std::cerr << message;
+  std::exit(status);
+}
+
+void failReading(const std::string& file) {
+  const std::string reason = std::strerror(errno);
+  fatal(kUserError, "[ERROR]: can't read " + file + ": " + reason + "\n");
+}
+
+void outOfMemory(const AllocationSite& site) {
+  std::cerr << "Out of memory! Line: " << site.line << site.separator << site.function << site.end;
+  std::exit(site.status);
+}
+
+}  // namespace velk

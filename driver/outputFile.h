@@ -1,0 +1,30 @@
+// Output files: opened only where they replace no input, checked when they are finished.
+//
+// The driver first tells every input of the run to protectFile(). Each output is then opened with
+// openOutput() and ended with finishOutput() (or, while it stays open, looked at with
+// requireWritten()), so a run that ends with status 0 has every byte on disk. Main thread only.
+#pragma once
+
+#include <fstream>
+#include <string>
+
+namespace velk {
+
+/// Keeps the file named `file`, if it exists, from being opened as an output.
+void protectFile(const std::string& file);
+
+/// Lifts the protection that protectFile(file) gave.
+void unprotectFile(const std::string& file);
+
+/// Opens `output` on `file` for writing with truncation and protects the file from later outputs.
+/// Returns whether it could be opened. Exits with status 1, the file untouched, after
+/// "[ERROR]: output file FILE is the same file as OTHER" when it is protected.
+bool openOutput(std::ofstream& output, const std::string& file);
+
+/// Exits with status 1 after "[ERROR]: can't write FILE: REASON" when a write to `output` failed.
+void requireWritten(const std::ofstream& output, const std::string& file);
+
+/// Flushes and closes `output`; exits like requireWritten() when any byte could not be written.
+void finishOutput(std::ofstream& output, const std::string& file);
+
+}  // namespace velk

@@ -1,0 +1,35 @@
+#include <cstdlib>
+
+#include "driver/fatal.h"
+#include "driver/velk.h"
+
+namespace velk {
+
+std::string lib_file;
+std::string contig_file;
+std::string scaffold_file;
+std::string out_file;
+double OverRatio = 0.3;
+double mapCut = 0.98;
+int CuttEdge = 0;
+int Kmer = 31;
+int thread_num = 1;
+int readLen = 100;
+uint64_t initSize = 1048576;
+int CONTIGLEN = 70;
+float LoadFactor = 0.75F;
+int BIGGAPLEN = 900;
+int MAXINSERT = 0;
+
+int lenientInt(const std::string& text) {
+  return static_cast<int>(std::strtol(text.c_str(), nullptr, 10));
+}
+
+void checkParameters() {
+  if (thread_num < 1) fatal(kUserError, "[ERROR]: -t must be at least 1\n");
+  if (Kmer < 0) fatal(kUserError, "[ERROR]: -k must be at least 0\n");
+  if (CuttEdge < 0) fatal(kUserError, "[ERROR]: -C must be at least 0\n");
+  if (readLen < 0) fatal(kUserError, "[ERROR]: -r must be at least 0\n");
+}
+
+}  // namespace velk
