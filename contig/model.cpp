@@ -1,0 +1,64 @@
+#include <fstream>
+#include <iostream>
+
+#include "contig/contig.h"
+#include "driver/fatal.h"
+
+namespace velk {
+namespace {
+
+constexpr std::string_view kSeparator = "\tFunction: ";
+constexpr std::string_view kFunction = "InitialScaffold";
+
+}  // namespace
+
+ScaffoldInfo* scaffoldInfo = nullptr;
+uint32_t scaffoldSum = 0;
+
+uint32_t contignum(const std::string& file) {
+  std::ifstream stream(file);
+  if (!stream) {
+    // KEPT: this message goes to standard output (Contignum.UnopenableFileIsToldOnStandardOutput)
+    std::cout << "Fail to load file " << file << std::endl;
+    std::exit(kInputError);
+  }
+  uint32_t headers = 0;
+  for (std::string line; std::getline(stream, line);) {
+    if (line.starts_with('>')) ++headers;
+  }
+  if (stream.bad()) failReading(file);
+  return headers;
+}
+
+void InitialScaffold(ScaffoldInfo*& scaffoldInfo, const std::string& scaffoldFile,
+                     uint32_t& scaffoldSum) {
+  scaffoldSum = contignum(scaffoldFile);
+  scaffoldInfo =
+      allocateArray<ScaffoldInfo>(scaffoldSum, {__LINE__, kFunction, kUserError, kSeparator});
+  std::cerr << "Scaffold Initialization finished!\n";
+}
+
+void InitialScaffold(ScaffoldInfo*& scaffoldInfo, ScaftigMap& scaftigNum, uint64_t& gapSum) {
+  scaffoldInfo =
+      allocateArray<ScaffoldInfo>(scaftigNum.size(), {__LINE__, kFunction, kUserError, kSeparator});
+  int index = 0;
+  for (auto& [id, number] : scaftigNum) {
+    ScaffoldInfo& info = scaffoldInfo[index];
+    info.scaffoldId = id;
+    info.contigsSum = static_cast<uint32_t>(number);
+    info.contigsInfo =
+        allocateArray<ContigInfo>(info.contigsSum, {__LINE__, kFunction, kUserError, kSeparator});
+    gapSum += info.contigsSum - 1;
+    number = index++;
+  }
+  std::cerr << "Scaffold Initialization finished!\n";
+}
+
+void releaseScaffolds() {
+  for (uint32_t i = 0; i < scaffoldSum; ++i) delete[] scaffoldInfo[i].contigsInfo;
+  delete[] scaffoldInfo;
+  scaffoldInfo = nullptr;
+  scaffoldSum = 0;
+}
+
+}  // namespace velk
