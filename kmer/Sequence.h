@@ -1,0 +1,41 @@
+// Base and k-mer coding: 2 bits a base, and the complement of a base.
+//
+// The k-mers of contigs and of reads are packed by Seq2Kmer alone, so that their keys meet in the
+// hash set. Pure functions over constant tables; any thread may call them.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace velk {
+
+/// Code of every byte: A a 0, C c 1, G g 2, T t 3, all others 4.
+extern const std::array<uint8_t, 256> alphabet;
+
+/// Complement of every character below 128, in upper case; characters other than A, C and G (a, c
+/// and g) give 'A', T and N included.
+extern const std::array<char, 128> complementAlphabet;
+
+/// Returns the code of `base`: alphabet indexed by the byte's value.
+inline uint8_t baseCode(char base) {
+  return alphabet[static_cast<unsigned char>(base)];
+}
+
+/// Returns the complement of `base`; bytes of 128 and above give 'A'.
+inline char complementOf(char base) {
+  const auto byte = static_cast<unsigned char>(base);
+  return byte < complementAlphabet.size() ? complementAlphabet[byte] : 'A';
+}
+
+/// Packs `seq` into `kmer` (inout): the last base in the lowest two bits, earlier ones above; bases
+/// before the last 32 are shifted out. A character of code 4 is ORed in as it stands: it reads as A
+/// in its own place and sets the low bit of the base before it.
+/// REQUIRES: kmer == 0.
+void Seq2Kmer(uint64_t& kmer, std::string_view seq);
+
+/// Returns the `Kmer` letters of a packed k-mer; empty when Kmer is above 32.
+std::string Kmer2Seq(uint64_t kmer);
+
+}  // namespace velk

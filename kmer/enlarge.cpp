@@ -1,0 +1,69 @@
+// The growth of the hash set: all entities move to their new slots inside the grown array, so that
+// no second table is needed.
+#include <algorithm>
+#include <cstdlib>
+#include <utility>
+
+#include "driver/fatal.h"
+#include "kmer/hashSet.h"
+#include "kmer/slotBitmap.h"
+
+namespace velk {
+namespace {
+
+constexpr uint64_t kLargestDoubling = 0x3FFFFFFF;  // slots; from here on a table grows by this many
+
+// The size of the next table: the first of the growth series that holds `needed` entities.
+uint64_t grownSize(const HashSet& set, uint64_t needed, const AllocationSite& site) {
+  const double neededSlots = static_cast<double>(needed) / static_cast<double>(set.load_factor);
+  uint64_t size = set.size;
+  do {
+    if (neededSlots > static_cast<double>(kMaxSlots) || size > kMaxSlots) outOfMemory(site);
+    size = find_next_prime(size < kLargestDoubling ? size * 2 : size + kLargestDoubling);
+  } while (static_cast<float>(needed) > static_cast<float>(size) * set.load_factor);
+  return size;
+}
+
+// Moves the entities of the first `oldSize` slots to where the table's new size wants them.
+// `oldFilled` and `moved` are the old bitmaps; a slot is marked in `moved` when its entity left it.
+void rehash(HashSet* set, uint64_t oldSize, const uint8_t* oldFilled, uint8_t* moved) {
+  const auto isWaiting = [&](uint64_t slot) {
+    return slot < oldSize && !is_entity_null(oldFilled, slot) && !is_entity_delete(moved, slot);
+  };
+  for (uint64_t i = 0; i < oldSize; ++i) {
+    if (!isWaiting(i)) continue;
+    Entity inHand = set->array[i];
+    set_entity_delete(moved, i);
+    for (bool placed = false; !placed;) {
+      uint64_t slot = hash_code(inHand) % set->size;
+      while (!is_entity_null(set->nul_flag, slot)) slot = nextSlot(slot, set->size);
+      set_entity_fill(set->nul_flag, slot);
+      placed = !isWaiting(slot);
+      if (!placed) set_entity_delete(moved, slot);
+      std::swap(inHand, set->array[slot]);  // what lay there is placed next, if it was waiting
+    }
+  }
+}
+
+}  // namespace
+
+void enlarge_hashset(HashSet* set, uint64_t num) {
+  const AllocationSite site{__LINE__, "enlarge_hashset", kUserError, ". Function: ", ".\n"};
+  const uint64_t oldSize = set->size;
+  set->size = grownSize(*set, set->count + num, site);
+  // KEPT: rounded to nearest here, cut off in init_hashset (HashSet.GrowthRoundsMaxToNearest)
+  const double max = static_cast<double>(static_cast<float>(set->size) * set->load_factor) + 0.5;
+  set->max = std::min(static_cast<uint64_t>(max), set->size - 1);
+
+  auto* grown = static_cast<Entity*>(std::realloc(set->array, (set->size + 1) * sizeof(Entity)));
+  uint8_t* const oldFilled = std::exchange(set->nul_flag, newBitmap(set->size));
+  uint8_t* const moved = std::exchange(set->del_flag, newBitmap(set->size));
+  if (grown == nullptr || set->nul_flag == nullptr || set->del_flag == nullptr) outOfMemory(site);
+  set->array = grown;
+  rehash(set, oldSize, oldFilled, moved);
+  set->array[set->size] = Entity{};
+  std::free(oldFilled);
+  std::free(moved);
+}
+
+}  // namespace velk

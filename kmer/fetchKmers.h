@@ -1,0 +1,31 @@
+// Fills the k-mer hash set from the contigs, and finds a hit's place again.
+//
+// The driver calls FetchKmers1 once, after the scaffold model is loaded and before any worker
+// exists; workers call placeOf for every unique hit.
+#pragma once
+
+#include <cstdint>
+
+#include "contig/contig.h"
+#include "kmer/hashSet.h"
+
+namespace velk {
+
+/// Adds every k-mer of every contig of at least CONTIGLEN bases to `kmerHash`, forward strand only,
+/// in the order scaffold, contig, offset. A k-mer that occurs again keeps its first place and loses
+/// its `unique` bit.
+void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum);
+
+/// Where a k-mer lies: scaffold and contig index, offset of its first base in contigSeq.
+struct KmerPlace {
+  uint64_t scaffold;
+  uint64_t contig;
+  uint64_t start;
+};
+
+/// Returns the place of `hit`, a filled slot of the run's hash set whose `unique` bit is set. In an
+/// assembly whose indexes outgrow an entity's fields it is the one indexed place that agrees with
+/// the fields' low bits and holds this k-mer; else the fields themselves, at no cost.
+KmerPlace placeOf(const Entity& hit);
+
+}  // namespace velk

@@ -1,0 +1,122 @@
+#include "kmer/hashSet.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <iostream>
+
+#include "driver/fatal.h"
+#include "kmer/slotBitmap.h"
+
+namespace velk {
+namespace {
+
+constexpr float kSmallestLoadFactor = 0.25F;  // stands for 0 and below
+constexpr float kLargestLoadFactor = 0.75F;   // stands for 1 and above, and for no number
+
+float clampedLoadFactor(float load_factor) {
+  if (load_factor <= 0) return kSmallestLoadFactor;
+  if (load_factor >= 1 || std::isnan(load_factor)) return kLargestLoadFactor;
+  return load_factor;
+}
+
+// Copies `entity` into the empty slot `slot`.
+void fillSlot(HashSet* set, uint64_t slot, const Entity& entity) {
+  set->array[slot] = entity;
+  set_entity_fill(set->nul_flag, slot);
+  ++set->count;
+}
+
+// Adds an entity to a table that has just grown, counting the filled slots on its way.
+void addAfterGrowth(HashSet* set, const Entity& entity) {
+  uint64_t slot = hash_code(entity) % set->size;
+  while (!is_entity_null(set->nul_flag, slot)) {
+    if (hash_equal(entity, set->array[slot])) {
+      set->array[slot].unique = 0;
+      return;
+    }
+    ++set->count_conflict;
+    slot = nextSlot(slot, set->size);
+  }
+  fillSlot(set, slot, entity);
+}
+
+}  // namespace
+
+HashSet* kmerHash = nullptr;
+
+HashSet* init_hashset(uint64_t init_size, float load_factor) {
+  const AllocationSite site{__LINE__, "init_hashset", kUserError};
+  if (init_size > kMaxSlots) outOfMemory(site);
+  auto* set = allocateArray<HashSet>(1, site);
+  set->e_size = sizeof(Entity);
+  set->size = init_size > 2 ? find_next_prime(init_size) : 3;
+  set->load_factor = clampedLoadFactor(load_factor);
+  // A load factor just below 1 would round up to a table without an empty slot.
+  set->max = std::min(static_cast<uint64_t>(static_cast<float>(set->size) * set->load_factor),
+                      set->size - 1);
+  set->array = static_cast<Entity*>(std::malloc((set->size + 1) * sizeof(Entity)));
+  set->nul_flag = newBitmap(set->size);
+  set->del_flag = newBitmap(set->size);
+  if (set->array == nullptr || set->nul_flag == nullptr || set->del_flag == nullptr) {
+    outOfMemory(site);
+  }
+  set->array[set->size] = Entity{};
+  return set;
+}
+
+uint64_t GetHashSet(const HashSet* set, const Entity& entity, int& flag) {
+  uint64_t slot = hash_code(entity) % set->size;
+  while (!is_entity_null(set->nul_flag, slot)) {
+    if (hash_equal(entity, set->array[slot])) {
+      flag = 1;
+      return slot;
+    }
+    slot = nextSlot(slot, set->size);
+  }
+  flag = 0;
+  return slot;
+}
+
+int add_hashset(HashSet* set, const Entity& entity) {
+  int flag = 0;
+  const uint64_t slot = GetHashSet(set, entity, flag);
+  if (flag == 1) {
+    set->array[slot].unique = 0;
+  } else if (set->count + 1 <= set->max) {
+    fillSlot(set, slot, entity);
+  } else {
+    std::cerr << "old set->size: " << set->size << "\n";
+    enlarge_hashset(set, 1);
+    std::cerr << "new set->size: " << set->size << "\n";
+    addAfterGrowth(set, entity);
+  }
+  return 1;
+}
+
+uint64_t get_hashset(const HashSet* set, const Entity& entity) {
+  int flag = 0;
+  const uint64_t slot = GetHashSet(set, entity, flag);
+  return flag == 1 && !is_entity_delete(set->del_flag, slot) ? slot : set->size;
+}
+
+bool exists_hashset(const HashSet* set, const Entity& entity) {
+  return get_hashset(set, entity) != set->size;
+}
+
+bool delete_hashset(HashSet* set, const Entity& entity) {
+  const uint64_t slot = get_hashset(set, entity);
+  if (slot == set->size) return false;
+  set_entity_delete(set->del_flag, slot);
+  return true;
+}
+
+int free_hash(HashSet* set) {
+  std::free(set->array);
+  std::free(set->nul_flag);
+  std::free(set->del_flag);
+  delete[] set;
+  return 1;
+}
+
+}  // namespace velk

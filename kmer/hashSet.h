@@ -1,0 +1,123 @@
+// The k-mer hash set: where each contig k-mer lies, and whether it occurs more than once.
+//
+// Open addressing with linear probing over `size` slots. The driver creates the one set of a run,
+// FetchKmers1 fills it on the main thread, the workers only look up. Read without locks once
+// workers exist, which rests on these invariants:
+//   1. A slot is filled when its nul_flag bit is set; contents of other slots are undefined,
+//   except:
+//   2. the sentinel slot array[size] is all zero after creation and after every growth, so that the
+//      slot of a missing key reads as not unique.
+//   3. count <= max < size: an empty slot ends every probe.
+//   4. Nothing inserts, grows or deletes while a worker runs.
+#pragma once
+
+#include <cstdint>
+
+namespace velk {
+
+/// One slot: a k-mer and the place where it was first added. 16 bytes.
+struct Entity {
+  uint64_t bitSeq;            // packed k-mer, the key
+  uint64_t scaffoldNum : 20;  // index of the scaffold, low bits
+  uint64_t contigNum : 19;    // index of the contig in its scaffold, low bits
+  uint64_t startPos : 24;     // offset of the k-mer's first base in contigSeq, low bits
+  uint64_t unique : 1;        // 1 while the k-mer was added once only
+};
+static_assert(sizeof(Entity) == 16);
+
+struct HashSet {
+  uint32_t e_size;          // bytes of one entity
+  uint64_t size;            // slots; also the answer for a missing key
+  uint64_t count;           // filled slots
+  uint64_t count_conflict;  // filled slots stepped over by insertions right after a growth
+  uint64_t max;             // highest count before the next insertion grows the table
+  float load_factor;        // filled share that sets max
+  uint64_t iter_ptr;        // iteration cursor, not used
+  Entity* array;            // size + 1 slots
+  uint8_t* nul_flag;        // bit per slot: filled
+  uint8_t* del_flag;        // bit per slot: deleted
+};
+
+extern HashSet* kmerHash;  // null: the set of the run, written by the driver
+
+/// Most slots that a table may have (16 TiB of them): beyond it memory is taken to have run out,
+/// before the search for a prime number of slots can take long.
+inline constexpr uint64_t kMaxSlots = uint64_t{1} << 40;
+
+/// Returns a new empty set of find_next_prime(init_size) slots (3 when init_size is 2 or less).
+/// A load factor of 0 or below counts as 0.25, of 1 or above (or not a number) as 0.75.
+/// Exits with status 1 after the out-of-memory message when there is no memory.
+HashSet* init_hashset(uint64_t init_size, float load_factor);
+
+/// Adds `entity`, or clears the `unique` bit of the entity that has its key already. Grows the
+/// table first when it is full, with two lines on standard error. Returns 1.
+int add_hashset(HashSet* set, const Entity& entity);
+
+/// Returns the slot of the entity whose key is entity.bitSeq, or set->size when it is not there (or
+/// deleted). The answer may be used as an index of set->array in either case.
+uint64_t get_hashset(const HashSet* set, const Entity& entity);
+
+/// Returns the slot that holds the key (flag 1, out) or the first empty slot met (flag 0, out).
+uint64_t GetHashSet(const HashSet* set, const Entity& entity, int& flag);
+
+/// Grows the table so that count + num entities fit, moving them in place.
+/// Exits with status 1 after the out-of-memory message when there is no memory.
+void enlarge_hashset(HashSet* set, uint64_t num);
+
+/// Marks the entity with this key as deleted. Returns whether it was there.
+bool delete_hashset(HashSet* set, const Entity& entity);
+
+/// Returns whether an entity with this key is in the set.
+bool exists_hashset(const HashSet* set, const Entity& entity);
+
+/// Releases the set. Returns 1.
+int free_hash(HashSet* set);
+
+/// Hash of the key: a 64-bit integer mix by Thomas Wang, "Integer Hash Function" (2007).
+inline uint64_t hash_code(const Entity& entity) {
+  uint64_t key = entity.bitSeq;
+  key += ~(key << 32);
+  key ^= key >> 22;
+  key += ~(key << 13);
+  key ^= key >> 8;
+  key *= 9;
+  key ^= key >> 15;
+  key += ~(key << 27);
+  key ^= key >> 31;
+  return key;
+}
+
+/// Returns whether two entities have the same key.
+inline bool hash_equal(const Entity& entity, const Entity& stored) {
+  return entity.bitSeq == stored.bitSeq;
+}
+
+/// Returns whether `num` counts as prime: odd divisors are tried below the square root only, so the
+/// squares of odd primes pass, and so does every number below 4.
+bool is_prime(uint64_t num);
+
+/// Returns the first odd number from `num` on that is_prime accepts.
+uint64_t find_next_prime(uint64_t num);
+
+/// Bits of a slot bitmap: the bit of slot i is in byte i / 8, the first slot of a byte highest.
+inline uint8_t slotMask(uint64_t slot) {
+  return static_cast<uint8_t>(128U >> (slot % 8));
+}
+
+inline bool is_entity_null(const uint8_t* nul_flag, uint64_t slot) {
+  return (nul_flag[slot / 8] & slotMask(slot)) == 0;
+}
+
+inline void set_entity_fill(uint8_t* nul_flag, uint64_t slot) {
+  nul_flag[slot / 8] |= slotMask(slot);
+}
+
+inline bool is_entity_delete(const uint8_t* del_flag, uint64_t slot) {
+  return (del_flag[slot / 8] & slotMask(slot)) != 0;
+}
+
+inline void set_entity_delete(uint8_t* del_flag, uint64_t slot) {
+  del_flag[slot / 8] |= slotMask(slot);
+}
+
+}  // namespace velk
