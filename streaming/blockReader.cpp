@@ -1,0 +1,34 @@
+#include "streaming/blockReader.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace velk {
+
+BlockReader::~BlockReader() {
+  if (descriptor_ >= 0) close(descriptor_);
+}
+
+bool BlockReader::open(const std::string& file) {
+  do {
+    descriptor_ = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
+  } while (descriptor_ < 0 && errno == EINTR);
+  return descriptor_ >= 0;
+}
+
+std::string_view BlockReader::next() {
+  if (descriptor_ < 0 || error_ != 0) return {};
+  ssize_t got = 0;
+  do {
+    got = read(descriptor_, block_.data(), block_.size());
+  } while (got < 0 && errno == EINTR);
+  if (got < 0) {
+    error_ = errno;
+    return {};
+  }
+  return {block_.data(), static_cast<std::size_t>(got)};
+}
+
+}  // namespace velk

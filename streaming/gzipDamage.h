@@ -1,0 +1,15 @@
+// What becomes of damaged gzip files: a message when the damage is met, a failed run at its end.
+// Main thread only.
+#pragma once
+
+#include <string>
+
+namespace velk {
+
+/// Writes "[ERROR]: damaged gzip file: FILE: REASON" to standard error and remembers it.
+void reportGzipDamage(const std::string& file, const std::string& reason);
+
+/// Returns whether any damage was reported: the run must not end with status 0.
+bool gzipDamageSeen();
+
+}  // namespace velk

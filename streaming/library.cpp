@@ -1,0 +1,205 @@
+#include "streaming/library.h"
+
+#include <cerrno>
+#include <ctime>
+#include <iostream>
+#include <new>
+#include <optional>
+
+#include "driver/fatal.h"
+#include "driver/velk.h"
+#include "streaming/gzipDamage.h"
+#include "streaming/lineSource.h"
+#include "streaming/readBuffer.h"
+#include "streaming/readers.h"
+
+namespace velk {
+namespace {
+
+bool isGzipName(const std::string& file) {
+  return file.ends_with(".gz");
+}
+
+// The look at a read file before it is streamed.
+struct FirstLine {
+  char letter;         // the first character, NUL of an empty line
+  std::string damage;  // what is wrong with a gzip file so far
+};
+
+// Reads the first line of a gzip file; nothing, after a message, when the file cannot be opened.
+std::optional<FirstLine> firstLineOfGzip(const std::string& file) {
+  GzipInput probe;
+  if (!probe.open(file)) {
+    std::cerr << "Can't open file: " << file << std::endl;
+    std::cout.flush();
+    return std::nullopt;
+  }
+  const std::string_view bytes = probe.next();
+  return FirstLine{bytes.empty() ? '\0' : bytes.front(), probe.damage()};
+}
+
+// Reads the first line of a plain file; exits with `cannotOpen` when the file cannot be opened.
+FirstLine firstLineOfPlain(const std::string& file, const std::string& cannotOpen) {
+  PlainLineSource probe(file);
+  if (!probe.open()) fatal(kUserError, cannotOpen);
+  std::string line;
+  probe.keepLine(line);
+  return {line.empty() ? '\0' : line.front(), ""};
+}
+
+[[noreturn]] void refuseFormat(const std::string& file, const FirstLine& first,
+                               const char* message) {
+  if (!first.damage.empty()) reportGzipDamage(file, first.damage);
+  fatal(kUserError, message);
+}
+
+void streamPairs(const std::string& fileA, const std::string& fileB, bool isFasta) {
+  const bool isGzip = isGzipName(fileA);
+  if (fileB.empty()) {
+    if (isFasta) {
+      isGzip ? LoadPEfaPair_gz(fileA) : LoadPEfaPair(fileA);
+      std::cerr << "Load pair-end reads in *.pair format done!\n";
+    } else {
+      isGzip ? LoadPEfqPair_gz(fileA) : LoadPEfqPair(fileA);
+      std::cerr << "Load pari-end reads in *.pair format done!\n";  // sic
+    }
+  } else if (isFasta) {
+    isGzip ? LoadPEfa_gz(fileA, fileB) : LoadPEfa(fileA, fileB);
+    std::cerr << "Load pair-end reads in *.fa format done!\n";
+  } else {
+    isGzip ? LoadPEfq_gz(fileA, fileB) : LoadPEfq(fileA, fileB);
+    std::cerr << "Load pair-end reads in *.fq format done!\n";
+  }
+}
+
+void streamSingles(const std::string& fileA, const std::string& fileB, bool isFasta) {
+  const bool isGzip = isGzipName(fileA);
+  if (isFasta) {
+    isGzip ? LoadSEfa_gz(fileA) : LoadSEfa(fileA, fileB);
+    std::cerr << "Load single-end reads in *.fa format done!\n";
+  } else {
+    isGzip ? LoadSEfq_gz(fileA) : LoadSEfq(fileA, fileB);
+    std::cerr << "Load single-end reads in *.fq format done!\n";
+  }
+}
+
+std::string* allocateReads(int line) {
+  return allocateArray<std::string>(bufferSize, {line, "FindReadsInGaps", kMemoryError});
+}
+
+void releaseReads() {
+  delete[] readsA;
+  delete[] readsB;
+  readsA = readsB = nullptr;
+}
+
+// Returns whether the file could be opened.
+bool findPairs(const std::string& fileA, const std::string& fileB) {
+  const std::optional<FirstLine> first =
+      isGzipName(fileA)
+          ? firstLineOfGzip(fileA)
+          : firstLineOfPlain(fileA, "[ERROR]: can't open input file: " + fileA + "\n");
+  if (!first) return false;
+  constexpr int kMessageLine = 1736;
+  readsA = allocateReads(kMessageLine);
+  readsB = allocateReads(kMessageLine);
+  if (first->letter != '>' && first->letter != '@') {
+    refuseFormat(fileA, *first, " reads should be kept in *.fa or *.fq format!\n");
+  }
+  streamPairs(fileA, fileB, first->letter == '>');
+  releaseReads();
+  return true;
+}
+
+// Returns whether the file could be opened.
+bool findSingles(const std::string& fileA, const std::string& fileB) {
+  std::cerr << "load SE file:" << fileA << "!\n";
+  const std::optional<FirstLine> first =
+      isGzipName(fileA) ? firstLineOfGzip(fileA)
+                        : firstLineOfPlain(fileA, "[ERROR]: can't open input file\n");
+  if (!first) return false;
+  constexpr int kMessageLine = 1625;
+  readsA = allocateReads(kMessageLine);
+  readsB = nullptr;  // puts the workers in single-end mode
+  if (first->letter != '>' && first->letter != '@') {
+    refuseFormat(fileA, *first, "Input files should be in *.fa or *.fq format!\n");
+  }
+  streamSingles(fileA, fileB, first->letter == '>');
+  releaseReads();
+  std::cerr << "load SE read finished!\n";
+  return true;
+}
+
+// Streams file j of its kind; `key` and `library` (from 1) name its place in the library file.
+void streamFile(std::string readFileA, std::string readFileB, Len_t j, const char* key,
+                int library) {
+  constexpr std::size_t kShortestName = 3;  // shorter ones cannot be looked at for ".gz"
+  if (readFileA.size() < kShortestName) {
+    fatal(kUserError, "[ERROR]: read file name \"" + readFileA +
+                          "\" is shorter than three characters, library " +
+                          std::to_string(library) + ", key " + key + "\n");
+  }
+  FindReadsInGaps(readFileA, readFileB, thread_num);
+  std::cerr << "\tlibrary " << j + 1 << " done.\n";
+}
+
+void streamLibrary(const Lib& lib, int library) {
+  insertLength = lib.avg_ins;
+  if (lib.pfilenum != 0) {
+    std::cerr << "\t processing pair-end read files in " << lib.pfilenum
+              << " librarys...\n";  // sic
+    for (Len_t j = 0; j < lib.pfilenum; ++j) {
+      streamFile(lib.pairs[j].read1file, lib.pairs[j].read2file, j, "q1/f1", library);
+    }
+    std::cerr << "\tprocessing pair-end read files done!\n";
+  }
+  if (lib.s2filenum != 0) {
+    std::cerr << "\tprocessing pair-end read files in " << lib.s2filenum
+              << " librarys...\n";  // sic
+    for (Len_t j = 0; j < lib.s2filenum; ++j) {
+      streamFile(lib.single2[j].readfile, "", j, "p", library);
+    }
+    std::cerr << "\tprocessing pair-end read files done!\n";
+  }
+  insertLength = 0;
+  if (lib.sfilenum != 0) {
+    std::cerr << "\tprocessing single read files in " << lib.sfilenum << " librarys...\n";  // sic
+    for (Len_t j = 0; j < lib.sfilenum; ++j) {
+      streamFile(lib.single[j].readfile, "", j, "f", library);
+    }
+    std::cerr << "\tprocessing single read files done!\n";
+  }
+  if (lib.qfilenum != 0) {
+    std::cerr << "\tprocessing single qual read files in " << lib.qfilenum
+              << " librarys... \n";  // sic
+    for (Len_t j = 0; j < lib.qfilenum; ++j) {
+      streamFile(lib.singlequal[j].readfile, "", j, "q", library);
+    }
+    std::cerr << "\tprocessing single read files done!\n";
+  }
+}
+
+}  // namespace
+
+void libread2gap(Lib*& libs, int libSum) {
+  std::cerr << "Starting to find reads for each gap in " << libSum << " librarys.\n";  // sic
+  const std::time_t start = std::time(nullptr);
+  for (int i = 0; i < libSum; ++i) {
+    std::cerr << "Processing library " << i + 1 << "...\n";
+    streamLibrary(libs[i], i + 1);
+  }
+  std::cerr << "Find reads in gaps done! There are " << totalFoundNum
+            << " reads found. Used time: " << std::time(nullptr) - start << "s.\n";
+}
+
+void FindReadsInGaps(std::string& readFileA, std::string& readFileB, int threadnum) {
+  threadNum = threadnum;
+  const bool isOpened =
+      insertLength != 0 ? findPairs(readFileA, readFileB) : findSingles(readFileA, readFileB);
+  if (!isOpened) return;
+  std::cerr << foundNumInLib << " reads were found in gaps.\n";
+  totalFoundNum += foundNumInLib;
+  foundNumInLib = 0;
+}
+
+}  // namespace velk

@@ -1,0 +1,104 @@
+#include "streaming/lineSource.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "driver/fatal.h"
+#include "streaming/gzipDamage.h"
+
+namespace velk {
+namespace {
+
+constexpr std::size_t kPlainBlock = 256 << 10;  // bytes
+
+}  // namespace
+
+PlainLineSource::PlainLineSource(const std::string& file) : file_(file), blocks_(kPlainBlock) {}
+
+bool PlainLineSource::startRecord() {
+  if (atEnd_) return false;
+  skipLine();
+  return true;
+}
+
+void PlainLineSource::keepLine(std::string& entry) {
+  if (atEnd_) return;
+  entry.clear();
+  do {
+    entry += nextPiece();
+  } while (!pieceEndsLine_ && !atEnd_);
+}
+
+void PlainLineSource::skipLine() {
+  while (!atEnd_) {
+    nextPiece();
+    if (pieceEndsLine_) return;
+  }
+}
+
+// The rest of the line as far as the block holds it; meets the end of the file when there is none.
+std::string_view PlainLineSource::nextPiece() {
+  pieceEndsLine_ = false;
+  if (block_.empty()) {
+    block_ = blocks_.next();
+    if (blocks_.error() != 0) {
+      errno = blocks_.error();
+      failReading(file_);
+    }
+    if (block_.empty()) {
+      atEnd_ = true;
+      return {};
+    }
+  }
+  const std::size_t newline = block_.find('\n');
+  pieceEndsLine_ = newline != std::string_view::npos;
+  const std::string_view piece = block_.substr(0, newline);
+  block_.remove_prefix(piece.size() + (pieceEndsLine_ ? 1 : 0));
+  return piece;
+}
+
+GzipLineSource::GzipLineSource(const std::string& file) : file_(file) {}
+
+bool GzipLineSource::open() {
+  isOpen_ = input_.open(file_);
+  if (!isOpen_) reportGzipDamage(file_, std::strerror(errno));
+  return true;
+}
+
+// Reads the next line into line_, its '\n' included. Returns false, and leaves line_ as it was,
+// when there are no more bytes.
+bool GzipLineSource::readLine() {
+  constexpr std::size_t kMost = std::tuple_size_v<decltype(line_)> - 1;
+  std::size_t length = 0;
+  bool isWhole = false;
+  while (!isWhole && length < kMost) {
+    if (block_.empty()) block_ = input_.next();
+    if (block_.empty()) break;
+    std::string_view piece = block_.substr(0, kMost - length);
+    const std::size_t newline = piece.find('\n');
+    isWhole = newline != std::string_view::npos;
+    if (isWhole) piece = piece.substr(0, newline + 1);
+    std::copy(piece.begin(), piece.end(), line_.begin() + length);
+    length += piece.size();
+    block_.remove_prefix(piece.size());
+  }
+  if (length == 0) return false;
+  line_[length] = '\0';
+  return true;
+}
+
+void GzipLineSource::keepLine(std::string& entry) {
+  readLine();
+  entry = line();
+  if (!entry.empty()) entry.pop_back();
+}
+
+void GzipLineSource::finish() {
+  if (!isOpen_) return;
+  while (!input_.next().empty()) {
+  }
+  if (!damage().empty()) reportGzipDamage(file_, damage());
+}
+
+}  // namespace velk

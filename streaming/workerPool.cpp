@@ -1,0 +1,80 @@
+#include "streaming/workerPool.h"
+
+#include <unistd.h>
+
+#include <atomic>
+#include <cstring>
+#include <new>
+#include <string>
+
+#include "driver/fatal.h"
+#include "driver/velk.h"
+#include "placement/Read2Scaf.h"
+#include "streaming/mailbox.h"
+#include "streaming/readBuffer.h"
+
+namespace velk {
+namespace {
+
+std::atomic<bool> memoryRanOut = false;  // set by a worker, before its mailbox says idle
+
+void makePass(int t) {
+  try {
+    FindReads(t);
+  } catch (const std::bad_alloc&) {
+    foundReadNum[t] = 0;
+    memoryRanOut = true;
+  }
+}
+
+bool allIdle() {
+  for (int t = 0; t < threadNum; ++t) {
+    if (mailboxValue(t) == 1) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+void startWorkers(int workers) {
+  allocateWorkerArrays(workers);
+  for (int t = 0; t < workers; ++t) {
+    allocateRow(t, workers);
+    const int error = pthread_create(&threads[t], nullptr, thread_routine, &threadId[t]);
+    if (error != 0) {
+      fatal(kMemoryError, "[ERROR]: can't create worker thread " + std::to_string(t) + ": " +
+                              std::strerror(error) + "\n");
+    }
+  }
+}
+
+void* thread_routine(void* threadId_p) {
+  const int t = *static_cast<const int*>(threadId_p);
+  for (;;) {
+    const int value = mailboxValue(t);
+    if (value == 0) {
+      usleep(kWorkerPollMicroseconds);
+    } else if (value == 1) {
+      makePass(t);
+      setMailbox(t, 0);
+    } else {
+      return reinterpret_cast<void*>(static_cast<intptr_t>(value));
+    }
+  }
+}
+
+void sendSignal(int SIG) {
+  // Every worker must hear the last signal, also when no read file told threadNum their number.
+  const int addressed = SIG == 1 ? threadNum : thread_num;
+  for (int t = 0; t < addressed; ++t) setMailbox(t, SIG);
+  if (SIG == 1) {
+    do {
+      usleep(kMainPollMicroseconds);
+    } while (!allIdle());
+    if (memoryRanOut) fatal(kMemoryError, "[ERROR]: out of memory\n");
+  } else {
+    for (int t = 0; t < addressed; ++t) pthread_join(threads[t], nullptr);
+  }
+}
+
+}  // namespace velk

@@ -1,0 +1,23 @@
+// The worker pool: starting the workers, handing them a batch, stopping them.
+//
+// Calling order of the driver: startWorkers once, sendSignal(1) for every batch (by the readers),
+// sendSignal(2) once, then releaseRows. How a batch changes hands is told in streaming/mailbox.h.
+// A worker that runs out of memory ends its pass, and the hand-off then ends the run on the main
+// thread with "[ERROR]: out of memory", status 2.
+#pragma once
+
+namespace velk {
+
+/// Allocates the arrays and rows of `workers` workers and starts the workers, idle.
+/// Exits with status 2 after "[ERROR]: can't create worker thread N: REASON" when one won't start.
+void startWorkers(int workers);
+
+/// A worker's life: polls its mailbox, makes a pass for every 1, ends on any value but 0 and 1.
+/// threadId_p points to the worker's number. Returns the value that ended it.
+void* thread_routine(void* threadId_p);
+
+/// Puts SIG into the mailboxes. For 1 (of the threadNum workers that share a batch): waits until
+/// all of them are idle again. For any other value (of all thread_num workers): joins them.
+void sendSignal(int SIG);
+
+}  // namespace velk
