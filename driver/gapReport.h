@@ -1,0 +1,11 @@
+// The gap report: per scaffold a header line, per gap its number, length, reads found and flanks.
+// Called once by the driver, after the workers have been joined. Format: doc/formats.md.
+#pragma once
+
+namespace velk {
+
+/// Writes the gap report of `scaffoldInfo` and `readSumInEachGap` to `scaffold_file` + ".gapsinfo".
+/// Exits with status 1 when the report cannot be opened or written.
+void writeGapReport();
+
+}  // namespace velk

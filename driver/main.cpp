@@ -1,0 +1,126 @@
+// The run: one pass of the main thread through the stages, in a fixed order.
+#include <cstdlib>
+#include <iostream>
+#include <new>
+#include <string>
+
+#include "contig/contig.h"
+#include "driver/fatal.h"
+#include "driver/gapReport.h"
+#include "driver/outputFile.h"
+#include "driver/velk.h"
+#include "kmer/fetchKmers.h"
+#include "kmer/hashSet.h"
+#include "libinfo/libinfo.h"
+#include "streaming/gzipDamage.h"
+#include "streaming/library.h"
+#include "streaming/readBuffer.h"
+#include "streaming/workerPool.h"
+
+namespace velk {
+namespace {
+
+// Keeps every input named on the command line and in the libraries from being overwritten.
+void protectInputs(const Lib* libs, int libSum) {
+  protectFile(lib_file);
+  if (!scaffold_file.empty()) protectFile(scaffold_file);
+  if (!contig_file.empty()) protectFile(contig_file);
+  for (int i = 0; i < libSum; ++i) {
+    const Lib& lib = libs[i];
+    for (Len_t j = 0; j < lib.pfilenum; ++j) {
+      protectFile(lib.pairs[j].read1file);
+      protectFile(lib.pairs[j].read2file);
+    }
+    for (Len_t j = 0; j < lib.s2filenum; ++j) protectFile(lib.single2[j].readfile);
+    for (Len_t j = 0; j < lib.sfilenum; ++j) protectFile(lib.single[j].readfile);
+    for (Len_t j = 0; j < lib.qfilenum; ++j) protectFile(lib.singlequal[j].readfile);
+  }
+}
+
+// Loads the assembly from -s or, without it, from -c. Returns the number of gaps.
+uint64_t loadSequences() {
+  uint64_t gapSum = 0;
+  if (!scaffold_file.empty()) {
+    unprotectFile(contig_file);  // not read, so a side file may replace it
+    InitialScaffold(scaffoldInfo, scaffold_file, scaffoldSum);
+    LoadScaffolds(scaffoldInfo, scaffold_file, scaffoldSum, gapSum);
+  } else if (!contig_file.empty()) {
+    std::cerr << "Only set -c, load contig directly!\n";
+    ScaftigMap scaftigNum;
+    CountscaftigNum(contig_file, scaftigNum);
+    InitialScaffold(scaffoldInfo, scaftigNum, gapSum);
+    contigtoScafInfo(contig_file, scaffoldInfo, scaftigNum);
+    scaffoldSum = static_cast<uint32_t>(scaftigNum.size());
+  } else {
+    fatal(kUserError, "Please input scaffold sequence or contig sequence!\n");
+  }
+  return gapSum;
+}
+
+// Streams all libraries through the workers.
+void findReads(Lib*& libs, int libSum) {
+  startWorkers(thread_num);
+  std::cerr << thread_num << " threads created!\n";
+  std::cout.flush();
+  libread2gap(libs, libSum);
+  sendSignal(2);
+  releaseRows(thread_num);
+  std::cerr << "All the libs treated finish!\n";
+}
+
+void releaseIndex() {
+  std::cerr << "kmerHash->count: " << kmerHash->count << "\n"
+            << "kmerHash->size: " << kmerHash->size << "\n";
+  free_hash(kmerHash);
+  kmerHash = nullptr;
+}
+
+int run(int argc, char** argv) {
+  if (argc <= 1) usage();
+  const int noptions = mGetOptions(argc, argv);
+  if (lib_file.empty()) fatal(kUserError, "Please check input lib file!\n");
+  std::cerr << "initSize=" << initSize << "\n"
+            << "OverRatio=" << OverRatio << "\n"
+            << "ContigLen=" << CONTIGLEN << "\n";
+  kmerHash = init_hashset(initSize, LoadFactor);
+  if (noptions != argc) fatal(kInputError, "Please check input!\n");
+  checkParameters();
+
+  Lib* libs = nullptr;
+  int libSum = 0;
+  Loadlib(lib_file, libs, libSum);
+  protectInputs(libs, libSum);
+  if (!openOutput(fout, out_file)) fatal(kUserError, "Fail creat file: " + out_file + "\n");  // sic
+
+  const uint64_t gapSum = loadSequences();
+  FetchKmers1(kmerHash, scaffoldInfo, scaffoldSum);
+  std::cerr << "Fetch kmers finished!\n";
+  std::cout.flush();
+  std::cerr << "Initialize finished!\n";
+
+  readSumInEachGap = allocateArray<int>(gapSum, {294, "main", kMemoryError});
+  findReads(libs, libSum);
+  writeGapReport();
+  std::cerr << "Output gaps information done!\n";
+
+  Libsclear(libs, libSum);
+  std::cerr << "lib clear done!\n";
+  releaseIndex();
+  releaseScaffolds();
+  delete[] readSumInEachGap;
+  readSumInEachGap = nullptr;
+  std::cerr << "Free resource done!\n";
+  finishOutput(fout, out_file);
+  return gzipDamageSeen() ? kUserError : kSuccess;
+}
+
+}  // namespace
+}  // namespace velk
+
+int main(int argc, char** argv) {
+  try {
+    return velk::run(argc, argv);
+  } catch (const std::bad_alloc&) {
+    velk::fatal(velk::kMemoryError, "[ERROR]: out of memory\n");
+  }
+}
