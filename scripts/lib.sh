@@ -1,0 +1,85 @@
+# shellcheck shell=bash
+# What the scripts share: the root of the tree, the packages they need and how those get installed.
+# Sourced, not run. Package names are Debian 12's.
+
+# shellcheck disable=SC2034  # the scripts read these
+{
+  root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+  build_packages=(g++ cmake ninja-build zlib1g-dev)
+  test_packages=(libgtest-dev librapidcheck-dev python3)
+  style_packages=(clang-format clang-tidy shellcheck)
+}
+
+# What tells that a package is there: a command, or a file of it.
+probe_of() {
+  case $1 in
+    ninja-build) echo ninja ;;
+    clang) echo clang++ ;;
+    zlib1g-dev) echo /usr/include/zlib.h ;;
+    libgtest-dev) echo /usr/include/gtest/gtest.h ;;
+    librapidcheck-dev) echo /usr/include/rapidcheck.h ;;
+    *) echo "$1" ;;
+  esac
+}
+
+is_present() {
+  local probe
+  probe=$(probe_of "$1")
+  case $probe in
+    /*) [[ -e $probe ]] ;;
+    *) command -v "$probe" >/dev/null ;;
+  esac
+}
+
+# missing_of PACKAGE...: prints those that are not there, one a line.
+missing_of() {
+  local package
+  for package in "$@"; do
+    is_present "$package" || echo "$package"
+  done
+}
+
+# Runs a command as root: as it stands, or by sudo, which may ask for a password at a terminal only.
+as_root() {
+  if [[ $(id -u) -eq 0 ]]; then
+    "$@"
+  elif [[ -t 0 ]]; then
+    sudo "$@"
+  else
+    sudo -n "$@"
+  fi
+}
+
+can_install() {
+  command -v apt-get >/dev/null || return 1
+  [[ $(id -u) -eq 0 ]] && return 0
+  command -v sudo >/dev/null || return 1
+  [[ -t 0 ]] || sudo -n true 2>/dev/null
+}
+
+apt_get() {
+  as_root env DEBIAN_FRONTEND=noninteractive apt-get -q -y -o DPkg::Lock::Timeout=120 "$@"
+}
+
+# require_packages PACKAGE...: installs what is missing of them. Where that is not possible, says
+# what to install and exits with status 1.
+require_packages() {
+  local missing=()
+  mapfile -t missing < <(missing_of "$@")
+  [[ ${#missing[@]} -eq 0 ]] && return 0
+  if can_install; then
+    echo "Installing ${missing[*]}"
+    # A package list that is partly out of reach may still be good enough.
+    apt_get update || echo "apt-get update failed, trying to install all the same" >&2
+    apt_get install --no-install-recommends "${missing[@]}" || true
+    mapfile -t missing < <(missing_of "$@")
+    [[ ${#missing[@]} -eq 0 ]] && return 0
+    echo "These packages could not be installed: ${missing[*]}" >&2
+  else
+    echo "These packages are missing: ${missing[*]}" >&2
+  fi
+  echo "Install them as root and start again:" >&2
+  echo "    apt-get update && apt-get install ${missing[*]}" >&2
+  echo "(On a system other than Debian 12 the names may differ.)" >&2
+  exit 1
+}
