@@ -1,0 +1,198 @@
+// Checked outputs: they never replace an input, and every byte that is missing is told.
+#include "driver/outputFile.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "tests/support/files.h"
+
+namespace velk::test {
+namespace {
+
+using ::testing::Eq;
+using ::testing::ExitedWithCode;
+
+class OutputFile : public ::testing::Test {
+ protected:
+  // Expects that an output on `file` is refused because of `other`.
+  static void expectRefused(const std::string& file, const std::string& other) {
+    const auto openIt = [&] {
+      std::ofstream output;
+      openOutput(output, file);
+    };
+    const std::string message =
+        "[ERROR]: output file " + file + " is the same file as " + other + "\n";
+    EXPECT_EXIT(openIt(), ExitedWithCode(1), Eq(message));
+  }
+
+  // Expects that an output on `file` may be opened; nothing is written to it.
+  static void expectAllowed(const std::string& file) {
+    std::ofstream output;
+    EXPECT_TRUE(openOutput(output, file));
+    EXPECT_TRUE(output.is_open());
+  }
+
+  TemporaryFolder folder_;
+};
+
+TEST_F(OutputFile, FinishedFileHasEveryByte) {
+  const std::string file = folder_.write("out", "what was there before, longer than what comes");
+  const std::string text(100000, 'x');
+  std::ofstream output;
+  ASSERT_TRUE(openOutput(output, file));
+  EXPECT_EQ("", contentOf(file));
+  output << text;
+  requireWritten(output, file);
+  finishOutput(output, file);
+  EXPECT_FALSE(output.is_open());
+  EXPECT_EQ(text, contentOf(file));
+}
+
+TEST_F(OutputFile, CannotOpenInAMissingFolder) {
+  std::ofstream output;
+  EXPECT_FALSE(openOutput(output, folder_.path("missing/out")));
+}
+
+TEST_F(OutputFile, CannotOpenADirectory) {
+  std::filesystem::create_directory(folder_.path("out"));
+  std::ofstream output;
+  EXPECT_FALSE(openOutput(output, folder_.path("out")));
+}
+
+TEST_F(OutputFile, CannotOpenAnEmptyName) {
+  std::ofstream output;
+  EXPECT_FALSE(openOutput(output, ""));
+}
+
+TEST_F(OutputFile, ProtectedFileIsRefusedAndUntouched) {
+  const std::string input = folder_.write("in", "reads");
+  protectFile(input);
+  expectRefused(input, input);
+  EXPECT_EQ("reads", contentOf(input));
+}
+
+TEST_F(OutputFile, ProtectedFileIsKnownByAnyPath) {
+  const std::string input = folder_.write("in", "reads");
+  std::filesystem::create_directory(folder_.path("sub"));
+  protectFile(input);
+  expectRefused(folder_.path("./in"), input);
+  expectRefused(folder_.path("sub/../in"), input);
+  EXPECT_EQ("reads", contentOf(input));
+}
+
+TEST_F(OutputFile, ProtectedFileIsKnownByAHardLink) {
+  const std::string input = folder_.write("in", "reads");
+  const std::string link = folder_.path("link");
+  std::filesystem::create_hard_link(input, link);
+  protectFile(input);
+  expectRefused(link, input);
+  EXPECT_EQ("reads", contentOf(input));
+}
+
+TEST_F(OutputFile, ProtectedFileIsKnownBehindSymbolicLinks) {
+  const std::string input = folder_.write("in", "reads");
+  std::filesystem::create_symlink("in", folder_.path("link"));
+  std::filesystem::create_symlink("link", folder_.path("linkToLink"));
+  protectFile(folder_.path("link"));
+  expectRefused(input, folder_.path("link"));
+  expectRefused(folder_.path("linkToLink"), folder_.path("link"));
+  EXPECT_EQ("reads", contentOf(input));
+}
+
+TEST_F(OutputFile, TheFirstSameFileIsTold) {
+  const std::string first = folder_.write("first", "reads");
+  const std::string second = folder_.path("second");
+  std::filesystem::create_hard_link(first, second);
+  protectFile(folder_.path("missing"));
+  protectFile(second);
+  protectFile(first);
+  expectRefused(first, second);
+}
+
+TEST_F(OutputFile, FileOfTheSameContentIsAnotherFile) {
+  protectFile(folder_.write("in", "reads"));
+  const std::string other = folder_.write("other", "reads");
+  expectAllowed(other);
+  EXPECT_EQ("", contentOf(other));
+}
+
+TEST_F(OutputFile, MissingFilesAreNotTheSame) {
+  protectFile(folder_.path("missing"));
+  protectFile("");
+  expectAllowed(folder_.path("out"));
+}
+
+TEST_F(OutputFile, UnprotectedFileMayBeReplaced) {
+  const std::string input = folder_.write("in", "reads");
+  protectFile(input);
+  unprotectFile(input);
+  unprotectFile(folder_.path("never protected"));
+  expectAllowed(input);
+  EXPECT_EQ("", contentOf(input));
+}
+
+TEST_F(OutputFile, UnprotectingLiftsOneProtection) {
+  const std::string input = folder_.write("in", "reads");
+  protectFile(input);
+  protectFile(input);
+  unprotectFile(input);
+  expectRefused(input, input);
+}
+
+TEST_F(OutputFile, OutputsAreProtectedFromEachOther) {
+  const std::string file = folder_.path("out");
+  expectAllowed(file);
+  std::filesystem::create_symlink("out", folder_.path("link"));
+  expectRefused(folder_.path("link"), file);
+}
+
+TEST_F(OutputFile, FullDiskIsToldWhenTheFileIsFinished) {
+  const auto writeAndFinish = [] {
+    std::ofstream output;
+    if (!openOutput(output, "/dev/full")) return;
+    output << "one line\n";
+    requireWritten(output, "/dev/full");  // still in the stream's buffer
+    finishOutput(output, "/dev/full");
+  };
+  EXPECT_EXIT(writeAndFinish(), ExitedWithCode(1),
+              Eq("[ERROR]: can't write /dev/full: No space left on device\n"));
+}
+
+TEST_F(OutputFile, FullDiskIsToldAsSoonAsAWriteHasFailed) {
+  const auto writeMuch = [] {
+    std::ofstream output;
+    if (!openOutput(output, "/dev/full")) return;
+    output << std::string(100000, 'x');
+    requireWritten(output, "/dev/full");
+  };
+  EXPECT_EXIT(writeMuch(), ExitedWithCode(1),
+              Eq("[ERROR]: can't write /dev/full: No space left on device\n"));
+}
+
+TEST_F(OutputFile, LostBytesAreToldHoweverLateTheyAreAskedFor) {
+  const auto writeMuchAndFinish = [] {
+    std::ofstream output;
+    if (!openOutput(output, "/dev/full")) return;
+    for (int i = 0; i < 100000; ++i) output << "x\n";
+    finishOutput(output, "/dev/full");
+  };
+  EXPECT_EXIT(writeMuchAndFinish(), ExitedWithCode(1),
+              Eq("[ERROR]: can't write /dev/full: No space left on device\n"));
+}
+
+TEST_F(OutputFile, NothingWrittenToAFullDiskIsNothingLost) {
+  const auto finishAtOnce = [] {
+    std::ofstream output;
+    if (!openOutput(output, "/dev/full")) return;
+    finishOutput(output, "/dev/full");
+    std::exit(0);
+  };
+  EXPECT_EXIT(finishAtOnce(), ExitedWithCode(0), Eq(""));
+}
+
+}  // namespace
+}  // namespace velk::test
