@@ -58,9 +58,15 @@ TEST_F(Loadlib, EveryFileKeyAddsAFileOfItsKind) {
   ASSERT_EQ(2U, lib.s2filenum);
   ASSERT_EQ(3U, lib.qfilenum);
   EXPECT_EQ(0U, lib.pfilenum);
-  for (unsigned i = 0; i < 4; ++i) EXPECT_EQ("f" + std::to_string(i), lib.single[i].readfile);
-  for (unsigned i = 0; i < 2; ++i) EXPECT_EQ("p" + std::to_string(i), lib.single2[i].readfile);
-  for (unsigned i = 0; i < 3; ++i) EXPECT_EQ("q" + std::to_string(i), lib.singlequal[i].readfile);
+  EXPECT_EQ("f0", lib.single[0].readfile);
+  EXPECT_EQ("f1", lib.single[1].readfile);
+  EXPECT_EQ("f2", lib.single[2].readfile);
+  EXPECT_EQ("f3", lib.single[3].readfile);
+  EXPECT_EQ("p0", lib.single2[0].readfile);
+  EXPECT_EQ("p1", lib.single2[1].readfile);
+  EXPECT_EQ("q0", lib.singlequal[0].readfile);
+  EXPECT_EQ("q1", lib.singlequal[1].readfile);
+  EXPECT_EQ("q2", lib.singlequal[2].readfile);
 }
 
 TEST_F(Loadlib, SectionsHaveTheirOwnFilesAndNumbers) {
