@@ -5,6 +5,11 @@
 //   contig FASTA:    CountscaftigNum, InitialScaffold(info, counts, gapSum), contigtoScafInfo
 // The model is written by the main thread before any worker exists and is read-only afterwards, so
 // workers read it without locks. A contig is addressed by (scaffold index, contig index).
+// Parameters bear the names of the globals that the driver passes. What holds after loading:
+//   1. contigsSum is 0 only for a scaffold that is empty or all N, or whose header was swallowed by
+//      the one before; contigsInfo is null only for the latter.
+//   2. frontGapNum of every contig but a scaffold's first is below the run's number of gaps.
+//   3. No contig is longer than 2^31 - 1 bases.
 #pragma once
 
 #include <cstdint>
@@ -64,7 +69,8 @@ void LoadScaffolds(ScaffoldInfo* scaffoldInfo, std::string scaffoldFile, uint32_
 
 /// Cuts `scaffoldSeq` at its runs of N or n into the contigs of scaffoldInfo[scaffoldNum], named
 /// `scaffoldId`; `gapNum` (inout) is the number of the next gap. Writes one line per kept contig to
-/// `contigPosOutfile`. Exits with status 2 when there is no memory for the contigs.
+/// `contigPosOutfile`. Exits with status 2 when there is no memory for the contigs, with status 3
+/// when a contig is too long.
 void splitScaffold(ScaffoldInfo* scaffoldInfo, const std::string& scaffoldSeq,
                    const std::string& scaffoldId, uint32_t& scaffoldNum, uint64_t& gapNum,
                    std::ostream& contigPosOutfile);
@@ -78,11 +84,14 @@ void printContigs(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldNum,
                   const std::string& scaffoldFile);
 
 /// Adds to `scaftigNum` (inout) the number of contigs that the contig FASTA `file` holds of every
-/// scaffold id. Exits with status 255 when the file can't be opened or a header has no id.
+/// scaffold id. Exits with status 255 when the file can't be opened or a header has no id, with
+/// status 1 when the file can't be read.
 void CountscaftigNum(const std::string& file, ScaftigMap& scaftigNum);
 
 /// Fills the contigs of `scaffoldInfo` from the contig FASTA `file`; `scaftigNum` gives the index
-/// of every scaffold id. Exits with status 255 when a header gives no gap length.
+/// of every scaffold id. Exits with status 255 when the file can't be opened or has changed since
+/// it was counted, a header gives no gap length, sequence stands before the first header or a
+/// contig is too long; with status 1 when the file can't be read.
 void contigtoScafInfo(const std::string& file, ScaffoldInfo* scaffoldInfo,
                       const ScaftigMap& scaftigNum);
 

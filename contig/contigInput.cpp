@@ -1,19 +1,18 @@
-#include <fstream>
+#include <algorithm>
 #include <iostream>
 
 #include "contig/contig.h"
 #include "contig/header.h"
 #include "driver/fatal.h"
+#include "driver/textInput.h"
 #include "driver/velk.h"
 
 namespace velk {
 namespace {
 
-constexpr std::size_t kWordLength = 9;  // ">scaffold"
-
 // The scaffold id of a header: from the tenth character up to the first '_' behind it.
-std::string idOf(const std::string& header, const LineOfFile& where) {
-  const std::string rest = idAfter(header, kWordLength, where, kInputError);
+std::string idOf(const std::string& header, const TextInput& input) {
+  const std::string rest = idAfter(header, kScaffoldWord.size(), input, kInputError);
   return rest.substr(0, rest.find('_'));
 }
 
@@ -25,21 +24,10 @@ int gapLengthOf(const std::string& header) {
   return lenientInt(header.substr(tab + 1));
 }
 
-// Calls onHeader(line, where) for every header line and onSequence(line, where) for every other
-// line that is not empty.
-template <class OnHeader, class OnSequence>
-void forEachLine(std::ifstream& input, const std::string& file, OnHeader onHeader,
-                 OnSequence onSequence) {
-  uint64_t number = 0;
-  for (std::string line; std::getline(input, line);) {
-    const LineOfFile where{file, ++number};
-    if (line.starts_with('>')) {
-      onHeader(line, where);
-    } else if (!line.empty()) {
-      onSequence(line, where);
-    }
-  }
-  if (input.bad()) failReading(file);
+TextInput openContigs(const std::string& file) {
+  TextInput input(file);
+  if (!input.isOpen()) fatal(kInputError, "Fail to load file " + file + "\n");
+  return input;
 }
 
 // The contigs of the model in the order in which their headers are met.
@@ -48,8 +36,8 @@ class ContigFiller {
   ContigFiller(ScaffoldInfo* scaffoldInfo, const ScaftigMap& scaftigNum)
       : scaffoldInfo_(scaffoldInfo), scaftigNum_(scaftigNum) {}
 
-  void startContig(const std::string& header, const LineOfFile& where) {
-    const std::string id = idOf(header, where);
+  void startContig(const std::string& header, const TextInput& input) {
+    const std::string id = idOf(header, input);
     const int gapLength = gapLengthOf(header);
     if (contig_ == nullptr || id != id_) {
       id_ = id;
@@ -59,28 +47,30 @@ class ContigFiller {
     } else {
       ++contigIndex_;
     }
-    contig_ = &contigInHand(where.file);
+    ++headers_;
+    contig_ = &contigInHand(input.file());
     contig_->readsInFrontGap = nullptr;
     contig_->frontGapSize = static_cast<uint64_t>(int64_t{gapLength});
     contig_->frontGapNum = contigIndex_ == 0 ? ~uint64_t{0} : nextGap_++;
     contig_->contigSeq.clear();
   }
 
-  void addSequence(const std::string& line, const LineOfFile& where) {
+  void addSequence(const std::string& line, const TextInput& input) {
     if (contig_ == nullptr) {
-      fatal(kInputError, "[ERROR]: " + where.file + ", line " + std::to_string(where.number) +
-                             ": sequence before the first header\n");
+      fatal(kInputError, "[ERROR]: " + input.place() + ": sequence before the first header\n");
     }
     contig_->contigSeq += line;
-    requireContigLength(contig_->contigSeq.size(), where.file, id_, kInputError);
+    requireContigLength(contig_->contigSeq.size(), input.file(), id_, kInputError);
   }
+
+  uint64_t headers() const { return headers_; }
 
  private:
   // The slot of the contig in hand. It exists unless the file has changed since it was counted.
   ContigInfo& contigInHand(const std::string& file) {
     const auto found = scaftigNum_.find(id_);
     if (found == scaftigNum_.end() || contigIndex_ >= scaffoldInfo_[found->second].contigsSum) {
-      fatal(kInputError, "[ERROR]: " + file + " changed while it was read\n");
+      failChanged(file, kInputError);
     }
     return scaffoldInfo_[found->second].contigsInfo[contigIndex_];
   }
@@ -91,29 +81,33 @@ class ContigFiller {
   uint32_t contigIndex_ = 0;      // contig in hand
   ContigInfo* contig_ = nullptr;  // contig in hand; null before the first header
   uint64_t nextGap_ = 0;          // number of the next gap, over all scaffolds
+  uint64_t headers_ = 0;          // headers met
 };
 
 }  // namespace
 
 void CountscaftigNum(const std::string& file, ScaftigMap& scaftigNum) {
   std::cerr << "Start to count contig number\n";
-  std::ifstream input(file);
-  if (!input) fatal(kInputError, "Fail to load file " + file + "\n");
-  forEachLine(
-      input, file,
-      [&](const std::string& line, const LineOfFile& where) { ++scaftigNum[idOf(line, where)]; },
-      [](const std::string&, const LineOfFile&) {});
+  TextInput input = openContigs(file);
+  for (std::string line; input.readLine(line);) {
+    if (line.starts_with('>')) ++scaftigNum[idOf(line, input)];
+  }
 }
 
 void contigtoScafInfo(const std::string& file, ScaffoldInfo* scaffoldInfo,
                       const ScaftigMap& scaftigNum) {
-  std::ifstream input(file);
-  if (!input) fatal(kInputError, "Fail to load file " + file + "\n");
+  TextInput input = openContigs(file);
   ContigFiller filler(scaffoldInfo, scaftigNum);
-  forEachLine(
-      input, file,
-      [&](const std::string& line, const LineOfFile& where) { filler.startContig(line, where); },
-      [&](const std::string& line, const LineOfFile& where) { filler.addSequence(line, where); });
+  for (std::string line; input.readLine(line);) {
+    if (line.starts_with('>')) {
+      filler.startContig(line, input);
+    } else if (!line.empty()) {
+      filler.addSequence(line, input);
+    }
+  }
+  uint64_t counted = 0;
+  for (std::size_t i = 0; i < scaftigNum.size(); ++i) counted += scaffoldInfo[i].contigsSum;
+  if (filler.headers() != counted) failChanged(file, kInputError);
 }
 
 }  // namespace velk

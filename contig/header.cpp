@@ -1,14 +1,14 @@
 #include "contig/header.h"
 
+#include <cstdint>
 #include <limits>
 
 namespace velk {
 
-std::string idAfter(const std::string& header, std::size_t dropped, const LineOfFile& where,
+std::string idAfter(const std::string& header, std::size_t dropped, const TextInput& input,
                     ExitStatus status) {
   if (header.size() < dropped) {
-    fatal(status, "[ERROR]: " + where.file + ", line " + std::to_string(where.number) +
-                      ": header too short to hold an id\n");
+    fatal(status, "[ERROR]: " + input.place() + ": header too short to hold an id\n");
   }
   return header.substr(dropped);
 }
@@ -19,6 +19,10 @@ void requireContigLength(std::size_t length, const std::string& file, const std:
   if (length <= kLongest) return;
   fatal(status, "[ERROR]: " + file + ": a contig of scaffold " + id + " is longer than " +
                     std::to_string(kLongest) + " bases\n");
+}
+
+void failChanged(const std::string& file, ExitStatus status) {
+  fatal(status, "[ERROR]: " + file + " changed while it was read\n");
 }
 
 }  // namespace velk

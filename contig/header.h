@@ -2,27 +2,28 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "driver/fatal.h"
+#include "driver/textInput.h"
 
 namespace velk {
 
-/// One line of an input file, for messages; `number` counts from 1.
-struct LineOfFile {
-  const std::string& file;
-  uint64_t number;
-};
+/// What stands before the id in a header of this system's own.
+inline constexpr std::string_view kScaffoldWord = ">scaffold";
 
-/// Returns `header` without its first `dropped` characters.
+/// Returns `header`, the line that `input` read last, without its first `dropped` characters.
 /// Exits with `status` after an "[ERROR]: ..." message when it has fewer than these.
-std::string idAfter(const std::string& header, std::size_t dropped, const LineOfFile& where,
+std::string idAfter(const std::string& header, std::size_t dropped, const TextInput& input,
                     ExitStatus status);
 
 /// Ends the run with `status` when a contig of `length` bases is longer than a signed 32-bit
 /// number can tell, which the arithmetic of placement rests on.
 void requireContigLength(std::size_t length, const std::string& file, const std::string& id,
                          ExitStatus status);
+
+/// Ends the run with `status`: the second reading of `file` disagrees with the first.
+[[noreturn]] void failChanged(const std::string& file, ExitStatus status);
 
 }  // namespace velk

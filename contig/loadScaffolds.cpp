@@ -5,39 +5,42 @@
 #include "contig/header.h"
 #include "driver/fatal.h"
 #include "driver/outputFile.h"
+#include "driver/textInput.h"
 
 namespace velk {
 namespace {
 
-constexpr std::size_t kWordLength = 9;    // ">scaffold"
 constexpr std::size_t kLetterLength = 2;  // ">C"
 
 bool contains(const std::string& line, const char* text) {
   return line.find(text) != std::string::npos;
 }
 
-std::string idOfFirstHeader(const std::string& line, const LineOfFile& where) {
-  if (contains(line, "caffold")) {
-    return delete_tail(idAfter(line, kWordLength, where, kHeaderError));
-  }
-  if (contains(line, "C") || contains(line, "c")) {
-    return idAfter(line, kLetterLength, where, kHeaderError);
-  }
+// The id in a header that names it behind ">scaffold".
+std::string idAfterWord(const std::string& line, const TextInput& input) {
+  return delete_tail(idAfter(line, kScaffoldWord.size(), input, kHeaderError));
+}
+
+// The id in a header that names it behind ">C"; nothing is cut at its end.
+std::string idAfterLetter(const std::string& line, const TextInput& input) {
+  return idAfter(line, kLetterLength, input, kHeaderError);
+}
+
+std::string idOfFirstHeader(const std::string& line, const TextInput& input) {
+  if (contains(line, "caffold")) return idAfterWord(line, input);
+  if (contains(line, "C") || contains(line, "c")) return idAfterLetter(line, input);
   fatal(
       kHeaderError,
       "What is the label for scaffold? It't neither \"scaffold/Scaffold\" nor \"C/c\".\n");  // sic
 }
 
 // KEPT: narrower than the first header's rule (LoadScaffolds.LaterHeaderLooksForUpperCaseCOnly)
-std::string idOfLaterHeader(const std::string& line, const LineOfFile& where) {
-  if (contains(line, "C")) return idAfter(line, kLetterLength, where, kHeaderError);
-  return delete_tail(idAfter(line, kWordLength, where, kHeaderError));
+std::string idOfLaterHeader(const std::string& line, const TextInput& input) {
+  return contains(line, "C") ? idAfterLetter(line, input) : idAfterWord(line, input);
 }
 
-std::ofstream openSideFile(const std::string& file) {
-  std::ofstream output;
+void openSideFile(std::ofstream& output, const std::string& file) {
   if (!openOutput(output, file)) fatal(kUserError, "Can't open output file: " + file + "\n");
-  return output;
 }
 
 }  // namespace
@@ -48,14 +51,18 @@ std::string delete_tail(const std::string& str) {
 
 void LoadScaffolds(ScaffoldInfo* scaffoldInfo, std::string scaffoldFile, uint32_t scaffoldSum,
                    uint64_t& gapSum) {
-  std::ifstream input(scaffoldFile);
-  if (!input) fatal(kUserError, "Can't open input file: " + scaffoldFile + "\n");
+  TextInput input(scaffoldFile);
+  if (!input.isOpen()) fatal(kUserError, "Can't open input file: " + scaffoldFile + "\n");
   const std::string contigPosFile = scaffoldFile + ".contigPos";
-  std::ofstream contigPosOutfile = openSideFile(contigPosFile);
+  std::ofstream contigPosOutfile;
+  openSideFile(contigPosOutfile, contigPosFile);
 
+  std::string line;
+  input.readLine(line);
+  std::string scaffoldId = idOfFirstHeader(line, input);
   std::string scaffoldSeq;
-  std::string scaffoldId;
   uint32_t scaffoldNum = 0;
+  uint32_t headers = line.starts_with('>') ? 1 : 0;
   const auto split = [&] {
     if (scaffoldNum >= scaffoldSum) {
       fatal(kHeaderError, "[ERROR]: " + scaffoldFile +
@@ -64,25 +71,20 @@ void LoadScaffolds(ScaffoldInfo* scaffoldInfo, std::string scaffoldFile, uint32_
     }
     splitScaffold(scaffoldInfo, scaffoldSeq, scaffoldId, scaffoldNum, gapSum, contigPosOutfile);
   };
-
-  std::string line;
-  std::getline(input, line);
-  uint64_t lineNumber = 1;
-  scaffoldId = idOfFirstHeader(line, {scaffoldFile, lineNumber});
-  while (std::getline(input, line)) {
-    ++lineNumber;
+  while (input.readLine(line)) {
+    if (line.starts_with('>')) ++headers;
     // KEPT: a header that follows a header is sequence (LoadScaffolds.HeaderAfterHeaderIsSequence)
     if (line.starts_with('>') && !scaffoldSeq.empty()) {
       split();
       scaffoldSeq.clear();
-      scaffoldId = idOfLaterHeader(line, {scaffoldFile, lineNumber});
+      scaffoldId = idOfLaterHeader(line, input);
       ++scaffoldNum;
     } else {
       scaffoldSeq += line;
     }
   }
-  if (input.bad()) failReading(scaffoldFile);
   split();
+  if (headers != scaffoldSum) failChanged(scaffoldFile, kHeaderError);
   finishOutput(contigPosOutfile, contigPosFile);
 
   printContigs(scaffoldInfo, scaffoldSum, scaffoldFile);
@@ -93,12 +95,13 @@ void LoadScaffolds(ScaffoldInfo* scaffoldInfo, std::string scaffoldFile, uint32_
 void printContigs(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldNum,
                   const std::string& scaffoldFile) {
   const std::string contigFile = scaffoldFile + ".contig";
-  std::ofstream output = openSideFile(contigFile);
+  std::ofstream output;
+  openSideFile(output, contigFile);
   for (uint32_t i = 0; i < scaffoldNum; ++i) {
     for (uint32_t j = 0; j < scaffoldInfo[i].contigsSum; ++j) {
       const ContigInfo& contig = scaffoldInfo[i].contigsInfo[j];
-      output << ">scaffold" << scaffoldInfo[i].scaffoldId << '_' << j << '\t' << contig.frontGapSize
-             << '\n'
+      output << kScaffoldWord << scaffoldInfo[i].scaffoldId << '_' << j << '\t'
+             << contig.frontGapSize << '\n'
              << contig.contigSeq << '\n';
     }
   }

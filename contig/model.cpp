@@ -1,8 +1,10 @@
-#include <fstream>
+#include <cstdlib>
 #include <iostream>
+#include <string_view>
 
 #include "contig/contig.h"
 #include "driver/fatal.h"
+#include "driver/textInput.h"
 
 namespace velk {
 namespace {
@@ -16,17 +18,16 @@ ScaffoldInfo* scaffoldInfo = nullptr;
 uint32_t scaffoldSum = 0;
 
 uint32_t contignum(const std::string& file) {
-  std::ifstream stream(file);
-  if (!stream) {
+  TextInput input(file);
+  if (!input.isOpen()) {
     // KEPT: this message goes to standard output (Contignum.UnopenableFileIsToldOnStandardOutput)
     std::cout << "Fail to load file " << file << std::endl;
     std::exit(kInputError);
   }
   uint32_t headers = 0;
-  for (std::string line; std::getline(stream, line);) {
+  for (std::string line; input.readLine(line);) {
     if (line.starts_with('>')) ++headers;
   }
-  if (stream.bad()) failReading(file);
   return headers;
 }
 

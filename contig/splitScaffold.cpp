@@ -27,27 +27,37 @@ Run nextRun(const std::string& sequence, std::size_t position) {
   return {start, end};
 }
 
-bool isKept(const Run& run, bool isFirst, std::size_t sequenceLength) {
-  return isFirst || static_cast<int64_t>(run.length()) >= CONTIGLEN || run.end == sequenceLength;
+// What decides which runs become contigs and what of them stays.
+struct SplitLimits {
+  int64_t shortest;    // CONTIGLEN
+  int64_t cut;         // CuttEdge
+  int64_t readLength;  // readLen
+};
+
+// KEPT: a short last run stays, unless a gap follows it (SplitScaffold.ShortLastRunIsKept)
+bool isKept(const Run& run, bool isFirst, std::size_t sequenceLength, const SplitLimits& limits) {
+  return isFirst || static_cast<int64_t>(run.length()) >= limits.shortest ||
+         run.end == sequenceLength;
 }
 
 // The number of contigs that get a slot.
-uint32_t countKept(const std::string& sequence) {
+uint32_t countKept(const std::string& sequence, const SplitLimits& limits) {
   uint32_t kept = 0;
   for (Run run = nextRun(sequence, 0); run.length() > 0; run = nextRun(sequence, run.end)) {
     const bool isFirst = kept == 0;
     // KEPT: a single last base behind a gap gets no slot (SplitScaffold.SingleFinalBaseHasNoSlot)
     const bool isSingleLastBase = run.length() == 1 && run.end == sequence.size() && !isFirst;
-    if (isKept(run, isFirst, sequence.size()) && !isSingleLastBase) ++kept;
+    if (isKept(run, isFirst, sequence.size(), limits) && !isSingleLastBase) ++kept;
   }
   return kept;
 }
 
-// The part of a kept run that stays after both ends have been cut by CuttEdge; all of a short run.
-Run trimmed(const Run& run) {
-  const int64_t cut = CuttEdge;
-  if (cut == 0 || 2 * (readLen + cut) > static_cast<int64_t>(run.length())) return run;
-  return {run.start + static_cast<std::size_t>(cut), run.end - static_cast<std::size_t>(cut)};
+// The part of a kept run that stays after both ends have been cut; all of a short run.
+Run trimmed(const Run& run, const SplitLimits& limits) {
+  const auto length = static_cast<int64_t>(run.length());
+  if (limits.cut == 0 || 2 * (limits.readLength + limits.cut) > length) return run;
+  const auto cut = static_cast<std::size_t>(limits.cut);
+  return {run.start + cut, run.end - cut};
 }
 
 }  // namespace
@@ -55,9 +65,10 @@ Run trimmed(const Run& run) {
 void splitScaffold(ScaffoldInfo* scaffoldInfo, const std::string& scaffoldSeq,
                    const std::string& scaffoldId, uint32_t& scaffoldNum, uint64_t& gapNum,
                    std::ostream& contigPosOutfile) {
+  const SplitLimits limits{CONTIGLEN, CuttEdge, readLen};
   ScaffoldInfo& info = scaffoldInfo[scaffoldNum];
   info.scaffoldId = scaffoldId;
-  info.contigsSum = countKept(scaffoldSeq);
+  info.contigsSum = countKept(scaffoldSeq, limits);
   info.contigsInfo = allocateArray<ContigInfo>(
       info.contigsSum, {__LINE__, "splitScaffold", kMemoryError, ". Function: ", ".\n"});
 
@@ -68,9 +79,9 @@ void splitScaffold(ScaffoldInfo* scaffoldInfo, const std::string& scaffoldSeq,
   };
   for (Run run = nextRun(scaffoldSeq, 0); run.length() > 0;) {
     uint64_t pendingGap = 0;
-    if (isKept(run, k == 0, scaffoldSeq.size())) {
+    if (isKept(run, k == 0, scaffoldSeq.size(), limits)) {
       requireContigLength(run.length(), scaffold_file, scaffoldId, kHeaderError);
-      const Run kept = trimmed(run);
+      const Run kept = trimmed(run, limits);
       slot().contigSeq = scaffoldSeq.substr(kept.start, kept.length());
       // KEPT: the bases cut from a contig's end are in no gap (SplitScaffold.OnlyTheFrontCutCounts)
       slot().frontGapSize += kept.start - run.start;

@@ -1,9 +1,8 @@
 // How a run ends early: the exit statuses, the two ways to die and the allocation helper.
 //
 // A failing run prints one message on standard error and exits at once, on the main thread; what
-// was written before stays, because exit() flushes the open streams. Worker threads never call
-// these functions (see streaming/workerPool.h for what happens when one of them runs out of
-// memory).
+// was written to its outputs before stays (driver/outputFile.h). Worker threads never call these
+// functions; streaming/workerPool.h says what happens when one of them runs out of memory.
 #pragma once
 
 #include <cstddef>

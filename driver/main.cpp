@@ -1,5 +1,6 @@
 // The run: one pass of the main thread through the stages, in a fixed order.
-#include <cstdlib>
+#include <csignal>
+#include <exception>
 #include <iostream>
 #include <new>
 #include <string>
@@ -8,6 +9,7 @@
 #include "driver/fatal.h"
 #include "driver/gapReport.h"
 #include "driver/outputFile.h"
+#include "driver/textInput.h"
 #include "driver/velk.h"
 #include "kmer/fetchKmers.h"
 #include "kmer/hashSet.h"
@@ -42,10 +44,12 @@ uint64_t loadSequences() {
   uint64_t gapSum = 0;
   if (!scaffold_file.empty()) {
     unprotectFile(contig_file);  // not read, so a side file may replace it
+    refusePipe(scaffold_file);
     InitialScaffold(scaffoldInfo, scaffold_file, scaffoldSum);
     LoadScaffolds(scaffoldInfo, scaffold_file, scaffoldSum, gapSum);
   } else if (!contig_file.empty()) {
     std::cerr << "Only set -c, load contig directly!\n";
+    refusePipe(contig_file);
     ScaftigMap scaftigNum;
     CountscaftigNum(contig_file, scaftigNum);
     InitialScaffold(scaffoldInfo, scaftigNum, gapSum);
@@ -118,9 +122,14 @@ int run(int argc, char** argv) {
 }  // namespace velk
 
 int main(int argc, char** argv) {
+  // A write that these would kill the run for fails with a message instead.
+  ::signal(SIGPIPE, SIG_IGN);
+  ::signal(SIGXFSZ, SIG_IGN);
   try {
     return velk::run(argc, argv);
   } catch (const std::bad_alloc&) {
     velk::fatal(velk::kMemoryError, "[ERROR]: out of memory\n");
+  } catch (const std::exception& error) {
+    velk::fatal(velk::kUserError, std::string("[ERROR]: ").append(error.what()).append("\n"));
   }
 }

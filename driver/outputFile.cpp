@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <vector>
 
@@ -13,13 +14,27 @@ namespace velk {
 namespace {
 
 std::vector<std::string> protectedFiles;  // inputs, then outputs, in the order they were named
+std::vector<std::ofstream*> unfinished;   // outputs that are open
 
-// Returns whether both names lead to one existing file.
-bool sameFile(const std::string& one, const std::string& other) {
-  struct stat oneStat {};
-  struct stat otherStat {};
-  return stat(one.c_str(), &oneStat) == 0 && stat(other.c_str(), &otherStat) == 0 &&
-         oneStat.st_dev == otherStat.st_dev && oneStat.st_ino == otherStat.st_ino;
+// Returns whether both names lead to one file that exists.
+bool isSameFile(const std::string& one, const std::string& other) {
+  struct stat oneStatus {};
+  struct stat otherStatus {};
+  return stat(one.c_str(), &oneStatus) == 0 && stat(other.c_str(), &otherStatus) == 0 &&
+         oneStatus.st_dev == otherStatus.st_dev && oneStatus.st_ino == otherStatus.st_ino;
+}
+
+void refuseProtected(const std::string& file) {
+  const auto found =
+      std::find_if(protectedFiles.begin(), protectedFiles.end(),
+                   [&](const std::string& other) { return isSameFile(file, other); });
+  if (found == protectedFiles.end()) return;
+  fatal(kUserError, "[ERROR]: output file " + file + " is the same file as " + *found + "\n");
+}
+
+// exit() flushes no stream that lives in a function; what was written must stay all the same.
+void flushUnfinished() {
+  for (std::ofstream* output : unfinished) output->flush();
 }
 
 }  // namespace
@@ -34,14 +49,14 @@ void unprotectFile(const std::string& file) {
 }
 
 bool openOutput(std::ofstream& output, const std::string& file) {
-  for (const std::string& other : protectedFiles) {
-    if (sameFile(file, other)) {
-      fatal(kUserError, "[ERROR]: output file " + file + " is the same file as " + other + "\n");
-    }
-  }
+  refuseProtected(file);
   output.open(file, std::ios::out | std::ios::trunc);
   if (!output.is_open()) return false;
+  refuseProtected(file);  // opening has made the file, if it was an input that did not exist
   protectFile(file);
+  static const int kRegistered = std::atexit(flushUnfinished);
+  static_cast<void>(kRegistered);
+  unfinished.push_back(&output);
   return true;
 }
 
@@ -53,6 +68,7 @@ void requireWritten(const std::ofstream& output, const std::string& file) {
 
 void finishOutput(std::ofstream& output, const std::string& file) {
   requireWritten(output, file);
+  std::erase(unfinished, &output);
   output.close();
   requireWritten(output, file);
 }

@@ -2,7 +2,8 @@
 //
 // The driver first tells every input of the run to protectFile(). Each output is then opened with
 // openOutput() and ended with finishOutput() (or, while it stays open, looked at with
-// requireWritten()), so a run that ends with status 0 has every byte on disk. Main thread only.
+// requireWritten()), so a run that ends with status 0 has every byte on disk. A run that ends early
+// keeps what was written to its open outputs. Main thread only.
 #pragma once
 
 #include <fstream>
@@ -13,11 +14,12 @@ namespace velk {
 /// Keeps the file named `file`, if it exists, from being opened as an output.
 void protectFile(const std::string& file);
 
-/// Lifts the protection that protectFile(file) gave.
+/// Lifts the protection that one protectFile(file) gave.
 void unprotectFile(const std::string& file);
 
 /// Opens `output` on `file` for writing with truncation and protects the file from later outputs.
-/// Returns whether it could be opened. Exits with status 1, the file untouched, after
+/// Returns whether it could be opened. REQUIRES: finishOutput(output) before `output` is destroyed,
+/// unless the process ends first. Exits with status 1, the file untouched, after
 /// "[ERROR]: output file FILE is the same file as OTHER" when it is protected.
 bool openOutput(std::ofstream& output, const std::string& file);
 

@@ -1,13 +1,13 @@
 #include "libinfo/libinfo.h"
 
 #include <algorithm>
-#include <fstream>
 #include <iostream>
 #include <limits>
 #include <memory>
 #include <vector>
 
 #include "driver/fatal.h"
+#include "driver/textInput.h"
 #include "driver/velk.h"
 
 namespace velk {
@@ -22,11 +22,10 @@ bool isHeader(const std::string& line) {
 
 using Lines = std::vector<std::string>;
 
-// All lines of `stream`, so that the passes below see one and the same file.
-Lines readLines(std::ifstream& stream, const std::string& file) {
+// All lines of `input`, so that the passes below see one and the same file.
+Lines readLines(TextInput& input) {
   Lines lines;
-  for (std::string line; std::getline(stream, line);) lines.push_back(line);
-  if (stream.bad()) failReading(file);
+  for (std::string line; input.readLine(line);) lines.push_back(line);
   return lines;
 }
 
@@ -84,9 +83,10 @@ void allocateNames(Lib& lib, int i) {
 // Stores key lines in the library records, section by section.
 class Filler {
  public:
-  explicit Filler(Lib* libs) : libs_(libs) {}
+  Filler(Lib* libs, int maxInsert) : libs_(libs), maxInsert_(maxInsert) {}
 
   int maxSmallInsert() const { return maxSmallInsert_; }
+  int maxInsert() const { return maxInsert_; }
 
   void nextSection() {
     ++index_;
@@ -129,7 +129,7 @@ class Filler {
       // KEPT: a value that a later line overwrites still counts (Loadlib.OverwrittenInsertCounts)
       lib.avg_ins = number;
       if (number < MINLARGEINSERT) maxSmallInsert_ = std::max(maxSmallInsert_, number);
-      MAXINSERT = std::max(MAXINSERT, number);
+      maxInsert_ = std::max(maxInsert_, number);
     }
   }
 
@@ -140,6 +140,7 @@ class Filler {
   int single2_ = -1;
   int singlequal_ = -1;
   int maxSmallInsert_ = 0;  // bases
+  int maxInsert_;           // bases
 };
 
 }  // namespace
@@ -162,11 +163,11 @@ bool splitColumn(const std::string& line, std::string& id, std::string& value) {
 
 void Loadlib(const std::string& file, Lib*& libs, int& libsNum) {
   libsNum = 0;
-  std::ifstream stream(file);
-  if (!stream) fatal(kInputError, "Fail to open " + file + "\n");
+  TextInput input(file);
+  if (!input.isOpen()) fatal(kInputError, "Fail to open " + file + "\n");
   std::cerr << "Starting load lib file " << file << std::endl;
 
-  const Lines lines = readLines(stream, file);
+  const Lines lines = readLines(input);
   libsNum = static_cast<int>(std::count_if(lines.begin(), lines.end(), isHeader));
   std::cerr << "Find lib number: " << libsNum << std::endl;
   libs = new Lib[static_cast<std::size_t>(libsNum)];
@@ -174,12 +175,13 @@ void Loadlib(const std::string& file, Lib*& libs, int& libsNum) {
   countFiles(lines, libs);
   for (int i = 0; i < libsNum; ++i) allocateNames(libs[i], i);
 
-  Filler filler(libs);
+  Filler filler(libs, MAXINSERT);
   forEachLine(
       lines, [&] { filler.nextSection(); },
       [&](const std::string& id, const std::string& value) { filler.store(id, value); });
   std::cerr << "Lib file load finished!\n";
 
+  MAXINSERT = filler.maxInsert();
   const int64_t bigGap = int64_t{readLen} + filler.maxSmallInsert();
   BIGGAPLEN = static_cast<int>(std::min<int64_t>(bigGap, std::numeric_limits<int>::max()));
   std::cerr << "Max small insert is " << filler.maxSmallInsert()
