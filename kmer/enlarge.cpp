@@ -18,8 +18,9 @@ uint64_t grownSize(const HashSet& set, uint64_t needed, const AllocationSite& si
   const double neededSlots = static_cast<double>(needed) / static_cast<double>(set.load_factor);
   uint64_t size = set.size;
   do {
-    if (neededSlots > static_cast<double>(kMaxSlots) || size > kMaxSlots) outOfMemory(site);
+    if (neededSlots > static_cast<double>(kMaxSlots)) outOfMemory(site);
     size = find_next_prime(size < kLargestDoubling ? size * 2 : size + kLargestDoubling);
+    if (size > kMaxSlots) outOfMemory(site);
   } while (static_cast<float>(needed) > static_cast<float>(size) * set.load_factor);
   return size;
 }

@@ -1,5 +1,6 @@
 #include "kmer/fetchKmers.h"
 
+#include <cstdlib>
 #include <string_view>
 
 #include "driver/velk.h"
@@ -47,7 +48,7 @@ KmerPlace searchedPlaceOf(const Entity& hit) {
       if (offset < windowsOf(info.contigsInfo[j])) return {i, j, offset};
     }
   }
-  __builtin_unreachable();  // a unique k-mer was added from one of these places
+  std::abort();  // cannot be: a unique k-mer was added from one of these places
 }
 
 }  // namespace

@@ -51,6 +51,7 @@ HashSet* init_hashset(uint64_t init_size, float load_factor) {
   auto* set = allocateArray<HashSet>(1, site);
   set->e_size = sizeof(Entity);
   set->size = init_size > 2 ? find_next_prime(init_size) : 3;
+  if (set->size > kMaxSlots) outOfMemory(site);
   set->load_factor = clampedLoadFactor(load_factor);
   // A load factor just below 1 would round up to a table without an empty slot.
   set->max = std::min(static_cast<uint64_t>(static_cast<float>(set->size) * set->load_factor),

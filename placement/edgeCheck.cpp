@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "driver/velk.h"
 #include "kmer/Sequence.h"

@@ -1,12 +1,11 @@
 #include "streaming/library.h"
 
-#include <cerrno>
 #include <ctime>
 #include <iostream>
-#include <new>
 #include <optional>
 
 #include "driver/fatal.h"
+#include "driver/textInput.h"
 #include "driver/velk.h"
 #include "streaming/gzipDamage.h"
 #include "streaming/lineSource.h"
@@ -23,23 +22,35 @@ bool isGzipName(const std::string& file) {
 // The look at a read file before it is streamed.
 struct FirstLine {
   char letter;         // the first character, NUL of an empty line
-  std::string damage;  // what is wrong with a gzip file so far
+  std::string damage;  // what is wrong with a gzip file as far as the end of the line
 };
 
 // Reads the first line of a gzip file; nothing, after a message, when the file cannot be opened.
 std::optional<FirstLine> firstLineOfGzip(const std::string& file) {
+  refusePipe(file);
   GzipInput probe;
   if (!probe.open(file)) {
     std::cerr << "Can't open file: " << file << std::endl;
     std::cout.flush();
     return std::nullopt;
   }
-  const std::string_view bytes = probe.next();
-  return FirstLine{bytes.empty() ? '\0' : bytes.front(), probe.damage()};
+  FirstLine first{'\0', ""};
+  for (std::size_t seen = 0; seen < GzipLineSource::kLongestPiece;) {
+    const std::string_view bytes = probe.next();
+    if (bytes.empty()) {
+      first.damage = probe.damage();
+      break;
+    }
+    if (seen == 0) first.letter = bytes.front();
+    if (bytes.find('\n') != std::string_view::npos) break;
+    seen += bytes.size();
+  }
+  return first;
 }
 
 // Reads the first line of a plain file; exits with `cannotOpen` when the file cannot be opened.
 FirstLine firstLineOfPlain(const std::string& file, const std::string& cannotOpen) {
+  refusePipe(file);
   PlainLineSource probe(file);
   if (!probe.open()) fatal(kUserError, cannotOpen);
   std::string line;

@@ -61,21 +61,31 @@ std::string_view PlainLineSource::nextPiece() {
 GzipLineSource::GzipLineSource(const std::string& file) : file_(file) {}
 
 bool GzipLineSource::open() {
-  isOpen_ = input_.open(file_);
-  if (!isOpen_) reportGzipDamage(file_, std::strerror(errno));
+  if (!input_.open(file_)) {
+    reportGzipDamage(file_, std::strerror(errno));
+    isAtEnd_ = true;
+  }
   return true;
+}
+
+// Gets the next inflated bytes. Returns false at their end, and reports damage when it met it
+// there.
+bool GzipLineSource::refill() {
+  if (isAtEnd_) return false;
+  block_ = input_.next();
+  isAtEnd_ = block_.empty();
+  if (isAtEnd_ && !input_.damage().empty()) reportGzipDamage(file_, input_.damage());
+  return !isAtEnd_;
 }
 
 // Reads the next line into line_, its '\n' included. Returns false, and leaves line_ as it was,
 // when there are no more bytes.
 bool GzipLineSource::readLine() {
-  constexpr std::size_t kMost = std::tuple_size_v<decltype(line_)> - 1;
   std::size_t length = 0;
   bool isWhole = false;
-  while (!isWhole && length < kMost) {
-    if (block_.empty()) block_ = input_.next();
-    if (block_.empty()) break;
-    std::string_view piece = block_.substr(0, kMost - length);
+  while (!isWhole && length < kLongestPiece) {
+    if (block_.empty() && !refill()) break;
+    std::string_view piece = block_.substr(0, kLongestPiece - length);
     const std::size_t newline = piece.find('\n');
     isWhole = newline != std::string_view::npos;
     if (isWhole) piece = piece.substr(0, newline + 1);
@@ -95,10 +105,8 @@ void GzipLineSource::keepLine(std::string& entry) {
 }
 
 void GzipLineSource::finish() {
-  if (!isOpen_) return;
-  while (!input_.next().empty()) {
+  while (refill()) {
   }
-  if (!damage().empty()) reportGzipDamage(file_, damage());
 }
 
 }  // namespace velk

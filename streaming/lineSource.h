@@ -52,12 +52,16 @@ class PlainLineSource {
   bool atEnd_ = false;
 };
 
-/// Lines of a gzip file (or of a plain one under a gzip name), at most 1023 bytes at a time.
+/// Lines of a gzip file (or of a plain one under a gzip name), at most 1023 bytes at a time. The
+/// read or the finish() that meets damage in the file reports it.
 class GzipLineSource {
  public:
+  static constexpr std::size_t kLongestPiece = 1023;  // bytes
+
   explicit GzipLineSource(const std::string& file);
 
-  /// Opens the file; reports damage when that fails. Returns true.
+  /// Opens the file; reports damage when that fails, and any other damage as soon as it ends the
+  /// lines. Returns true.
   bool open();
 
   /// Reads the first line of a record. Returns false when the file has none.
@@ -70,23 +74,22 @@ class GzipLineSource {
   /// Reads over a line.
   void skipLine() { readLine(); }
 
-  /// Reads on to the end of the file and reports damage, if there is any.
+  /// Reads on to the end of the file, so that damage anywhere in it is met.
   void finish();
 
   /// The line in hand, up to its first NUL byte.
   std::string_view line() const { return line_.data(); }
 
-  /// What is wrong with the file, as far as it was read; empty for nothing.
-  const std::string& damage() const { return input_.damage(); }
-
  private:
+  bool refill();
+  std::string_view moreBytes();
   bool readLine();
 
   std::string file_;
   GzipInput input_;
-  bool isOpen_ = false;
-  std::string_view block_;         // inflated bytes not yet read
-  std::array<char, 1024> line_{};  // the line in hand, ended by NUL
+  bool isAtEnd_ = false;
+  std::string_view block_;                      // inflated bytes not yet read
+  std::array<char, kLongestPiece + 1> line_{};  // the line in hand, ended by NUL
 };
 
 }  // namespace velk

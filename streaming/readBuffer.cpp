@@ -40,7 +40,7 @@ void allocateWorkerArrays(int workers) {
 }
 
 void allocateRow(int t, int workers) {
-  const std::size_t capacity = kRecordsPerEntry * static_cast<std::size_t>(threadBufSize(workers));
+  const std::size_t capacity = rowCapacity(workers);
   signal[t] = 0;
   foundReadNum[t] = 0;
   threadId[t] = t;

@@ -52,6 +52,11 @@ constexpr int threadBufSize(int workers) {
   return bufferSize / workers + 1;
 }
 
+/// Returns the records that a row has room for: all that a worker's largest share can yield.
+constexpr std::size_t rowCapacity(int workers) {
+  return kRecordsPerEntry * static_cast<std::size_t>(threadBufSize(workers));
+}
+
 /// Allocates the outer arrays for `workers` workers; their rows do not exist yet.
 void allocateWorkerArrays(int workers);
 

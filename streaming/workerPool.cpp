@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cstdint>
 #include <cstring>
 #include <new>
 #include <string>
@@ -38,6 +39,8 @@ bool allIdle() {
 
 void startWorkers(int workers) {
   allocateWorkerArrays(workers);
+  // Row by row with its worker: too large a number of workers fails at the system's limit of
+  // threads before it takes the memory of their rows.
   for (int t = 0; t < workers; ++t) {
     allocateRow(t, workers);
     const int error = pthread_create(&threads[t], nullptr, thread_routine, &threadId[t]);
