@@ -52,8 +52,7 @@ class PlainLineSource {
   bool atEnd_ = false;
 };
 
-/// Lines of a gzip file (or of a plain one under a gzip name), at most 1023 bytes at a time. The
-/// read or the finish() that meets damage in the file reports it.
+/// Lines of a gzip file (or of a plain one under a gzip name), at most 1023 bytes at a time.
 class GzipLineSource {
  public:
   static constexpr std::size_t kLongestPiece = 1023;  // bytes
@@ -82,7 +81,6 @@ class GzipLineSource {
 
  private:
   bool refill();
-  std::string_view moreBytes();
   bool readLine();
 
   std::string file_;
