@@ -1,0 +1,74 @@
+// Turning reads and pairs round.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "placement/Read2Scaf.h"
+#include "tests/support/assembly.h"
+
+namespace velk::test {
+namespace {
+
+std::string turned(const std::string& read) {
+  std::string dest(read.size(), '\0');
+  ReverseComplementSeq(dest, read);
+  return dest;
+}
+
+TEST(ReverseComplementSeq, TurnsNIntoA) {
+  EXPECT_EQ("AACGT", turned("ACGTN"));
+  EXPECT_EQ("AACGT", turned("ACGTn"));
+}
+
+TEST(ReverseComplementSeq, WritesUpperCase) {
+  EXPECT_EQ("ACGT", turned("acgt"));
+  EXPECT_EQ("TTTGGGCCCAAA", turned("ttTggGccCaaA"));
+}
+
+TEST(ReverseComplementSeq, EveryOtherByteBecomesA) {
+  for (int byte = 0; byte < 256; ++byte) {
+    const char letter = static_cast<char>(byte);
+    std::string expected = "A";
+    if (letter == 'A' || letter == 'a') expected = "T";
+    if (letter == 'C' || letter == 'c') expected = "G";
+    if (letter == 'G' || letter == 'g') expected = "C";
+    EXPECT_EQ(expected, turned(std::string(1, letter))) << byte;
+  }
+}
+
+TEST(ReverseComplementSeq, AllLengths) {
+  for (std::size_t length = 0; length <= 210; ++length) {
+    const std::string read = randomBases(length, static_cast<unsigned>(length));
+    EXPECT_EQ(reverseComplement(read), turned(read)) << length;
+    EXPECT_EQ(read, turned(turned(read))) << length;
+  }
+}
+
+TEST(ReverseComplementSeq, ReplacesWhatTheDestinationHeld) {
+  std::string dest = "GGGG";
+  ReverseComplementSeq(dest, "AACC");
+  EXPECT_EQ("GGTT", dest);
+}
+
+TEST(LongReverseComplement, SwapsAndTurnsThePair) {
+  std::string a = "AAC";
+  std::string b = "GGT";
+  LongReverseComplement(a, b);
+  EXPECT_EQ("ACC", a);
+  EXPECT_EQ("GTT", b);
+}
+
+TEST(LongReverseComplement, ReadsOfUnlikeLengthChangePlaces) {
+  std::string a = "AACCA";
+  std::string b = "G";
+  LongReverseComplement(a, b);
+  EXPECT_EQ("C", a);
+  EXPECT_EQ("TGGTT", b);
+  b.clear();
+  LongReverseComplement(a, b);
+  EXPECT_EQ("", a);
+  EXPECT_EQ("G", b);
+}
+
+}  // namespace
+}  // namespace velk::test
