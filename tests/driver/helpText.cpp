@@ -43,8 +43,8 @@ std::string helpPattern(const HelpValues& values) {
   options +=
       "\t-h\t\t\tthis help\n\n"
       "Example:\n"
-      "\tvelk -l reads.lib -s scaffolds.fa -m seqlength*1/LoadFactor -o found.fa 2>velk.log\n"
-      "\tvelk -l reads.lib -c contigs.fa -m seqlength*1/LoadFactor -o found.fa 2>velk.log\n"
+      "velk -l reads.lib -s scaffolds.fa -m seqlength*1/LoadFactor -o found.fa 2>velk.log\n"
+      "velk -l reads.lib -c contigs.fa -m seqlength*1/LoadFactor -o found.fa 2>velk.log\n"
       "Attention:\n"
       "Please do not set -s and -c at the same time, or else, velk will only load and use "
       "scaffold.\n"

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <string>
 
+#include "driver/fatal.h"
 #include "tests/support/files.h"
 
 namespace velk::test {
@@ -32,8 +33,8 @@ class OutputFile : public ::testing::Test {
   // Expects that an output on `file` may be opened; nothing is written to it.
   static void expectAllowed(const std::string& file) {
     std::ofstream output;
-    EXPECT_TRUE(openOutput(output, file));
-    EXPECT_TRUE(output.is_open());
+    ASSERT_TRUE(openOutput(output, file));
+    finishOutput(output, file);
   }
 
   TemporaryFolder folder_;
@@ -124,6 +125,13 @@ TEST_F(OutputFile, MissingFilesAreNotTheSame) {
   protectFile(folder_.path("missing"));
   protectFile("");
   expectAllowed(folder_.path("out"));
+  EXPECT_FALSE(std::filesystem::exists(folder_.path("missing")));
+}
+
+TEST_F(OutputFile, MissingInputIsProtectedOnceTheOutputHasMadeIt) {
+  const std::string input = folder_.path("missing");
+  protectFile(input);
+  expectRefused(input, input);
 }
 
 TEST_F(OutputFile, UnprotectedFileMayBeReplaced) {
@@ -148,6 +156,23 @@ TEST_F(OutputFile, OutputsAreProtectedFromEachOther) {
   expectAllowed(file);
   std::filesystem::create_symlink("out", folder_.path("link"));
   expectRefused(folder_.path("link"), file);
+}
+
+TEST_F(OutputFile, EarlyEndKeepsWhatWasWritten) {
+  const std::string finished = folder_.path("finished");
+  const std::string open = folder_.path("open");
+  const auto writeAndDie = [&] {
+    std::ofstream first;
+    std::ofstream second;
+    if (!openOutput(first, finished) || !openOutput(second, open)) return;
+    first << "first\n";
+    second << "second\n";
+    finishOutput(first, finished);
+    fatal(kHeaderError, "early\n");
+  };
+  EXPECT_EXIT(writeAndDie(), ExitedWithCode(3), Eq("early\n"));
+  EXPECT_EQ("first\n", contentOf(finished));
+  EXPECT_EQ("second\n", contentOf(open));
 }
 
 TEST_F(OutputFile, FullDiskIsToldWhenTheFileIsFinished) {
