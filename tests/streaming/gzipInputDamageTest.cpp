@@ -1,0 +1,133 @@
+// Damaged gzip files: every byte that inflates is handed out, and the damage has a name.
+#include "streaming/gzipInput.h"
+
+#include "tests/streaming/gzipMembers.h"
+#include "tests/streaming/streamingTest.h"
+
+namespace velk::test {
+namespace {
+
+constexpr const char* kCut = "unexpected end of file";
+constexpr const char* kTrailing = "trailing bytes after the last member";
+constexpr std::size_t kTrailer = 8;  // bytes: checksum and length
+
+class GzipDamage : public StreamingTest {
+ protected:
+  // Three members, the middle one of several deflate symbols.
+  const std::string texts_[3] = {">1\nACGTACGTTGCA\n", randomBases(600, 5) + "\n", ">2\nTTGACA\n"};
+  const std::string members_[3] = {gzipped(texts_[0]), gzipped(texts_[1]), gzipped(texts_[2])};
+
+  static std::string flipped(std::string bytes, std::size_t at, unsigned mask) {
+    bytes[at] = static_cast<char>(static_cast<unsigned char>(bytes[at]) ^ mask);
+    return bytes;
+  }
+};
+
+TEST_F(GzipDamage, FileCutAtEveryByte) {
+  std::string before;  // the members before the cut one
+  std::string text;
+  for (int i = 0; i < 3; ++i) {
+    for (std::size_t cut = 1; cut < members_[i].size(); ++cut) {
+      SCOPED_TRACE(::testing::Message() << "member " << i << " cut to " << cut << " bytes");
+      const std::string part = members_[i].substr(0, cut);
+      const Inflated inflated = inflateFile(before + part);
+      if (cut == 1 && i == 0) {
+        EXPECT_EQ(inflated, (Inflated{part, ""}));  // one byte tells no gzip file
+      } else if (cut == 1) {
+        EXPECT_EQ(inflated, (Inflated{text, kTrailing}));
+      } else {
+        EXPECT_EQ(inflated, (Inflated{text + inflatedPart(part), kCut}));
+      }
+    }
+    before += members_[i];
+    text += texts_[i];
+    EXPECT_EQ(inflateFile(before), (Inflated{text, ""}));
+  }
+}
+
+TEST_F(GzipDamage, LargeFileCutInItsSecondBlock) {
+  const std::string bytes = noise(300000, 6);
+  const std::string member = gzipped(bytes);
+  const Inflated inflated = inflateFile(member.substr(0, 200000));
+  EXPECT_EQ(inflated.damage, kCut);
+  EXPECT_GT(inflated.bytes.size(), 199000u);
+  EXPECT_TRUE(bytes.starts_with(inflated.bytes));
+}
+
+// No byte can be changed unseen, but for the fields of the header that say nothing of the content.
+TEST_F(GzipDamage, EveryBitFlipped) {
+  const std::string text = texts_[0] + texts_[1];
+  const std::string file = members_[0] + members_[1];
+  for (std::size_t at = 0; at < file.size(); ++at) {
+    for (unsigned mask = 1; mask < 0x100; mask <<= 1) {
+      SCOPED_TRACE(::testing::Message() << "byte " << at << ", mask " << mask);
+      const std::string changed = flipped(file, at, mask);
+      const Inflated inflated = inflateFile(changed);
+      if (at < 2) {
+        EXPECT_EQ(inflated, (Inflated{changed, ""}));  // no gzip file at all
+      } else if (inflated.damage.empty()) {
+        EXPECT_EQ(inflated.bytes, text);
+      }
+    }
+  }
+}
+
+TEST_F(GzipDamage, ModificationTimeAndSystemAreNotLookedAt) {
+  for (const std::size_t at : {4u, 5u, 6u, 7u, 8u, 9u}) {
+    EXPECT_EQ(inflateFile(flipped(members_[0], at, 0xff)), (Inflated{texts_[0], ""}));
+  }
+}
+
+TEST_F(GzipDamage, BrokenHeaders) {
+  EXPECT_EQ(inflateFile(flipped(members_[0], 2, 0xff)),
+            (Inflated{"", "unknown compression method"}));
+  EXPECT_EQ(inflateFile(flipped(members_[0], 3, 0x80)), (Inflated{"", "unknown header flags set"}));
+  EXPECT_EQ(inflateFile(members_[0] + flipped(members_[1], 2, 0xff)),
+            (Inflated{texts_[0], "unknown compression method"}));
+}
+
+TEST_F(GzipDamage, BrokenDeflateData) {
+  constexpr std::size_t kHeader = 10;  // bytes
+  EXPECT_EQ(inflateFile(members_[0].substr(0, kHeader) + '\x07'),
+            (Inflated{"", "invalid block type"}));
+}
+
+TEST_F(GzipDamage, WrongChecksum) {
+  for (std::size_t i = 0; i < 4; ++i) {
+    const std::size_t at = members_[0].size() - kTrailer + i;
+    const Inflated expected{texts_[0], "incorrect data check"};
+    EXPECT_EQ(inflateFile(flipped(members_[0], at, 0x10)), expected);
+    // The members behind are not read.
+    EXPECT_EQ(inflateFile(flipped(members_[0] + members_[2], at, 0x10)), expected);
+  }
+}
+
+TEST_F(GzipDamage, WrongLength) {
+  for (std::size_t i = 4; i < kTrailer; ++i) {
+    const std::size_t at = members_[0].size() - kTrailer + i;
+    EXPECT_EQ(inflateFile(flipped(members_[0], at, 0x10)),
+              (Inflated{texts_[0], "incorrect length check"}));
+  }
+}
+
+TEST_F(GzipDamage, TrailingBytes) {
+  const Inflated expected{texts_[0], kTrailing};
+  EXPECT_EQ(inflateFile(members_[0] + "x"), expected);
+  EXPECT_EQ(inflateFile(members_[0] + "\x1f"), expected);
+  EXPECT_EQ(inflateFile(members_[0] + ">9\nACGT\n"), expected);
+  EXPECT_EQ(inflateFile(members_[0] + std::string(9, '\0') + "x"), expected);
+  EXPECT_EQ(inflateFile(members_[0] + std::string(9, '\0') + members_[1]), expected);
+  EXPECT_EQ(inflateFile(members_[0] + std::string(400000, '\0') + "x"), expected);
+  EXPECT_EQ(inflateFile(members_[0] + "\n" + std::string(400000, '\0')), expected);
+}
+
+TEST_F(GzipDamage, FolderInsteadOfAFile) {
+  std::filesystem::create_directory("folder");
+  GzipInput input;
+  ASSERT_TRUE(input.open("folder"));
+  EXPECT_TRUE(input.next().empty());
+  EXPECT_EQ(input.damage(), "Is a directory");
+}
+
+}  // namespace
+}  // namespace velk::test

@@ -1,0 +1,215 @@
+// The hand-off between the main thread and the workers.
+#include "streaming/workerPool.h"
+
+#include <unistd.h>
+
+#include <atomic>
+#include <thread>
+
+#include "streaming/mailbox.h"
+#include "streaming/readBuffer.h"
+#include "tests/streaming/gapAssembly.h"
+
+namespace velk::test {
+namespace {
+
+using ::testing::Eq;
+using ::testing::ExitedWithCode;
+
+class WorkerPool : public GapAssemblyTest {
+ protected:
+  // Hands `reads` over to the first `workers` workers as a single-end batch.
+  void handOver(std::vector<std::string>& reads, int workers) {
+    readsA = reads.data();
+    readsB = nullptr;
+    bufferNum = static_cast<int>(reads.size());
+    threadNum = workers;
+    sendSignal(1);
+  }
+
+  // The reads that worker t found.
+  static std::vector<std::string> foundBy(int t) {
+    return {foundReads[t], foundReads[t] + foundReadNum[t]};
+  }
+
+  // The reads of a batch that stride sharing gives to worker t.
+  static std::vector<std::string> shareOf(const std::vector<std::string>& reads, int t,
+                                          int workers) {
+    std::vector<std::string> share;
+    for (std::size_t j = 0; j < reads.size(); ++j) {
+      if (static_cast<int>(j) % workers == t) share.push_back(reads[j]);
+    }
+    return share;
+  }
+};
+
+TEST_F(WorkerPool, StartsIdleWithNothingFound) {
+  start(3);
+  for (int t = 0; t < 3; ++t) {
+    EXPECT_EQ(mailboxValue(t), 0);
+    EXPECT_EQ(foundReadNum[t], 0u);
+    EXPECT_EQ(threadId[t], t);
+  }
+}
+
+TEST_F(WorkerPool, SharesTheBatchByStride) {
+  for (const int workers : {1, 2, 3, 8}) {
+    SCOPED_TRACE(::testing::Message() << workers << " workers");
+    start(workers);
+    for (unsigned count = 1; count <= 17; ++count) {
+      std::vector<std::string> reads;
+      for (unsigned i = 0; i < count; ++i) reads.push_back(singleRead(0, 100 * count + i));
+      handOver(reads, workers);
+      for (int t = 0; t < workers; ++t) {
+        EXPECT_EQ(mailboxValue(t), 0);
+        EXPECT_EQ(foundBy(t), shareOf(reads, t, workers));
+      }
+    }
+    stop();
+  }
+}
+
+// Every hand-off passes one read on; also food for the thread sanitizer.
+TEST_F(WorkerPool, ManyBatchesOfOneRead) {
+  for (const int workers : {1, 2, 3, 8}) {
+    start(workers);
+    for (unsigned i = 0; i < 300; ++i) {
+      std::vector<std::string> reads = {singleRead(static_cast<int>(i % 2), i)};
+      handOver(reads, workers);
+      ASSERT_EQ(foundBy(0), reads);
+      ASSERT_EQ(gapNum[0][0], i % 2);
+      for (int t = 1; t < workers; ++t) ASSERT_EQ(foundReadNum[t], 0u);
+    }
+    stop();
+  }
+}
+
+TEST_F(WorkerPool, FewerReadsThanWorkers) {
+  start(8);
+  std::vector<std::string> many;
+  for (unsigned i = 0; i < 8; ++i) many.push_back(singleRead(0, i));
+  handOver(many, 8);
+  for (int t = 0; t < 8; ++t) EXPECT_EQ(foundReadNum[t], 1u);
+
+  // Workers without a read are woken all the same: they take back their counts.
+  std::vector<std::string> few = {many[3], many[4]};
+  handOver(few, 8);
+  EXPECT_EQ(foundBy(0), (std::vector<std::string>{many[3]}));
+  EXPECT_EQ(foundBy(1), (std::vector<std::string>{many[4]}));
+  for (int t = 2; t < 8; ++t) {
+    EXPECT_EQ(foundReadNum[t], 0u);
+    EXPECT_EQ(mailboxValue(t), 0);
+  }
+}
+
+TEST_F(WorkerPool, AddressesTheWorkersThatShareABatch) {
+  start(3);
+  foundReadNum[2] = 77;
+  std::vector<std::string> reads = {singleRead(0, 1), singleRead(0, 2), singleRead(0, 3)};
+  handOver(reads, 2);
+  EXPECT_EQ(foundReadNum[0], 2u);
+  EXPECT_EQ(foundReadNum[1], 1u);
+  EXPECT_EQ(foundReadNum[2], 77u) << "a third worker was woken";
+}
+
+TEST_F(WorkerPool, WorkerReadsItsNumberOnce) {
+  start(2);
+  std::vector<std::string> reads = {singleRead(0, 1), singleRead(1, 2)};
+  handOver(reads, 2);
+  threadId[0] = threadId[1] = 9;
+  handOver(reads, 2);
+  EXPECT_EQ(foundBy(0), (std::vector<std::string>{reads[0]}));
+  EXPECT_EQ(foundBy(1), (std::vector<std::string>{reads[1]}));
+}
+
+TEST_F(WorkerPool, QuitReachesAllWorkersWhenNoReadFileWasStreamed) {
+  ASSERT_EQ(threadNum, 1);
+  thread_num = 3;
+  startWorkers(3);
+  sendSignal(2);
+  for (int t = 0; t < 3; ++t) EXPECT_EQ(mailboxValue(t), 2);
+  // A worker that still lives would take up this work and say idle.
+  bufferNum = 0;
+  for (int t = 0; t < 3; ++t) setMailbox(t, 1);
+  usleep(20000);
+  for (int t = 0; t < 3; ++t) EXPECT_EQ(mailboxValue(t), 1) << "worker " << t << " lives";
+  releaseRows(3);
+}
+
+TEST_F(WorkerPool, QuitValueIsTheExitValue) {
+  allocateRows(1);
+  for (const int value : {7, 2, -3}) {
+    setMailbox(0, 0);
+    pthread_t worker;
+    ASSERT_EQ(pthread_create(&worker, nullptr, thread_routine, &threadId[0]), 0);
+    setMailbox(0, value);
+    void* exitValue = nullptr;
+    ASSERT_EQ(pthread_join(worker, &exitValue), 0);
+    EXPECT_EQ(reinterpret_cast<intptr_t>(exitValue), value);
+    EXPECT_EQ(mailboxValue(0), value) << "only a pass makes a mailbox idle";
+  }
+}
+
+TEST_F(WorkerPool, AnyOtherSignalQuits) {
+  thread_num = 2;
+  startWorkers(2);
+  sendSignal(7);  // returns once both threads are joined
+  EXPECT_EQ(mailboxValue(0), 7);
+  EXPECT_EQ(mailboxValue(1), 7);
+  releaseRows(2);
+}
+
+TEST_F(WorkerPool, WaitsForEveryWorkerAndCountsAnewInEveryCycle) {
+  constexpr useconds_t kManyCycles = 20000;  // microseconds
+  allocateRows(2);
+  std::atomic<bool> isReturned = false;
+  std::thread mainThread([&] {
+    sendSignal(1);
+    isReturned = true;
+  });
+  while (mailboxValue(0) != 1 || mailboxValue(1) != 1) usleep(1);
+  setMailbox(0, 0);
+  usleep(kManyCycles);
+  EXPECT_FALSE(isReturned) << "worker 1 still works";
+  setMailbox(0, 1);
+  usleep(kManyCycles);
+  setMailbox(1, 0);
+  usleep(kManyCycles);
+  EXPECT_FALSE(isReturned) << "worker 0 works again";
+  setMailbox(0, 0);
+  mainThread.join();
+  EXPECT_TRUE(isReturned);
+}
+
+TEST_F(WorkerPool, PollsAtTheFixedIntervals) {
+  EXPECT_EQ(kWorkerPollMicroseconds, 2u);
+  EXPECT_EQ(kMainPollMicroseconds, 10u);
+}
+
+TEST_F(WorkerPool, WorkerThatCannotBeCreatedEndsTheRun) {
+  EXPECT_EXIT(
+      {
+        pthread_attr_t tooMuch;
+        pthread_attr_init(&tooMuch);
+        pthread_attr_setstacksize(&tooMuch, std::size_t{1} << 46);
+        pthread_setattr_default_np(&tooMuch);
+        thread_num = 2;
+        startWorkers(2);
+      },
+      ExitedWithCode(2),
+      Eq("[ERROR]: can't create worker thread 0: Resource temporarily unavailable\n"));
+}
+
+TEST_F(WorkerPool, ExitWhileWorkersPollIsClean) {
+  std::vector<std::string> reads = {singleRead(0, 1), singleRead(1, 2)};
+  EXPECT_EXIT(
+      {
+        start(3);
+        handOver(reads, 3);
+        std::exit(foundReadNum[0] == 1 && foundReadNum[1] == 1 ? 0 : 1);
+      },
+      ExitedWithCode(0), Eq(""));
+}
+
+}  // namespace
+}  // namespace velk::test
