@@ -1,0 +1,167 @@
+// velk against its plain model, over random assemblies and reads.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "kmer/hashSet.h"
+#include "placement/Read2Scaf.h"
+#include "placement/kmerWalk.h"
+#include "streaming/readBuffer.h"
+#include "tests/placement/placementTest.h"
+#include "tests/placement/plainPlacement.h"
+#include "tests/placement/randomPlacement.h"
+
+namespace velk::test {
+namespace {
+
+constexpr uint32_t kAssemblies = 600;
+
+// For messages of failed tests: what to give randomPlacement, and which of its pairs.
+struct Name {
+  uint32_t seed;
+  std::size_t pair;
+};
+
+std::ostream& operator<<(std::ostream& out, const Name& name) {
+  return out << "seed " << name.seed << ", pair " << name.pair;
+}
+
+// Every rule of the model, to be met at least this often by all assemblies together.
+const std::map<std::string, int>& leastMeetings() {
+  static const std::map<std::string, int> least{
+      {"batch: no try", 1000},
+      {"batch: pair rewritten", 300},
+      {"batch: try 1", 3000},
+      {"batch: try 2", 2000},
+      {"batch: try 3", 2000},
+      {"batch: try 4", 2000},
+      {"forward: anchor over the left edge", 90},
+      {"forward: anchor over the right edge", 100},
+      {"forward: guard", 100},
+      {"forward: last contig", 9000},
+      {"forward: mate", 200},
+      {"forward: mate in the far gap", 20},
+      {"forward: moved to the gap's end", 20},
+      {"forward: moved to the gap's start", 40},
+      {"forward: refused", 3000},
+      {"forward: settled", 500},
+      {"left end: contig too short", 300},
+      {"left end: over a short contig", 1000},
+      {"reverse: anchor over the left edge", 100},
+      {"reverse: anchor over the right edge", 40},
+      {"reverse: anchor over the right edge of the last two", 100},
+      {"reverse: first contig", 8000},
+      {"reverse: guard", 100},
+      {"reverse: mate", 200},
+      {"reverse: mate in the far gap", 10},
+      {"reverse: moved to the gap's end", 40},
+      {"reverse: moved to the gap's start", 20},
+      {"reverse: refused", 3000},
+      {"reverse: settled", 500},
+      {"right end: short overlap", 1000},
+      {"single: no gap there", 10000},
+      {"single: offset zero", 500},
+      {"single: placed at the left end", 300},
+      {"single: placed at the right end", 200},
+      {"single: refused at the left end", 2000},
+      {"single: refused at the right end", 10000}};
+  return least;
+}
+
+class Differential : public PlacementTest {
+ protected:
+  void SetUp() override { setWorkers(4); }
+
+  // Makes the random assembly and parameters those of the run.
+  void prepare(const RandomPlacement& random) {
+    Kmer = random.settings.kmer;
+    OverRatio = random.settings.overRatio;
+    mapCut = random.settings.mapCut;
+    readLen = random.settings.readLength;
+    CONTIGLEN = random.settings.shortestContig;
+    BIGGAPLEN = random.settings.bigGap;
+    insertLength = random.settings.insert;
+    assemble(random.assembly);
+    threadNum = random.workers;
+  }
+
+  static std::vector<PlainHit> hitsOf(const std::string& read) {
+    std::vector<PlainHit> hits;
+    int64_t i = 0;
+    walkUniqueHits(*kmerHash, read, Kmer, i, [&](const Hit& hit) {
+      hits.push_back(
+          {i, static_cast<int64_t>(hit.scaffold), static_cast<int64_t>(hit.contig), hit.offset});
+      return Walk::kGoOn;
+    });
+    return hits;
+  }
+
+  // Compares the hits of `read` and what every routine makes of it.
+  static void compareRoutines(PlainPlacement& plain, const std::string& read,
+                              const std::string& mate, const Name& name) {
+    ASSERT_EQ(plain.hitsOf(read), hitsOf(read)) << name;
+    compare(single(read), name, [&](auto& records) { return plain.single(read, records); });
+    compare(forward(read, mate), name,
+            [&](auto& records) { return plain.forward(read, mate, records); });
+    compare(reverse(read, mate), name,
+            [&](auto& records) { return plain.reverse(read, mate, records); });
+  }
+
+  template <class Model>
+  static void compare(const Outcome& outcome, const Name& name, Model model) {
+    std::vector<TestRecord> records;
+    const int64_t stop = model(records);
+    ASSERT_EQ(stop, outcome.stop) << name;
+    ASSERT_EQ(records, outcome.records) << name;
+  }
+};
+
+TEST_F(Differential, RoutinesAndWalk) {
+  for (uint32_t seed = 0; seed < kAssemblies && !HasFatalFailure(); ++seed) {
+    const RandomPlacement random = randomPlacement(seed);
+    prepare(random);
+    PlainPlacement plain(random.assembly, random.settings);
+    const auto kmer = static_cast<std::size_t>(Kmer);
+    for (std::size_t k = 0; k < random.first.size(); ++k) {
+      const std::string& read = random.first[k];
+      if (read.size() < kmer) continue;
+      const Name name{seed, k};
+      compareRoutines(plain, read, random.second[k], name);
+      compareRoutines(plain, plainReverseComplement(read), random.second[k], name);
+    }
+  }
+}
+
+TEST_F(Differential, Batches) {
+  std::map<std::string, int> met;
+  for (uint32_t seed = 0; seed < kAssemblies && !HasFatalFailure(); ++seed) {
+    RandomPlacement random = randomPlacement(seed);
+    prepare(random);
+    PlainPlacement plain(random.assembly, random.settings);
+    const auto workers = static_cast<std::size_t>(random.workers);
+
+    setBatch(random.reads);
+    for (std::size_t t = 0; t < workers; ++t) {
+      ASSERT_EQ(plain.scan(random.reads, t, workers), scan(static_cast<int>(t)))
+          << "seed " << seed << ", single reads, worker " << t;
+    }
+    ASSERT_EQ(random.reads, firstReads()) << "seed " << seed;
+
+    setBatch(random.first, random.second);
+    for (std::size_t t = 0; t < workers; ++t) {
+      ASSERT_EQ(plain.scan(random.first, random.second, t, workers), scan(static_cast<int>(t)))
+          << "seed " << seed << ", pairs, worker " << t;
+    }
+    ASSERT_EQ(random.first, firstReads()) << "seed " << seed;
+    ASSERT_EQ(random.second, secondReads()) << "seed " << seed;
+    for (const auto& [rule, times] : plain.met()) met[rule] += times;
+  }
+
+  for (const auto& [rule, times] : met) EXPECT_EQ(1U, leastMeetings().count(rule)) << rule;
+  for (const auto& [rule, least] : leastMeetings()) EXPECT_GE(met[rule], least) << rule;
+}
+
+}  // namespace
+}  // namespace velk::test
