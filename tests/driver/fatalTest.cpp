@@ -4,8 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <cstdint>
-#include <string>
+#include <new>
 
 namespace velk::test {
 namespace {
@@ -48,11 +47,12 @@ TEST(Fatal, AllocatedArrayIsZero) {
   delete[] numbers;
 }
 
-TEST(Fatal, ArrayBeyondAllMemoryEndsTheRun) {
-  const auto allocateTooMuch = [] {
-    allocateArray<std::string>(SIZE_MAX, {1736, "FindReadsInGaps", kMemoryError});
-  };
-  EXPECT_EXIT(allocateTooMuch(), ExitedWithCode(2),
+struct NoRoom {
+  NoRoom() { throw std::bad_alloc(); }
+};
+
+TEST(Fatal, ArrayWithoutMemoryEndsTheRun) {
+  EXPECT_EXIT(allocateArray<NoRoom>(1, {1736, "FindReadsInGaps", kMemoryError}), ExitedWithCode(2),
               Eq("Out of memory! Line: 1736. Function: FindReadsInGaps\n"));
 }
 
