@@ -1,0 +1,36 @@
+#include "tests/kmer/packingModel.h"
+
+#include <bitset>
+
+namespace velk::test {
+
+uint64_t modelOfPacking(const std::string& sequence) {
+  std::bitset<512> row;
+  for (std::size_t i = 0; i < sequence.size(); ++i) {
+    const std::size_t lowBit = 2 * (sequence.size() - 1 - i);
+    switch (sequence[i]) {
+      case 'A':
+      case 'a':
+        break;
+      case 'C':
+      case 'c':
+        row.set(lowBit);
+        break;
+      case 'G':
+      case 'g':
+        row.set(lowBit + 1);
+        break;
+      case 'T':
+      case 't':
+        row.set(lowBit);
+        row.set(lowBit + 1);
+        break;
+      default:
+        row.set(lowBit + 2);
+        break;
+    }
+  }
+  return (row & std::bitset<512>(~0ULL)).to_ullong();
+}
+
+}  // namespace velk::test
