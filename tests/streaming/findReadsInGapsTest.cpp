@@ -3,7 +3,6 @@
 #include "driver/velk.h"
 #include "streaming/library.h"
 #include "streaming/readBuffer.h"
-#include "streaming/readers.h"
 #include "tests/streaming/gapAssembly.h"
 
 namespace velk::test {
@@ -219,27 +218,6 @@ TEST_F(FindReadsInGapsTest, AnchorAndMateOfOnePairAreTwoRecords) {
   EXPECT_EQ(readSumInEachGap[0], 2);
   EXPECT_EQ(writtenOutput(), ">0\t150\t-30\ts0\t0\t130\n" + storedMate(7) +
                                  "\n>0\t150\t-60\ts0\t0\t130\n" + anchor + "\n");
-}
-
-// The workers turn pairs of large inserts round in the buffer, a repeated pair once more.
-TEST_F(FindReadsInGapsTest, RepeatedPairOfALargeInsertIsTurnedBack) {
-  start(1);
-  insertLength = 1001;
-  batchLimit = 1;
-  threadNum = 1;
-  std::string a = "AAC";
-  std::string b = "GGT";
-  readsA = &a;
-  readsB = &b;
-  const CapturedErrors errors;
-  write("reads", ">\nAACC\n>\nTTTG");
-  LoadPEfaPair("reads");
-  EXPECT_EQ(a, "CAAA");
-  EXPECT_EQ(b, "GGTT");
-  write("reads", ">\nAACC\n>\nTTTG\n");
-  LoadPEfaPair("reads");
-  EXPECT_EQ(a, "AACC");
-  EXPECT_EQ(b, "TTTG");
 }
 
 TEST_F(FindReadsInGapsTest, BufferTakesHalfAMillionReads) {

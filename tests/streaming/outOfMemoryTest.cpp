@@ -1,36 +1,10 @@
 // Memory that runs out: a program of its own, because it replaces operator new.
-#include <atomic>
-#include <cstdlib>
-#include <new>
-
 #include "driver/velk.h"
 #include "streaming/library.h"
 #include "streaming/readBuffer.h"
 #include "streaming/workerPool.h"
 #include "tests/streaming/gapAssembly.h"
-
-namespace {
-
-constexpr std::size_t kNeverFails = ~std::size_t{0};
-std::atomic<std::size_t> smallestToFail = kNeverFails;  // bytes
-std::atomic<int> largeOnesToSpare = 0;                  // of those that would fail
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-  if (size >= smallestToFail && largeOnesToSpare-- <= 0) throw std::bad_alloc();
-  void* const memory = std::malloc(size == 0 ? 1 : size);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
-}
-
-void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-
-void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
+#include "tests/streaming/scarceMemory.h"
 
 namespace velk::test {
 namespace {
@@ -46,8 +20,7 @@ class OutOfMemory : public GapAssemblyTest {
   static void findWithout(int insert, std::string file, int spared) {
     std::string none;
     insertLength = insert;
-    largeOnesToSpare = spared;
-    smallestToFail = kReadBuffer;
+    failAllocationsFrom(kReadBuffer, spared);
     FindReadsInGaps(file, none, 1);
   }
 };
@@ -80,7 +53,7 @@ TEST_F(OutOfMemory, WorkerEndsTheRunOnTheMainThread) {
         readsA = &read;
         bufferNum = 1;
         threadNum = 2;
-        smallestToFail = read.size();
+        failAllocationsFrom(read.size(), 0);
         sendSignal(1);
       },
       ExitedWithCode(2), Eq("[ERROR]: out of memory\n"));

@@ -8,6 +8,7 @@
 
 #include "streaming/mailbox.h"
 #include "streaming/readBuffer.h"
+#include "streaming/readers.h"
 #include "tests/streaming/gapAssembly.h"
 
 namespace velk::test {
@@ -179,6 +180,26 @@ TEST_F(WorkerPool, WaitsForEveryWorkerAndCountsAnewInEveryCycle) {
   setMailbox(0, 0);
   mainThread.join();
   EXPECT_TRUE(isReturned);
+}
+
+// The workers turn pairs of large inserts round in the buffer, a repeated pair once more.
+TEST_F(WorkerPool, RepeatedPairOfALargeInsertIsTurnedBack) {
+  start(1);
+  insertLength = 1001;
+  batchLimit = 1;
+  std::string a;
+  std::string b;
+  readsA = &a;
+  readsB = &b;
+  const CapturedErrors errors;
+  write("reads", ">\nAACC\n>\nTTTG");
+  LoadPEfaPair("reads");
+  EXPECT_EQ(a, "CAAA");
+  EXPECT_EQ(b, "GGTT");
+  write("reads", ">\nAACC\n>\nTTTG\n");
+  LoadPEfaPair("reads");
+  EXPECT_EQ(a, "AACC");
+  EXPECT_EQ(b, "TTTG");
 }
 
 TEST_F(WorkerPool, PollsAtTheFixedIntervals) {
