@@ -37,7 +37,7 @@ bool isBase(char letter) {
 std::string keyOf(const std::string& kmer) {
   const std::string last = kmer.size() > 32 ? kmer.substr(kmer.size() - 32) : kmer;
   std::string key;
-  if (!last.empty() && kmer.size() < 32 && !isBase(last[0])) key = "^";
+  if (!last.empty() && kmer.size() < 32 && !isBase(last[0])) key.push_back('^');
   for (std::size_t i = 0; i < last.size(); ++i) {
     char letter = 'A';
     if (isBase(last[i])) letter = static_cast<char>(std::toupper(last[i]));

@@ -20,8 +20,10 @@ class Maker {
     made_.workers = number(1, 4);
     const int scaffolds = number(1, 2);
     for (int s = 0; s < scaffolds; ++s) addScaffold();
+    tieParameters();
     for (std::size_t k = 0; k < kBatch; ++k) {
       made_.reads.push_back(read());
+      if (chance(6)) blemish(made_.reads.back());
       addPair();
     }
     return made_;
@@ -51,14 +53,18 @@ class Maker {
     PlainSettings made;
     made.kmer = chance(4) ? number(0, 2) : chance(60) ? number(6, 20) : number(3, 40);
     if (chance(25)) {
-      made.overRatio = oneOf<double>({0, 0.05, 0.5, 0.75, 1, 2.5, -1, kNoNumber, 1e300, 1e9});
+      made.overRatio =
+          oneOf<double>({0, 0.05, 0.25, 0.5, 0.5, 0.75, 1, 2.5, -1, kNoNumber, 1e300, 1e9});
     }
     if (chance(45)) made.mapCut = oneOf<double>({0.9, 0.8, 0.6, 0.4, 0.1, 0, 1});
     if (chance(5)) made.mapCut = oneOf<double>({1.01, -1, kNoNumber, 1e300});
     made.readLength = chance(70) ? number(20, 45) : number(0, 60);
     made.shortestContig = chance(5) ? -1 : number(0, 40);
     made.bigGap = number(20, 900);
-    made.insert = chance(80) ? number(20, 400) : chance(50) ? number(-60, 60) : number(990, 1500);
+    made.insert = chance(80)   ? number(20, 400)
+                  : chance(50) ? number(-60, 60)
+                  : chance(50) ? number(999, 1002)
+                               : number(990, 1500);
     return made;
   }
 
@@ -128,6 +134,23 @@ class Maker {
     genomes_.push_back(genome);
   }
 
+  // Puts parameters on the limits of rules now and then: two reads, or a big gap, of exactly the
+  // length of a contig or a gap.
+  void tieParameters() {
+    PlainSettings& settings = made_.settings;
+    std::vector<int> lengths;
+    for (const TestScaffold& scaffold : made_.assembly) {
+      for (const TestContig& contig : scaffold) {
+        lengths.push_back(static_cast<int>(contig.bases.size()));
+        lengths.push_back(static_cast<int>(contig.gapBefore));
+      }
+    }
+    if (lengths.empty()) return;
+    if (chance(40)) settings.readLength = std::max(oneOf(lengths) / 2, 0);
+    if (chance(30)) settings.bigGap = std::max(oneOf(lengths), 1);
+    if (chance(10)) settings.bigGap = std::max(settings.insert - number(0, 1), 1);
+  }
+
   // ---- reads ------------------------------------------------------------------------------------
 
   // A contig in its genome.
@@ -157,7 +180,6 @@ class Maker {
     for (char& letter : read) {
       if (number(1, 1000) <= perMille) letter = base();
     }
-    if (chance(4)) blemish(read);
     return read;
   }
 
@@ -197,6 +219,8 @@ class Maker {
       b = plainReverseComplement(b);
     }
     if (chance(50)) a.swap(b);
+    if (chance(6)) blemish(a);
+    if (chance(6)) blemish(b);
     made_.first.push_back(a);
     made_.second.push_back(b);
   }
