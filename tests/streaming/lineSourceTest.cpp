@@ -155,7 +155,7 @@ TEST_F(GzipLines, LinesAcrossMembersAndBlocks) {
   EXPECT_EQ(lines, (Lines{"ACGT", "CC"}));
 
   std::string text;
-  while (text.size() < 600000) text += "A" + std::to_string(text.size()) + "\n";
+  while (text.size() < 600000) text.append("A").append(std::to_string(text.size())).append("\n");
   writeGzip("many.gz", text);
   GzipLineSource many("many.gz");
   ASSERT_TRUE(many.open());

@@ -26,8 +26,10 @@ TEST_F(ReadBuffer, LargestShareOfABatch) {
   EXPECT_EQ(threadBufSize(600000), 1);
 }
 
-// Runs out of bounds under the address sanitizer when a row is shorter.
+// Runs out of bounds under the address sanitizer when a row is shorter than it says.
 TEST_F(ReadBuffer, RowsHoldThreeRecordsPerEntry) {
+  EXPECT_EQ(rowCapacity(1), 1500003u);
+  EXPECT_EQ(rowCapacity(4), 375003u);
   for (const int workers : {4, 8}) {
     allocateWorkerArrays(workers);
     for (int t = 0; t < workers; ++t) allocateRow(t, workers);

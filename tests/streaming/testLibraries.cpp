@@ -38,12 +38,11 @@ TestLibraries::TestLibraries(const std::vector<TestLibrary>& libraries)
 std::string TestLibraries::stream() {
   const CapturedErrors errors;
   libread2gap(libs_, count_);
-  std::string text = errors.text();
-  const std::size_t from = text.find_first_of("0123456789", text.find("Used time: "));
-  if (from != std::string::npos) {
-    text.replace(from, text.find_first_not_of("0123456789", from) - from, "N");
-  }
-  return text;
+  const std::string text = errors.text();
+  const char* const digits = "0123456789";
+  const std::size_t from = text.find_first_of(digits, text.find("Used time: "));
+  if (from == std::string::npos) return text;
+  return text.substr(0, from).append("N").append(text, text.find_first_not_of(digits, from));
 }
 
 void TestLibraries::streamAloud() {
