@@ -83,6 +83,26 @@ TEST_F(Loadlib, SectionsHaveTheirOwnFilesAndNumbers) {
   EXPECT_EQ("c", libs_[2].single[1].readfile);
 }
 
+TEST_F(Loadlib, EverySectionCountsEachKindFromItsStart) {
+  const std::string files = "f=f0\nf=f1\np=p0\np=p1\nq=q0\nq=q1\nq1=a0\nq2=b0\nf1=a1\nf2=b1\n";
+  load("[LIB]\n" + files + "[LIB]\n" + files);
+  ASSERT_EQ(2, libsNum_);
+  for (int i = 0; i < 2; ++i) {
+    const Lib& lib = libs_[i];
+    ASSERT_EQ(8U, lib.sfilenum + lib.s2filenum + lib.qfilenum + lib.pfilenum);
+    EXPECT_EQ("f0", lib.single[0].readfile);
+    EXPECT_EQ("f1", lib.single[1].readfile);
+    EXPECT_EQ("p0", lib.single2[0].readfile);
+    EXPECT_EQ("p1", lib.single2[1].readfile);
+    EXPECT_EQ("q0", lib.singlequal[0].readfile);
+    EXPECT_EQ("q1", lib.singlequal[1].readfile);
+    EXPECT_EQ("a0", lib.pairs[0].read1file);
+    EXPECT_EQ("b0", lib.pairs[0].read2file);
+    EXPECT_EQ("a1", lib.pairs[1].read1file);
+    EXPECT_EQ("b1", lib.pairs[1].read2file);
+  }
+}
+
 TEST_F(Loadlib, LinesAboveTheFirstHeaderAreIgnored) {
   load("f=early.fa\navg_ins=700\nq1=early.fq\n[LIB]\nf=a.fa\n");
   ASSERT_EQ(1, libsNum_);
