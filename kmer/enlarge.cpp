@@ -33,7 +33,7 @@ void rehash(HashSet* set, uint64_t oldSize, const uint8_t* oldFilled, uint8_t* m
   };
   for (uint64_t i = 0; i < oldSize; ++i) {
     if (!isWaiting(i)) continue;
-    Entity inHand = set->array[i];
+    Entity inHand = std::exchange(set->array[i], Entity{});
     set_entity_delete(moved, i);
     for (bool placed = false; !placed;) {
       uint64_t slot = hash_code(inHand) % set->size;
@@ -61,8 +61,9 @@ void enlarge_hashset(HashSet* set, uint64_t num) {
   uint8_t* const moved = std::exchange(set->del_flag, newBitmap(set->size));
   if (grown == nullptr || set->nul_flag == nullptr || set->del_flag == nullptr) outOfMemory(site);
   set->array = grown;
+  adviseHugePages(grown, (set->size + 1) * sizeof(Entity));
+  std::fill(grown + oldSize, grown + set->size + 1, Entity{});
   rehash(set, oldSize, oldFilled, moved);
-  set->array[set->size] = Entity{};
   std::free(oldFilled);
   std::free(moved);
 }

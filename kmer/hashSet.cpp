@@ -28,17 +28,18 @@ void fillSlot(HashSet* set, uint64_t slot, const Entity& entity) {
 }
 
 // Adds an entity to a table that has just grown, counting the filled slots on its way.
-void addAfterGrowth(HashSet* set, const Entity& entity) {
-  uint64_t slot = hash_code(entity) % set->size;
+uint64_t addAfterGrowth(HashSet* set, const Entity& entity) {
+  uint64_t slot = homeSlot(*set, entity.bitSeq);
   while (!is_entity_null(set->nul_flag, slot)) {
     if (hash_equal(entity, set->array[slot])) {
       set->array[slot].unique = 0;
-      return;
+      return slot;
     }
     ++set->count_conflict;
     slot = nextSlot(slot, set->size);
   }
   fillSlot(set, slot, entity);
+  return set->size;
 }
 
 }  // namespace
@@ -56,49 +57,44 @@ HashSet* init_hashset(uint64_t init_size, float load_factor) {
   // A load factor just below 1 would round up to a table without an empty slot.
   set->max = std::min(static_cast<uint64_t>(static_cast<float>(set->size) * set->load_factor),
                       set->size - 1);
-  set->array = static_cast<Entity*>(std::malloc((set->size + 1) * sizeof(Entity)));
+  set->array = static_cast<Entity*>(std::calloc(set->size + 1, sizeof(Entity)));
+  adviseHugePages(set->array, (set->size + 1) * sizeof(Entity));
   set->nul_flag = newBitmap(set->size);
   set->del_flag = newBitmap(set->size);
   if (set->array == nullptr || set->nul_flag == nullptr || set->del_flag == nullptr) {
     outOfMemory(site);
   }
-  set->array[set->size] = Entity{};
   return set;
 }
 
 uint64_t GetHashSet(const HashSet* set, const Entity& entity, int& flag) {
-  uint64_t slot = hash_code(entity) % set->size;
-  while (!is_entity_null(set->nul_flag, slot)) {
-    if (hash_equal(entity, set->array[slot])) {
-      flag = 1;
-      return slot;
-    }
-    slot = nextSlot(slot, set->size);
-  }
-  flag = 0;
-  return slot;
+  return probeFrom(*set, {entity.bitSeq, homeSlot(*set, entity.bitSeq)}, flag);
 }
 
 int add_hashset(HashSet* set, const Entity& entity) {
-  int flag = 0;
-  const uint64_t slot = GetHashSet(set, entity, flag);
-  if (flag == 1) {
-    set->array[slot].unique = 0;
-  } else if (set->count + 1 <= set->max) {
-    fillSlot(set, slot, entity);
-  } else {
-    std::cerr << "old set->size: " << set->size << "\n";
-    enlarge_hashset(set, 1);
-    std::cerr << "new set->size: " << set->size << "\n";
-    addAfterGrowth(set, entity);
-  }
+  addBegun(set, entity, {entity.bitSeq, homeSlot(*set, entity.bitSeq)});
   return 1;
 }
 
-uint64_t get_hashset(const HashSet* set, const Entity& entity) {
+uint64_t addBegun(HashSet* set, const Entity& entity, const SlotProbe& probe) {
   int flag = 0;
-  const uint64_t slot = GetHashSet(set, entity, flag);
-  return flag == 1 && !is_entity_delete(set->del_flag, slot) ? slot : set->size;
+  const uint64_t slot = probeFrom(*set, probe, flag);
+  if (flag == 1) {
+    set->array[slot].unique = 0;
+    return slot;
+  }
+  if (set->count + 1 <= set->max) {
+    fillSlot(set, slot, entity);
+    return set->size;
+  }
+  std::cerr << "old set->size: " << set->size << "\n";
+  enlarge_hashset(set, 1);
+  std::cerr << "new set->size: " << set->size << "\n";
+  return addAfterGrowth(set, entity);
+}
+
+uint64_t get_hashset(const HashSet* set, const Entity& entity) {
+  return findBegun(*set, {entity.bitSeq, homeSlot(*set, entity.bitSeq)});
 }
 
 bool exists_hashset(const HashSet* set, const Entity& entity) {

@@ -120,4 +120,57 @@ inline void set_entity_delete(uint8_t* del_flag, uint64_t slot) {
   del_flag[slot / 8] |= slotMask(slot);
 }
 
+// Look-ups in two steps, so that the memory of several can be fetched at the same time.
+
+/// The slot at which probing for `key` begins.
+inline uint64_t homeSlot(const HashSet& set, uint64_t key) {
+  return hash_code(Entity{key, 0, 0, 0, 0}) % set.size;
+}
+
+/// A look-up that has been begun; of use as long as the table does not grow.
+struct SlotProbe {
+  uint64_t key;
+  uint64_t slot;  // home slot of the key
+};
+
+/// Begins a look-up: has the memory of the key's home slot fetched.
+inline SlotProbe startProbe(const HashSet& set, uint64_t key) {
+  const SlotProbe probe{key, homeSlot(set, key)};
+  __builtin_prefetch(&set.array[probe.slot]);
+  return probe;
+}
+
+/// Returns whether `slot` is filled. Unfilled slots are zero, so most answers need no bitmap.
+inline bool isFilled(const HashSet& set, uint64_t slot) {
+  const Entity& entity = set.array[slot];
+  const bool hasPlace =
+      (entity.scaffoldNum | entity.contigNum | entity.startPos | entity.unique) != 0;
+  return hasPlace || !is_entity_null(set.nul_flag, slot);
+}
+
+/// Ends a look-up as GetHashSet does.
+inline uint64_t probeFrom(const HashSet& set, const SlotProbe& probe, int& flag) {
+  uint64_t slot = probe.slot;
+  while (isFilled(set, slot)) {
+    if (set.array[slot].bitSeq == probe.key) {
+      flag = 1;
+      return slot;
+    }
+    slot = slot + 1 == set.size ? 0 : slot + 1;
+  }
+  flag = 0;
+  return slot;
+}
+
+/// Ends a look-up as get_hashset does.
+inline uint64_t findBegun(const HashSet& set, const SlotProbe& probe) {
+  int flag = 0;
+  const uint64_t slot = probeFrom(set, probe, flag);
+  return flag == 1 && !is_entity_delete(set.del_flag, slot) ? slot : set.size;
+}
+
+/// Ends a look-up as add_hashset does. Returns the slot of the entity that had the key already,
+/// set->size when `entity` is new. REQUIRES: probe.key == entity.bitSeq.
+uint64_t addBegun(HashSet* set, const Entity& entity, const SlotProbe& probe);
+
 }  // namespace velk
