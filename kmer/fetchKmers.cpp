@@ -1,10 +1,14 @@
 #include "kmer/fetchKmers.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <string_view>
 
 #include "driver/velk.h"
 #include "kmer/Sequence.h"
+#include "kmer/rollingKey.h"
+#include "kmer/windowBatch.h"
 
 namespace velk {
 namespace {
@@ -51,28 +55,114 @@ KmerPlace searchedPlaceOf(const Entity& hit) {
   std::abort();  // cannot be: a unique k-mer was added from one of these places
 }
 
-}  // namespace
+// Neighbouring k-mers of a contig on their way into the index.
+struct Batch {
+  Stretch stretch;
+  std::size_t count;                                 // k-mers
+  bool hasMinimizers;                                // whether `windows` is filled
+  WindowBatch windows;                               // their minimizers
+  std::array<SlotProbe, WindowBatch::kMost> probes;  // their begun look-ups
+  uint64_t tableSize;                                // slots of the table these were begun in
+};
 
-void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum) {
-  outgrowsEntity = scaffoldSum > kScaffolds;
-  Entity entity{};
-  entity.unique = 1;
-  for (uint32_t i = 0; i < scaffoldSum; ++i) {
-    const ScaffoldInfo& info = scaffoldInfo[i];
-    entity.scaffoldNum = i % kScaffolds;
-    outgrowsEntity = outgrowsEntity || info.contigsSum > kContigs;
-    for (uint32_t j = 0; j < info.contigsSum; ++j) {
-      const ContigInfo& contig = info.contigsInfo[j];
-      entity.contigNum = j % kContigs;
-      const uint32_t windows = windowsOf(contig);
-      outgrowsEntity = outgrowsEntity || windows > kOffsets;
-      for (uint32_t offset = 0; offset < windows; ++offset) {
-        entity.startPos = offset % kOffsets;
-        entity.bitSeq = keyAt(contig, offset);
-        add_hashset(kmerHash, entity);
+// Adds k-mers in two steps, batch after batch: the memory that a batch needs is fetched while the
+// one before it is added.
+class Indexer {
+ public:
+  Indexer(HashSet& set, SideIndex& side, int kmer) : set_(set), side_(side), kmer_(kmer) {}
+
+  void begin(Batch& batch, const std::string& bases) {
+    const auto length = static_cast<std::size_t>(kmer_);
+    const std::string_view stretch =
+        std::string_view(bases).substr(batch.stretch.offset, batch.count + length - 1);
+    batch.hasMinimizers = side_.isMade() && batch.windows.fill(stretch, batch.count, kmer_);
+    batch.tableSize = set_.size;
+    if (batch.hasMinimizers) {
+      for (std::size_t w = 0; w < batch.count; ++w) {
+        side_.filter().prefetch(batch.windows.minimizer(w));
+        batch.probes[w] = startProbe(set_, batch.windows.key(w));
       }
+      return;
+    }
+    RollingKey keys(stretch, kmer_);
+    for (std::size_t w = 0; w < batch.count; ++w) {
+      if (w != 0) keys.advance();
+      batch.probes[w] = startProbe(set_, keys.key());
     }
   }
+
+  void finish(const Batch& batch) {
+    const Stretch& stretch = batch.stretch;
+    Entity entity{};
+    entity.unique = 1;
+    entity.scaffoldNum = stretch.scaffold % kScaffolds;
+    entity.contigNum = stretch.contig % kContigs;
+    for (std::size_t w = 0; w < batch.count; ++w) {
+      SlotProbe probe = batch.probes[w];
+      if (set_.size != batch.tableSize) probe.slot = homeSlot(set_, probe.key);
+      entity.bitSeq = probe.key;
+      entity.startPos = (stretch.offset + w) % kOffsets;
+      const uint64_t before = addBegun(&set_, entity, probe);
+      if (before != set_.size && side_.isMade()) side_.noteRepeat(set_, stretch, w, before);
+    }
+    if (!side_.isMade()) return;
+    if (batch.hasMinimizers) {
+      side_.add(set_, stretch, batch.windows, batch.count, kmer_);
+      return;
+    }
+    for (std::size_t w = 0; w < batch.count; ++w) {
+      const Stretch one{stretch.scaffold, stretch.contig, stretch.offset + w};
+      side_.addOdd(set_, one, batch.probes[w].key, kmer_);
+    }
+  }
+
+ private:
+  HashSet& set_;
+  SideIndex& side_;
+  int kmer_;
+};
+
+// Calls onContig(i, j, contig, windows) for every contig that has k-mers in the index, in order.
+template <class OnContig>
+void forEachIndexed(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, OnContig onContig) {
+  for (uint32_t i = 0; i < scaffoldSum; ++i) {
+    for (uint32_t j = 0; j < scaffoldInfo[i].contigsSum; ++j) {
+      const ContigInfo& contig = scaffoldInfo[i].contigsInfo[j];
+      if (const uint32_t windows = windowsOf(contig); windows != 0) onContig(i, j, contig, windows);
+    }
+  }
+}
+
+}  // namespace
+
+SideIndex sideIndex;
+
+void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum) {
+  uint64_t kmers = 0;
+  outgrowsEntity = scaffoldSum > kScaffolds;
+  forEachIndexed(scaffoldInfo, scaffoldSum,
+                 [&](uint32_t, uint32_t j, const ContigInfo&, uint32_t windows) {
+                   kmers += windows;
+                   outgrowsEntity = outgrowsEntity || j >= kContigs || windows > kOffsets;
+                 });
+  sideIndex.release();
+  if (hasMinimizers(Kmer) && !outgrowsEntity) sideIndex.make(scaffoldInfo, scaffoldSum, kmers);
+
+  Indexer indexer(*kmerHash, sideIndex, Kmer);
+  std::array<Batch, 2> batches;
+  std::size_t begun = 0;  // batches begun; the last one is not finished yet
+  forEachIndexed(scaffoldInfo, scaffoldSum,
+                 [&](uint32_t i, uint32_t j, const ContigInfo& contig, uint32_t windows) {
+                   for (std::size_t offset = 0; offset < windows; offset += WindowBatch::kMost) {
+                     Batch& batch = batches[begun % 2];
+                     batch.stretch = {i, j, offset};
+                     batch.count = std::min<std::size_t>(WindowBatch::kMost, windows - offset);
+                     indexer.begin(batch, contig.contigSeq);
+                     if (begun != 0) indexer.finish(batches[(begun - 1) % 2]);
+                     ++begun;
+                   }
+                 });
+  if (begun != 0) indexer.finish(batches[(begun - 1) % 2]);
 }
 
 KmerPlace placeOf(const Entity& hit) {

@@ -8,6 +8,7 @@
 
 #include "contig/contig.h"
 #include "kmer/hashSet.h"
+#include "kmer/sideIndex.h"
 
 namespace velk {
 
@@ -15,6 +16,8 @@ namespace velk {
 /// in the order scaffold, contig, offset. A k-mer that occurs again keeps its first place and loses
 /// its `unique` bit.
 void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum);
+
+extern SideIndex sideIndex;  // empty: beside the run's hash set, built by FetchKmers1
 
 /// Where a k-mer lies: scaffold and contig index, offset of its first base in contigSeq.
 struct KmerPlace {

@@ -1,10 +1,12 @@
 #include "driver/velk.h"
 #include "placement/Read2Scaf.h"
+#include "placement/kmerWalk.h"
 #include "streaming/readBuffer.h"
 
 namespace velk {
 namespace {
 
+constexpr int kAhead = 4;  // entries between the fetch of a read's first slots and its scan
 constexpr int kLongestShortInsert = 1000;  // bases; pairs of larger inserts are turned round
 
 bool containsN(const std::string& read) {
@@ -71,7 +73,12 @@ class BatchScan {
 
 void FindReads(int t) {
   BatchScan scan(t);
+  const int64_t ahead = kAhead * int64_t{threadNum};
   for (int64_t j = t; j < bufferNum; j += threadNum) {
+    if (j + ahead < bufferNum) {
+      KmerWalk::fetchAhead(*kmerHash, Kmer, readsA[j + ahead]);
+      if (readsB != nullptr) KmerWalk::fetchAhead(*kmerHash, Kmer, readsB[j + ahead]);
+    }
     if (readsB == nullptr) {
       scan.scanSingle(readsA[j]);
     } else {

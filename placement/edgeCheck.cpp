@@ -1,13 +1,12 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <utility>
 
 #include "driver/velk.h"
-#include "kmer/Sequence.h"
 #include "placement/Read2Scaf.h"
 #include "placement/countEqual.h"
 #include "placement/gapRecord.h"
+#include "placement/reverseComplement.h"
 
 namespace velk {
 namespace {
@@ -41,16 +40,16 @@ int64_t countSame(const std::string& contig, int64_t contigStart, const std::str
 }  // namespace
 
 void ReverseComplementSeq(std::string& dest, const std::string& src) {
-  std::transform(src.rbegin(), src.rend(), dest.begin(), complementOf);
+  reverseComplement(dest.data(), src.data(), src.size());
 }
 
 void LongReverseComplement(std::string& a, std::string& b) {
-  std::string reversedA(a.size(), '\0');
-  std::string reversedB(b.size(), '\0');
-  ReverseComplementSeq(reversedA, a);
-  ReverseComplementSeq(reversedB, b);
-  a = std::move(reversedB);
-  b = std::move(reversedA);
+  thread_local std::string oldA;
+  oldA = a;
+  a.resize(b.size());
+  ReverseComplementSeq(a, b);
+  b.resize(oldA.size());
+  ReverseComplementSeq(b, oldA);
 }
 
 int MapRead2Lcontig(const std::string& contig, const std::string& read, int64_t offset) {

@@ -99,7 +99,7 @@ bool reachesFarGap(const Anchor& anchor, const MateGeometry& mate, int readLengt
 // The body of both directions; `resolve` says where the mate of an anchor lies.
 void checkPairedRead(Resolve resolve, int64_t& i, const std::string& anchorRead,
                      const std::string& mateRead, uint32_t& n, int t) {
-  walkUniqueHits(*kmerHash, anchorRead, Kmer, i, [&](const Hit& hit) {
+  KmerWalk(*kmerHash, Kmer).uniqueHits(anchorRead, i, [&](const Hit& hit) {
     const ScaffoldInfo& info = scaffoldInfo[hit.scaffold];
     const Anchor anchor{
         info, hit.contig, hit.offset, lengthOf(anchorRead), lengthOf(mateRead), insertLength};

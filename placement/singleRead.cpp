@@ -6,7 +6,7 @@
 namespace velk {
 
 void checkSingleRead(int64_t& i, const std::string& read, uint32_t& n, int t) {
-  walkUniqueHits(*kmerHash, read, Kmer, i, [&](const Hit& hit) {
+  KmerWalk(*kmerHash, Kmer).uniqueHits(read, i, [&](const Hit& hit) {
     const ScaffoldInfo& info = scaffoldInfo[hit.scaffold];
     const ContigInfo& contig = info.contigsInfo[hit.contig];
     const bool hasGapBehind = hit.contig + 1 < info.contigsSum;

@@ -90,7 +90,7 @@ class Differential : public PlacementTest {
   static std::vector<PlainHit> hitsOf(const std::string& read) {
     std::vector<PlainHit> hits;
     int64_t i = 0;
-    walkUniqueHits(*kmerHash, read, Kmer, i, [&](const Hit& hit) {
+    KmerWalk(*kmerHash, Kmer).uniqueHits(read, i, [&](const Hit& hit) {
       hits.push_back(
           {i, static_cast<int64_t>(hit.scaffold), static_cast<int64_t>(hit.contig), hit.offset});
       return Walk::kGoOn;
@@ -98,10 +98,29 @@ class Differential : public PlacementTest {
     return hits;
   }
 
+  // The walk may leave out a hit at a place at which it has shown one, and no other.
+  static void compareHits(const std::vector<PlainHit>& plain, const std::vector<PlainHit>& shown,
+                          const Name& name) {
+    std::size_t next = 0;
+    for (const PlainHit& hit : plain) {
+      if (next < shown.size() && shown[next] == hit) {
+        ++next;
+        continue;
+      }
+      const bool isShown = std::any_of(
+          shown.begin(), shown.begin() + static_cast<int>(next), [&](const PlainHit& earlier) {
+            return earlier.scaffold == hit.scaffold && earlier.contig == hit.contig &&
+                   earlier.offset == hit.offset;
+          });
+      ASSERT_TRUE(isShown) << name;
+    }
+    ASSERT_EQ(next, shown.size()) << name;
+  }
+
   // Compares the hits of `read` and what every routine makes of it.
   static void compareRoutines(PlainPlacement& plain, const std::string& read,
                               const std::string& mate, const Name& name) {
-    ASSERT_EQ(plain.hitsOf(read), hitsOf(read)) << name;
+    ASSERT_NO_FATAL_FAILURE(compareHits(plain.hitsOf(read), hitsOf(read), name));
     compare(single(read), name, [&](auto& records) { return plain.single(read, records); });
     compare(forward(read, mate), name,
             [&](auto& records) { return plain.forward(read, mate, records); });

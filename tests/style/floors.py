@@ -9,7 +9,7 @@ import sys
 FLOORS = [
     ["driver"],
     ["libinfo", "contig", "kmer"],
-    ["kmer/fetchKmers"],
+    ["kmer/fetchKmers", "kmer/sideIndex"],
     ["streaming/readBuffer"],
     ["placement"],
     ["streaming"],

@@ -38,12 +38,16 @@ std::string reverseComplement(const std::string& bases) {
   return turned;
 }
 
-AssemblyTest::~AssemblyTest() {
+void AssemblyTest::releaseAssembly() {
   releaseScaffolds();
   if (kmerHash != nullptr) free_hash(kmerHash);
   kmerHash = nullptr;
   delete[] readSumInEachGap;
   readSumInEachGap = nullptr;
+}
+
+AssemblyTest::~AssemblyTest() {
+  releaseAssembly();
   if (rows_ != 0) releaseRows(rows_);
   threadNum = 1;
   insertLength = 0;

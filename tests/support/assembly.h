@@ -44,6 +44,9 @@ class AssemblyTest : public RunParametersTest {
   /// scaffolds), indexes it with the current Kmer and CONTIGLEN and allocates the gap counters.
   void load(const std::vector<TestScaffold>& scaffolds);
 
+  /// Releases what load() made, so that it can be called again.
+  static void releaseAssembly();
+
   /// Allocates empty result rows for `workers` workers (without threads) and sets thread_num and
   /// threadNum.
   void allocateRows(int workers);

@@ -1,0 +1,12 @@
+// The kernel of reverse complements: eight bases at a time.
+#pragma once
+
+#include <cstddef>
+
+namespace velk {
+
+/// Writes the reverse complement of the `length` characters at `source` to `target`: upper case, A
+/// for whatever has no complement. The two stretches must not overlap.
+void reverseComplement(char* target, const char* source, std::size_t length);
+
+}  // namespace velk

@@ -1,0 +1,122 @@
+// The side index never denies what the index holds, and denies most of what it does not hold.
+#include "kmer/sideIndex.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "kmer/Sequence.h"
+#include "kmer/fetchKmers.h"
+#include "tests/support/assembly.h"
+
+namespace velk::test {
+namespace {
+
+class SideIndexTest : public AssemblyTest {
+ protected:
+  ~SideIndexTest() override { sideIndex.release(); }
+
+  static uint64_t packed(const std::string& bases) {
+    uint64_t key = 0;
+    Seq2Kmer(key, bases);
+    return key;
+  }
+
+  static bool isIndexed(uint64_t key) { return exists_hashset(kmerHash, Entity{key, 0, 0, 0, 0}); }
+
+  // Compares every answer about the contigs of the run with the index itself. Returns how often a
+  // reverse complement was held possible and was not there.
+  static int checkReverseAnswers() {
+    int needless = 0;
+    const auto length = static_cast<std::size_t>(Kmer);
+    for (uint32_t i = 0; i < scaffoldSum; ++i) {
+      for (uint32_t j = 0; j < scaffoldInfo[i].contigsSum; ++j) {
+        const std::string& bases = scaffoldInfo[i].contigsInfo[j].contigSeq;
+        for (std::size_t at = 0; at + length <= bases.size(); ++at) {
+          const bool isThere = isIndexed(packed(reverseComplement(bases.substr(at, length))));
+          const bool mayBe = sideIndex.mayHoldReverse(i, j, at, at + 1);
+          EXPECT_TRUE(mayBe || !isThere) << i << ' ' << j << ' ' << at;
+          needless += mayBe && !isThere ? 1 : 0;
+        }
+      }
+    }
+    return needless;
+  }
+};
+
+// Contigs with repeats within and between them, inverted ones, palindromes and other letters.
+std::vector<TestScaffold> tangledAssembly(unsigned seed) {
+  const std::string one = randomBases(400, seed);
+  const std::string two = randomBases(300, seed + 100);
+  std::string odd = randomBases(200, seed + 200);
+  odd[50] = 'N';
+  odd[90] = 'r';
+  const std::string half = randomBases(40, seed + 300);
+  return {{{one + two}, {reverseComplement(one).substr(100, 200) + odd, 50}},
+          {{two.substr(50, 150) + half + reverseComplement(half)}, {one.substr(0, 90), 20}},
+          {{reverseComplement(odd)}, {odd.substr(20, 150) + two, 5}}};
+}
+
+TEST_F(SideIndexTest, ReverseComplementsOfATangledAssembly) {
+  for (const int kmer : {24, 27, 30, 31, 32}) {
+    for (unsigned seed = 0; seed < 5; ++seed) {
+      Kmer = kmer;
+      load(tangledAssembly(seed));
+      ASSERT_TRUE(sideIndex.isMade());
+      checkReverseAnswers();
+      releaseAssembly();
+    }
+  }
+}
+
+TEST_F(SideIndexTest, ReverseComplementsThatAreNotThereAreDenied) {
+  load({{{randomBases(3000, 1)}, {randomBases(3000, 2), 100}}});
+  EXPECT_EQ(checkReverseAnswers(), 0);
+}
+
+TEST_F(SideIndexTest, RangesAnswerForAnyOfTheirKmers) {
+  const std::string bases = randomBases(600, 3);
+  load({{{bases + reverseComplement(bases.substr(200, 31))}}});
+  EXPECT_TRUE(sideIndex.mayHoldReverse(0, 0, 200, 201));
+  for (uint64_t from = 0; from <= 200; from += 7) {
+    EXPECT_TRUE(sideIndex.mayHoldReverse(0, 0, from, 201)) << from;
+    EXPECT_FALSE(sideIndex.mayHoldReverse(0, 0, from, 200)) << from;
+  }
+  EXPECT_FALSE(sideIndex.mayHoldReverse(0, 0, 201, 500));
+}
+
+TEST_F(SideIndexTest, TheFilterKnowsEveryKmer) {
+  for (unsigned seed = 0; seed < 5; ++seed) {
+    load(tangledAssembly(seed));
+    for (uint64_t slot = 0; slot < kmerHash->size; ++slot) {
+      if (is_entity_null(kmerHash->nul_flag, slot)) continue;
+      const uint64_t key = kmerHash->array[slot].bitSeq;
+      EXPECT_TRUE(sideIndex.filter().mayHold(key, minimizerOf(key, Kmer)));
+    }
+    releaseAssembly();
+  }
+}
+
+TEST_F(SideIndexTest, TheFilterDeniesMostOtherKmers) {
+  load({{{randomBases(20000, 4)}}});
+  const std::string foreign = randomBases(20030, 5);
+  int held = 0;
+  for (std::size_t at = 0; at < 20000; ++at) {
+    const uint64_t key = packed(foreign.substr(at, 31));
+    held += sideIndex.filter().mayHold(key, minimizerOf(key, Kmer)) ? 1 : 0;
+  }
+  EXPECT_LT(held, 2000);
+}
+
+TEST_F(SideIndexTest, NotMadeForOtherKmerLengths) {
+  for (const int kmer : {0, 5, 23, 33, 63}) {
+    Kmer = kmer;
+    load({{{randomBases(500, 6)}}});
+    EXPECT_FALSE(sideIndex.isMade()) << kmer;
+    releaseAssembly();
+  }
+}
+
+}  // namespace
+}  // namespace velk::test
