@@ -1,5 +1,7 @@
 #include "streaming/readBuffer.h"
 
+#include <algorithm>
+
 namespace velk {
 
 std::string* readsA = nullptr;
@@ -25,12 +27,41 @@ uint64_t foundNumInLib = 0;
 uint64_t totalFoundNum = 0;
 std::ofstream fout;
 
+namespace {
+
+constexpr uint64_t kFirstRowSize = 1024;  // records
+
+uint64_t* rowSize = nullptr;  // [thread_num]: records that the row has room for by now
+
+// Gives an array of `size` entries room for `newSize`, its entries kept.
+template <class Entry>
+void growArray(Entry*& entries, uint64_t size, uint64_t newSize) {
+  auto* const grown = new Entry[newSize];
+  std::move(entries, entries + size, grown);
+  delete[] entries;
+  entries = grown;
+}
+
+void growRow(int t, uint64_t newSize) {
+  const uint64_t size = rowSize[t];
+  growArray(foundReads[t], size, newSize);
+  growArray(scaffold[t], size, newSize);
+  growArray(frontContig[t], size, newSize);
+  growArray(positionInGap[t], size, newSize);
+  growArray(gapNum[t], size, newSize);
+  growArray(gapsSize[t], size, newSize);
+  rowSize[t] = newSize;
+}
+
+}  // namespace
+
 void allocateWorkerArrays(int workers) {
   const auto count = static_cast<std::size_t>(workers);
   threads = new pthread_t[count];
   signal = new int[count];
   threadId = new int[count];
   foundReadNum = new uint64_t[count];
+  rowSize = new uint64_t[count];
   foundReads = new std::string*[count];
   scaffold = new uint64_t*[count];
   frontContig = new uint64_t*[count];
@@ -40,16 +71,14 @@ void allocateWorkerArrays(int workers) {
 }
 
 void allocateRow(int t, int workers) {
-  const std::size_t capacity = rowCapacity(workers);
   signal[t] = 0;
   foundReadNum[t] = 0;
   threadId[t] = t;
-  foundReads[t] = new std::string[capacity];
-  scaffold[t] = new uint64_t[capacity];
-  frontContig[t] = new uint64_t[capacity];
-  positionInGap[t] = new int64_t[capacity];
-  gapNum[t] = new uint64_t[capacity];
-  gapsSize[t] = new uint64_t[capacity];
+  rowSize[t] = 0;
+  foundReads[t] = nullptr;
+  scaffold[t] = frontContig[t] = gapNum[t] = gapsSize[t] = nullptr;
+  positionInGap[t] = nullptr;
+  growRow(t, std::min(kFirstRowSize, rowCapacity(workers)));
 }
 
 void releaseRows(int workers) {
@@ -65,6 +94,7 @@ void releaseRows(int workers) {
   delete[] signal;
   delete[] threadId;
   delete[] foundReadNum;
+  delete[] rowSize;
   delete[] foundReads;
   delete[] scaffold;
   delete[] frontContig;
@@ -73,13 +103,14 @@ void releaseRows(int workers) {
   delete[] gapsSize;
   threads = nullptr;
   signal = threadId = nullptr;
-  foundReadNum = nullptr;
+  foundReadNum = rowSize = nullptr;
   foundReads = nullptr;
   scaffold = frontContig = gapNum = gapsSize = nullptr;
   positionInGap = nullptr;
 }
 
 void recordFound(int t, uint32_t& n, const std::string& read, const FoundRecord& record) {
+  if (n == rowSize[t]) growRow(t, std::min(2 * rowSize[t], rowCapacity(thread_num)));
   foundReads[t][n] = read;
   scaffold[t][n] = record.scaffold;
   frontContig[t][n] = record.frontContig;

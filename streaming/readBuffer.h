@@ -24,18 +24,19 @@ extern int insertLength;     // 0: avg_ins of the library in hand, bases; 0 for 
 extern int threadNum;        // 1: workers that share a batch, set by FindReadsInGaps
 
 // The workers and their rows, allocated by startWorkers and released by releaseRows. Entry k of row
-// t of the six arrays is one found-read record; entries below foundReadNum[t] are valid.
+// t of the six arrays is one found-read record; entries below foundReadNum[t] are valid. A row
+// begins small and grows with what its worker finds, at most to rowCapacity(thread_num) entries.
 extern pthread_t* threads;        // [thread_num]
 extern int* signal;               // [thread_num]: mailboxes, see streaming/mailbox.h
 extern int* threadId;             // [thread_num]: each worker's number, its start argument
 extern uint64_t* foundReadNum;    // [thread_num]: records of the worker's last pass
-extern std::string** foundReads;  // [thread_num][rowCapacity]: the read, on the contigs' strand
-extern uint64_t** scaffold;       // [thread_num][rowCapacity]: index in scaffoldInfo
-extern uint64_t** frontContig;    // [thread_num][rowCapacity]: index of the contig before the gap
-extern int64_t** positionInGap;   // [thread_num][rowCapacity]: bases from the gap's first base to
+extern std::string** foundReads;  // [thread_num][]: the read, on the contigs' strand
+extern uint64_t** scaffold;       // [thread_num][]: index in scaffoldInfo
+extern uint64_t** frontContig;    // [thread_num][]: index of the contig before the gap
+extern int64_t** positionInGap;   // [thread_num][]: bases from the gap's first base to
                                   // the read's first base, may be negative
-extern uint64_t** gapNum;         // [thread_num][rowCapacity]: run-wide number of the gap
-extern uint64_t** gapsSize;       // [thread_num][rowCapacity]: length of the gap, bases
+extern uint64_t** gapNum;         // [thread_num][]: run-wide number of the gap
+extern uint64_t** gapsSize;       // [thread_num][]: length of the gap, bases
 
 // Counters and the output of found reads, main thread only.
 extern int* readSumInEachGap;   // [gaps of the run], null: records written per gap
@@ -75,7 +76,8 @@ struct FoundRecord {
   uint64_t gapsSize;      // length of the gap, bases
 };
 
-/// Writes `read` and `record` to slot n of row t and advances n (inout). The only writer of rows.
+/// Writes `read` and `record` to slot n of row t and advances n (inout), growing the row when it is
+/// full. The only writer of rows. REQUIRES: the slots before n have been written.
 void recordFound(int t, uint32_t& n, const std::string& read, const FoundRecord& record);
 
 /// Writes the records of all workers to fout, worker by worker, and counts them per gap and file.

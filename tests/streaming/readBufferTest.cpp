@@ -30,20 +30,20 @@ TEST_F(ReadBuffer, LargestShareOfABatch) {
 TEST_F(ReadBuffer, RowsHoldThreeRecordsPerEntry) {
   EXPECT_EQ(rowCapacity(1), 1500003u);
   EXPECT_EQ(rowCapacity(4), 375003u);
-  for (const int workers : {4, 8}) {
-    allocateWorkerArrays(workers);
-    for (int t = 0; t < workers; ++t) allocateRow(t, workers);
-    const auto capacity = 3 * static_cast<uint32_t>(threadBufSize(workers));
-    for (int t = 0; t < workers; ++t) {
-      for (uint32_t slot : {0u, capacity - 1}) {
-        const uint32_t expected = slot + 1;
-        recordFound(t, slot, "ACGT", {1, 2, -3, 4, 5});
-        EXPECT_EQ(slot, expected);
-      }
-      EXPECT_EQ(foundReads[t][capacity - 1], "ACGT");
-      EXPECT_EQ(gapsSize[t][capacity - 1], 5u);
+  constexpr int kWorkers = 8;
+  allocateRows(kWorkers);
+  const auto capacity = 3 * static_cast<uint32_t>(threadBufSize(kWorkers));
+  for (const int t : {0, kWorkers - 1}) {
+    for (uint32_t slot = 0; slot < capacity;) {
+      const uint32_t expected = slot + 1;
+      recordFound(t, slot, "ACGT", {slot, 2, -3, 4, 5});
+      ASSERT_EQ(slot, expected);
     }
-    releaseRows(workers);
+    for (uint32_t slot = 0; slot < capacity; ++slot) {
+      ASSERT_EQ(foundReads[t][slot], "ACGT");
+      ASSERT_EQ(scaffold[t][slot], slot);
+      ASSERT_EQ(gapsSize[t][slot], 5u);
+    }
   }
 }
 
