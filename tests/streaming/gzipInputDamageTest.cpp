@@ -54,6 +54,17 @@ TEST_F(GzipDamage, LargeFileCutInItsSecondBlock) {
   EXPECT_TRUE(bytes.starts_with(inflated.bytes));
 }
 
+// A few bytes of such a file stand for more than a block of output: none of it is lost.
+TEST_F(GzipDamage, MuchOutputFromTheLastBytesBeforeTheCut) {
+  const std::string member = gzipped(std::string(300000, 'A'));
+  for (std::size_t cut = 2; cut < member.size(); ++cut) {
+    const std::string part = member.substr(0, cut);
+    const Inflated inflated = inflateFile(part);
+    EXPECT_EQ(inflated.damage, kCut) << cut;
+    EXPECT_TRUE(inflated.bytes == inflatedPart(part)) << cut;
+  }
+}
+
 // No byte can be changed unseen, but for the fields of the header that say nothing of the content.
 TEST_F(GzipDamage, EveryBitFlipped) {
   const std::string text = texts_[0] + texts_[1];

@@ -53,7 +53,7 @@ Inflated inflateFile(const std::string& content) {
 
 std::string inflatedPart(const std::string& member) {
   std::string input = member;
-  std::string output(100000, '\0');
+  std::string output(400000, '\0');
   z_stream stream{};
   inflateInit2(&stream, kGzip);
   stream.next_in = bytesOf(input);
