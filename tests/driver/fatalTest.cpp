@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <memory>
 #include <new>
 
 namespace velk::test {
@@ -42,9 +43,8 @@ TEST(Fatal, OutOfMemoryMessages) {
 }
 
 TEST(Fatal, AllocatedArrayIsZero) {
-  const int* const numbers = allocateArray<int>(1000, {1, "test", kMemoryError});
-  for (int i = 0; i < 1000; ++i) ASSERT_EQ(0, numbers[i]);
-  delete[] numbers;
+  const std::unique_ptr<int[]> numbers(allocateArray<int>(1000, {1, "test", kMemoryError}));
+  for (std::size_t i = 0; i < 1000; ++i) ASSERT_EQ(0, numbers[i]);
 }
 
 struct NoRoom {

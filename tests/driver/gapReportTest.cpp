@@ -15,7 +15,7 @@ namespace {
 
 class GapReport : public AssemblyTest {
  protected:
-  GapReport() { scaffold_file = folder_.path("s.fa"); }
+  GapReport() { scaffold_file = folder.path("s.fa"); }
 
   // Loads `scaffolds` and returns the report of them.
   std::string reportOf(const std::vector<TestScaffold>& scaffolds) {
@@ -25,7 +25,7 @@ class GapReport : public AssemblyTest {
 
   std::string report() const {
     writeGapReport();
-    return contentOf(folder_.path("s.fa.gapsinfo"));
+    return contentOf(folder.path("s.fa.gapsinfo"));
   }
 
   // Expects that the report ends the run with status 1 after `message`.
@@ -33,7 +33,7 @@ class GapReport : public AssemblyTest {
     EXPECT_EXIT(writeGapReport(), ::testing::ExitedWithCode(1), ::testing::Eq(message));
   }
 
-  TemporaryFolder folder_;
+  TemporaryFolder folder;
 };
 
 TEST_F(GapReport, ThreeContigsHaveTwoGaps) {
@@ -83,27 +83,27 @@ TEST_F(GapReport, NegativeGapLengthIsPrintedUnsigned) {
 }
 
 TEST_F(GapReport, ReplacesAnOlderReport) {
-  folder_.write("s.fa.gapsinfo", "an older report, longer than the one that replaces it\n");
+  folder.write("s.fa.gapsinfo", "an older report, longer than the one that replaces it\n");
   EXPECT_EQ(">s0\t1\t0\n", reportOf({{{"ACGT"}}}));
 }
 
 TEST_F(GapReport, UnopenableReportEndsTheRun) {
   load({{{"ACGT"}}});
-  scaffold_file = folder_.path("missing/s.fa");
+  scaffold_file = folder.path("missing/s.fa");
   expectFailure("Can't open output file: " + scaffold_file + ".gapsinfo\n");
 }
 
 TEST_F(GapReport, UnwrittenReportEndsTheRun) {
   load({{{"ACGT"}}});
-  const std::string name = folder_.path("s.fa.gapsinfo");
+  const std::string name = folder.path("s.fa.gapsinfo");
   std::filesystem::create_symlink("/dev/full", name);
   expectFailure("[ERROR]: can't write " + name + ": No space left on device\n");
 }
 
 TEST_F(GapReport, NeverReplacesAnInput) {
   load({{{"ACGT"}}});
-  const std::string reads = folder_.write("reads.fa", ">r\nACGT\n");
-  const std::string name = folder_.path("s.fa.gapsinfo");
+  const std::string reads = folder.write("reads.fa", ">r\nACGT\n");
+  const std::string name = folder.path("s.fa.gapsinfo");
   std::filesystem::create_symlink("reads.fa", name);
   protectFile(reads);
   expectFailure("[ERROR]: output file " + name + " is the same file as " + reads + "\n");

@@ -37,11 +37,11 @@ class OutputFile : public ::testing::Test {
     finishOutput(output, file);
   }
 
-  TemporaryFolder folder_;
+  TemporaryFolder folder;
 };
 
 TEST_F(OutputFile, FinishedFileHasEveryByte) {
-  const std::string file = folder_.write("out", "what was there before, longer than what comes");
+  const std::string file = folder.write("out", "what was there before, longer than what comes");
   const std::string text(100000, 'x');
   std::ofstream output;
   ASSERT_TRUE(openOutput(output, file));
@@ -55,13 +55,13 @@ TEST_F(OutputFile, FinishedFileHasEveryByte) {
 
 TEST_F(OutputFile, CannotOpenInAMissingFolder) {
   std::ofstream output;
-  EXPECT_FALSE(openOutput(output, folder_.path("missing/out")));
+  EXPECT_FALSE(openOutput(output, folder.path("missing/out")));
 }
 
 TEST_F(OutputFile, CannotOpenADirectory) {
-  std::filesystem::create_directory(folder_.path("out"));
+  std::filesystem::create_directory(folder.path("out"));
   std::ofstream output;
-  EXPECT_FALSE(openOutput(output, folder_.path("out")));
+  EXPECT_FALSE(openOutput(output, folder.path("out")));
 }
 
 TEST_F(OutputFile, CannotOpenAnEmptyName) {
@@ -70,24 +70,24 @@ TEST_F(OutputFile, CannotOpenAnEmptyName) {
 }
 
 TEST_F(OutputFile, ProtectedFileIsRefusedAndUntouched) {
-  const std::string input = folder_.write("in", "reads");
+  const std::string input = folder.write("in", "reads");
   protectFile(input);
   expectRefused(input, input);
   EXPECT_EQ("reads", contentOf(input));
 }
 
 TEST_F(OutputFile, ProtectedFileIsKnownByAnyPath) {
-  const std::string input = folder_.write("in", "reads");
-  std::filesystem::create_directory(folder_.path("sub"));
+  const std::string input = folder.write("in", "reads");
+  std::filesystem::create_directory(folder.path("sub"));
   protectFile(input);
-  expectRefused(folder_.path("./in"), input);
-  expectRefused(folder_.path("sub/../in"), input);
+  expectRefused(folder.path("./in"), input);
+  expectRefused(folder.path("sub/../in"), input);
   EXPECT_EQ("reads", contentOf(input));
 }
 
 TEST_F(OutputFile, ProtectedFileIsKnownByAHardLink) {
-  const std::string input = folder_.write("in", "reads");
-  const std::string link = folder_.path("link");
+  const std::string input = folder.write("in", "reads");
+  const std::string link = folder.path("link");
   std::filesystem::create_hard_link(input, link);
   protectFile(input);
   expectRefused(link, input);
@@ -95,56 +95,56 @@ TEST_F(OutputFile, ProtectedFileIsKnownByAHardLink) {
 }
 
 TEST_F(OutputFile, ProtectedFileIsKnownBehindSymbolicLinks) {
-  const std::string input = folder_.write("in", "reads");
-  std::filesystem::create_symlink("in", folder_.path("link"));
-  std::filesystem::create_symlink("link", folder_.path("linkToLink"));
-  protectFile(folder_.path("link"));
-  expectRefused(input, folder_.path("link"));
-  expectRefused(folder_.path("linkToLink"), folder_.path("link"));
+  const std::string input = folder.write("in", "reads");
+  std::filesystem::create_symlink("in", folder.path("link"));
+  std::filesystem::create_symlink("link", folder.path("linkToLink"));
+  protectFile(folder.path("link"));
+  expectRefused(input, folder.path("link"));
+  expectRefused(folder.path("linkToLink"), folder.path("link"));
   EXPECT_EQ("reads", contentOf(input));
 }
 
 TEST_F(OutputFile, TheFirstSameFileIsTold) {
-  const std::string first = folder_.write("first", "reads");
-  const std::string second = folder_.path("second");
+  const std::string first = folder.write("first", "reads");
+  const std::string second = folder.path("second");
   std::filesystem::create_hard_link(first, second);
-  protectFile(folder_.path("missing"));
+  protectFile(folder.path("missing"));
   protectFile(second);
   protectFile(first);
   expectRefused(first, second);
 }
 
 TEST_F(OutputFile, FileOfTheSameContentIsAnotherFile) {
-  protectFile(folder_.write("in", "reads"));
-  const std::string other = folder_.write("other", "reads");
+  protectFile(folder.write("in", "reads"));
+  const std::string other = folder.write("other", "reads");
   expectAllowed(other);
   EXPECT_EQ("", contentOf(other));
 }
 
 TEST_F(OutputFile, MissingFilesAreNotTheSame) {
-  protectFile(folder_.path("missing"));
+  protectFile(folder.path("missing"));
   protectFile("");
-  expectAllowed(folder_.path("out"));
-  EXPECT_FALSE(std::filesystem::exists(folder_.path("missing")));
+  expectAllowed(folder.path("out"));
+  EXPECT_FALSE(std::filesystem::exists(folder.path("missing")));
 }
 
 TEST_F(OutputFile, MissingInputIsProtectedOnceTheOutputHasMadeIt) {
-  const std::string input = folder_.path("missing");
+  const std::string input = folder.path("missing");
   protectFile(input);
   expectRefused(input, input);
 }
 
 TEST_F(OutputFile, UnprotectedFileMayBeReplaced) {
-  const std::string input = folder_.write("in", "reads");
+  const std::string input = folder.write("in", "reads");
   protectFile(input);
   unprotectFile(input);
-  unprotectFile(folder_.path("never protected"));
+  unprotectFile(folder.path("never protected"));
   expectAllowed(input);
   EXPECT_EQ("", contentOf(input));
 }
 
 TEST_F(OutputFile, UnprotectingLiftsOneProtection) {
-  const std::string input = folder_.write("in", "reads");
+  const std::string input = folder.write("in", "reads");
   protectFile(input);
   protectFile(input);
   unprotectFile(input);
@@ -152,15 +152,15 @@ TEST_F(OutputFile, UnprotectingLiftsOneProtection) {
 }
 
 TEST_F(OutputFile, OutputsAreProtectedFromEachOther) {
-  const std::string file = folder_.path("out");
+  const std::string file = folder.path("out");
   expectAllowed(file);
-  std::filesystem::create_symlink("out", folder_.path("link"));
-  expectRefused(folder_.path("link"), file);
+  std::filesystem::create_symlink("out", folder.path("link"));
+  expectRefused(folder.path("link"), file);
 }
 
 TEST_F(OutputFile, EarlyEndKeepsWhatWasWritten) {
-  const std::string finished = folder_.path("finished");
-  const std::string open = folder_.path("open");
+  const std::string finished = folder.path("finished");
+  const std::string open = folder.path("open");
   const auto writeAndDie = [&] {
     std::ofstream first;
     std::ofstream second;

@@ -20,14 +20,14 @@ using Lines = std::vector<std::string>;
 class TextInputs : public ::testing::Test {
  protected:
   Lines linesOf(const std::string& text) const {
-    TextInput input(folder_.write("input", text));
+    TextInput input(folder.write("input", text));
     EXPECT_TRUE(input.isOpen());
     Lines lines;
     for (std::string line; input.readLine(line);) lines.push_back(line);
     return lines;
   }
 
-  TemporaryFolder folder_;
+  TemporaryFolder folder;
 };
 
 TEST_F(TextInputs, LinesEndAtNewlinesAlone) {
@@ -50,7 +50,7 @@ TEST_F(TextInputs, LongLinesAreRead) {
 }
 
 TEST_F(TextInputs, EndOfFileEmptiesTheLine) {
-  TextInput input(folder_.write("input", "one\n"));
+  TextInput input(folder.write("input", "one\n"));
   std::string line = "before";
   EXPECT_TRUE(input.readLine(line));
   EXPECT_EQ("one", line);
@@ -62,7 +62,7 @@ TEST_F(TextInputs, EndOfFileEmptiesTheLine) {
 }
 
 TEST_F(TextInputs, TellThePlaceOfTheLineReadLast) {
-  const std::string file = folder_.write("input", "one\ntwo\n");
+  const std::string file = folder.write("input", "one\ntwo\n");
   TextInput input(file);
   std::string line;
   EXPECT_EQ(file, input.file());
@@ -77,35 +77,35 @@ TEST_F(TextInputs, TellThePlaceOfTheLineReadLast) {
 }
 
 TEST_F(TextInputs, MissingFileIsNotOpen) {
-  EXPECT_FALSE(TextInput(folder_.path("missing")).isOpen());
+  EXPECT_FALSE(TextInput(folder.path("missing")).isOpen());
   EXPECT_FALSE(TextInput("").isOpen());
 }
 
 TEST_F(TextInputs, FailedReadIsNotTheEndOfTheFile) {
-  const std::string folder = folder_.path("input");
-  std::filesystem::create_directory(folder);
-  TextInput input(folder);
+  const std::string directory = folder.path("input");
+  std::filesystem::create_directory(directory);
+  TextInput input(directory);
   ASSERT_TRUE(input.isOpen());
   std::string line;
   EXPECT_EXIT(input.readLine(line), ExitedWithCode(1),
-              Eq("[ERROR]: can't read " + folder + ": Is a directory\n"));
+              Eq("[ERROR]: can't read " + directory + ": Is a directory\n"));
 }
 
 TEST_F(TextInputs, PipesAreRefusedWhereTheyWouldBeOpenedTwice) {
-  const std::string pipe = folder_.path("pipe");
+  const std::string pipe = folder.path("pipe");
   ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
   EXPECT_EXIT(refusePipe(pipe), ExitedWithCode(1),
               Eq("[ERROR]: can't read " + pipe + ": Illegal seek\n"));
-  std::filesystem::create_symlink("pipe", folder_.path("link"));
-  EXPECT_EXIT(refusePipe(folder_.path("link")), ExitedWithCode(1),
-              Eq("[ERROR]: can't read " + folder_.path("link") + ": Illegal seek\n"));
+  std::filesystem::create_symlink("pipe", folder.path("link"));
+  EXPECT_EXIT(refusePipe(folder.path("link")), ExitedWithCode(1),
+              Eq("[ERROR]: can't read " + folder.path("link") + ": Illegal seek\n"));
 }
 
 TEST_F(TextInputs, WhatIsNoPipeIsNotRefused) {
-  const std::string file = folder_.write("file", "");
+  const std::string file = folder.write("file", "");
   const auto askForAll = [&] {
     refusePipe(file);
-    refusePipe(folder_.path("missing"));
+    refusePipe(folder.path("missing"));
     refusePipe("/dev/null");
     refusePipe("/");
     std::exit(0);

@@ -26,7 +26,7 @@ TEST_F(Loadlib, InsertOf1999IsSmall) {
 
 TEST_F(Loadlib, OverwrittenInsertCounts) {
   load("[LIB]\navg_ins=5000\navg_ins=700\navg_ins=300\n");
-  EXPECT_EQ(300, libs_[0].avg_ins);
+  EXPECT_EQ(300, libs[0].avg_ins);
   EXPECT_EQ(800, BIGGAPLEN);
   EXPECT_EQ(5000, MAXINSERT);
 }
@@ -46,7 +46,7 @@ TEST_F(Loadlib, WithoutSmallInsertsTheBigGapLengthIsTheReadLength) {
 
 TEST_F(Loadlib, NegativeInsertsDoNotCount) {
   load("[LIB]\navg_ins=-500\n");
-  EXPECT_EQ(-500, libs_[0].avg_ins);
+  EXPECT_EQ(-500, libs[0].avg_ins);
   EXPECT_EQ(100, BIGGAPLEN);
   EXPECT_EQ(0, MAXINSERT);
 }

@@ -12,23 +12,23 @@ namespace velk::test {
 /// The fixture of all tests of velk::Loadlib.
 class Loadlib : public RunParametersTest {
  protected:
-  ~Loadlib() override { Libsclear(libs_, libsNum_); }
+  ~Loadlib() override { Libsclear(libs, libsNum); }
 
   /// Loads a library file of this text; what was loaded before is released. Returns what Loadlib
   /// wrote to standard error.
   std::string load(const std::string& text) {
-    Libsclear(libs_, libsNum_);
-    libs_ = nullptr;
-    file_ = folder_.write("a.lib", text);
+    Libsclear(libs, libsNum);
+    libs = nullptr;
+    file = folder.write("a.lib", text);
     ::testing::internal::CaptureStderr();
-    velk::Loadlib(file_, libs_, libsNum_);
+    velk::Loadlib(file, libs, libsNum);
     return ::testing::internal::GetCapturedStderr();
   }
 
-  TemporaryFolder folder_;
-  std::string file_;     // the library file loaded last
-  Lib* libs_ = nullptr;  // its records
-  int libsNum_ = -1;
+  TemporaryFolder folder;
+  std::string file;     // the library file loaded last
+  Lib* libs = nullptr;  // its records
+  int libsNum = -1;
 };
 
 }  // namespace velk::test

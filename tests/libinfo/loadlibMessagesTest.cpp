@@ -14,7 +14,7 @@ TEST_F(Loadlib, PrintsTheFileCounts) {
   const std::string messages = load(
       "[LIB]\navg_ins=500\nq=1\nq=2\np=1\nf1=1\nq1=2\nq1=3\nf=1\nf=2\nf=3\nf=4\n"
       "[LIB]\navg_ins=5000\nq=1\n");
-  EXPECT_EQ("Starting load lib file " + file_ +
+  EXPECT_EQ("Starting load lib file " + file +
                 "\n"
                 "Find lib number: 2\n"
                 "single fa file number of lib 0 is 4\n"
@@ -29,7 +29,7 @@ TEST_F(Loadlib, PrintsTheFileCounts) {
 
 TEST_F(Loadlib, SectionWithoutFilesPrintsNoCounts) {
   const std::string messages = load("[LIB]\navg_ins=500\nq2=a.fq\nf2=a.fa\n[LIB]\np=a.fa\n");
-  EXPECT_EQ("Starting load lib file " + file_ +
+  EXPECT_EQ("Starting load lib file " + file +
                 "\n"
                 "Find lib number: 2\n"
                 "PE in single file number of lib 1 is 1\n"
@@ -40,7 +40,7 @@ TEST_F(Loadlib, SectionWithoutFilesPrintsNoCounts) {
 
 TEST_F(Loadlib, FileWithoutASectionPrintsNoCounts) {
   const std::string messages = load("q1=a.fq\n");
-  EXPECT_EQ("Starting load lib file " + file_ +
+  EXPECT_EQ("Starting load lib file " + file +
                 "\n"
                 "Find lib number: 0\n"
                 "Lib file load finished!\n"
@@ -50,7 +50,7 @@ TEST_F(Loadlib, FileWithoutASectionPrintsNoCounts) {
 
 TEST_F(Loadlib, PrintsWhatOneLargeLibraryGives) {
   const std::string messages = load("[LIB]\navg_ins=2000\n");
-  EXPECT_EQ("Starting load lib file " + file_ +
+  EXPECT_EQ("Starting load lib file " + file +
                 "\n"
                 "Find lib number: 1\n"
                 "Lib file load finished!\n"
@@ -59,15 +59,15 @@ TEST_F(Loadlib, PrintsWhatOneLargeLibraryGives) {
 }
 
 TEST_F(Loadlib, UnopenableFileEndsTheRun) {
-  const std::string file = folder_.path("missing.lib");
-  EXPECT_EXIT(velk::Loadlib(file, libs_, libsNum_), ExitedWithCode(255),
+  file = folder.path("missing.lib");
+  EXPECT_EXIT(velk::Loadlib(file, libs, libsNum), ExitedWithCode(255),
               Eq("Fail to open " + file + "\n"));
 }
 
 TEST_F(Loadlib, DirectoryEndsTheRun) {
-  const std::string file = folder_.path("a.lib");
+  file = folder.path("a.lib");
   std::filesystem::create_directory(file);
-  EXPECT_EXIT(velk::Loadlib(file, libs_, libsNum_), ExitedWithCode(1),
+  EXPECT_EXIT(velk::Loadlib(file, libs, libsNum), ExitedWithCode(1),
               Eq("Starting load lib file " + file + "\n[ERROR]: can't read " + file +
                  ": Is a directory\n"));
 }

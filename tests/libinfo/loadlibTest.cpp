@@ -9,18 +9,18 @@ namespace {
 
 TEST_F(Loadlib, PairsOfBothFormatsInFileOrder) {
   load("[LIB]\nq1=a_1.fq\nq2=a_2.fq\nf1=b_1.fa\nf2=b_2.fa\n");
-  ASSERT_EQ(1, libsNum_);
-  ASSERT_EQ(2U, libs_[0].pfilenum);
-  EXPECT_EQ("a_1.fq", libs_[0].pairs[0].read1file);
-  EXPECT_EQ("a_2.fq", libs_[0].pairs[0].read2file);
-  EXPECT_EQ("b_1.fa", libs_[0].pairs[1].read1file);
-  EXPECT_EQ("b_2.fa", libs_[0].pairs[1].read2file);
+  ASSERT_EQ(1, libsNum);
+  ASSERT_EQ(2U, libs[0].pfilenum);
+  EXPECT_EQ("a_1.fq", libs[0].pairs[0].read1file);
+  EXPECT_EQ("a_2.fq", libs[0].pairs[0].read2file);
+  EXPECT_EQ("b_1.fa", libs[0].pairs[1].read1file);
+  EXPECT_EQ("b_2.fa", libs[0].pairs[1].read2file);
 }
 
 TEST_F(Loadlib, EmptySectionHasTheDefaults) {
   load("[LIB]\n");
-  ASSERT_EQ(1, libsNum_);
-  const Lib& lib = libs_[0];
+  ASSERT_EQ(1, libsNum);
+  const Lib& lib = libs[0];
   EXPECT_EQ(0, lib.min_ins);
   EXPECT_EQ(0, lib.max_ins);
   EXPECT_EQ(0, lib.avg_ins);
@@ -40,7 +40,7 @@ TEST_F(Loadlib, EveryNumericKeySetsItsField) {
   load(
       "[LIB]\nmin_ins=1\nmax_ins=2\navg_ins=3\nrd_len_cutoff=4\nreverse_seq=5\nasm_flags=6\n"
       "pair_reads_sum=7\nreads_sum=8\n");
-  const Lib& lib = libs_[0];
+  const Lib& lib = libs[0];
   EXPECT_EQ(1, lib.min_ins);
   EXPECT_EQ(2, lib.max_ins);
   EXPECT_EQ(3, lib.avg_ins);
@@ -53,7 +53,7 @@ TEST_F(Loadlib, EveryNumericKeySetsItsField) {
 
 TEST_F(Loadlib, EveryFileKeyAddsAFileOfItsKind) {
   load("[LIB]\nq=q0\nf=f0\np=p0\nf=f1\nq=q1\nq=q2\np=p1\nf=f2\nf=f3\n");
-  const Lib& lib = libs_[0];
+  const Lib& lib = libs[0];
   ASSERT_EQ(4U, lib.sfilenum);
   ASSERT_EQ(2U, lib.s2filenum);
   ASSERT_EQ(3U, lib.qfilenum);
@@ -71,24 +71,24 @@ TEST_F(Loadlib, EveryFileKeyAddsAFileOfItsKind) {
 
 TEST_F(Loadlib, SectionsHaveTheirOwnFilesAndNumbers) {
   load("[LIB]\navg_ins=200\nf=a\n[LIB]\n[LIB]\nf=b\nf=c\navg_ins=300\n");
-  ASSERT_EQ(3, libsNum_);
-  EXPECT_EQ(200, libs_[0].avg_ins);
-  EXPECT_EQ(0, libs_[1].avg_ins);
-  EXPECT_EQ(300, libs_[2].avg_ins);
-  ASSERT_EQ(1U, libs_[0].sfilenum);
-  EXPECT_EQ(0U, libs_[1].sfilenum);
-  ASSERT_EQ(2U, libs_[2].sfilenum);
-  EXPECT_EQ("a", libs_[0].single[0].readfile);
-  EXPECT_EQ("b", libs_[2].single[0].readfile);
-  EXPECT_EQ("c", libs_[2].single[1].readfile);
+  ASSERT_EQ(3, libsNum);
+  EXPECT_EQ(200, libs[0].avg_ins);
+  EXPECT_EQ(0, libs[1].avg_ins);
+  EXPECT_EQ(300, libs[2].avg_ins);
+  ASSERT_EQ(1U, libs[0].sfilenum);
+  EXPECT_EQ(0U, libs[1].sfilenum);
+  ASSERT_EQ(2U, libs[2].sfilenum);
+  EXPECT_EQ("a", libs[0].single[0].readfile);
+  EXPECT_EQ("b", libs[2].single[0].readfile);
+  EXPECT_EQ("c", libs[2].single[1].readfile);
 }
 
 TEST_F(Loadlib, EverySectionCountsEachKindFromItsStart) {
   const std::string files = "f=f0\nf=f1\np=p0\np=p1\nq=q0\nq=q1\nq1=a0\nq2=b0\nf1=a1\nf2=b1\n";
   load("[LIB]\n" + files + "[LIB]\n" + files);
-  ASSERT_EQ(2, libsNum_);
+  ASSERT_EQ(2, libsNum);
   for (int i = 0; i < 2; ++i) {
-    const Lib& lib = libs_[i];
+    const Lib& lib = libs[i];
     ASSERT_EQ(8U, lib.sfilenum + lib.s2filenum + lib.qfilenum + lib.pfilenum);
     EXPECT_EQ("f0", lib.single[0].readfile);
     EXPECT_EQ("f1", lib.single[1].readfile);
@@ -105,28 +105,28 @@ TEST_F(Loadlib, EverySectionCountsEachKindFromItsStart) {
 
 TEST_F(Loadlib, LinesAboveTheFirstHeaderAreIgnored) {
   load("f=early.fa\navg_ins=700\nq1=early.fq\n[LIB]\nf=a.fa\n");
-  ASSERT_EQ(1, libsNum_);
-  ASSERT_EQ(1U, libs_[0].sfilenum);
-  EXPECT_EQ("a.fa", libs_[0].single[0].readfile);
-  EXPECT_EQ(0U, libs_[0].pfilenum);
-  EXPECT_EQ(0, libs_[0].avg_ins);
+  ASSERT_EQ(1, libsNum);
+  ASSERT_EQ(1U, libs[0].sfilenum);
+  EXPECT_EQ("a.fa", libs[0].single[0].readfile);
+  EXPECT_EQ(0U, libs[0].pfilenum);
+  EXPECT_EQ(0, libs[0].avg_ins);
   EXPECT_EQ(0, MAXINSERT);
 }
 
 TEST_F(Loadlib, HeaderMayStandAnywhereInItsLine) {
   load("[LIB] the first of two\nf=a.fa\n## next: [LIB]\r\nf=b.fa\n[lib]\n[LIB\nLIB]\n");
-  ASSERT_EQ(2, libsNum_);
-  EXPECT_EQ("a.fa", libs_[0].single[0].readfile);
-  EXPECT_EQ("b.fa", libs_[1].single[0].readfile);
+  ASSERT_EQ(2, libsNum);
+  EXPECT_EQ("a.fa", libs[0].single[0].readfile);
+  EXPECT_EQ("b.fa", libs[1].single[0].readfile);
 }
 
 TEST_F(Loadlib, HeaderIsNeverAKeyLine) {
   load("[LIB]\nf=a.fa\nf=[LIB].fa\n[LIB][LIB] avg_ins=500\navg_ins=600[LIB]\n");
-  ASSERT_EQ(4, libsNum_);
-  EXPECT_EQ(1U, libs_[0].sfilenum);
+  ASSERT_EQ(4, libsNum);
+  EXPECT_EQ(1U, libs[0].sfilenum);
   for (int i = 1; i < 4; ++i) {
-    EXPECT_EQ(0U, libs_[i].sfilenum) << i;
-    EXPECT_EQ(0, libs_[i].avg_ins) << i;
+    EXPECT_EQ(0U, libs[i].sfilenum) << i;
+    EXPECT_EQ(0, libs[i].avg_ins) << i;
   }
 }
 
@@ -134,7 +134,7 @@ TEST_F(Loadlib, UnknownAndMisspeltKeysAreIgnored) {
   load(
       "[LIB]\navg_ins = 500\n avg_ins=500\nAVG_INS=500\navg_in=500\navg_inss=500\n# avg_ins=500\n"
       "avg_ins\n=500\nF=a.fa\nQ1=a.fq\nf3=a.fa\nf =a.fa\n\nno key line\nasm_flag=1\nreverse=1\n");
-  const Lib& lib = libs_[0];
+  const Lib& lib = libs[0];
   EXPECT_EQ(0, lib.avg_ins);
   EXPECT_EQ(3, lib.asm_flag);
   EXPECT_EQ(0, lib.reverse);
@@ -143,22 +143,22 @@ TEST_F(Loadlib, UnknownAndMisspeltKeysAreIgnored) {
 
 TEST_F(Loadlib, NumericKeyTwiceKeepsTheLastValue) {
   load("[LIB]\nmin_ins=1\nasm_flags=1\nmin_ins=2\nasm_flags=0\nreads_sum=5\nreads_sum=4\n");
-  EXPECT_EQ(2, libs_[0].min_ins);
-  EXPECT_EQ(0, libs_[0].asm_flag);
-  EXPECT_EQ(4U, libs_[0].sreadSum);
+  EXPECT_EQ(2, libs[0].min_ins);
+  EXPECT_EQ(0, libs[0].asm_flag);
+  EXPECT_EQ(4U, libs[0].sreadSum);
 }
 
 TEST_F(Loadlib, ValuesKeepBlanksAndEqualsSigns) {
   load("[LIB]\nf= a b=c.fa \nq1=\nq2=\n");
-  EXPECT_EQ(" a b=c.fa ", libs_[0].single[0].readfile);
-  ASSERT_EQ(1U, libs_[0].pfilenum);
-  EXPECT_EQ("", libs_[0].pairs[0].read1file);
-  EXPECT_EQ("", libs_[0].pairs[0].read2file);
+  EXPECT_EQ(" a b=c.fa ", libs[0].single[0].readfile);
+  ASSERT_EQ(1U, libs[0].pfilenum);
+  EXPECT_EQ("", libs[0].pairs[0].read1file);
+  EXPECT_EQ("", libs[0].pairs[0].read2file);
 }
 
 TEST_F(Loadlib, CarriageReturnLineEnds) {
   load("[LIB]\r\navg_ins=500\r\nasm_flags=1\r\nmin_ins=20\r\nq1=a_1.fq\r\nq2=b\r\nf=ab\r\n");
-  const Lib& lib = libs_[0];
+  const Lib& lib = libs[0];
   EXPECT_EQ(500, lib.avg_ins);
   EXPECT_EQ(1, lib.asm_flag);
   EXPECT_EQ(20, lib.min_ins);
@@ -172,7 +172,7 @@ TEST_F(Loadlib, LenientNumbers) {
   load(
       "[LIB]\nmin_ins=word\nmax_ins= 12x\navg_ins=-7\nrd_len_cutoff=4294967297\n"
       "reverse_seq=99999999999999999999\nasm_flags=\npair_reads_sum=-1\nreads_sum=4294967295\n");
-  const Lib& lib = libs_[0];
+  const Lib& lib = libs[0];
   EXPECT_EQ(0, lib.min_ins);
   EXPECT_EQ(12, lib.max_ins);
   EXPECT_EQ(-7, lib.avg_ins);
@@ -185,37 +185,37 @@ TEST_F(Loadlib, LenientNumbers) {
 
 TEST_F(Loadlib, SecondMateWithoutAFirstIsIgnored) {
   load("[LIB]\nq1=a1\nq2=a2\n[LIB]\nq2=early\nf2=early\nq1=b1\n[LIB]\nf2=alone\n");
-  EXPECT_EQ("a2", libs_[0].pairs[0].read2file);
-  ASSERT_EQ(1U, libs_[1].pfilenum);
-  EXPECT_EQ("b1", libs_[1].pairs[0].read1file);
-  EXPECT_EQ("", libs_[1].pairs[0].read2file);
-  EXPECT_EQ(0U, libs_[2].pfilenum);
-  EXPECT_EQ(nullptr, libs_[2].pairs);
+  EXPECT_EQ("a2", libs[0].pairs[0].read2file);
+  ASSERT_EQ(1U, libs[1].pfilenum);
+  EXPECT_EQ("b1", libs[1].pairs[0].read1file);
+  EXPECT_EQ("", libs[1].pairs[0].read2file);
+  EXPECT_EQ(0U, libs[2].pfilenum);
+  EXPECT_EQ(nullptr, libs[2].pairs);
 }
 
 TEST_F(Loadlib, SecondMateCompletesThePairOpenedLast) {
   load("[LIB]\nq1=a1\nf1=b1\nq2=b2\nf=x\nf2=b2 again\nq1=c1\n");
-  ASSERT_EQ(3U, libs_[0].pfilenum);
-  EXPECT_EQ("", libs_[0].pairs[0].read2file);
-  EXPECT_EQ("b1", libs_[0].pairs[1].read1file);
-  EXPECT_EQ("b2 again", libs_[0].pairs[1].read2file);
-  EXPECT_EQ("", libs_[0].pairs[2].read2file);
+  ASSERT_EQ(3U, libs[0].pfilenum);
+  EXPECT_EQ("", libs[0].pairs[0].read2file);
+  EXPECT_EQ("b1", libs[0].pairs[1].read1file);
+  EXPECT_EQ("b2 again", libs[0].pairs[1].read2file);
+  EXPECT_EQ("", libs[0].pairs[2].read2file);
 }
 
 TEST_F(Loadlib, LastLineNeedsNoNewline) {
   load("[LIB]\nf=a.fa\nf=b.fa");
-  ASSERT_EQ(2U, libs_[0].sfilenum);
-  EXPECT_EQ("b.fa", libs_[0].single[1].readfile);
+  ASSERT_EQ(2U, libs[0].sfilenum);
+  EXPECT_EQ("b.fa", libs[0].single[1].readfile);
   load("[LIB]");
-  EXPECT_EQ(1, libsNum_);
+  EXPECT_EQ(1, libsNum);
 }
 
 TEST_F(Loadlib, FileWithoutASectionHasNoLibraries) {
   load("f=a.fa\navg_ins=500\n");
-  EXPECT_EQ(0, libsNum_);
-  EXPECT_NE(nullptr, libs_);
+  EXPECT_EQ(0, libsNum);
+  EXPECT_NE(nullptr, libs);
   load("");
-  EXPECT_EQ(0, libsNum_);
+  EXPECT_EQ(0, libsNum);
 }
 
 TEST(Libsclear, TakesANullArray) {
@@ -225,9 +225,9 @@ TEST(Libsclear, TakesANullArray) {
 
 TEST_F(Loadlib, SinglequalNamesOutliveTheRecords) {
   load("[LIB]\nq=a.fq\nq=b.fq\n");
-  const SingleQual* const names = libs_[0].singlequal;
-  Libsclear(libs_, libsNum_);
-  libs_ = nullptr;
+  const SingleQual* const names = libs[0].singlequal;
+  Libsclear(libs, libsNum);
+  libs = nullptr;
   EXPECT_EQ("a.fq", names[0].readfile);
   EXPECT_EQ("b.fq", names[1].readfile);
 }
