@@ -30,13 +30,14 @@ template <class OnRun>
 void forEachDiagonalRun(const std::string& contig, std::string_view read, int64_t offset,
                         std::size_t kmer, OnRun onRun) {
   const auto first = static_cast<std::size_t>(std::max<int64_t>(-offset, 0));
-  const auto end = static_cast<std::size_t>(
-      std::min(static_cast<int64_t>(read.size()), static_cast<int64_t>(contig.size()) - offset));
-  const char* const onContig = contig.data() + offset;
-  for (std::size_t start = first; start + kmer <= end;) {
-    const std::size_t difference = firstDifference(read.data(), onContig, start, end);
-    if (difference >= start + kmer) onRun(start, difference - kmer + 1);
-    start = difference + 1;
+  const auto contigFirst = static_cast<std::size_t>(std::max<int64_t>(offset, 0));
+  const std::string_view onRead = read.substr(first);
+  const std::string_view onContig = std::string_view(contig).substr(contigFirst);
+  const std::size_t length = std::min(onRead.size(), onContig.size());
+  for (std::size_t start = 0; start + kmer <= length;) {
+    const std::size_t end = firstDifference(onRead.data(), onContig.data(), start, length);
+    if (end >= start + kmer) onRun(first + start, first + end - kmer + 1);
+    start = end + 1;
   }
 }
 
