@@ -1,15 +1,16 @@
 #include "tests/kmer/failingAllocations.h"
 
-#include <cstddef>
-
 namespace {
 
 constexpr int kNever = -1;
 int allocationsLeft = kNever;  // until one fails
 
-bool mustFail() {
-  if (allocationsLeft == kNever) return false;
-  return allocationsLeft-- == 0;
+std::size_t denied = 0;
+
+bool mustFail(std::size_t bytes) {
+  if (allocationsLeft == kNever || allocationsLeft-- != 0) return false;
+  denied = bytes;
+  return true;
 }
 
 }  // namespace
@@ -24,15 +25,15 @@ void* __wrap_calloc(std::size_t count, std::size_t size);
 void* __wrap_realloc(void* memory, std::size_t size);
 
 void* __wrap_malloc(std::size_t size) {
-  return mustFail() ? nullptr : __real_malloc(size);
+  return mustFail(size) ? nullptr : __real_malloc(size);
 }
 
 void* __wrap_calloc(std::size_t count, std::size_t size) {
-  return mustFail() ? nullptr : __real_calloc(count, size);
+  return mustFail(count * size) ? nullptr : __real_calloc(count, size);
 }
 
 void* __wrap_realloc(void* memory, std::size_t size) {
-  return mustFail() ? nullptr : __real_realloc(memory, size);
+  return mustFail(size) ? nullptr : __real_realloc(memory, size);
 }
 }
 
@@ -40,6 +41,10 @@ namespace velk::test {
 
 void failAllocationAfter(int n) {
   allocationsLeft = n;
+}
+
+std::size_t deniedBytes() {
+  return denied;
 }
 
 }  // namespace velk::test

@@ -3,6 +3,9 @@
 
 #include <chrono>
 #include <cstdint>
+#include <cstdlib>
+#include <iostream>
+#include <string>
 
 #include "tests/kmer/failingAllocations.h"
 #include "tests/kmer/hashSetFixture.h"
@@ -19,6 +22,16 @@ constexpr const char* kEnlargeMessage =
 
 // The slots and the two bitmaps are allocated one after the other.
 constexpr int kAllocations = 3;
+
+// Grows a set of `size` slots, denies it the memory, and says at the end how much it asked for.
+void growDenied(uint64_t size, uint64_t more) {
+  velk::HashSet set{};
+  set.size = size;
+  set.load_factor = 0.75F;
+  std::atexit([] { std::cerr << deniedBytes() << "\n"; });
+  failAllocationAfter(0);
+  enlarge_hashset(&set, more);
+}
 
 // Generous, for a loaded machine: a search for a prime of 64 bits would take minutes.
 constexpr std::chrono::seconds kAtOnce(20);
@@ -66,6 +79,18 @@ TEST_F(HashSetMemory, InsertionThatGrowsTellsTheOldSizeFirst) {
         add_hashset(set.get(), entityOf(3));
       },
       ExitedWithCode(1), MatchesRegex(std::string("old set->size: 3\n") + kEnlargeMessage));
+}
+
+TEST_F(HashSetMemory, LargeTablesGrowByAFixedNumberOfSlots) {
+  const std::string message = kEnlargeMessage;
+  // below 2^30 - 1 slots to the next prime behind the double, from there on behind 2^30 - 1 more;
+  // slots asked for: 2000000011, 3073741841 and, in two steps, 4147483679, and the sentinel
+  EXPECT_EXIT(growDenied(1000000000, 1), ExitedWithCode(1),
+              MatchesRegex(message + "32000000192\n"));
+  EXPECT_EXIT(growDenied(2000000000, 1), ExitedWithCode(1),
+              MatchesRegex(message + "49179869472\n"));
+  EXPECT_EXIT(growDenied(2000000000, 3000000000), ExitedWithCode(1),
+              MatchesRegex(message + "66359738880\n"));
 }
 
 TEST_F(HashSetMemory, NewTableAboveTheLargestFailsAtOnce) {
