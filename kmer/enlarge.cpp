@@ -31,6 +31,10 @@ void rehash(HashSet* set, uint64_t oldSize, const uint8_t* oldFilled, uint8_t* m
   const auto isWaiting = [&](uint64_t slot) {
     return slot < oldSize && !is_entity_null(oldFilled, slot) && !is_entity_delete(moved, slot);
   };
+  // What was deleted is left behind, and an unfilled slot must be zero (isFilled).
+  for (uint64_t i = 0; i < oldSize; ++i) {
+    if (is_entity_delete(moved, i)) set->array[i] = Entity{};
+  }
   for (uint64_t i = 0; i < oldSize; ++i) {
     if (!isWaiting(i)) continue;
     Entity inHand = std::exchange(set->array[i], Entity{});
