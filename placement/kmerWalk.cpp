@@ -112,9 +112,13 @@ void KmerWalk::passAbsent(std::string_view read, std::size_t from, std::size_t t
 }
 
 // Looks the read's reverse complement up at its ends and its middle, until it knows a contig along
-// which it runs, and passes over what follows for the read.
+// which it runs, and passes over what follows for the read. The reverse complement of a letter that
+// is no base is an A, which tells nothing of the read's own k-mers: reads of bases alone are asked.
 void KmerWalk::askOtherStrand(const std::string& read) {
-  if (!sideIndex.isMade()) return;
+  constexpr uint8_t kLastBase = 3;
+  const bool hasBasesAlone =
+      std::all_of(read.begin(), read.end(), [](char base) { return baseCode(base) <= kLastBase; });
+  if (!sideIndex.isMade() || !hasBasesAlone) return;
   const std::size_t last = windowsOf(read) - 1;
   std::string& other = buffers_.reversed;
   other.resize(read.size());
