@@ -6,7 +6,7 @@
 
 #include "driver/fatal.h"
 #include "kmer/hashSet.h"
-#include "kmer/slotBitmap.h"
+#include "kmer/tableMemory.h"
 
 namespace velk {
 namespace {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <new>
 #include <string_view>
 
 #include "driver/velk.h"
@@ -137,6 +138,19 @@ void forEachIndexed(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, OnCo
 
 SideIndex sideIndex;
 
+namespace {
+
+// Makes the side index where there is memory for it; the run is slower without it, and the same.
+void makeSideIndex(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, uint64_t kmers) {
+  try {
+    sideIndex.make(scaffoldInfo, scaffoldSum, kmers);
+  } catch (const std::bad_alloc&) {
+    sideIndex.release();
+  }
+}
+
+}  // namespace
+
 void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum) {
   uint64_t kmers = 0;
   outgrowsEntity = scaffoldSum > kScaffolds;
@@ -146,7 +160,7 @@ void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t s
                    outgrowsEntity = outgrowsEntity || j >= kContigs || windows > kOffsets;
                  });
   sideIndex.release();
-  if (hasMinimizers(Kmer) && !outgrowsEntity) sideIndex.make(scaffoldInfo, scaffoldSum, kmers);
+  if (hasMinimizers(Kmer) && !outgrowsEntity) makeSideIndex(scaffoldInfo, scaffoldSum, kmers);
 
   Indexer indexer(*kmerHash, sideIndex, Kmer);
   std::array<Batch, 2> batches;

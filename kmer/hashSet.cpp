@@ -6,7 +6,7 @@
 #include <iostream>
 
 #include "driver/fatal.h"
-#include "kmer/slotBitmap.h"
+#include "kmer/tableMemory.h"
 
 namespace velk {
 namespace {
@@ -58,12 +58,12 @@ HashSet* init_hashset(uint64_t init_size, float load_factor) {
   set->max = std::min(static_cast<uint64_t>(static_cast<float>(set->size) * set->load_factor),
                       set->size - 1);
   set->array = static_cast<Entity*>(std::calloc(set->size + 1, sizeof(Entity)));
-  adviseHugePages(set->array, (set->size + 1) * sizeof(Entity));
   set->nul_flag = newBitmap(set->size);
   set->del_flag = newBitmap(set->size);
   if (set->array == nullptr || set->nul_flag == nullptr || set->del_flag == nullptr) {
     outOfMemory(site);
   }
+  adviseHugePages(set->array, (set->size + 1) * sizeof(Entity));
   return set;
 }
 

@@ -3,10 +3,9 @@
 // Open addressing with linear probing over `size` slots. The driver creates the one set of a run,
 // FetchKmers1 fills it on the main thread, the workers only look up. Read without locks once
 // workers exist, which rests on these invariants:
-//   1. A slot is filled when its nul_flag bit is set; contents of other slots are undefined,
-//   except:
-//   2. the sentinel slot array[size] is all zero after creation and after every growth, so that the
-//      slot of a missing key reads as not unique.
+//   1. A slot is filled when its nul_flag bit is set. Unfilled slots are all zero, after creation
+//      and after every growth: isFilled relies on it.
+//   2. So is the sentinel slot array[size]: the slot of a missing key reads as not unique.
 //   3. count <= max < size: an empty slot ends every probe.
 //   4. Nothing inserts, grows or deletes while a worker runs.
 #pragma once
@@ -127,6 +126,11 @@ inline uint64_t homeSlot(const HashSet& set, uint64_t key) {
   return hash_code(Entity{key, 0, 0, 0, 0}) % set.size;
 }
 
+/// The slot behind `slot` in a table of `size` slots, wrapping at the end.
+inline uint64_t nextSlot(uint64_t slot, uint64_t size) {
+  return slot + 1 == size ? 0 : slot + 1;
+}
+
 /// A look-up that has been begun; of use as long as the table does not grow.
 struct SlotProbe {
   uint64_t key;
@@ -156,7 +160,7 @@ inline uint64_t probeFrom(const HashSet& set, const SlotProbe& probe, int& flag)
       flag = 1;
       return slot;
     }
-    slot = slot + 1 == set.size ? 0 : slot + 1;
+    slot = nextSlot(slot, set.size);
   }
   flag = 0;
   return slot;

@@ -7,7 +7,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string_view>
 #include <vector>
 
 #include "contig/contig.h"
@@ -42,7 +41,7 @@ class SideIndex {
   void add(const HashSet& index, const Stretch& stretch, const WindowBatch& batch,
            std::size_t count, int kmer);
 
-  /// Takes in one such k-mer in whose letters are others than bases.
+  /// Takes in one such k-mer of a batch that has other letters than bases in it.
   void addOdd(const HashSet& index, const Stretch& stretch, uint64_t key, int kmer);
 
   /// Whether the index may hold the reverse complement of a k-mer of the contig at an offset in

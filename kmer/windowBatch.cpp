@@ -9,14 +9,14 @@ namespace velk {
 namespace {
 
 constexpr std::size_t kMostBases = WindowBatch::kMost + 31;
-constexpr std::size_t kMostWords = WindowBatch::kMost + kWords - 1;
+constexpr std::size_t kMostWords = WindowBatch::kMost + kWordsPerKmer - 1;
 
 constexpr uint64_t lowBases(int count) {
   return count >= DATA_LEN ? ~uint64_t{0} : (uint64_t{1} << (LEN_TO_BITLEN * count)) - 1;
 }
 
 constexpr int wordLength(int kmer) {
-  return kmer - kWords + 1;
+  return kmer - kWordsPerKmer + 1;
 }
 
 // The hash that orders words; the factor is 2^64 divided by the golden ratio.
@@ -24,16 +24,16 @@ constexpr uint64_t wordHash(uint64_t word, uint64_t reversed) {
   return std::min(word, reversed) * 0x9E3779B97F4A7C15U;
 }
 
-// least[i] = the least of hashes[i, i + kWords), for i in [0, count): the running least from each
-// block's start and to each block's end, joined (M. van Herk, Pattern Recognition Letters 13,
+// least[i] = the least of hashes[i, i + kWordsPerKmer), for i in [0, count): the running least from
+// each block's start and to each block's end, joined (M. van Herk, Pattern Recognition Letters 13,
 // 1992).
 void slidingLeast(const std::array<uint64_t, kMostWords>& hashes, std::size_t count,
                   std::array<uint64_t, WindowBatch::kMost>& least) {
   std::array<uint64_t, kMostWords> fromStart;
   std::array<uint64_t, kMostWords> toEnd;
-  const std::size_t words = count + kWords - 1;
-  for (std::size_t block = 0; block < words; block += kWords) {
-    const std::size_t end = std::min(block + kWords, words);
+  const std::size_t words = count + kWordsPerKmer - 1;
+  for (std::size_t block = 0; block < words; block += kWordsPerKmer) {
+    const std::size_t end = std::min(block + kWordsPerKmer, words);
     fromStart[block] = hashes[block];
     for (std::size_t i = block + 1; i < end; ++i) {
       fromStart[i] = std::min(fromStart[i - 1], hashes[i]);
@@ -41,7 +41,8 @@ void slidingLeast(const std::array<uint64_t, kMostWords>& hashes, std::size_t co
     toEnd[end - 1] = hashes[end - 1];
     for (std::size_t i = end - 1; i > block; --i) toEnd[i - 1] = std::min(toEnd[i], hashes[i - 1]);
   }
-  for (std::size_t i = 0; i < count; ++i) least[i] = std::min(toEnd[i], fromStart[i + kWords - 1]);
+  for (std::size_t i = 0; i < count; ++i)
+    least[i] = std::min(toEnd[i], fromStart[i + kWordsPerKmer - 1]);
 }
 
 }  // namespace
@@ -83,7 +84,7 @@ uint64_t reversedKey(uint64_t key, int kmer) {
 uint64_t minimizerOf(uint64_t key, int kmer) {
   const int length = wordLength(kmer);
   uint64_t least = ~uint64_t{0};
-  for (int i = 0; i < kWords; ++i) {
+  for (int i = 0; i < kWordsPerKmer; ++i) {
     const uint64_t word = key >> (LEN_TO_BITLEN * i) & lowBases(length);
     least = std::min(least, wordHash(word, reversedKey(word, length)));
   }

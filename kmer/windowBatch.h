@@ -9,12 +9,15 @@
 namespace velk {
 
 /// Words (short k-mers) in a k-mer, out of which its minimizer is chosen.
-inline constexpr int kWords = 17;
+inline constexpr int kWordsPerKmer = 17;
 
-/// K-mer lengths for which minimizers are made: a k-mer is one word of bits and its words are long
-/// enough to differ.
+/// Bases in a word, at least: shorter words would choose the same few minimizers everywhere.
+inline constexpr int kShortestWord = 8;
+
+/// K-mer lengths for which minimizers are made: a k-mer fits one 64-bit word, its words are not too
+/// short.
 constexpr bool hasMinimizers(int kmer) {
-  return kmer >= kWords + 7 && kmer <= 32;
+  return kmer >= kWordsPerKmer + kShortestWord - 1 && kmer <= 32;
 }
 
 /// Up to 64 neighbouring k-mers.

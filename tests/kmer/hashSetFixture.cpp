@@ -48,7 +48,11 @@ std::string brokenInvariant(const velk::HashSet& set) {
   if (!sameEntity(set.array[set.size], Entity{})) return "zero sentinel";
   uint64_t filled = 0;
   for (uint64_t slot = 0; slot < set.size; ++slot) {
-    if (((set.nul_flag[slot / 8] >> (7 - slot % 8)) & 1) != 0) ++filled;
+    if (((set.nul_flag[slot / 8] >> (7 - slot % 8)) & 1) != 0) {
+      ++filled;
+    } else if (!sameEntity(set.array[slot], Entity{})) {
+      return "zero in unfilled slots";
+    }
     if (((set.del_flag[slot / 8] >> (7 - slot % 8)) & 1) != 0) return "nothing deleted";
   }
   if (filled != set.count) return "one filled slot for each entity";

@@ -1,4 +1,4 @@
-// What the hash set and its growth share below the named operations: steps over slots, bitmaps.
+// The memory of the hash set: its bitmaps, and the pages under its slots.
 #pragma once
 
 #include <sys/mman.h>
@@ -7,11 +7,6 @@
 #include <cstdlib>
 
 namespace velk {
-
-/// The slot behind `slot` in a table of `size` slots, wrapping at the end.
-inline uint64_t nextSlot(uint64_t slot, uint64_t size) {
-  return slot + 1 == size ? 0 : slot + 1;
-}
 
 /// Returns a bitmap of `size` clear bits, to be released with free(); null without memory.
 inline uint8_t* newBitmap(uint64_t size) {
