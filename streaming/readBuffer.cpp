@@ -1,6 +1,7 @@
 #include "streaming/readBuffer.h"
 
 #include <algorithm>
+#include <cassert>
 
 namespace velk {
 
@@ -110,6 +111,7 @@ void releaseRows(int workers) {
 }
 
 void recordFound(int t, uint32_t& n, const std::string& read, const FoundRecord& record) {
+  assert(n < rowCapacity(thread_num));
   if (n == rowSize[t]) growRow(t, std::min(2 * rowSize[t], rowCapacity(thread_num)));
   foundReads[t][n] = read;
   scaffold[t][n] = record.scaffold;
