@@ -6,8 +6,8 @@
 //      over: each is the contig's own k-mer, so it is either at this very place, where the answer
 //      would be the same, or not unique.
 //   2. When the reverse complement of a read of bases alone runs along a contig, the read's k-mers
-//   there are
-//      reverse complements of contig k-mers; those that the index does not hold are passed over.
+//      there are reverse complements of contig k-mers; those that the index does not hold are
+//      passed over.
 //   3. The others are looked up in groups whose memory is fetched together.
 #pragma once
 
