@@ -6,7 +6,7 @@
 {
   root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
   build_packages=(g++ cmake ninja-build zlib1g-dev)
-  test_packages=(libgtest-dev librapidcheck-dev python3)
+  test_packages=(libgtest-dev librapidcheck-dev python3 strace)
   style_packages=(clang-format clang-tidy shellcheck)
 }
 

@@ -1,0 +1,98 @@
+"""System calls that fail: each one that a small run makes, in each way, by strace."""
+
+import collections
+import os
+import re
+import shutil
+import subprocess
+import tempfile
+
+import runs
+
+ERRORS = ("EIO", "ENOSPC", "EINTR", "EMFILE", "EAGAIN")
+# Calls and the errors they fail with.
+FAULTS = {**{call: ERRORS for call in ("openat", "read", "write", "writev", "close", "clone3",
+                                       "clone", "newfstatat", "lseek")},
+          **{call: ("ENOMEM",) for call in ("mmap", "mprotect")},
+          "clock_nanosleep": ("EINTR",)}
+# The first call of main(): all before it are the loader's.
+MAIN = "rt_sigaction(SIGPIPE"
+
+Call = collections.namedtuple("Call", "name number text")  # number: from 1, the loader's included
+
+
+def strace(log, *options):
+    return ["strace", "-f", "-qq", "--seccomp-bpf", "-o", log, *options]
+
+
+def is_allowed():
+    """Whether there is a strace that may trace and inject."""
+    if not shutil.which("strace"):
+        return False
+    done = subprocess.run(strace("/dev/null", "-e", "inject=close:error=EIO:when=1", "true"),
+                          stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=False)
+    return done.returncode in (0, 1)
+
+
+def calls_of(bench, scenario):
+    """The calls that the main thread makes in main() and that can be made to fail, in order."""
+    log = tempfile.mktemp(dir=bench.folder)
+    ended = bench.run(scenario, strace(log, "-e", "trace=rt_sigaction," + ",".join(FAULTS)))
+    if ended.status != 0:
+        raise SystemExit("%s under strace: status %r" % (scenario.name, ended.status))
+    with open(log) as file:
+        lines = [line.split(None, 1) for line in file]
+    os.unlink(log)
+    main_thread = lines[0][0]
+    found, counts, in_main = [], collections.Counter(), False
+    for thread, text in lines:
+        in_main = in_main or text.startswith(MAIN)
+        name = re.match(r"\w*", text).group()
+        if thread == main_thread and name in FAULTS:
+            counts[name] += 1
+            if in_main:
+                found.append(Call(name, counts[name], text.strip()))
+    if not found:
+        raise SystemExit(scenario.name + ": no call of main() in the trace")
+    return found
+
+
+def chosen(calls, short):
+    """The calls to fail: all but for most pieces of messages and most naps."""
+    kept, passed = [], collections.Counter()
+    for call in calls:
+        dull = "nap" if call.name == "clock_nanosleep" else \
+            "message" if call.text.startswith(("write(1,", "write(2,")) else None
+        passed[dull] += 1
+        if dull is None or passed[dull] % (200 if short else 25) == 1:
+            kept.append(call)
+    return kept
+
+
+def one(bench, scenario, call, error):
+    """What became of the run; None when it did not make the call."""
+    log = tempfile.mktemp(dir=bench.folder)
+    inject = "inject=%s:error=%s:when=%d" % (call.name, error, call.number)
+    ended = bench.run(scenario, strace(log, "-e", "trace=" + call.name, "-e", inject))
+    with open(log, errors="replace") as file:
+        met = "(INJECTED)" in file.read()
+    os.unlink(log)
+    return (bench.judge(scenario, ended), ended) if met else None
+
+
+def inject(bench, pool, table, short):
+    if not is_allowed():
+        print("SKIPPED: failing system calls, strace is missing or may not trace here", flush=True)
+        return
+    kinds = [(False, True, True)] if short else \
+        [(False, True, True), (True, True, False), (False, False, False), (True, False, True)]
+    for kind in kinds:
+        scenario = runs.small(bench, *kind)
+        faults = [(call, error) for call in chosen(calls_of(bench, scenario), short)
+                  for error in FAULTS[call.name]]
+        if short:
+            faults = faults[::3]
+        outcomes = pool.map(lambda fault: one(bench, scenario, *fault), faults)
+        for (call, error), outcome in zip(faults, outcomes):
+            if outcome:
+                table.add(call.name, "%s, %s with %s" % (scenario.name, call.text, error), *outcome)
