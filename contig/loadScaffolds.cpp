@@ -54,7 +54,7 @@ void LoadScaffolds(ScaffoldInfo* scaffoldInfo, std::string scaffoldFile, uint32_
   TextInput input(scaffoldFile);
   if (!input.isOpen()) fatal(kUserError, "Can't open input file: " + scaffoldFile + "\n");
   const std::string contigPosFile = scaffoldFile + ".contigPos";
-  std::ofstream contigPosOutfile;
+  LocalOutput contigPosOutfile;
   openSideFile(contigPosOutfile, contigPosFile);
 
   std::string line;
@@ -95,7 +95,7 @@ void LoadScaffolds(ScaffoldInfo* scaffoldInfo, std::string scaffoldFile, uint32_
 void printContigs(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldNum,
                   const std::string& scaffoldFile) {
   const std::string contigFile = scaffoldFile + ".contig";
-  std::ofstream output;
+  LocalOutput output;
   openSideFile(output, contigFile);
   for (uint32_t i = 0; i < scaffoldNum; ++i) {
     for (uint32_t j = 0; j < scaffoldInfo[i].contigsSum; ++j) {

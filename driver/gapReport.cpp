@@ -1,7 +1,5 @@
 #include "driver/gapReport.h"
 
-#include <fstream>
-
 #include "contig/contig.h"
 #include "driver/fatal.h"
 #include "driver/outputFile.h"
@@ -13,7 +11,7 @@ namespace velk {
 void writeGapReport() {
   // KEPT: with contig input the stem is empty and the report is ".gapsinfo" (cli contig_input)
   const std::string gapInfoOutput = scaffold_file + ".gapsinfo";
-  std::ofstream gapInfoOutFile;
+  LocalOutput gapInfoOutFile;
   if (!openOutput(gapInfoOutFile, gapInfoOutput)) {
     fatal(kUserError, "Can't open output file: " + gapInfoOutput + "\n");
   }

@@ -39,6 +39,10 @@ void flushUnfinished() {
 
 }  // namespace
 
+LocalOutput::~LocalOutput() {
+  std::erase(unfinished, this);
+}
+
 void protectFile(const std::string& file) {
   protectedFiles.push_back(file);
 }

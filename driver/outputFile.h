@@ -17,9 +17,16 @@ void protectFile(const std::string& file);
 /// Lifts the protection that one protectFile(file) gave.
 void unprotectFile(const std::string& file);
 
+/// An output that lives in a function, which it may leave unfinished by an exception: it then keeps
+/// what was written, as far as that can be written.
+class LocalOutput : public std::ofstream {
+ public:
+  ~LocalOutput() override;
+};
+
 /// Opens `output` on `file` for writing with truncation and protects the file from later outputs.
-/// Returns whether it could be opened. REQUIRES: finishOutput(output) before `output` is destroyed,
-/// unless the process ends first. Exits with status 1, the file untouched, after
+/// Returns whether it could be opened. REQUIRES: `output` is a LocalOutput, or finishOutput(output)
+/// comes before it is destroyed, unless the process ends first. Exits with status 1, the file untouched, after
 /// "[ERROR]: output file FILE is the same file as OTHER" when it is protected.
 bool openOutput(std::ofstream& output, const std::string& file);
 
