@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <new>
 #include <string>
 
 #include "driver/fatal.h"
@@ -173,6 +174,22 @@ TEST_F(OutputFile, EarlyEndKeepsWhatWasWritten) {
   EXPECT_EXIT(writeAndDie(), ExitedWithCode(3), Eq("early\n"));
   EXPECT_EQ("first\n", contentOf(finished));
   EXPECT_EQ("second\n", contentOf(open));
+}
+
+TEST_F(OutputFile, OutputLeftByAnExceptionKeepsWhatWasWritten) {
+  const std::string file = folder.path("out");
+  const auto leaveAndDie = [&] {
+    try {
+      LocalOutput output;
+      if (!openOutput(output, file)) return;
+      output << "text\n";
+      throw std::bad_alloc();
+    } catch (const std::bad_alloc&) {
+      fatal(kMemoryError, "late\n");
+    }
+  };
+  EXPECT_EXIT(leaveAndDie(), ExitedWithCode(2), Eq("late\n"));
+  EXPECT_EQ("text\n", contentOf(file));
 }
 
 TEST_F(OutputFile, FullDiskIsToldWhenTheFileIsFinished) {
