@@ -28,10 +28,14 @@ const std::string& reverseComplementIn(std::string& buffer, const std::string& r
   return buffer;
 }
 
-// Scans one worker's share of the batch; the two strings live as long as the pass.
+// Scans one worker's share of the batch; its strings and the buffers of the thread's walks live as
+// long as the pass.
 class BatchScan {
  public:
   explicit BatchScan(int t) : t_(t) {}
+  ~BatchScan() { KmerWalk::releaseBuffers(); }
+  BatchScan(const BatchScan&) = delete;
+  BatchScan& operator=(const BatchScan&) = delete;
 
   uint32_t found() const { return n_; }
 

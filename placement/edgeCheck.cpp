@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "driver/velk.h"
 #include "placement/Read2Scaf.h"
@@ -44,12 +45,11 @@ void ReverseComplementSeq(std::string& dest, const std::string& src) {
 }
 
 void LongReverseComplement(std::string& a, std::string& b) {
-  thread_local std::string oldA;
-  oldA = a;
-  a.resize(b.size());
-  ReverseComplementSeq(a, b);
-  b.resize(oldA.size());
-  ReverseComplementSeq(b, oldA);
+  std::string turnedB(b.size(), '\0');
+  ReverseComplementSeq(turnedB, b);
+  b.resize(a.size());
+  ReverseComplementSeq(b, a);
+  a = std::move(turnedB);
 }
 
 int MapRead2Lcontig(const std::string& contig, const std::string& read, int64_t offset) {

@@ -10,6 +10,10 @@
 namespace velk {
 namespace {
 
+// Of this thread. A pointer, because the C library ends a process that has no memory to note that
+// a thread has something to destroy.
+thread_local WalkBuffers* threadBuffers = nullptr;
+
 // The first i in [from, to) with one[i] != other[i]; `to` when there is none.
 std::size_t firstDifference(const char* one, const char* other, std::size_t from, std::size_t to) {
   std::size_t i = from;
@@ -75,8 +79,13 @@ std::size_t WindowSet::firstContained(std::size_t from, std::size_t to) const {
 }
 
 WalkBuffers& KmerWalk::buffersOfThread() {
-  thread_local WalkBuffers buffers;
-  return buffers;
+  if (threadBuffers == nullptr) threadBuffers = new WalkBuffers;
+  return *threadBuffers;
+}
+
+void KmerWalk::releaseBuffers() {
+  delete threadBuffers;
+  threadBuffers = nullptr;
 }
 
 void KmerWalk::fetchAhead(const HashSet& index, int kmer, std::string_view read) {

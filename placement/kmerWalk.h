@@ -65,7 +65,8 @@ class WindowSet {
   std::vector<uint64_t> words_;
 };
 
-/// What a walk needs room for; every thread has one, reused from read to read.
+/// What a walk needs room for; every thread has one, reused from read to read until it calls
+/// KmerWalk::releaseBuffers().
 struct WalkBuffers {
   static constexpr std::size_t kLargestGroup = 16;  // look-ups in flight
 
@@ -96,6 +97,9 @@ class KmerWalk {
   /// Has the memory fetched that a later walk of this read, or of its reverse complement, asks for
   /// first.
   static void fetchAhead(const HashSet& index, int kmer, std::string_view read);
+
+  /// Releases what the walks of this thread have allocated. REQUIRES: no walk of it is alive.
+  static void releaseBuffers();
 
  private:
   enum class Outcome { kNoHit, kRefused, kStopped };
