@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <iostream>
 #include <memory>
 #include <new>
 
@@ -25,6 +26,20 @@ TEST(Fatal, WritesTheMessageAsItStands) {
   EXPECT_EXIT(fatal(kHeaderError, "two\nlines"), ExitedWithCode(3), Eq("two\nlines"));
   EXPECT_EXIT(fatal(kInputError, "Please check input!\n"), ExitedWithCode(255),
               Eq("Please check input!\n"));
+}
+
+TEST(Fatal, MessageIsWrittenEvenWhenAnEarlierOneCouldNotBe) {
+  const auto failAfterLoss = [] {
+    std::cerr.setstate(std::ios::badbit);
+    fatal(kUserError, "the end\n");
+  };
+  EXPECT_EXIT(failAfterLoss(), ExitedWithCode(1), Eq("the end\n"));
+  const auto runOutAfterLoss = [] {
+    std::cerr.setstate(std::ios::badbit);
+    outOfMemory({294, "main", kMemoryError});
+  };
+  EXPECT_EXIT(runOutAfterLoss(), ExitedWithCode(2),
+              Eq("Out of memory! Line: 294. Function: main\n"));
 }
 
 TEST(Fatal, FailedReadTellsTheReason) {

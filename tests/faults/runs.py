@@ -30,12 +30,14 @@ BAD = (WRONG, SILENT, HARMED, HANG, CRASH)
 
 
 class Scenario:
-    """A run: its input files and its arguments."""
+    """A run: its input files and its arguments, and the status that it ends with as it is."""
 
-    def __init__(self, name, files, argv):
+    def __init__(self, name, files, argv, links=(), status=0):
         self.name = name
         self.files = files  # name -> bytes
         self.argv = argv
+        self.links = links  # (new name, name) of hard links
+        self.status = status
         self.expected = {}  # skipped files -> all files behind such a run
 
     def lay_out(self, folder, without=()):
@@ -43,6 +45,8 @@ class Scenario:
             if name not in without:
                 with open(os.path.join(folder, name), "wb") as file:
                     file.write(content)
+        for new, name in self.links:
+            os.link(os.path.join(folder, name), os.path.join(folder, new))
 
 
 Ended = collections.namedtuple("Ended", "status said files")  # status None: it hung
@@ -106,6 +110,8 @@ class Bench:
             return SIGNALLED if sent is not None and ended.status == -sent else CRASH
         if ended.status > 0:
             return MESSAGED if MESSAGE.search(ended.said) else SILENT
+        if scenario.status != 0:
+            return WRONG
         if ended.files == self.expected(scenario):
             return RIGHT
         skipped = tuple(sorted({os.fsdecode(name) for name in SKIPPED.findall(ended.said)}))
@@ -188,6 +194,13 @@ def small(bench, contig_input, paired, packed):
     if not bench.expected(scenario)["found.fa"]:
         raise SystemExit(name + ": nothing found")
     return scenario
+
+
+def refused(bench):
+    """A run that must not begin: its output is one of its inputs, under another name."""
+    scenario = small(bench, False, False, False)
+    return Scenario("output is an input", scenario.files,
+                    scenario.argv + ["-o", "alias.fa"], links=[("alias.fa", "s.fa")], status=1)
 
 
 def large(bench):
