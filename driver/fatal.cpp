@@ -8,8 +8,13 @@
 
 namespace velk {
 
+std::ostream& failureMessage() {
+  std::cerr.clear();
+  return std::cerr;
+}
+
 void fatal(ExitStatus status, std::string_view message) {
-  std::cerr << message;
+  failureMessage() << message;
   std::exit(status);
 }
 
@@ -19,7 +24,8 @@ void failReading(const std::string& file) {
 }
 
 void outOfMemory(const AllocationSite& site) {
-  std::cerr << "Out of memory! Line: " << site.line << site.separator << site.function << site.end;
+  failureMessage() << "Out of memory! Line: " << site.line << site.separator << site.function
+                   << site.end;
   std::exit(site.status);
 }
 

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstddef>
+#include <iosfwd>
 #include <new>
 #include <string>
 #include <string_view>
@@ -19,6 +20,10 @@ enum ExitStatus : int {
   kHeaderError = 3,   // scaffold headers that cannot be understood
   kInputError = 255,  // stray argument, unreadable library file, bad contig input
 };
+
+/// Standard error for a message about a failure: it is written even where an earlier message could
+/// not be.
+std::ostream& failureMessage();
 
 /// Writes `message` to standard error as it stands and exits with `status`.
 [[noreturn]] void fatal(ExitStatus status, std::string_view message);

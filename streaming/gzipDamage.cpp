@@ -1,6 +1,8 @@
 #include "streaming/gzipDamage.h"
 
-#include <iostream>
+#include <ostream>
+
+#include "driver/fatal.h"
 
 namespace velk {
 namespace {
@@ -10,7 +12,7 @@ bool damageSeen = false;
 }  // namespace
 
 void reportGzipDamage(const std::string& file, const std::string& reason) {
-  std::cerr << "[ERROR]: damaged gzip file: " << file << ": " << reason << "\n";
+  failureMessage() << "[ERROR]: damaged gzip file: " << file << ": " << reason << "\n";
   damageSeen = true;
 }
 

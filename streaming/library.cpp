@@ -30,7 +30,7 @@ std::optional<FirstLine> firstLineOfGzip(const std::string& file) {
   refusePipe(file);
   GzipInput probe;
   if (!probe.open(file)) {
-    std::cerr << "Can't open file: " << file << std::endl;
+    failureMessage() << "Can't open file: " << file << std::endl;
     std::cout.flush();
     return std::nullopt;
   }
