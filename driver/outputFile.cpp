@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <vector>
 
 #include "driver/fatal.h"
@@ -16,11 +17,22 @@ namespace {
 std::vector<std::string> protectedFiles;  // inputs, then outputs, in the order they were named
 std::vector<std::ofstream*> unfinished;   // outputs that are open
 
+// Puts what is known of `file` into `status`; returns false when no such file can be reached, which
+// opening it would tell as well. Exits when it cannot be known, as the file might be an input.
+bool lookUp(const std::string& file, struct stat& status) {
+  if (stat(file.c_str(), &status) == 0) return true;
+  constexpr int kNoSuchFile[] = {ENOENT, ENOTDIR, EACCES, ELOOP, ENAMETOOLONG};
+  if (std::find(std::begin(kNoSuchFile), std::end(kNoSuchFile), errno) == std::end(kNoSuchFile)) {
+    failReading(file);
+  }
+  return false;
+}
+
 // Returns whether both names lead to one file that exists.
 bool isSameFile(const std::string& one, const std::string& other) {
   struct stat oneStatus {};
   struct stat otherStatus {};
-  return stat(one.c_str(), &oneStatus) == 0 && stat(other.c_str(), &otherStatus) == 0 &&
+  return lookUp(one, oneStatus) && lookUp(other, otherStatus) &&
          oneStatus.st_dev == otherStatus.st_dev && oneStatus.st_ino == otherStatus.st_ino;
 }
 

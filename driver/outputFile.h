@@ -26,8 +26,9 @@ class LocalOutput : public std::ofstream {
 
 /// Opens `output` on `file` for writing with truncation and protects the file from later outputs.
 /// Returns whether it could be opened. REQUIRES: `output` is a LocalOutput, or finishOutput(output)
-/// comes before it is destroyed, unless the process ends first. Exits with status 1, the file untouched, after
-/// "[ERROR]: output file FILE is the same file as OTHER" when it is protected.
+/// comes before it is destroyed, unless the process ends first. Exits with status 1, the file
+/// untouched, after "[ERROR]: output file FILE is the same file as OTHER" when it is protected and
+/// after "[ERROR]: can't read NAME: REASON" when that cannot be told.
 bool openOutput(std::ofstream& output, const std::string& file);
 
 /// Exits with status 1 after "[ERROR]: can't write FILE: REASON" when a write to `output` failed.
