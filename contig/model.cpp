@@ -1,4 +1,3 @@
-#include <cstdlib>
 #include <iostream>
 #include <string_view>
 
@@ -22,7 +21,7 @@ uint32_t contignum(const std::string& file) {
   if (!input.isOpen()) {
     // KEPT: this message goes to standard output (Contignum.UnopenableFileIsToldOnStandardOutput)
     std::cout << "Fail to load file " << file << std::endl;
-    std::exit(kInputError);
+    endRun(kInputError);
   }
   uint32_t headers = 0;
   for (std::string line; input.readLine(line);) {

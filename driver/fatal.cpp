@@ -1,7 +1,6 @@
 #include "driver/fatal.h"
 
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <iostream>
 #include <string>
@@ -15,7 +14,7 @@ std::ostream& failureMessage() {
 
 void fatal(ExitStatus status, std::string_view message) {
   failureMessage() << message;
-  std::exit(status);
+  endRun(status);
 }
 
 void failReading(const std::string& file) {
@@ -26,7 +25,7 @@ void failReading(const std::string& file) {
 void outOfMemory(const AllocationSite& site) {
   failureMessage() << "Out of memory! Line: " << site.line << site.separator << site.function
                    << site.end;
-  std::exit(site.status);
+  endRun(site.status);
 }
 
 }  // namespace velk

@@ -25,6 +25,9 @@ enum ExitStatus : int {
 /// not be.
 std::ostream& failureMessage();
 
+/// Ends the process with `status`; the one place where velk does so before the end of main().
+[[noreturn]] void endRun(int status);
+
 /// Writes `message` to standard error as it stands and exits with `status`.
 [[noreturn]] void fatal(ExitStatus status, std::string_view message);
 

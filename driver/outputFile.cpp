@@ -89,4 +89,9 @@ void finishOutput(std::ofstream& output, const std::string& file) {
   requireWritten(output, file);
 }
 
+void forgetFiles() {
+  protectedFiles.clear();
+  unfinished.clear();
+}
+
 }  // namespace velk

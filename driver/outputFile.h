@@ -37,4 +37,8 @@ void requireWritten(const std::ofstream& output, const std::string& file);
 /// Flushes and closes `output`; exits like requireWritten() when any byte could not be written.
 void finishOutput(std::ofstream& output, const std::string& file);
 
+/// Forgets all protected and all open files. For a process that makes many runs: between two of
+/// them.
+void forgetFiles();
+
 }  // namespace velk

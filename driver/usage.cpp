@@ -1,4 +1,3 @@
-#include <cstdlib>
 #include <iostream>
 
 #include "driver/fatal.h"
@@ -45,7 +44,7 @@ void usage() {
       << "Please do not set -s and -c at the same time, or else, velk will only load and use "
          "scaffold.\n"
       << "\n\n";
-  std::exit(kUserError);
+  endRun(kUserError);
 }
 
 }  // namespace velk

@@ -188,6 +188,10 @@ void Loadlib(const std::string& file, Lib*& libs, int& libsNum) {
             << "\tbig gap length: " << BIGGAPLEN << "\t Max insert: " << MAXINSERT << std::endl;
 }
 
+void releaseSingleQuals() {
+  singlequalArrays.clear();
+}
+
 void Libsclear(Lib* libs, int /*libsNum*/) {
   delete[] libs;
 }

@@ -64,4 +64,8 @@ bool splitColumn(const std::string& line, std::string& id, std::string& value);
 /// Releases the array made by Loadlib; does nothing for a null array.
 void Libsclear(Lib* libs, int libsNum);
 
+/// Releases the arrays behind Lib::singlequal of all records. For a process that makes many runs:
+/// between two of them.
+void releaseSingleQuals();
+
 }  // namespace velk

@@ -20,4 +20,8 @@ bool gzipDamageSeen() {
   return damageSeen;
 }
 
+void forgetGzipDamage() {
+  damageSeen = false;
+}
+
 }  // namespace velk

@@ -12,4 +12,7 @@ void reportGzipDamage(const std::string& file, const std::string& reason);
 /// Returns whether any damage was reported: the run must not end with status 0.
 bool gzipDamageSeen();
 
+/// Forgets all damage. For a process that makes many runs: between two of them.
+void forgetGzipDamage();
+
 }  // namespace velk
