@@ -22,13 +22,13 @@ std::string_view BlockReader::next() {
   if (descriptor_ < 0 || error_ != 0) return {};
   ssize_t got = 0;
   do {
-    got = read(descriptor_, block_.data(), block_.size());
+    got = read(descriptor_, block_.get(), blockSize_);
   } while (got < 0 && errno == EINTR);
   if (got < 0) {
     error_ = errno;
     return {};
   }
-  return {block_.data(), static_cast<std::size_t>(got)};
+  return {block_.get(), static_cast<std::size_t>(got)};
 }
 
 }  // namespace velk

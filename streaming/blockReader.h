@@ -1,15 +1,16 @@
 // A file read from start to end in large blocks, the ground under both line sources.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace velk {
 
 class BlockReader {
  public:
-  explicit BlockReader(std::size_t blockSize) : block_(blockSize) {}
+  explicit BlockReader(std::size_t blockSize)
+      : blockSize_(blockSize), block_(std::make_unique_for_overwrite<char[]>(blockSize)) {}
   ~BlockReader();
   BlockReader(const BlockReader&) = delete;
   BlockReader& operator=(const BlockReader&) = delete;
@@ -27,7 +28,8 @@ class BlockReader {
  private:
   int descriptor_ = -1;
   int error_ = 0;
-  std::vector<char> block_;
+  std::size_t blockSize_;  // bytes
+  std::unique_ptr<char[]> block_;
 };
 
 }  // namespace velk

@@ -14,7 +14,8 @@ constexpr Bytef kMagic[] = {0x1f, 0x8b};
 
 }  // namespace
 
-GzipInput::GzipInput() : blocks_(kRawBlock), output_(kInflatedBlock) {
+GzipInput::GzipInput()
+    : blocks_(kRawBlock), output_(std::make_unique_for_overwrite<char[]>(kInflatedBlock)) {
   if (inflateInit2(&stream_, kGzipOnly) != Z_OK) throw std::bad_alloc();
 }
 
@@ -74,10 +75,10 @@ void GzipInput::startMember() {
 }
 
 std::string_view GzipInput::inflateSome() {
-  stream_.next_out = reinterpret_cast<Bytef*>(output_.data());
-  stream_.avail_out = static_cast<uInt>(output_.size());
+  stream_.next_out = reinterpret_cast<Bytef*>(output_.get());
+  stream_.avail_out = static_cast<uInt>(kInflatedBlock);
   const int result = inflate(&stream_, Z_NO_FLUSH);
-  const std::string_view bytes(output_.data(), output_.size() - stream_.avail_out);
+  const std::string_view bytes(output_.get(), kInflatedBlock - stream_.avail_out);
   if (result == Z_STREAM_END) {
     state_ = State::kBetweenMembers;
   } else if (result == Z_MEM_ERROR) {

@@ -7,9 +7,9 @@
 
 #include <zlib.h>
 
+#include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "streaming/blockReader.h"
 
@@ -44,8 +44,8 @@ class GzipInput {
   BlockReader blocks_;
   State state_ = State::kBetweenMembers;
   bool isFirstMember_ = true;
-  std::string input_;  // raw bytes not yet inflated start at stream_.next_in
-  std::vector<char> output_;
+  std::string input_;               // raw bytes not yet inflated start at stream_.next_in
+  std::unique_ptr<char[]> output_;  // [kInflatedBlock]
   z_stream stream_{};
   std::string damage_;
 };

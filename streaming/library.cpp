@@ -95,7 +95,8 @@ void streamSingles(const std::string& fileA, const std::string& fileB, bool isFa
 }
 
 std::string* allocateReads(int line) {
-  return allocateArray<std::string>(bufferSize, {line, "FindReadsInGaps", kMemoryError});
+  return allocateArray<std::string>(static_cast<std::size_t>(batchLimit),
+                                    {line, "FindReadsInGaps", kMemoryError});
 }
 
 void releaseReads() {

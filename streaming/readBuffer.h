@@ -16,8 +16,8 @@
 namespace velk {
 
 // The read buffer, refilled batch by batch.
-extern std::string* readsA;  // [bufferSize], null: reads, or first mates; stale from bufferNum on
-extern std::string* readsB;  // [bufferSize]: second mates; null says the batch is single-end
+extern std::string* readsA;  // [batchLimit], null: reads, or first mates; stale from bufferNum on
+extern std::string* readsB;  // [batchLimit]: second mates; null says the batch is single-end
 extern int bufferNum;        // 0: filled entries, at most batchLimit
 extern int batchLimit;       // bufferSize: entries of a full batch; only tests make it smaller
 extern int insertLength;     // 0: avg_ins of the library in hand, bases; 0 for single-end files
