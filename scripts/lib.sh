@@ -8,6 +8,7 @@
   build_packages=(g++ cmake ninja-build zlib1g-dev)
   test_packages=(libgtest-dev librapidcheck-dev python3 strace)
   style_packages=(clang-format clang-tidy shellcheck)
+  fuzz_packages=(clang libclang-rt-14-dev)
 }
 
 # What tells that a package is there: a command, or a file of it.
@@ -17,6 +18,7 @@ probe_of() {
     clang) echo clang++ ;;
     zlib1g-dev) echo /usr/include/zlib.h ;;
     libgtest-dev) echo /usr/include/gtest/gtest.h ;;
+    libclang-rt-14-dev) echo /usr/lib/llvm-14/lib/clang/14.0.6/lib/linux/libclang_rt.fuzzer-x86_64.a ;;
     librapidcheck-dev) echo /usr/include/rapidcheck.h ;;
     *) echo "$1" ;;
   esac

@@ -1,0 +1,118 @@
+// What the fuzz targets share: inputs taken apart, runs that end early, findings.
+//
+// A target is a program with one LLVMFuzzerTestOneInput. It makes an input of velk of the bytes,
+// lets velk work on it in the same process, and compares the result with what a plain model or a
+// rule says. The preset `fuzz` links it with libFuzzer, all others with replayMain.cpp, which runs
+// it over the files of a corpus.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velk::fuzz {
+
+/// Thrown in place of the end of the process (driver/endRun.cpp).
+struct RunEnded {
+  int status;
+};
+
+/// The status of an action that came to its own end.
+inline constexpr int kRanOn = -1;
+
+/// Does `action`. Returns the status with which it ended the run, or kRanOn.
+template <class Action>
+int statusOf(Action action) {
+  try {
+    action();
+  } catch (const RunEnded& end) {
+    return end.status;
+  }
+  return kRanOn;
+}
+
+/// Reports that velk has given a wrong result and ends the process.
+[[noreturn]] void finding(std::string_view what);
+
+/// A finding unless `holds`.
+inline void require(bool holds, std::string_view what) {
+  if (!holds) finding(what);
+}
+
+/// An input: some bytes that choose parameters, then a text.
+class Input {
+ public:
+  Input(const uint8_t* data, std::size_t size) : rest_(reinterpret_cast<const char*>(data), size) {}
+
+  /// The next byte as a number below 64, so that '@' stands for 0, 'A' for 1 and so on; 0 at the
+  /// end.
+  int next();
+
+  std::string_view rest() const { return rest_; }
+
+ private:
+  std::string_view rest_;
+};
+
+/// The lines of `text` as std::getline gives them.
+std::vector<std::string> linesOf(std::string_view text);
+
+/// `text` cut at every `separator`; one part without any.
+std::vector<std::string> partsOf(std::string_view text, char separator);
+
+/// The decimal number at the start of `text`, as velk should take it.
+int64_t numberIn(std::string_view text);
+
+/// The same, cut to 32 bits.
+int intIn(std::string_view text);
+
+/// Collects what is written to std::cerr and std::cout during its life.
+class Said {
+ public:
+  Said();
+  ~Said();
+  Said(const Said&) = delete;
+  Said& operator=(const Said&) = delete;
+
+  std::string errors() const { return errors_.str(); }
+  std::string output() const { return output_.str(); }
+
+ private:
+  std::ostringstream errors_;
+  std::ostringstream output_;
+  std::streambuf* const savedErrors_;
+  std::streambuf* const savedOutput_;
+};
+
+/// A file in memory that has a name.
+class MemoryFile {
+ public:
+  MemoryFile();
+  ~MemoryFile();
+  MemoryFile(const MemoryFile&) = delete;
+  MemoryFile& operator=(const MemoryFile&) = delete;
+
+  const std::string& name() const { return name_; }
+
+  void fill(std::string_view content) const;
+
+ private:
+  int descriptor_;
+  std::string name_;
+};
+
+/// Writes `content` to the file `name`, in place of what it held.
+void writeFile(const std::string& name, std::string_view content);
+
+/// What the file `name` holds; a finding when it cannot be read.
+std::string contentOf(const std::string& name);
+
+/// Gives all run parameters their defaults and forgets what else is left of an earlier run's files.
+void startAfresh();
+
+}  // namespace velk::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size);

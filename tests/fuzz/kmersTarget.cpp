@@ -1,0 +1,139 @@
+// Packed k-mers and the hash set. Input: a byte for the k-mer length, one for the slots of the
+// table, one for its load factor, then the letters.
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+
+#include "driver/velk.h"
+#include "kmer/Sequence.h"
+#include "kmer/hashSet.h"
+#include "kmer/rollingKey.h"
+#include "kmer/windowBatch.h"
+#include "tests/fuzz/fuzz.h"
+#include "tests/kmer/packingModel.h"
+
+namespace velk::fuzz {
+namespace {
+
+constexpr std::size_t kMostLetters = 160;
+
+// The key of the k-mer at an offset, made letter by letter.
+uint64_t plainKey(std::string_view letters, std::size_t offset) {
+  return test::modelOfPacking(std::string(letters.substr(offset, static_cast<std::size_t>(Kmer))));
+}
+
+bool isBases(std::string_view letters) {
+  return letters.find_first_not_of("ACGTacgt") == std::string_view::npos;
+}
+
+std::string otherStrand(std::string_view bases) {
+  std::string turned(bases.rbegin(), bases.rend());
+  for (char& base : turned) base = "TGCA"[std::string_view("ACGT").find(base & ~32)];
+  return turned;
+}
+
+std::string upperCase(std::string_view bases) {
+  std::string upper(bases);
+  for (char& base : upper) base = static_cast<char>(base & ~32);
+  return upper;
+}
+
+// What the bits of one k-mer of bases alone say of it.
+void compareBits(std::string_view kmer, uint64_t key) {
+  if (Kmer < 1 || Kmer > DATA_LEN || !isBases(kmer)) return;
+  const uint64_t turned = test::modelOfPacking(otherStrand(kmer));
+  require(reversedKey(key, Kmer) == turned, "another reverse complement of a key");
+  require(Kmer2Seq(key) == upperCase(kmer), "a key does not give its k-mer back");
+  if (!hasMinimizers(Kmer)) return;
+  require(minimizerOf(key, Kmer) == minimizerOf(turned, Kmer), "the strands' minimizers differ");
+}
+
+void compareKeys(std::string_view letters, std::size_t step) {
+  const std::size_t windows = letters.size() - static_cast<std::size_t>(Kmer) + 1;
+  RollingKey rolling(letters, Kmer);
+  RollingKey jumping(letters, Kmer);
+  for (std::size_t offset = 0; offset < windows; ++offset) {
+    const uint64_t key = plainKey(letters, offset);
+    uint64_t packed = 0;
+    Seq2Kmer(packed, letters.substr(offset, static_cast<std::size_t>(Kmer)));
+    require(packed == key, "Seq2Kmer packs another key");
+    if (offset != 0) rolling.advance();
+    require(rolling.key() == key, "the rolling key differs");
+    compareBits(letters.substr(offset, static_cast<std::size_t>(Kmer)), key);
+    const std::size_t target = offset * step % windows;
+    jumping.moveTo(target);
+    require(jumping.key() == plainKey(letters, target), "the key differs after a jump");
+  }
+}
+
+void compareWindows(std::string_view letters) {
+  if (!hasMinimizers(Kmer)) return;
+  const std::size_t windows = letters.size() - static_cast<std::size_t>(Kmer) + 1;
+  WindowBatch batch;
+  for (std::size_t from = 0; from < windows; from += WindowBatch::kMost) {
+    const std::size_t count = std::min(WindowBatch::kMost, windows - from);
+    const std::string_view stretch =
+        letters.substr(from, count + static_cast<std::size_t>(Kmer) - 1);
+    const bool isFilled = batch.fill(stretch, count, Kmer);
+    require(isFilled == isBases(stretch), "a batch of windows takes other letters");
+    for (std::size_t w = 0; isFilled && w < count; ++w) {
+      const uint64_t key = plainKey(letters, from + w);
+      require(batch.key(w) == key, "another key of a window");
+      require(batch.minimizer(w) == minimizerOf(key, Kmer), "another minimizer of a window");
+    }
+  }
+}
+
+// Every k-mer into a table: it must hold what a map holds, at any size and after any growth.
+void compareTable(std::string_view letters, uint64_t slots, float load) {
+  struct Place {
+    std::size_t first;
+    bool isUnique;
+  };
+  std::map<uint64_t, Place> model;
+  HashSet* const set = init_hashset(slots, load);
+  const std::size_t windows = letters.size() - static_cast<std::size_t>(Kmer) + 1;
+  for (std::size_t offset = 0; offset < windows; ++offset) {
+    Entity entity{};
+    entity.bitSeq = plainKey(letters, offset);
+    entity.startPos = offset & 0xFFFFFF;
+    entity.unique = 1;
+    add_hashset(set, entity);
+    const auto [place, isNew] = model.emplace(entity.bitSeq, Place{offset, true});
+    if (!isNew) place->second.isUnique = false;
+  }
+  require(set->count == model.size() && set->count <= set->max && set->max < set->size,
+          "another number of k-mers in the table");
+  Entity asked{};
+  for (const auto& [key, place] : model) {
+    asked.bitSeq = key;
+    const uint64_t slot = get_hashset(set, asked);
+    require(slot != set->size, "a k-mer is lost");
+    require(set->array[slot].startPos == place.first &&
+                (set->array[slot].unique == 1) == place.isUnique,
+            "a k-mer has another place");
+    asked.bitSeq = ~key;
+    require(exists_hashset(set, asked) == model.contains(~key), "a k-mer that was never added");
+  }
+  free_hash(set);
+}
+
+}  // namespace
+}  // namespace velk::fuzz
+
+int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
+  using namespace velk::fuzz;
+  startAfresh();
+  Input input(data, size);
+  velk::Kmer = input.next();
+  const auto slots = static_cast<uint64_t>(input.next());
+  const int load = input.next();
+  const std::string_view letters = input.rest().substr(0, kMostLetters);
+  if (letters.size() < static_cast<std::size_t>(velk::Kmer)) return 0;
+  const Said said;
+  compareKeys(letters, slots + 1);
+  compareWindows(letters);
+  compareTable(letters, slots, static_cast<float>(load) / 64.0F);
+  return 0;
+}
