@@ -12,7 +12,6 @@
 #include <limits>
 #include <utility>
 
-#include "driver/outputFile.h"
 #include "libinfo/libinfo.h"
 #include "streaming/gzipDamage.h"
 #include "tests/support/runParameters.h"

@@ -13,6 +13,8 @@
 #include <string_view>
 #include <vector>
 
+#include "driver/outputFile.h"
+
 namespace velk::fuzz {
 
 /// Thrown in place of the end of the process (driver/endRun.cpp).
@@ -29,6 +31,7 @@ int statusOf(Action action) {
   try {
     action();
   } catch (const RunEnded& end) {
+    forgetFiles();  // the streams of the open ones are gone
     return end.status;
   }
   return kRanOn;

@@ -49,7 +49,7 @@ bool takeLaterId(const std::string& line, std::string& id) {
 Model modelOf(std::string_view text) {
   Model model;
   std::vector<std::string> lines = linesOf(text);
-  for (const std::string& line : lines) model.headers += line.starts_with('>') ? 1 : 0;
+  for (const std::string& line : lines) model.headers += line.starts_with('>') ? 1U : 0U;
   if (lines.empty()) lines.emplace_back();
   Scaffold inHand;
   bool isRead = takeFirstId(lines[0], inHand.id);
