@@ -9,8 +9,8 @@
 namespace velk::fuzz {
 namespace {
 
-constexpr std::size_t kMostBases = 700;  // of an assembly
-constexpr std::size_t kMostReads = 10;
+constexpr std::size_t kMostBases = 450;  // of an assembly
+constexpr std::size_t kMostReads = 5;
 constexpr double kNoNumber = std::numeric_limits<double>::quiet_NaN();
 constexpr std::array<double, 12> kOverRatios = {0.3, 0,   0.05, 0.25, 0.5,   0.75,
                                                 1,   2.5, -1,   1e9,  1e300, kNoNumber};
