@@ -17,6 +17,8 @@
 #include <map>
 #include <string>
 
+#include "driver/textInput.h"
+
 namespace velk {
 
 /// A read kept packed, 2 bits a base. Declared for `readsInFrontGap`; no stage fills it.
@@ -66,6 +68,12 @@ void InitialScaffold(ScaffoldInfo*& scaffoldInfo, ScaftigMap& scaftigNum, uint64
 /// gives no id, with status 2 when there is no memory for a scaffold's contigs.
 void LoadScaffolds(ScaffoldInfo* scaffoldInfo, std::string scaffoldFile, uint32_t scaffoldSum,
                    uint64_t& gapSum);
+
+/// The reading half of LoadScaffolds: reads `input` into the `scaffoldSum` scaffolds of
+/// `scaffoldInfo`, advances `gapSum` (inout) and writes a line per contig to `positions`.
+/// Exits with status 1, 2 or 3 like LoadScaffolds.
+void readScaffolds(TextInput& input, ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum,
+                   uint64_t& gapSum, std::ostream& positions);
 
 /// Cuts `scaffoldSeq` at its runs of N or n into the contigs of scaffoldInfo[scaffoldNum], named
 /// `scaffoldId`; `gapNum` (inout) is the number of the next gap. Writes one line per kept contig to

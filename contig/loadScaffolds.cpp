@@ -49,14 +49,8 @@ std::string delete_tail(const std::string& str) {
   return str.substr(0, str.find_first_of(" \t"));
 }
 
-void LoadScaffolds(ScaffoldInfo* scaffoldInfo, std::string scaffoldFile, uint32_t scaffoldSum,
-                   uint64_t& gapSum) {
-  TextInput input(scaffoldFile);
-  if (!input.isOpen()) fatal(kUserError, "Can't open input file: " + scaffoldFile + "\n");
-  const std::string contigPosFile = scaffoldFile + ".contigPos";
-  LocalOutput contigPosOutfile;
-  openSideFile(contigPosOutfile, contigPosFile);
-
+void readScaffolds(TextInput& input, ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum,
+                   uint64_t& gapSum, std::ostream& positions) {
   std::string line;
   input.readLine(line);
   std::string scaffoldId = idOfFirstHeader(line, input);
@@ -65,11 +59,11 @@ void LoadScaffolds(ScaffoldInfo* scaffoldInfo, std::string scaffoldFile, uint32_
   uint32_t headers = line.starts_with('>') ? 1 : 0;
   const auto split = [&] {
     if (scaffoldNum >= scaffoldSum) {
-      fatal(kHeaderError, "[ERROR]: " + scaffoldFile +
+      fatal(kHeaderError, "[ERROR]: " + input.file() +
                               ": more scaffolds than header lines, the first line must begin with "
                               ">\n");
     }
-    splitScaffold(scaffoldInfo, scaffoldSeq, scaffoldId, scaffoldNum, gapSum, contigPosOutfile);
+    splitScaffold(scaffoldInfo, scaffoldSeq, scaffoldId, scaffoldNum, gapSum, positions);
   };
   while (input.readLine(line)) {
     if (line.starts_with('>')) ++headers;
@@ -84,7 +78,19 @@ void LoadScaffolds(ScaffoldInfo* scaffoldInfo, std::string scaffoldFile, uint32_
     }
   }
   split();
-  if (headers != scaffoldSum) failChanged(scaffoldFile, kHeaderError);
+  if (headers != scaffoldSum) failChanged(input.file(), kHeaderError);
+}
+
+// The file name is a copy because the function has always taken one.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
+void LoadScaffolds(ScaffoldInfo* scaffoldInfo, std::string scaffoldFile, uint32_t scaffoldSum,
+                   uint64_t& gapSum) {
+  TextInput input(scaffoldFile);
+  if (!input.isOpen()) fatal(kUserError, "Can't open input file: " + scaffoldFile + "\n");
+  const std::string contigPosFile = scaffoldFile + ".contigPos";
+  LocalOutput contigPosOutfile;
+  openSideFile(contigPosOutfile, contigPosFile);
+  readScaffolds(input, scaffoldInfo, scaffoldSum, gapSum, contigPosOutfile);
   finishOutput(contigPosOutfile, contigPosFile);
 
   printContigs(scaffoldInfo, scaffoldSum, scaffoldFile);

@@ -13,18 +13,6 @@ namespace {
 
 constexpr uint64_t kLargestDoubling = 0x3FFFFFFF;  // slots; from here on a table grows by this many
 
-// The size of the next table: the first of the growth series that holds `needed` entities.
-uint64_t grownSize(const HashSet& set, uint64_t needed, const AllocationSite& site) {
-  const double neededSlots = static_cast<double>(needed) / static_cast<double>(set.load_factor);
-  uint64_t size = set.size;
-  do {
-    if (neededSlots > static_cast<double>(kMaxSlots)) outOfMemory(site);
-    size = find_next_prime(size < kLargestDoubling ? size * 2 : size + kLargestDoubling);
-    if (size > kMaxSlots) outOfMemory(site);
-  } while (static_cast<float>(needed) > static_cast<float>(size) * set.load_factor);
-  return size;
-}
-
 // Moves the entities of the first `oldSize` slots to where the table's new size wants them.
 // `oldFilled` and `moved` are the old bitmaps; a slot is marked in `moved` when its entity left it.
 void rehash(HashSet* set, uint64_t oldSize, const uint8_t* oldFilled, uint8_t* moved) {
@@ -52,10 +40,21 @@ void rehash(HashSet* set, uint64_t oldSize, const uint8_t* oldFilled, uint8_t* m
 
 }  // namespace
 
+uint64_t grownSize(uint64_t size, uint64_t needed, float load_factor) {
+  const double neededSlots = static_cast<double>(needed) / static_cast<double>(load_factor);
+  if (neededSlots > static_cast<double>(kMaxSlots)) return kMaxSlots + 1;
+  do {
+    size = find_next_prime(size < kLargestDoubling ? size * 2 : size + kLargestDoubling);
+  } while (size <= kMaxSlots &&
+           static_cast<float>(needed) > static_cast<float>(size) * load_factor);
+  return size;
+}
+
 void enlarge_hashset(HashSet* set, uint64_t num) {
   const AllocationSite site{__LINE__, "enlarge_hashset", kUserError, ". Function: ", ".\n"};
   const uint64_t oldSize = set->size;
-  set->size = grownSize(*set, set->count + num, site);
+  set->size = grownSize(oldSize, set->count + num, set->load_factor);
+  if (set->size > kMaxSlots) outOfMemory(site);
   // KEPT: rounded to nearest here, cut off in init_hashset (HashSet.GrowthRoundsMaxToNearest)
   const double max = static_cast<double>(static_cast<float>(set->size) * set->load_factor) + 0.5;
   set->max = std::min(static_cast<uint64_t>(max), set->size - 1);

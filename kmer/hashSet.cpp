@@ -14,12 +14,6 @@ namespace {
 constexpr float kSmallestLoadFactor = 0.25F;  // stands for 0 and below
 constexpr float kLargestLoadFactor = 0.75F;   // stands for 1 and above, and for no number
 
-float clampedLoadFactor(float load_factor) {
-  if (load_factor <= 0) return kSmallestLoadFactor;
-  if (load_factor >= 1 || std::isnan(load_factor)) return kLargestLoadFactor;
-  return load_factor;
-}
-
 // Copies `entity` into the empty slot `slot`.
 void fillSlot(HashSet* set, uint64_t slot, const Entity& entity) {
   set->array[slot] = entity;
@@ -46,17 +40,31 @@ uint64_t addAfterGrowth(HashSet* set, const Entity& entity) {
 
 HashSet* kmerHash = nullptr;
 
+float clampedLoadFactor(float load_factor) {
+  if (load_factor <= 0) return kSmallestLoadFactor;
+  if (load_factor >= 1 || std::isnan(load_factor)) return kLargestLoadFactor;
+  return load_factor;
+}
+
+uint64_t slotsFor(uint64_t init_size) {
+  if (init_size > kMaxSlots) return kMaxSlots + 1;
+  return std::min(init_size > 2 ? find_next_prime(init_size) : 3, kMaxSlots + 1);
+}
+
+uint64_t mostEntities(uint64_t size, float load_factor) {
+  // A load factor just below 1 would round up to a table without an empty slot.
+  return std::min(static_cast<uint64_t>(static_cast<float>(size) * load_factor), size - 1);
+}
+
 HashSet* init_hashset(uint64_t init_size, float load_factor) {
   const AllocationSite site{__LINE__, "init_hashset", kUserError};
-  if (init_size > kMaxSlots) outOfMemory(site);
+  const uint64_t size = slotsFor(init_size);
+  if (size > kMaxSlots) outOfMemory(site);
   auto* set = allocateArray<HashSet>(1, site);
   set->e_size = sizeof(Entity);
-  set->size = init_size > 2 ? find_next_prime(init_size) : 3;
-  if (set->size > kMaxSlots) outOfMemory(site);
+  set->size = size;
   set->load_factor = clampedLoadFactor(load_factor);
-  // A load factor just below 1 would round up to a table without an empty slot.
-  set->max = std::min(static_cast<uint64_t>(static_cast<float>(set->size) * set->load_factor),
-                      set->size - 1);
+  set->max = mostEntities(size, set->load_factor);
   set->array = static_cast<Entity*>(std::calloc(set->size + 1, sizeof(Entity)));
   set->nul_flag = newBitmap(set->size);
   set->del_flag = newBitmap(set->size);

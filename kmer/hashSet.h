@@ -48,6 +48,20 @@ inline constexpr uint64_t kMaxSlots = uint64_t{1} << 40;
 /// Exits with status 1 after the out-of-memory message when there is no memory.
 HashSet* init_hashset(uint64_t init_size, float load_factor);
 
+/// The slots of a new set that is asked for with `init_size`, at most kMaxSlots + 1.
+uint64_t slotsFor(uint64_t init_size);
+
+/// The load factor that a set takes for `load_factor`.
+float clampedLoadFactor(float load_factor);
+
+/// The most entities that a new set of `size` slots holds before it grows. REQUIRES: a load factor
+/// that clampedLoadFactor has given.
+uint64_t mostEntities(uint64_t size, float load_factor);
+
+/// The size of the next table: the first of the growth series behind `size` that holds `needed`
+/// entities; above kMaxSlots when there is none.
+uint64_t grownSize(uint64_t size, uint64_t needed, float load_factor);
+
 /// Adds `entity`, or clears the `unique` bit of the entity that has its key already. Grows the
 /// table first when it is full, with two lines on standard error. Returns 1.
 int add_hashset(HashSet* set, const Entity& entity);
