@@ -6,6 +6,7 @@
 {
   root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
   build_packages=(g++ cmake ninja-build zlib1g-dev)
+  check_packages=(libcli11-dev nlohmann-json3-dev)
   test_packages=(libgtest-dev librapidcheck-dev python3 strace)
   style_packages=(clang-format clang-tidy shellcheck)
   fuzz_packages=(clang libclang-rt-14-dev)
@@ -17,6 +18,8 @@ probe_of() {
     ninja-build) echo ninja ;;
     clang) echo clang++ ;;
     zlib1g-dev) echo /usr/include/zlib.h ;;
+    libcli11-dev) echo /usr/include/CLI/CLI.hpp ;;
+    nlohmann-json3-dev) echo /usr/include/nlohmann/json.hpp ;;
     libgtest-dev) echo /usr/include/gtest/gtest.h ;;
     libclang-rt-14-dev) echo /usr/lib/llvm-14/lib/clang/14.0.6/lib/linux/libclang_rt.fuzzer-x86_64.a ;;
     librapidcheck-dev) echo /usr/include/rapidcheck.h ;;

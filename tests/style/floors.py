@@ -14,6 +14,7 @@ FLOORS = [
     ["placement"],
     ["streaming"],
     ["driver/gapReport", "driver/main"],
+    ["check"],
 ]
 FLOOR_OF = {name: number for number, floor in enumerate(FLOORS) for name in floor}
 FOLDERS = sorted({name.split("/")[0] for name in FLOOR_OF})

@@ -1,0 +1,140 @@
+#include "check/advice.h"
+
+#include <algorithm>
+#include <cctype>
+#include <map>
+#include <string_view>
+
+#include "check/machine.h"
+#include "check/readTiming.h"
+#include "check/tableAdvice.h"
+#include "driver/velk.h"
+#include "kmer/hashSet.h"
+
+namespace velk::check {
+namespace {
+
+constexpr double kTight = 0.8;              // of the free memory
+constexpr uint64_t kOversized = 100000000;  // bytes that are worth a note
+constexpr uint64_t kHeaderLength = 40;      // bytes of the header of a found read, about
+
+std::string quoted(const std::string& word) {
+  const bool isPlain = !word.empty() && std::all_of(word.begin(), word.end(), [](unsigned char c) {
+    return std::isalnum(c) != 0 ||
+           std::string_view("_-./+,:=@%").find(static_cast<char>(c)) != std::string_view::npos;
+  });
+  if (isPlain) return word;
+  std::string text = "'";
+  for (const char c : word) text += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return text + "'";
+}
+
+// The given command line with other values of -m and -r.
+std::string commandOf(const Survey& survey, uint64_t slots, int longestRead) {
+  std::string command = "velk";
+  const std::vector<std::string>& words = survey.arguments.velk;
+  for (std::size_t i = 0; i + 1 < words.size(); i += 2) {
+    if (!words[i].starts_with('-')) break;
+    if (words[i][1] == 'm' || words[i][1] == 'r') continue;
+    command += " " + words[i] + " " + quoted(words[i + 1]);
+  }
+  command += " -m " + std::to_string(slots);
+  return longestRead > 0 ? command + " -r " + std::to_string(longestRead) : command;
+}
+
+// The longest read of the pairs; -r as given when there are none.
+int longestPairedRead(const Survey& survey) {
+  uint64_t longest = 0;
+  for (const ReadInput& input : survey.inputs) {
+    if (input.isPaired && input.isReadable) longest = std::max(longest, input.stats.longest);
+  }
+  return longest == 0 ? readLen : static_cast<int>(std::min<uint64_t>(longest, 1000000000));
+}
+
+void estimateTime(const Survey& survey, Advice& advice) {
+  advice.indexSeconds = survey.secondsPerKmer * static_cast<double>(survey.kmers);
+  for (const ReadInput& input : survey.inputs) {
+    if (!input.isReadable) continue;
+    const double searching = survey.secondsPerRead * (input.isPaired ? 2 : 1) / thread_num;
+    advice.readSeconds +=
+        static_cast<double>(input.records) * (secondsToReadRecord(input) + searching);
+  }
+}
+
+uint64_t foundBytes(const Survey& survey) {
+  double bytes = 0;
+  for (const ReadInput& input : survey.inputs) {
+    if (!input.isReadable) continue;
+    const double reads = static_cast<double>(input.records) * (input.isPaired ? 2 : 1);
+    const double length = input.stats.meanLength();
+    bytes += reads * survey.foundPerRead * (length + kHeaderLength);
+  }
+  return static_cast<uint64_t>(bytes);
+}
+
+void checkTable(Survey& survey, const Advice& advice) {
+  const uint64_t slots = finalSlots(initSize, survey.distinctKmers, LoadFactor);
+  const std::string text =
+      "-m " + std::to_string(initSize) + ", needed are " + std::to_string(advice.slots) + " slots";
+  if (slots != slotsFor(initSize)) {
+    survey.findings.add("table-grows", {}, text + ", it grows to " + std::to_string(slots));
+  } else if (advice.asGiven.asked > advice.memory.asked + kOversized) {
+    survey.findings.add("table-oversized", {}, text);
+  }
+}
+
+void checkMemory(Survey& survey, const Advice& advice) {
+  const MemoryEstimate& memory = advice.asGiven;
+  const uint64_t needed = memory.peak - memory.table + memory.asked;
+  const uint64_t free = freeMemory();
+  const std::string text = std::to_string(needed / 1000000) + " MB needed, " +
+                           std::to_string(free / 1000000) + " MB free";
+  if (needed > free) {
+    survey.findings.add("memory-short", {}, text);
+  } else if (static_cast<double>(needed) > kTight * static_cast<double>(free)) {
+    survey.findings.add("memory-tight", {}, text);
+  }
+}
+
+}  // namespace
+
+void checkDiskSpace(Findings& findings, const std::vector<DiskNeed>& needs) {
+  std::map<uint64_t, uint64_t> needed;  // by device
+  std::map<uint64_t, uint64_t> free;
+  for (const DiskNeed& need : needs) {
+    const Disk disk = diskOf(need.file);
+    needed[disk.device] += need.bytes;
+    free[disk.device] = disk.free;
+  }
+  for (const auto& [device, bytes] : needed) {
+    if (bytes <= free[device]) continue;
+    findings.add("disk-short", {},
+                 std::to_string(bytes / 1000000) + " MB needed, " +
+                     std::to_string(free[device] / 1000000) + " MB free");
+  }
+}
+
+Advice advise(Survey& survey) {
+  Advice advice;
+  if (survey.distinctKmers == 0) return advice;
+  advice.isKnown = true;
+  advice.slots = slotsToAskFor(survey.distinctKmers, LoadFactor);
+  advice.longestRead = longestPairedRead(survey);
+  advice.command = commandOf(survey, advice.slots, advice.longestRead);
+  advice.memory = estimateMemory(survey, advice.slots, LoadFactor);
+  advice.asGiven = estimateMemory(survey, initSize, LoadFactor);
+  for (const float loadFactor : {0.5F, 0.75F, 0.9F}) {
+    const uint64_t slots = slotsToAskFor(survey.distinctKmers, loadFactor);
+    advice.choices.push_back({loadFactor, slots, estimateMemory(survey, slots, loadFactor).peak});
+  }
+  estimateTime(survey, advice);
+  checkTable(survey, advice);
+  checkMemory(survey, advice);
+  std::vector<DiskNeed> needs = {{out_file, foundBytes(survey)}};
+  if (!scaffold_file.empty()) needs.push_back({scaffold_file, advice.memory.assembly});
+  checkDiskSpace(survey.findings, needs);
+  for (const DiskNeed& need : needs) advice.diskBytes += need.bytes;
+  return advice;
+}
+
+}  // namespace velk::check

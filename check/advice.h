@@ -1,0 +1,45 @@
+// Advice: the command line to run, with the memory and the time that it takes.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "check/memoryModel.h"
+#include "check/survey.h"
+
+namespace velk::check {
+
+/// The run at another load factor.
+struct LoadChoice {
+  float loadFactor;
+  uint64_t slots;  // -m
+  uint64_t peak;   // bytes
+};
+
+struct Advice {
+  bool isKnown = false;    // whether there is anything to base advice on
+  std::string command;     // to be pasted into a shell
+  uint64_t slots = 0;      // -m
+  int longestRead = 0;     // -r, bases
+  MemoryEstimate memory;   // with these
+  MemoryEstimate asGiven;  // with the -m that was given
+  double indexSeconds = 0;
+  double readSeconds = 0;  // reading and searching
+  uint64_t diskBytes = 0;
+  std::vector<LoadChoice> choices;
+};
+
+/// An output and its bytes.
+struct DiskNeed {
+  std::string file;
+  uint64_t bytes;
+};
+
+/// Reports file systems on which there is no space for these outputs.
+void checkDiskSpace(Findings& findings, const std::vector<DiskNeed>& needs);
+
+/// Works the advice out and reports what the machine lacks for it.
+Advice advise(Survey& survey);
+
+}  // namespace velk::check

@@ -1,0 +1,119 @@
+// Checks of the option values, before any file is looked at.
+#include <sys/sysinfo.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <string_view>
+
+#include "check/survey.h"
+#include "driver/velk.h"
+#include "kmer/hashSet.h"
+
+namespace velk::check {
+namespace {
+
+constexpr int kShortKmer = 15;  // below it, k-mers of a genome meet by chance
+
+const Place kCommandLine{};
+
+// Whether `text` is a number from its first to its last character.
+bool isNumber(const std::string& text, bool mayBeReal) {
+  if (text.empty()) return false;
+  char* end = nullptr;
+  if (mayBeReal) {
+    std::strtod(text.c_str(), &end);
+  } else {
+    std::strtoll(text.c_str(), &end, 10);
+  }
+  return *end == '\0';
+}
+
+void checkNumbers(Survey& survey) {
+  const std::vector<std::string>& arguments = survey.arguments.velk;
+  for (std::size_t i = 0; i + 1 < arguments.size(); i += 2) {
+    if (!arguments[i].starts_with('-')) break;
+    const char letter = arguments[i][1];
+    const bool isReal = std::string_view("OMf").find(letter) != std::string_view::npos;
+    const bool isWhole = std::string_view("CktrmL").find(letter) != std::string_view::npos;
+    if ((!isReal && !isWhole) || isNumber(arguments[i + 1], isReal)) continue;
+    survey.findings.add("value-not-number", kCommandLine, arguments[i] + " " + arguments[i + 1]);
+  }
+}
+
+void checkRange(Survey& survey) {
+  Findings& findings = survey.findings;
+  const auto refuse = [&](bool isWrong, const char* text) {
+    if (isWrong) findings.add("value-refused", kCommandLine, text);
+  };
+  refuse(thread_num < 1, "-t must be at least 1");
+  refuse(Kmer < 0, "-k must be at least 0");
+  refuse(CuttEdge < 0, "-C must be at least 0");
+  refuse(readLen < 0, "-r must be at least 0");
+  if (initSize > kMaxSlots) {
+    findings.add("table-refused", kCommandLine, "-m " + std::to_string(initSize));
+  }
+  if (Kmer > DATA_LEN) findings.add("kmer-over-32", kCommandLine, "-k " + std::to_string(Kmer));
+  if (Kmer >= 0 && Kmer < kShortKmer) {
+    findings.add("kmer-short", kCommandLine, "-k " + std::to_string(Kmer));
+  }
+  const int processors = get_nprocs();
+  if (thread_num > processors) {
+    findings.add(
+        "threads-many", kCommandLine,
+        "-t " + std::to_string(thread_num) + " on a machine with " + std::to_string(processors));
+  }
+  if (clampedLoadFactor(LoadFactor) != LoadFactor) {
+    findings.add("load-factor-replaced", kCommandLine,
+                 "velk takes " + std::to_string(clampedLoadFactor(LoadFactor)).substr(0, 4));
+  }
+  const auto isShare = [](double value) { return value >= 0 && value <= 1; };
+  if (!isShare(OverRatio) || !isShare(mapCut)) {
+    findings.add("ratio-odd", kCommandLine,
+                 std::string(isShare(mapCut) ? "-O " : "-M ") +
+                     std::to_string(isShare(mapCut) ? OverRatio : mapCut));
+  }
+  if (CONTIGLEN < 0) {
+    findings.add("cutoff-negative", kCommandLine, "-L " + std::to_string(CONTIGLEN));
+  } else if (CONTIGLEN < Kmer) {
+    findings.add("cutoff-below-kmer", kCommandLine,
+                 "-L " + std::to_string(CONTIGLEN) + ", -k " + std::to_string(Kmer));
+  }
+  if (CuttEdge > readLen && readLen >= 0) {
+    findings.add("edge-cut-large", kCommandLine,
+                 "-C " + std::to_string(CuttEdge) + ", -r " + std::to_string(readLen));
+  }
+}
+
+void checkGiven(Survey& survey) {
+  const auto need = [&](bool isGiven, const char* text) {
+    if (!isGiven) survey.findings.add("option-missing", kCommandLine, text);
+  };
+  need(!lib_file.empty(), "-l, the library file, is missing");
+  need(!out_file.empty(), "-o, the file for the reads found, is missing");
+  need(!scaffold_file.empty() || !contig_file.empty(), "-s or -c, the assembly, is missing");
+  if (!scaffold_file.empty() && !contig_file.empty()) {
+    survey.findings.add("contigs-ignored", kCommandLine, "-c " + contig_file);
+  }
+}
+
+}  // namespace
+
+void checkArguments(Survey& survey) {
+  std::vector<std::string> words = survey.arguments.velk;
+  words.insert(words.begin(), "velk");
+  std::vector<char*> pointers;
+  pointers.reserve(words.size());
+  for (std::string& word : words) pointers.push_back(word.data());
+  const int count = static_cast<int>(pointers.size());
+  const int stray = mGetOptions(count, pointers.data());
+  if (stray != count) {
+    survey.findings.add("stray-argument", kCommandLine,
+                        "\"" + words[static_cast<std::size_t>(stray)] + "\"");
+  }
+  checkNumbers(survey);
+  checkGiven(survey);
+  checkRange(survey);
+}
+
+}  // namespace velk::check

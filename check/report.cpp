@@ -1,0 +1,169 @@
+#include "check/report.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <vector>
+
+namespace velk::check {
+namespace {
+
+constexpr std::array<Level, 3> kLevels = {Level::kError, Level::kWarning, Level::kNote};
+
+const char* colourOf(Level level) {
+  switch (level) {
+    case Level::kError:
+      return "\033[1;31m";
+    case Level::kWarning:
+      return "\033[1;33m";
+    default:
+      return "\033[1;36m";
+  }
+}
+
+std::string placeText(const Place& place) {
+  std::string text = place.file.empty() ? "command line" : place.file;
+  if (place.line != 0) text += ", line " + std::to_string(place.line);
+  if (place.record != 0) text += ", record " + std::to_string(place.record);
+  return text;
+}
+
+void printFinding(std::ostream& output, const Finding& finding, bool inColour) {
+  const Kind& kind = *finding.kind;
+  output << (inColour ? colourOf(kind.level) : "") << nameOf(kind.level)
+         << (inColour ? "\033[0m" : "") << " [" << kind.id << "] " << placeText(finding.place)
+         << "\n    " << kind.meaning << ": " << finding.text << "\n    velk: " << kind.effect
+         << "\n    mend: " << kind.mend << "\n";
+}
+
+std::string megabytes(uint64_t bytes) {
+  const double millions = static_cast<double>(bytes) / 1e6;
+  std::array<char, 32> text{};
+  if (millions >= 10000) {
+    std::snprintf(text.data(), text.size(), "%.1f GB", millions / 1000);
+  } else {
+    std::snprintf(text.data(), text.size(), "%.0f MB", millions);
+  }
+  return text.data();
+}
+
+std::string duration(double seconds) {
+  std::array<char, 32> text{};
+  if (seconds < 100) {
+    std::snprintf(text.data(), text.size(), "%.1f s", seconds);
+  } else if (seconds < 6000) {
+    std::snprintf(text.data(), text.size(), "%.0f min", seconds / 60);
+  } else {
+    std::snprintf(text.data(), text.size(), "%.1f h", seconds / 3600);
+  }
+  return text.data();
+}
+
+void printLibraries(std::ostream& output, const Survey& survey) {
+  bool hasTitle = false;
+  for (std::size_t i = 0; i < survey.measures.size(); ++i) {
+    const PairMeasure& measure = survey.measures[i];
+    if (measure.pairs() == 0) continue;
+    if (!hasTitle) output << "Measured from pairs on one contig\n";
+    hasTitle = true;
+    const auto percent = [&](uint64_t count) {
+      return std::to_string(std::lround(100.0 * static_cast<double>(count) /
+                                        static_cast<double>(measure.pairs()))) +
+             " %";
+    };
+    output << "    library " << i + 1 << ": insert size " << std::lround(measure.insert) << " +- "
+           << std::lround(measure.spread) << " (avg_ins " << survey.libs[i].avg_ins << "), "
+           << measure.pairs() << " pairs: " << percent(measure.inward) << " inwards, "
+           << percent(measure.outward) << " outwards, " << percent(measure.sameStrand)
+           << " in one direction\n";
+  }
+  if (hasTitle) output << "\n";
+}
+
+void printAdvice(std::ostream& output, const Survey& survey, const Advice& advice) {
+  if (!advice.isKnown) return;
+  const MemoryEstimate& memory = advice.memory;
+  output << "Command line to run\n    " << advice.command << "\n\n"
+         << "    -m: room for " << survey.distinctKmers << " different k-mers"
+         << (survey.isExact ? "" : " (estimated, rounded up)") << ", so the table never grows\n"
+         << "    memory: " << megabytes(memory.peak) << " at the peak (table "
+         << megabytes(memory.table) << ", assembly " << megabytes(memory.assembly) << ", filter "
+         << megabytes(memory.side) << ", reads " << megabytes(memory.batch) << "); as given "
+         << megabytes(advice.asGiven.peak) << "\n    at other load factors:";
+  for (const LoadChoice& choice : advice.choices) {
+    output << (&choice == &advice.choices.front() ? " -f " : "; -f ") << choice.loadFactor << " -m "
+           << choice.slots << " " << megabytes(choice.peak);
+  }
+  output << "\n    time, by a short sample: " << duration(advice.indexSeconds) << " for the index, "
+         << duration(advice.readSeconds) << " for the reads\n    disk: about "
+         << megabytes(advice.diskBytes) << "\n\n";
+}
+
+uint64_t countOf(const Findings& findings, Level level) {
+  return static_cast<uint64_t>(
+      std::count_if(findings.all().begin(), findings.all().end(),
+                    [&](const Finding& finding) { return finding.kind->level == level; }));
+}
+
+std::string plural(uint64_t count, const char* word) {
+  return std::to_string(count) + " " + word + (count == 1 ? "" : "s");
+}
+
+}  // namespace
+
+std::string_view nameOf(Level level) {
+  switch (level) {
+    case Level::kError:
+      return "error";
+    case Level::kWarning:
+      return "warning";
+    default:
+      return "note";
+  }
+}
+
+int statusOf(const Findings& findings) {
+  switch (findings.highest()) {
+    case Level::kError:
+      return 2;
+    case Level::kWarning:
+      return 1;
+    default:
+      return 0;
+  }
+}
+
+void printText(std::ostream& output, const Survey& survey, const Advice& advice, bool inColour) {
+  for (const Level level : kLevels) {
+    for (const Finding& finding : survey.findings.all()) {
+      if (finding.kind->level == level) printFinding(output, finding, inColour);
+    }
+  }
+  if (!survey.findings.all().empty()) output << "\n";
+  printLibraries(output, survey);
+  printAdvice(output, survey, advice);
+  output << plural(countOf(survey.findings, Level::kError), "error") << ", "
+         << plural(countOf(survey.findings, Level::kWarning), "warning") << ", "
+         << plural(countOf(survey.findings, Level::kNote), "note") << "\n";
+}
+
+void printKinds(std::ostream& output) {
+  constexpr std::array<const char*, 4> kTitles = {"Command line, outputs and machine",
+                                                  "Library file", "Read files", "Assembly"};
+  constexpr std::array<std::size_t, 4> kSizes = {kKindsCommand.size(), kKindsLibrary.size(),
+                                                 kKindsReads.size(), kKindsAssembly.size()};
+  std::size_t next = 0;
+  for (std::size_t table = 0; table < kTitles.size(); ++table) {
+    output
+        << (table == 0 ? "" : "\n") << "## " << kTitles[table] << "\n\n"
+        << "| Finding | Level | Meaning | What velk does | What to do |\n|---|---|---|---|---|\n";
+    for (std::size_t i = 0; i < kSizes[table]; ++i, ++next) {
+      const Kind& kind = kindAt(next);
+      output << "| `" << kind.id << "` | " << nameOf(kind.level) << " | " << kind.meaning << " | "
+             << kind.effect << " | " << kind.mend << " |\n";
+    }
+  }
+}
+
+}  // namespace velk::check
