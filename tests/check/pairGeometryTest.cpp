@@ -1,0 +1,110 @@
+#include "check/pairGeometry.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "tests/support/assembly.h"
+
+namespace velk::check {
+namespace {
+
+constexpr std::size_t kRead = 100;
+
+// A genome of random bases, contigs of many lengths cut out of it, and pairs from all over it.
+class PairGeometryTest : public test::AssemblyTest {
+ protected:
+  PairGeometryTest() : genome_(test::randomBases(400000, 7)) {
+    test::TestScaffold scaffold;
+    for (std::size_t start = 0; start < genome_.size(); start += kGap) {
+      const std::size_t length = 2000 + random_() % 12000;
+      const std::string contig = genome_.substr(start, length);
+      scaffold.push_back({contig, kGap});
+      lengths_.push_back(contig.size());
+      start += contig.size();
+    }
+    load({scaffold});
+  }
+
+  // The measure of pairs whose fragments have a normally spread length; of each the reads are
+  // `turn`ed.
+  template <class Turn>
+  PairMeasure measured(double mean, double spread, int pairs, Turn turn) {
+    std::normal_distribution<double> lengths(mean, spread);
+    PairGeometry geometry(lengths_);
+    for (int i = 0; i < pairs; ++i) {
+      const auto length = static_cast<std::size_t>(std::max(1.0 * kRead, lengths(random_)));
+      std::string fragment = genome_.substr(random_() % (genome_.size() - length), length);
+      if (random_() % 2 == 0) fragment = test::reverseComplement(fragment);
+      std::string one = fragment.substr(0, kRead);
+      std::string other = test::reverseComplement(fragment.substr(length - kRead));
+      turn(one, other);
+      const auto a = placeOfRead(one);
+      const auto b = placeOfRead(other);
+      if (a && b) geometry.add(*a, *b);
+    }
+    return geometry.measure();
+  }
+
+  static void inwards(std::string& /*one*/, std::string& /*other*/) {}
+
+  static void outwards(std::string& one, std::string& other) {
+    one = test::reverseComplement(one);
+    other = test::reverseComplement(other);
+  }
+
+  static constexpr std::size_t kGap = 200;
+  std::mt19937 random_{11};
+  std::string genome_;
+  std::vector<uint64_t> lengths_;
+};
+
+TEST_F(PairGeometryTest, InwardLibrary) {
+  const PairMeasure measure = measured(350, 30, 4000, inwards);
+  EXPECT_NEAR(measure.insert, 350, 0.02 * 350);
+  EXPECT_NEAR(measure.spread, 30, 5);
+  EXPECT_GT(measure.inward, 3000U);
+  EXPECT_EQ(measure.outward + measure.sameStrand, 0U);
+}
+
+// Most fragments of this length lie on no single contig, and the longer ones more often.
+TEST_F(PairGeometryTest, OutwardLibraryOfLongInserts) {
+  const PairMeasure measure = measured(4000, 600, 8000, outwards);
+  EXPECT_NEAR(measure.insert, 4000, 0.02 * 4000);
+  EXPECT_GT(measure.outward, 1000U);
+  EXPECT_EQ(measure.inward + measure.sameStrand, 0U);
+}
+
+TEST_F(PairGeometryTest, PairsOnOneStrand) {
+  const PairMeasure measure = measured(350, 30, 1000, [](std::string& /*one*/, std::string& other) {
+    other = test::reverseComplement(other);
+  });
+  EXPECT_GT(measure.sameStrand, 700U);
+  EXPECT_EQ(measure.inward + measure.outward, 0U);
+}
+
+TEST_F(PairGeometryTest, PairsOnDifferentContigsDoNotCount) {
+  PairGeometry geometry(lengths_);
+  geometry.add({0, 0, 0, 100, false}, {0, 1, 200, 300, true});
+  geometry.add({0, 0, 0, 100, false}, {1, 0, 200, 300, true});
+  EXPECT_EQ(geometry.measure().pairs(), 0U);
+}
+
+TEST_F(PairGeometryTest, PlacesOfReads) {
+  const std::string read = genome_.substr(500, kRead);
+  const auto forward = placeOfRead(read);
+  ASSERT_TRUE(forward);
+  EXPECT_EQ(forward->start, 500);
+  EXPECT_EQ(forward->end, 600);
+  EXPECT_FALSE(forward->isReverse);
+  const auto reverse = placeOfRead(test::reverseComplement(read));
+  ASSERT_TRUE(reverse);
+  EXPECT_EQ(reverse->start, 500);
+  EXPECT_TRUE(reverse->isReverse);
+  EXPECT_FALSE(placeOfRead(test::randomBases(kRead, 99)));
+  EXPECT_FALSE(placeOfRead(read.substr(0, 30)));
+  EXPECT_FALSE(placeOfRead("N" + read));
+}
+
+}  // namespace
+}  // namespace velk::check
