@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
-"""Runs the examples of a Markdown file. Usage: docs.py VELK FILE.md [EXAMPLES]
+"""Runs the examples of a Markdown file or a manual page. Usage: docs.py VELK FILE [EXAMPLES]
 
 Works in a new folder, with copies of the files in EXAMPLES, through the file's blocks in order:
     ```text file=NAME     writes the file NAME
     ```sh run             runs the commands; velk is found in the PATH
     ```text output=NAME   the file NAME must hold just this; "..." as last line: and more
-Other blocks are passed over."""
+Other blocks are passed over. In a manual page (mdoc) a block is a literal display, .Bd to .Ed, below a
+comment like .\\" file=NAME."""
 import os
 import pathlib
 import re
@@ -15,6 +16,15 @@ import sys
 import tempfile
 
 BLOCK = re.compile(r"^```\w+ (run|file|output)(?:=(\S+))?\n(.*?)^```$", re.MULTILINE | re.DOTALL)
+DISPLAY = re.compile(r'^\.\\" (run|file|output)(?:=(\S+))?\n\.Bd -literal.*\n((?:.*\n)*?)\.Ed$',
+                     re.MULTILINE)
+
+
+def blocks_of(document):
+    text = pathlib.Path(document).read_text()
+    if document.endswith(".md"):
+        return BLOCK.findall(text)
+    return [(kind, file, block.replace("\\e", "\\")) for kind, file, block in DISPLAY.findall(text)]
 
 
 def agrees(actual, expected):
@@ -25,7 +35,7 @@ def agrees(actual, expected):
 
 def main(velk, document, examples=None):
     path = os.pathsep.join([os.path.dirname(os.path.abspath(velk)), os.environ["PATH"]])
-    blocks = BLOCK.findall(pathlib.Path(document).read_text())
+    blocks = blocks_of(document)
     compared = 0
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
