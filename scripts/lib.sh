@@ -7,9 +7,10 @@
   root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
   build_packages=(g++ cmake ninja-build zlib1g-dev)
   check_packages=(libcli11-dev nlohmann-json3-dev)
-  test_packages=(libgtest-dev librapidcheck-dev python3 strace)
+  test_packages=(libgtest-dev librapidcheck-dev python3 strace mandoc zsh)
   style_packages=(clang-format clang-tidy shellcheck)
   fuzz_packages=(clang libclang-rt-14-dev)
+  package_packages=(dpkg-dev lintian debootstrap)
 }
 
 # What tells that a package is there: a command, or a file of it.
@@ -22,13 +23,14 @@ probe_of() {
     nlohmann-json3-dev) echo /usr/include/nlohmann/json.hpp ;;
     libgtest-dev) echo /usr/include/gtest/gtest.h ;;
     libclang-rt-14-dev) echo /usr/lib/llvm-14/lib/clang/14.0.6/lib/linux/libclang_rt.fuzzer-x86_64.a ;;
+    dpkg-dev) echo dpkg-shlibdeps ;;
     librapidcheck-dev) echo /usr/include/rapidcheck.h ;;
     *) echo "$1" ;;
   esac
 }
 
 is_present() {
-  local probe
+  local probe PATH=$PATH:/usr/sbin
   probe=$(probe_of "$1")
   case $probe in
     /*) [[ -e $probe ]] ;;

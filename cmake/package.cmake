@@ -1,0 +1,23 @@
+# The Debian package, made by `cpack` (scripts/package).
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME velk)
+set(CPACK_PACKAGE_VENDOR "the velk developers")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "find the sequencing reads that belong in assembly gaps")
+set(CPACK_PACKAGE_DESCRIPTION
+"velk cuts the scaffolds of a genome assembly into contigs at the gaps and
+looks every sequencing read up in them. It reports the reads that run over
+the end of a contig, and those that by the insert size of their library must
+lie in a gap: each with the number of its gap and its position there.
+.
+Programs that fill gaps can work from these reads alone.")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_SOURCE_DIR}/packaging/deb/stage.cmake)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_MAINTAINER "The velk developers <velk@velk.example>")
+set(CPACK_DEBIAN_PACKAGE_SECTION science)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS OFF)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+include(CPack)
