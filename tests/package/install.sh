@@ -1,0 +1,22 @@
+#!/usr/bin/env bash
+# Installs a build below a folder of its own and compares the list of what lies there.
+# Usage: install.sh CMAKE BUILD ROOT CHECKER   (CHECKER: velk-check's file, or no-checker)
+set -euo pipefail
+cmake=$1
+build=$2
+root=$3
+checker=$4
+
+place=$build/tests/package/install
+rm -rf "$place"
+DESTDIR=$place "$cmake" --install "$build" --prefix /usr >/dev/null
+
+expected() {
+  sed '/^#/d' "$root/tests/package/installed.txt"
+  (cd "$root" && find examples -type f) | sed 's#^#644 usr/share/doc/velk/#'
+  [[ $checker == no-checker ]] || sed '/^#/d' "$root/tests/package/installedChecker.txt"
+}
+
+diff <(expected | LC_ALL=C sort) <(cd "$place" && find . -type f -printf '%m %P\n' | LC_ALL=C sort)
+# It runs from where it lies; its help ends with status 1.
+{ "$place/usr/bin/velk" -h || true; } | grep '^Usage:'

@@ -1,0 +1,13 @@
+# shellcheck shell=bash
+# Sourced by the tests of completion: what the programs themselves say.
+
+# options_of VELK [VELK-CHECK]: the options of the last of them, sorted, one a line. velk-check takes
+# velk's options and has long ones of its own.
+options_of() {
+  {
+    "$1" -h | sed -n 's/^\t\(-[A-Za-z]\)[\t ].*/\1/p' || true
+    if [[ $# -gt 1 ]]; then
+      "$2" --help | sed -n 's/^ *\(-h,\)\?\(--[a-z-]*\).*/\2/p'
+    fi
+  } | LC_ALL=C sort -u
+}

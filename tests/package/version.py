@@ -1,0 +1,35 @@
+#!/usr/bin/env python3
+"""Compares the versions that programs and files tell with the project's.
+Usage: version.py ROOT VERSION PROGRAM..."""
+import pathlib
+import re
+import subprocess
+import sys
+
+FILES = {
+    "CHANGES.md": r"^## (\S+) \(",
+    "CITATION.cff": r'^version: "(.*)"$',
+    "packaging/conda/meta.yaml": r"^  version: \"(.*)\"$",
+    "packaging/deb/changelog": r"^velk \((.*)\) ",
+}
+
+
+def main(root, version, *programs):
+    told = {}
+    for name, pattern in FILES.items():
+        told[name] = re.search(pattern, (root / name).read_text(), re.MULTILINE)
+    for program in programs:
+        name = pathlib.Path(program).name
+        option, pattern = ("-h", r"^Version:\tvelk(.*)$") if name == "velk" else (
+            "--version", rf"^{name} (.*)$")
+        shown = subprocess.run([program, option], capture_output=True, text=True, check=False)
+        told[name] = re.search(pattern, shown.stdout, re.MULTILINE)
+    wrong = {name: match and match[1] for name, match in told.items()
+             if not match or match[1] != version}
+    print("\n".join(f"{name}: {found} instead of {version}" for name, found in wrong.items()) or
+          f"{len(told)} times {version}")
+    return 1 if wrong else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(pathlib.Path(sys.argv[1]), *sys.argv[2:]))
