@@ -8,7 +8,7 @@
 #include "contig/contig.h"
 #include "driver/velk.h"
 #include "kmer/hashSet.h"
-#include "kmer/windowBatch.h"
+#include "kmer/sideIndex.h"
 
 namespace velk::check {
 namespace {
@@ -97,7 +97,7 @@ MemoryEstimate estimateMemory(const Survey& survey, uint64_t initSlots, float lo
   estimate.table = grows ? slots * sizeof(Entity) + 2 * bitmap
                          : bytesInUse(slots, survey.distinctKmers) + bitmap;
   estimate.assembly = assemblyBytes();
-  if (hasMinimizers(Kmer)) estimate.side = survey.kmers + contigBases() / 8;
+  if (hasGrams(Kmer)) estimate.side = SideIndex::bytesFor(survey.kmers, contigBases());
   const uint64_t growth = grows ? bitmap : 0;  // the old bitmaps, half as large
   estimate.batch = batchBytes(survey);
   estimate.peak = kProgram + static_cast<uint64_t>(std::max(thread_num, 1)) * kPerThread +

@@ -8,8 +8,8 @@
 
 #include "driver/velk.h"
 #include "kmer/Sequence.h"
+#include "kmer/packedBases.h"
 #include "kmer/rollingKey.h"
-#include "kmer/windowBatch.h"
 
 namespace velk {
 namespace {
@@ -56,14 +56,16 @@ KmerPlace searchedPlaceOf(const Entity& hit) {
   std::abort();  // cannot be: a unique k-mer was added from one of these places
 }
 
+constexpr std::size_t kBatch = 64;  // k-mers whose memory is fetched at the same time
+
 // Neighbouring k-mers of a contig on their way into the index.
 struct Batch {
   Stretch stretch;
-  std::size_t count;                                 // k-mers
-  bool hasMinimizers;                                // whether `windows` is filled
-  WindowBatch windows;                               // their minimizers
-  std::array<SlotProbe, WindowBatch::kMost> probes;  // their begun look-ups
-  uint64_t tableSize;                                // slots of the table these were begun in
+  std::size_t count;                     // k-mers
+  bool hasBasesAlone;                    // whether `packed` is filled
+  PackedBases packed;                    // their bases
+  std::array<SlotProbe, kBatch> probes;  // their begun look-ups
+  uint64_t tableSize;                    // slots of the table these were begun in
 };
 
 // Adds k-mers in two steps, batch after batch: the memory that a batch needs is fetched while the
@@ -76,12 +78,15 @@ class Indexer {
     const auto length = static_cast<std::size_t>(kmer_);
     const std::string_view stretch =
         std::string_view(bases).substr(batch.stretch.offset, batch.count + length - 1);
-    batch.hasMinimizers = side_.isMade() && batch.windows.fill(stretch, batch.count, kmer_);
+    batch.hasBasesAlone = batch.packed.fill(stretch);
     batch.tableSize = set_.size;
-    if (batch.hasMinimizers) {
+    if (batch.hasBasesAlone) {
       for (std::size_t w = 0; w < batch.count; ++w) {
-        side_.filter().prefetch(batch.windows.minimizer(w));
-        batch.probes[w] = startProbe(set_, batch.windows.key(w));
+        batch.probes[w] = startProbe(set_, batch.packed.key(w, kmer_));
+        if (side_.isMade()) {
+          const std::size_t last = w + gramsOf(kmer_) - 1;
+          side_.filter().prefetch(Gram(batch.packed.at(last, gramLength(kmer_)), kmer_));
+        }
       }
       return;
     }
@@ -107,8 +112,8 @@ class Indexer {
       if (before != set_.size && side_.isMade()) side_.noteRepeat(set_, stretch, w, before);
     }
     if (!side_.isMade()) return;
-    if (batch.hasMinimizers) {
-      side_.add(set_, stretch, batch.windows, batch.count, kmer_);
+    if (batch.hasBasesAlone) {
+      side_.add(set_, stretch, batch.packed, batch.count, kmer_);
       return;
     }
     for (std::size_t w = 0; w < batch.count; ++w) {
@@ -160,23 +165,24 @@ void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t s
                    outgrowsEntity = outgrowsEntity || j >= kContigs || windows > kOffsets;
                  });
   sideIndex.release();
-  if (hasMinimizers(Kmer) && !outgrowsEntity) makeSideIndex(scaffoldInfo, scaffoldSum, kmers);
+  if (hasGrams(Kmer) && !outgrowsEntity) makeSideIndex(scaffoldInfo, scaffoldSum, kmers);
 
   Indexer indexer(*kmerHash, sideIndex, Kmer);
   std::array<Batch, 2> batches;
   std::size_t begun = 0;  // batches begun; the last one is not finished yet
   forEachIndexed(scaffoldInfo, scaffoldSum,
                  [&](uint32_t i, uint32_t j, const ContigInfo& contig, uint32_t windows) {
-                   for (std::size_t offset = 0; offset < windows; offset += WindowBatch::kMost) {
+                   for (std::size_t offset = 0; offset < windows; offset += kBatch) {
                      Batch& batch = batches[begun % 2];
                      batch.stretch = {i, j, offset};
-                     batch.count = std::min<std::size_t>(WindowBatch::kMost, windows - offset);
+                     batch.count = std::min<std::size_t>(kBatch, windows - offset);
                      indexer.begin(batch, contig.contigSeq);
                      if (begun != 0) indexer.finish(batches[(begun - 1) % 2]);
                      ++begun;
                    }
                  });
   if (begun != 0) indexer.finish(batches[(begun - 1) % 2]);
+  if (sideIndex.isMade()) sideIndex.finish(*kmerHash, scaffoldInfo, scaffoldSum, Kmer);
 }
 
 KmerPlace placeOf(const Entity& hit) {

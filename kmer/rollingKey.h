@@ -35,16 +35,6 @@ class RollingKey {
     if (baseCode(bases_[offset_]) == kNoBase) key_ |= above_;
   }
 
-  /// Moves to `offset`. REQUIRES: it is a k-mer's.
-  void moveTo(std::size_t offset) {
-    if (offset >= offset_ && offset - offset_ < length_) {
-      while (offset_ < offset) advance();
-    } else {
-      offset_ = offset;
-      pack();
-    }
-  }
-
  private:
   static constexpr uint8_t kNoBase = 4;
 

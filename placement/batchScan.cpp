@@ -1,12 +1,14 @@
+#include <array>
+
 #include "driver/velk.h"
 #include "placement/Read2Scaf.h"
 #include "placement/kmerWalk.h"
+#include "placement/scout.h"
 #include "streaming/readBuffer.h"
 
 namespace velk {
 namespace {
 
-constexpr int kAhead = 4;  // entries between the fetch of a read's first slots and its scan
 constexpr int kLongestShortInsert = 1000;  // bases; pairs of larger inserts are turned round
 
 bool containsN(const std::string& read) {
@@ -73,16 +75,62 @@ class BatchScan {
   std::string reversedB_;
 };
 
+// A worker's share of a batch, with what is scouted of the entries ahead of the one that is
+// scanned.
+class Share {
+ public:
+  explicit Share(int t) : t_(t), scout_(*kmerHash, Kmer) {}
+
+  int64_t entries() const { return t_ < bufferNum ? (bufferNum - 1 - t_) / threadNum + 1 : 0; }
+
+  /// Where the e-th entry of the share stands in the buffer.
+  int64_t bufferIndex(int64_t e) const { return t_ + e * threadNum; }
+
+  /// Scouts ahead of entry e, and leaves the walk the hints of that one.
+  void comeTo(int64_t e) {
+    const Entry& entry = scouted_[static_cast<std::size_t>(e) % scouted_.size()];
+    if (e == 0) {
+      for (int64_t ahead = 0; ahead < kSteps * kAhead; ++ahead) step(ahead);
+    }
+    step(e + kSteps * kAhead);
+    KmerWalk::takeHints(entry.a.run, entry.b.run);
+  }
+
+ private:
+  static constexpr int64_t kSteps = 3;
+  static constexpr int64_t kAhead = 2;  // entries between two steps of the scout
+
+  struct Entry {
+    Scouted a;
+    Scouted b;
+  };
+
+  // Takes entry e through the first step, and those before it on.
+  void step(int64_t e) {
+    const auto forReads = [&](int64_t at, auto scout) {
+      if (at < 0 || at >= entries()) return;
+      Entry& entry = scouted_[static_cast<std::size_t>(at) % scouted_.size()];
+      scout(entry.a, readsA[bufferIndex(at)]);
+      if (readsB != nullptr) scout(entry.b, readsB[bufferIndex(at)]);
+    };
+    forReads(e, [&](Scouted& s, const std::string& read) { scout_.look(s, read); });
+    forReads(e - kAhead, [&](Scouted& s, const std::string& read) { scout_.find(s, read); });
+    forReads(e - 2 * kAhead, [&](Scouted& s, const std::string& read) { scout_.compare(s, read); });
+  }
+
+  int t_;  // the worker
+  Scout scout_;
+  std::array<Entry, kSteps * kAhead + 1> scouted_{};
+};
+
 }  // namespace
 
 void FindReads(int t) {
   BatchScan scan(t);
-  const int64_t ahead = kAhead * int64_t{threadNum};
-  for (int64_t j = t; j < bufferNum; j += threadNum) {
-    if (j + ahead < bufferNum) {
-      KmerWalk::fetchAhead(*kmerHash, Kmer, readsA[j + ahead]);
-      if (readsB != nullptr) KmerWalk::fetchAhead(*kmerHash, Kmer, readsB[j + ahead]);
-    }
+  Share share(t);
+  for (int64_t e = 0; e < share.entries(); ++e) {
+    share.comeTo(e);
+    const int64_t j = share.bufferIndex(e);
     if (readsB == nullptr) {
       scan.scanSingle(readsA[j]);
     } else {

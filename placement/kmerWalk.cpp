@@ -5,7 +5,9 @@
 #include <cstring>
 
 #include "kmer/Sequence.h"
+#include "kmer/eightLetters.h"
 #include "placement/Read2Scaf.h"
+#include "placement/diagonal.h"
 
 namespace velk {
 namespace {
@@ -14,38 +16,13 @@ namespace {
 // a thread has something to destroy.
 thread_local WalkBuffers* threadBuffers = nullptr;
 
-// The first i in [from, to) with one[i] != other[i]; `to` when there is none.
-std::size_t firstDifference(const char* one, const char* other, std::size_t from, std::size_t to) {
-  std::size_t i = from;
-  for (; i + 8 <= to; i += 8) {
-    uint64_t a = 0;
-    uint64_t b = 0;
-    std::memcpy(&a, one + i, 8);
-    std::memcpy(&b, other + i, 8);
-    if (a != b) return i + static_cast<std::size_t>(std::countr_zero(a ^ b)) / 8;
-  }
-  while (i < to && one[i] == other[i]) ++i;
-  return i;
-}
-
-// Calls onRun(from, to) for every maximal run of windows of `read` whose bases are those of
-// `contig` when the read's first base lies at contig position `offset`.
-template <class OnRun>
-void forEachDiagonalRun(const std::string& contig, std::string_view read, int64_t offset,
-                        std::size_t kmer, OnRun onRun) {
-  const auto first = static_cast<std::size_t>(std::max<int64_t>(-offset, 0));
-  const auto contigFirst = static_cast<std::size_t>(std::max<int64_t>(offset, 0));
-  const std::string_view onRead = read.substr(first);
-  const std::string_view onContig = std::string_view(contig).substr(contigFirst);
-  const std::size_t length = std::min(onRead.size(), onContig.size());
-  for (std::size_t start = 0; start + kmer <= length;) {
-    const std::size_t end = firstDifference(onRead.data(), onContig.data(), start, length);
-    if (end >= start + kmer) onRun(first + start, first + end - kmer + 1);
-    start = end + 1;
-  }
-}
-
 }  // namespace
+
+uint64_t startOfOther(std::string_view read) {
+  uint64_t letters = 0;
+  std::memcpy(&letters, read.data() + read.size() - sizeof letters, sizeof letters);
+  return __builtin_bswap64(EightLetters(letters).complements());
+}
 
 void WindowSet::insertRange(std::size_t from, std::size_t to) {
   while (from < to) {
@@ -88,84 +65,128 @@ void KmerWalk::releaseBuffers() {
   threadBuffers = nullptr;
 }
 
-void KmerWalk::fetchAhead(const HashSet& index, int kmer, std::string_view read) {
-  const auto length = static_cast<std::size_t>(kmer);
-  if (!hasMinimizers(kmer) || read.size() < length) return;
-  for (const std::size_t window : {std::size_t{0}, read.size() - length}) {
-    uint64_t key = 0;
-    Seq2Kmer(key, read.substr(window, length));
-    startProbe(index, key);
-    startProbe(index, reversedKey(key, kmer));
-  }
+void KmerWalk::takeHints(const RunHint& one, const RunHint& other) {
+  buffersOfThread().hints = {one, other};
 }
 
 // Passes over the windows that lie where the refused `hit` lies.
 void KmerWalk::passDiagonal(const std::string& read, const Hit& hit) {
   const std::string& contig = scaffoldInfo[hit.scaffold].contigsInfo[hit.contig].contigSeq;
-  forEachDiagonalRun(
-      contig, read, hit.offset, static_cast<std::size_t>(kmer_),
-      [&](std::size_t from, std::size_t to) { buffers_.passed.insertRange(from, to); });
+  forEachRun(contig, read, hit.offset, static_cast<std::size_t>(kmer_),
+             [&](std::size_t from, std::size_t to) { buffers_.passed.insertRange(from, to); });
 }
 
-// Passes over those of the windows [from, to) that the filter does not know.
-void KmerWalk::passAbsent(std::string_view read, std::size_t from, std::size_t to) {
-  if (!sideIndex.isMade()) return;
-  const std::size_t length = to - from + static_cast<std::size_t>(kmer_) - 1;
-  if (!buffers_.batch.fill(read.substr(from, length), to - from, kmer_)) return;
-  const KmerFilter& filter = sideIndex.filter();
-  for (std::size_t w = 0; w < to - from; ++w) filter.prefetch(buffers_.batch.minimizer(w));
-  for (std::size_t w = 0; w < to - from; ++w) {
-    if (!filter.mayHold(buffers_.batch.key(w), buffers_.batch.minimizer(w)))
-      buffers_.passed.insert(from + w);
+// Passes over the windows that lie on the diagonal of a k-mer which occurs more than once, found
+// for the read's `window`, and do so themselves. Returns false when it cannot be told which do.
+bool KmerWalk::passRepeats(std::string_view read, const Entity& found, std::size_t window) {
+  if (!sideIndex.isMade()) return false;
+  const int64_t offset = static_cast<int64_t>(found.startPos) - static_cast<int64_t>(window);
+  const std::string& contig =
+      scaffoldInfo[found.scaffoldNum].contigsInfo[found.contigNum].contigSeq;
+  forEachRun(contig, read, offset, static_cast<std::size_t>(kmer_),
+             [&](std::size_t from, std::size_t to) {
+               for (std::size_t w = from; w < to; ++w) {
+                 const uint64_t onContig = w + static_cast<uint64_t>(offset);
+                 if (sideIndex.isRepeated(found.scaffoldNum, found.contigNum, onContig)) {
+                   buffers_.passed.insert(w);
+                 }
+               }
+             });
+  return true;
+}
+
+uint64_t KmerWalk::keyAt(std::string_view read, std::size_t window) const {
+  if (hasBasesAlone_) return buffers_.packed.key(window, kmer_);
+  uint64_t key = 0;
+  Seq2Kmer(key, read.substr(window, static_cast<std::size_t>(kmer_)));
+  return key;
+}
+
+bool KmerWalk::mayHoldGram(std::size_t gram) const {
+  return sideIndex.filter().mayHold(Gram(buffers_.packed.at(gram, gramLength(kmer_)), kmer_));
+}
+
+// Passes over those of the windows [from, to) that have a gram which the filter does not hold,
+// until `most` are left. Returns the end of the windows settled. Asks in strides: the last gram of
+// a window, if it is not held, settles as many windows as it is in.
+std::size_t KmerWalk::passAbsent(std::size_t from, std::size_t to, std::size_t most) {
+  if (!sideIndex.isMade() || !hasBasesAlone_) return std::min(to, from + most);
+  const std::size_t grams = gramsOf(kmer_);
+  const std::size_t last = to - 1;
+  // As even as can be: over one wrong base, both strands ask for the same grams.
+  const auto nextStride = [&](std::size_t at) {
+    const auto left = static_cast<uint32_t>(to - at);
+    const auto strides = (left + static_cast<uint32_t>(grams) - 1) / static_cast<uint32_t>(grams);
+    return at - 1 + (left + strides - 1) / strides;
+  };
+  std::size_t held = from;  // the grams in [at, held) are held
+  std::size_t at = from;
+  while (at < to && most > 0) {
+    const std::size_t stride = at == from ? std::min(at + grams - 1, last) : nextStride(at);
+    const std::size_t end = at + grams;
+    const std::size_t absent = absentGram(std::max(at, held), stride, end);
+    if (absent == end) {
+      held = end;
+      ++at;
+      --most;
+      continue;
+    }
+    held = stride + 1;
+    const std::size_t settled = std::min(absent, last) + 1;
+    buffers_.passed.insertRange(at, settled);
+    at = settled;
+  }
+  return at;
+}
+
+// A gram of [from, end) that the filter does not hold; `end` when it may hold all. `first` is asked
+// first, then those below it, as the higher ones settle more, then those above.
+std::size_t KmerWalk::absentGram(std::size_t from, std::size_t first, std::size_t end) const {
+  for (std::size_t gram = first + 1; gram > from; --gram) {
+    if (!mayHoldGram(gram - 1)) return gram - 1;
+  }
+  for (std::size_t gram = std::max(first + 1, from); gram < end; ++gram) {
+    if (!mayHoldGram(gram)) return gram;
+  }
+  return end;
+}
+
+// Passes over the windows of which a hint says that their reverse complements lie on a contig. The
+// reverse complement of a letter that is no base is an A, which tells nothing of the read's own
+// k-mers: reads of bases alone are looked after.
+void KmerWalk::followHint(const std::string& read) {
+  if (!sideIndex.isMade() || !hasBasesAlone_) return;
+  const uint64_t start = startOfOther(read);
+  for (const RunHint& hint : buffers_.hints) {
+    if (hint.length == read.size() && hint.start == start) passReverse(read, hint.hit);
   }
 }
 
-// Looks the read's reverse complement up at its ends and its middle, until it knows a contig along
-// which it runs, and passes over what follows for the read. The reverse complement of a letter that
-// is no base is an A, which tells nothing of the read's own k-mers: reads of bases alone are asked.
-void KmerWalk::askOtherStrand(const std::string& read) {
-  constexpr uint8_t kLastBase = 3;
-  const bool hasBasesAlone =
-      std::all_of(read.begin(), read.end(), [](char base) { return baseCode(base) <= kLastBase; });
-  if (!sideIndex.isMade() || !hasBasesAlone) return;
-  const std::size_t last = windowsOf(read) - 1;
+// Passes over the windows of the read whose reverse complements lie on a contig, when the reverse
+// complement of the read is laid `along` it.
+void KmerWalk::passReverse(const std::string& read, const Hit& along) {
   std::string& other = buffers_.reversed;
   other.resize(read.size());
   ReverseComplementSeq(other, read);
-  for (const std::size_t window : {last, std::size_t{0}, last / 2}) {
-    if (passReverse(other, window)) return;
-  }
-}
-
-// Passes over the windows of the read whose reverse complements lie on the contig on which `other`,
-// the read's reverse complement, has its k-mer at `window`. Returns false when that is nowhere.
-bool KmerWalk::passReverse(std::string_view other, std::size_t window) {
-  uint64_t key = 0;
-  Seq2Kmer(key, other.substr(window, static_cast<std::size_t>(kmer_)));
-  const Entity& found = index_.array[findBegun(index_, {key, homeSlot(index_, key)})];
-  if (found.unique == 0) return false;
-  const KmerPlace place = placeOf(found);
-  const std::string& contig = scaffoldInfo[place.scaffold].contigsInfo[place.contig].contigSeq;
-  const auto offset = static_cast<int64_t>(place.start) - static_cast<int64_t>(window);
+  const std::string& contig = scaffoldInfo[along.scaffold].contigsInfo[along.contig].contigSeq;
   const auto mayHold = [&](uint64_t from, uint64_t to) {
-    return sideIndex.mayHoldReverse(place.scaffold, place.contig, from, to);
+    return sideIndex.mayHoldReverse(along.scaffold, along.contig, from, to);
   };
   const std::size_t windows = windowsOf(other);
-  forEachDiagonalRun(contig, other, offset, static_cast<std::size_t>(kmer_),
-                     [&](std::size_t from, std::size_t to) {
-                       const uint64_t start = from + static_cast<uint64_t>(offset);
-                       if (!mayHold(start, start + (to - from))) {
-                         buffers_.passed.insertRange(windows - to, windows - from);
-                         return;
-                       }
-                       for (std::size_t w = from; w < to; ++w) {
-                         const uint64_t onContig = w + static_cast<uint64_t>(offset);
-                         if (!mayHold(onContig, onContig + 1)) {
-                           buffers_.passed.insert(windows - 1 - w);
-                         }
-                       }
-                     });
-  return true;
+  forEachRun(contig, other, along.offset, static_cast<std::size_t>(kmer_),
+             [&](std::size_t from, std::size_t to) {
+               const uint64_t start = from + static_cast<uint64_t>(along.offset);
+               if (!mayHold(start, start + (to - from))) {
+                 buffers_.passed.insertRange(windows - to, windows - from);
+                 return;
+               }
+               for (std::size_t w = from; w < to; ++w) {
+                 const uint64_t onContig = w + static_cast<uint64_t>(along.offset);
+                 if (!mayHold(onContig, onContig + 1)) {
+                   buffers_.passed.insert(windows - 1 - w);
+                 }
+               }
+             });
 }
 
 }  // namespace velk

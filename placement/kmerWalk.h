@@ -5,10 +5,13 @@
 //   1. After a refused hit the k-mers that run along the same diagonal of that contig are passed
 //      over: each is the contig's own k-mer, so it is either at this very place, where the answer
 //      would be the same, or not unique.
-//   2. When the reverse complement of a read of bases alone runs along a contig, the read's k-mers
-//      there are reverse complements of contig k-mers; those that the index does not hold are
-//      passed over.
-//   3. The others are looked up in groups whose memory is fetched together.
+//   2. After a k-mer that occurs more than once, those of the k-mers along its diagonal are passed
+//      over that do so, too: none of them is a unique hit.
+//   3. Where the reverse complement of a read is known to run along a contig (placement/scout.h),
+//      the read's k-mers are reverse complements of the contig's; those that the index does not
+//      hold are passed over.
+//   4. A gram that the gram filter does not hold passes over every k-mer around it.
+//   5. The others are looked up in groups whose memory is fetched together.
 #pragma once
 
 #include <algorithm>
@@ -21,8 +24,7 @@
 #include "contig/contig.h"
 #include "kmer/fetchKmers.h"
 #include "kmer/hashSet.h"
-#include "kmer/rollingKey.h"
-#include "kmer/windowBatch.h"
+#include "kmer/packedBases.h"
 
 namespace velk {
 
@@ -45,6 +47,8 @@ class WindowSet {
     words_.assign(windows / 64 + 1, 0);
   }
 
+  std::size_t size() const { return windows_; }
+
   void insert(std::size_t window) { words_[window / 64] |= uint64_t{1} << (window % 64); }
 
   /// Inserts the windows [from, to).
@@ -65,6 +69,18 @@ class WindowSet {
   std::vector<uint64_t> words_;
 };
 
+/// Where a read, or its reverse complement, seems to run along a contig of the index.
+struct RunHint {
+  std::size_t length;  // of the read; 0: no hint
+  uint64_t start;      // the first eight letters of what runs
+  bool isReversed;     // whether that is the reverse complement
+  Hit hit;
+};
+
+/// The first eight letters, in upper case, of the reverse complement of a read of bases alone.
+/// REQUIRES: read.size() >= 8.
+uint64_t startOfOther(std::string_view read);
+
 /// What a walk needs room for; every thread has one, reused from read to read until it calls
 /// KmerWalk::releaseBuffers().
 struct WalkBuffers {
@@ -76,9 +92,10 @@ struct WalkBuffers {
   };
 
   WindowSet passed;      // windows that need no look-up
-  WindowBatch batch;     // windows that the filter is asked for
+  PackedBases packed;    // the read, if it has bases alone
   std::string reversed;  // the read's reverse complement
   std::array<Pending, kLargestGroup> pending;
+  std::array<RunHint, 2> hints{};  // of the reads in hand
 };
 
 /// Walks reads against the run's index.
@@ -94,25 +111,29 @@ class KmerWalk {
   template <class Visit>
   void uniqueHits(const std::string& read, int64_t& i, Visit visit);
 
-  /// Has the memory fetched that a later walk of this read, or of its reverse complement, asks for
-  /// first.
-  static void fetchAhead(const HashSet& index, int kmer, std::string_view read);
+  /// Leaves hints for this thread's next walks, of the reads hinted at and of their reverse
+  /// complements; the hints before them are forgotten.
+  static void takeHints(const RunHint& one, const RunHint& other);
 
   /// Releases what the walks of this thread have allocated. REQUIRES: no walk of it is alive.
   static void releaseBuffers();
 
  private:
-  enum class Outcome { kNoHit, kRefused, kStopped };
+  enum class Outcome { kNothing, kOnContig, kStopped };
 
   static WalkBuffers& buffersOfThread();
 
   template <class Visit>
-  Outcome visitHits(const std::string& read, RollingKey& keys, std::size_t from, std::size_t to,
-                    int64_t& i, Visit& visit);
-  void passAbsent(std::string_view read, std::size_t from, std::size_t to);
+  Outcome visitHits(const std::string& read, std::size_t from, std::size_t to, int64_t& i,
+                    Visit& visit);
+  uint64_t keyAt(std::string_view read, std::size_t window) const;
+  bool mayHoldGram(std::size_t gram) const;
+  std::size_t absentGram(std::size_t from, std::size_t first, std::size_t end) const;
+  std::size_t passAbsent(std::size_t from, std::size_t to, std::size_t most);
   void passDiagonal(const std::string& read, const Hit& hit);
-  void askOtherStrand(const std::string& read);
-  bool passReverse(std::string_view other, std::size_t window);
+  bool passRepeats(std::string_view read, const Entity& found, std::size_t window);
+  void followHint(const std::string& read);
+  void passReverse(const std::string& read, const Hit& along);
 
   std::size_t windowsOf(std::string_view read) const {
     return read.size() - static_cast<std::size_t>(kmer_) + 1;
@@ -120,6 +141,7 @@ class KmerWalk {
 
   const HashSet& index_;
   int kmer_;
+  bool hasBasesAlone_ = false;  // of the read in hand
   WalkBuffers& buffers_ = buffersOfThread();
 };
 
@@ -127,46 +149,52 @@ template <class Visit>
 void KmerWalk::uniqueHits(const std::string& read, int64_t& i, Visit visit) {
   const std::size_t windows = windowsOf(read);
   buffers_.passed.reset(windows);
-  RollingKey keys(read, kmer_);
-  // 1. The first k-mer alone: it settles many a read, and without a hit the other strand may.
-  const Outcome first = visitHits(read, keys, 0, 1, i, visit);
-  if (first == Outcome::kStopped) return;
-  if (first == Outcome::kNoHit) askOtherStrand(read);
-  // 2. What is left, stretch by stretch.
-  for (std::size_t from = buffers_.passed.firstMissing(1); from < windows;) {
-    const std::size_t most = std::min(windows, from + WindowBatch::kMost);
-    const std::size_t to = buffers_.passed.firstContained(from, most);
-    passAbsent(read, from, to);
-    if (visitHits(read, keys, from, to, i, visit) == Outcome::kStopped) return;
-    from = buffers_.passed.firstMissing(to);
+  hasBasesAlone_ = buffers_.packed.fill(read);
+  followHint(read);
+  // The first k-mer is not worth asking the filter: its slot has been fetched, and it mostly hits.
+  if (visitHits(read, 0, 1, i, visit) == Outcome::kStopped) return;
+  buffers_.passed.insert(0);
+  // A hit mostly settles all that follows it, so one k-mer is tried at a time, and more only where
+  // there was none.
+  std::size_t most = 1;
+  for (std::size_t from = buffers_.passed.firstMissing(0); from < windows;) {
+    const std::size_t to = buffers_.passed.firstContained(from, windows);
+    const std::size_t until = passAbsent(from, to, most);
+    const Outcome outcome = visitHits(read, from, until, i, visit);
+    if (outcome == Outcome::kStopped) return;
+    most = outcome == Outcome::kOnContig ? 1 : std::min(4 * most, WalkBuffers::kLargestGroup);
+    from = buffers_.passed.firstMissing(until);
   }
   i = static_cast<int64_t>(windows);
 }
 
 // Looks the windows [from, to) up and shows their hits, but for those that are passed over.
 template <class Visit>
-KmerWalk::Outcome KmerWalk::visitHits(const std::string& read, RollingKey& keys, std::size_t from,
-                                      std::size_t to, int64_t& i, Visit& visit) {
-  Outcome outcome = Outcome::kNoHit;
+KmerWalk::Outcome KmerWalk::visitHits(const std::string& read, std::size_t from, std::size_t to,
+                                      int64_t& i, Visit& visit) {
+  Outcome outcome = Outcome::kNothing;
   for (std::size_t at = buffers_.passed.firstMissing(from); at < to;) {
     std::size_t count = 0;
     for (; count < WalkBuffers::kLargestGroup && at < to;
          at = buffers_.passed.firstMissing(at + 1)) {
-      keys.moveTo(at);
-      buffers_.pending[count++] = {at, startProbe(index_, keys.key())};
+      buffers_.pending[count++] = {at, startProbe(index_, keyAt(read, at))};
     }
     for (std::size_t p = 0; p < count; ++p) {
       const auto& [window, probe] = buffers_.pending[p];
       if (buffers_.passed.contains(window)) continue;
-      // A miss answers with the sentinel slot, which reads as not unique.
-      const Entity& found = index_.array[findBegun(index_, probe)];
-      if (found.unique == 0) continue;
+      const uint64_t slot = findBegun(index_, probe);
+      if (slot == index_.size) continue;
+      const Entity& found = index_.array[slot];
+      if (found.unique == 0) {
+        if (passRepeats(read, found, window)) outcome = Outcome::kOnContig;
+        continue;
+      }
       const KmerPlace place = placeOf(found);
       i = static_cast<int64_t>(window);
       const Hit hit{place.scaffold, place.contig, static_cast<int64_t>(place.start) - i};
       if (visit(hit) == Walk::kStop) return Outcome::kStopped;
       passDiagonal(read, hit);
-      outcome = Outcome::kRefused;
+      outcome = Outcome::kOnContig;
     }
   }
   return outcome;

@@ -4,30 +4,45 @@
 #include <cstring>
 
 #include "kmer/Sequence.h"
+#include "kmer/eightLetters.h"
+#include "kmer/wideLetters.h"
 
 namespace velk {
 namespace {
 
-constexpr uint64_t inEachByte(uint64_t value) {
-  return value * 0x0101010101010101U;
+#if defined(__x86_64__)
+
+// Turns as many letters as it can, a register full at a time, and returns how many; none of a
+// register full in which one has no complement of its own.
+[[gnu::target("avx2")]] std::size_t turnWide(char* end, const char* source, std::size_t length) {
+  // A base's low four bits tell it: A 1, C 3, T 4, G 7.
+  const __m256i complements = _mm256_broadcastsi128_si256(
+      _mm_setr_epi8(0, 'T', 0, 'G', 'A', 0, 0, 'C', 0, 0, 0, 0, 0, 0, 0, 0));
+  const __m256i backwards = _mm256_broadcastsi128_si256(
+      _mm_setr_epi8(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0));
+  std::size_t i = 0;
+  for (; i + kWide <= length; i += kWide) {
+    const __m256i letters = wideLettersAt(source + i);
+    if (!areWideBases(letters)) break;
+    const __m256i low = _mm256_and_si256(letters, _mm256_set1_epi8(15));
+    const __m256i turned = _mm256_shuffle_epi8(_mm256_shuffle_epi8(complements, low), backwards);
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(end - i - kWide),
+                        _mm256_permute2x128_si256(turned, turned, 1));
+  }
+  return i;
 }
 
-// Whether the eight letters are A, C, G or T in either case, and if so their complements in upper
-// case, in place. Bits 1 and 2 of a letter tell the four apart: A 00, C 01, T 10, G 11.
-bool complementEight(uint64_t& letters) {
-  const uint64_t upper = letters & inEachByte(0xDF);
-  const uint64_t low = upper >> 1 & inEachByte(1);
-  const uint64_t high = upper >> 2 & inEachByte(1);
-  const uint64_t rebuilt = inEachByte('A') + low * ('C' - 'A') + high * ('T' - 'A') -
-                           (low & high) * (('C' - 'A') + ('T' - 'A') - ('G' - 'A'));
-  if (rebuilt != upper) return false;
-  letters = upper ^ inEachByte('C' ^ 'G') ^ (low ^ inEachByte(1)) * ('A' ^ 'T' ^ 'C' ^ 'G');
-  return true;
+#else
+
+std::size_t turnWide(char*, const char*, std::size_t) {
+  return 0;
 }
+
+#endif
 
 }  // namespace
 
-void reverseComplement(char* target, const char* source, std::size_t length) {
+void reverseComplementPlainly(char* target, const char* source, std::size_t length) {
   constexpr std::size_t kAtOnce = sizeof(uint64_t);
   char* end = target + length;
   std::size_t i = 0;
@@ -35,14 +50,19 @@ void reverseComplement(char* target, const char* source, std::size_t length) {
     end -= kAtOnce;
     uint64_t letters = 0;
     std::memcpy(&letters, source + i, kAtOnce);
-    if (complementEight(letters)) {
-      letters = __builtin_bswap64(letters);
+    if (const EightLetters eight(letters); eight.notBases() == 0) {
+      letters = __builtin_bswap64(eight.complements());
       std::memcpy(end, &letters, kAtOnce);
     } else {
       for (std::size_t j = 0; j < kAtOnce; ++j) end[kAtOnce - 1 - j] = complementOf(source[i + j]);
     }
   }
   for (; i < length; ++i) *--end = complementOf(source[i]);
+}
+
+void reverseComplement(char* target, const char* source, std::size_t length) {
+  const std::size_t turned = hasWideLetters ? turnWide(target + length, source, length) : 0;
+  reverseComplementPlainly(target, source + turned, length - turned);
 }
 
 }  // namespace velk

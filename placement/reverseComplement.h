@@ -1,4 +1,4 @@
-// The kernel of reverse complements: eight bases at a time.
+// The kernel of reverse complements: as many bases at a time as the processor can.
 #pragma once
 
 #include <cstddef>
@@ -8,5 +8,8 @@ namespace velk {
 /// Writes the reverse complement of the `length` characters at `source` to `target`: upper case, A
 /// for whatever has no complement. The two stretches must not overlap.
 void reverseComplement(char* target, const char* source, std::size_t length);
+
+/// The same without what only some processors have.
+void reverseComplementPlainly(char* target, const char* source, std::size_t length);
 
 }  // namespace velk

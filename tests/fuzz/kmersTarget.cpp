@@ -8,8 +8,8 @@
 #include "driver/velk.h"
 #include "kmer/Sequence.h"
 #include "kmer/hashSet.h"
+#include "kmer/packedBases.h"
 #include "kmer/rollingKey.h"
-#include "kmer/windowBatch.h"
 #include "tests/fuzz/fuzz.h"
 #include "tests/kmer/packingModel.h"
 
@@ -45,14 +45,11 @@ void compareBits(std::string_view kmer, uint64_t key) {
   const uint64_t turned = test::modelOfPacking(otherStrand(kmer));
   require(reversedKey(key, Kmer) == turned, "another reverse complement of a key");
   require(Kmer2Seq(key) == upperCase(kmer), "a key does not give its k-mer back");
-  if (!hasMinimizers(Kmer)) return;
-  require(minimizerOf(key, Kmer) == minimizerOf(turned, Kmer), "the strands' minimizers differ");
 }
 
-void compareKeys(std::string_view letters, std::size_t step) {
+void compareKeys(std::string_view letters) {
   const std::size_t windows = letters.size() - static_cast<std::size_t>(Kmer) + 1;
   RollingKey rolling(letters, Kmer);
-  RollingKey jumping(letters, Kmer);
   for (std::size_t offset = 0; offset < windows; ++offset) {
     const uint64_t key = plainKey(letters, offset);
     uint64_t packed = 0;
@@ -61,27 +58,16 @@ void compareKeys(std::string_view letters, std::size_t step) {
     if (offset != 0) rolling.advance();
     require(rolling.key() == key, "the rolling key differs");
     compareBits(letters.substr(offset, static_cast<std::size_t>(Kmer)), key);
-    const std::size_t target = offset * step % windows;
-    jumping.moveTo(target);
-    require(jumping.key() == plainKey(letters, target), "the key differs after a jump");
   }
 }
 
-void compareWindows(std::string_view letters) {
-  if (!hasMinimizers(Kmer)) return;
+void comparePacked(std::string_view letters) {
+  PackedBases packed;
+  require(packed.fill(letters) == isBases(letters), "other letters are packed, or bases are not");
+  if (!isBases(letters)) return;
   const std::size_t windows = letters.size() - static_cast<std::size_t>(Kmer) + 1;
-  WindowBatch batch;
-  for (std::size_t from = 0; from < windows; from += WindowBatch::kMost) {
-    const std::size_t count = std::min(WindowBatch::kMost, windows - from);
-    const std::string_view stretch =
-        letters.substr(from, count + static_cast<std::size_t>(Kmer) - 1);
-    const bool isFilled = batch.fill(stretch, count, Kmer);
-    require(isFilled == isBases(stretch), "a batch of windows takes other letters");
-    for (std::size_t w = 0; isFilled && w < count; ++w) {
-      const uint64_t key = plainKey(letters, from + w);
-      require(batch.key(w) == key, "another key of a window");
-      require(batch.minimizer(w) == minimizerOf(key, Kmer), "another minimizer of a window");
-    }
+  for (std::size_t offset = 0; offset < windows; ++offset) {
+    require(packed.key(offset, Kmer) == plainKey(letters, offset), "another key of packed bases");
   }
 }
 
@@ -132,8 +118,8 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   const std::string_view letters = input.rest().substr(0, kMostLetters);
   if (letters.size() < static_cast<std::size_t>(velk::Kmer)) return 0;
   const Said said;
-  compareKeys(letters, slots + 1);
-  compareWindows(letters);
+  compareKeys(letters);
+  comparePacked(letters);
   compareTable(letters, slots, static_cast<float>(load) / 64.0F);
   return 0;
 }

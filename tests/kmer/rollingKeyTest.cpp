@@ -34,20 +34,6 @@ TEST(RollingKey, StepsThroughEveryKmer) {
   }));
 }
 
-TEST(RollingKey, MovesAnywhere) {
-  EXPECT_TRUE(rc::check([] {
-    const int kmer = *rc::gen::inRange(0, 71);
-    const std::string bases = *sequence(static_cast<std::size_t>(kmer));
-    const std::size_t windows = bases.size() - static_cast<std::size_t>(kmer) + 1;
-    RollingKey keys(bases, kmer);
-    for (int step = 0; step < 20; ++step) {
-      const auto at = *rc::gen::inRange<std::size_t>(0, windows);
-      keys.moveTo(at);
-      RC_ASSERT(keys.key() == packed(bases, at, kmer));
-    }
-  }));
-}
-
 TEST(RollingKey, OtherLettersFold) {
   RollingKey keys("ANAN", 2);
   EXPECT_EQ(keys.key(), 4u);

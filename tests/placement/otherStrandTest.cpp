@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "placement/kmerWalk.h"
+#include "placement/scout.h"
 #include "streaming/readBuffer.h"
 #include "tests/placement/placementTest.h"
 #include "tests/placement/plainPlacement.h"
@@ -67,6 +69,23 @@ class OtherStrand : public PlacementTest {
     return bases;
   }
 
+  // Hints as the scout finds them; some to a place where the read does not run, or of another read.
+  void leaveHints(const std::string& one, const std::string& other) {
+    Scout scout(*kmerHash, Kmer);
+    Scouted first{};
+    Scouted second{};
+    scout.look(first, one);
+    scout.find(first, one);
+    scout.compare(first, one);
+    scout.look(second, other);
+    scout.find(second, other);
+    if (chance(30)) first.run = second.run;
+    if (chance(30)) first.run.start = startOfOther(one);
+    if (chance(30)) first.run.hit.offset += static_cast<int64_t>(below(100)) - 50;
+    if (chance(10)) second.run.length = 0;
+    KmerWalk::takeHints(first.run, second.run);
+  }
+
   void reseed(unsigned seed) { random_.seed(seed); }
 
  private:
@@ -108,6 +127,7 @@ TEST_F(OtherStrand, AgreesWithThePlainModel) {
     for (int k = 0; k < 60; ++k) {
       const std::string one = read();
       const std::string other = read();
+      leaveHints(one, other);
       std::vector<TestRecord> records;
       Outcome outcome = single(one);
       EXPECT_EQ(outcome.stop, plain.single(one, records)) << seed << ' ' << one;

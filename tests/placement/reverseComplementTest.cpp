@@ -4,6 +4,7 @@
 #include <string>
 
 #include "placement/Read2Scaf.h"
+#include "placement/reverseComplement.h"
 #include "tests/support/assembly.h"
 
 namespace velk::test {
@@ -41,6 +42,22 @@ TEST(ReverseComplementSeq, AllLengths) {
     const std::string read = randomBases(length, static_cast<unsigned>(length));
     EXPECT_EQ(reverseComplement(read), turned(read)) << length;
     EXPECT_EQ(read, turned(turned(read))) << length;
+  }
+}
+
+// Other letters anywhere: where a register full of bases ends, and what follows it.
+TEST(ReverseComplementSeq, AllLengthsWithOtherLetters) {
+  for (std::size_t length = 1; length <= 130; ++length) {
+    std::string read = randomBases(length, static_cast<unsigned>(length));
+    read[length / 2] = 'c';
+    for (std::size_t at = 0; at < length; at += 3) {
+      std::string odd = read;
+      odd[at] = "N\xC7r-"[at % 4];
+      std::string plain(length, '\0');
+      reverseComplementPlainly(plain.data(), odd.data(), length);
+      EXPECT_EQ(plain, turned(odd)) << length << ' ' << at;
+      EXPECT_EQ(plain[length - 1 - at], 'A');
+    }
   }
 }
 

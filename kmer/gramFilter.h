@@ -1,0 +1,108 @@
+// A small filter in front of the hash set: it tells most k-mers that are found nowhere.
+//
+// It holds the grams (shorter k-mers) of the indexed k-mers. A gram that it does not hold rules out
+// every k-mer around it, so a few questions settle the k-mers over a wrong base. A Bloom filter
+// (B. H. Bloom, 1970) in blocks of one cache line; a gram and its reverse complement share a block.
+// Built once with the index; read without locks by the workers.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+
+#include "kmer/packedBases.h"
+#include "kmer/tableMemory.h"
+
+namespace velk {
+
+/// Bases in a gram: long enough to be rare in any genome, short enough to rule out many k-mers. An
+/// odd number of them in a k-mer, so that the one in its middle is that of either strand.
+constexpr int gramLength(int kmer) {
+  return 20 + kmer % 2;
+}
+
+/// K-mer lengths for which a filter is made: a k-mer fits one word and holds several grams.
+constexpr bool hasGrams(int kmer) {
+  return kmer >= 24 && kmer <= DATA_LEN;
+}
+
+/// Grams in a k-mer.
+constexpr std::size_t gramsOf(int kmer) {
+  return static_cast<std::size_t>(kmer - gramLength(kmer) + 1);
+}
+
+/// A packed gram and its packed reverse complement.
+struct Gram {
+  uint64_t forward;
+  uint64_t reversed;
+
+  /// bases: packed, of gramLength(kmer).
+  Gram(uint64_t bases, int kmer) : forward(bases), reversed(reversedKey(bases, gramLength(kmer))) {}
+
+  Gram turned() const {
+    Gram other = *this;
+    std::swap(other.forward, other.reversed);
+    return other;
+  }
+};
+
+class GramFilter {
+ public:
+  /// Makes an empty filter with room for `grams` grams.
+  void build(uint64_t grams) { blocks_.make(bytesFor(grams) / sizeof(Block) + 1); }
+
+  /// The bytes that it takes for so many grams, about.
+  static uint64_t bytesFor(uint64_t grams) { return grams * kRoomPerGram / 8; }
+
+  void release() { blocks_.release(); }
+
+  bool isBuilt() const { return blocks_.size() != 0; }
+
+  void add(const Gram& gram) {
+    Block& block = blocks_[blockOf(gram)];
+    const uint64_t bits = bitsOf(gram);
+    for (int i = 0; i < kBitsPerGram; ++i) {
+      const uint64_t bit = bits >> (kBitNumber * i) & (kBlockBits - 1);
+      block.words[bit / 64] |= uint64_t{1} << (bit % 64);
+    }
+  }
+
+  /// Whether the gram may have been added; false is certain. REQUIRES: isBuilt().
+  bool mayHold(const Gram& gram) const {
+    const Block& block = blocks_[blockOf(gram)];
+    const uint64_t bits = bitsOf(gram);
+    uint64_t holds = 1;
+    for (int i = 0; i < kBitsPerGram; ++i) {
+      const uint64_t bit = bits >> (kBitNumber * i) & (kBlockBits - 1);
+      holds &= block.words[bit / 64] >> (bit % 64);
+    }
+    return (holds & 1U) != 0;
+  }
+
+  /// Has the block of the gram and its reverse complement fetched.
+  void prefetch(const Gram& gram) const { __builtin_prefetch(&blocks_[blockOf(gram)]); }
+
+ private:
+  static constexpr int kBitNumber = 9;  // bits that name a bit of a block
+  static constexpr uint64_t kBlockBits = uint64_t{1} << kBitNumber;
+  static constexpr int kBitsPerGram = 2;       // bits that a gram sets
+  static constexpr uint64_t kRoomPerGram = 4;  // bits that a filter has for each gram
+
+  struct alignas(64) Block {
+    std::array<uint64_t, kBlockBits / 64> words;
+  };
+
+  // The factors are odd numbers with about as many set as clear bits.
+  static uint64_t bitsOf(const Gram& gram) { return (gram.forward * 0xC2B2AE3D27D4EB4FU) >> 32; }
+
+  __extension__ using Uint128 = unsigned __int128;
+
+  std::size_t blockOf(const Gram& gram) const {
+    const uint64_t spread = std::min(gram.forward, gram.reversed) * 0xD6E8FEB86659FD93U;
+    return static_cast<std::size_t>((Uint128{spread ^ spread >> 32} * blocks_.size()) >> 64);
+  }
+
+  ZeroedArray<Block> blocks_;
+};
+
+}  // namespace velk
