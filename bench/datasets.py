@@ -1,0 +1,97 @@
+"""The data sets of the benchmarks: what each is made of, and the making of it."""
+
+import os
+import subprocess
+from dataclasses import dataclass, field
+
+BATCH = 500_000  # records in a batch of velk
+BYTES_PER_SLOT = 16.25
+LOAD_FACTOR = 0.75
+
+
+@dataclass
+class Dataset:
+    name: str
+    genome: int  # bases
+    pairs: int
+    mates: int  # mate pairs
+    singles: int
+    length: int  # bases of a read
+    error: float = 0.01  # share of wrong bases
+    gzip: bool = True
+    threads: tuple = (2,)
+    folder: str = field(default="", init=False)
+
+    def reads(self):
+        return 2 * self.pairs + 2 * self.mates + self.singles
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def read_files(self, ending):
+        return " ".join(f"{name}.fq{ending}" for name in
+                        ("pairs_1", "pairs_2", "mates_1", "mates_2", "singles"))
+
+    def options(self):
+        return (f"--genome {self.genome} --pairs {self.pairs} --mates {self.mates}"
+                f" --singles {self.singles} --length {self.length} --error {self.error}")
+
+    def make(self, programs, parent):
+        """Makes the files, unless they are there from the same options."""
+        self.folder = os.path.join(os.path.abspath(parent), self.name)
+        stamp = self.path("options")
+        if os.path.exists(stamp):
+            with open(stamp, encoding="ascii") as text:
+                if text.read() == self.options():
+                    return
+        os.makedirs(self.folder, exist_ok=True)
+        subprocess.run([f"{programs}/makeData", *self.options().split(), "."], check=True,
+                       cwd=self.folder)
+        with open(self.path("none.fq"), "w", encoding="ascii") as file:
+            file.write("@none\nA\n+\nI\n")
+        with open(self.path("none.lib"), "w", encoding="ascii") as file:
+            file.write("[LIB]\nq=none.fq\n")
+        if self.gzip:
+            subprocess.run(f"printf '%s\\n' {self.read_files('')} | xargs -P 2 -n 1 gzip -k -f -4",
+                           shell=True, check=True, cwd=self.folder)
+        with open(stamp, "w", encoding="ascii") as file:
+            file.write(self.options())
+
+    def bases(self):
+        """Bases of the contigs."""
+        count = 0
+        with open(self.path("scaffolds.fa"), encoding="ascii") as file:
+            for line in file:
+                if not line.startswith(">"):
+                    count += len(line) - 1 - line.count("N")
+        return count
+
+    def expected_peak(self):
+        """Bytes: the table, the assembly with what stands beside the table, a batch of pairs."""
+        bases = self.bases()
+        entries = min(BATCH, max(self.pairs, self.mates))
+        entry = 32 + -(-(self.length + 9) // 16) * 16  # a string, and its bases on the heap
+        return BYTES_PER_SLOT * slots(bases) + bases * (1 + 9 / 8) + 2 * entries * entry
+
+
+def slots(bases):
+    """The slots, given by -m, with which the table never grows."""
+    return int(bases / LOAD_FACTOR) + 1
+
+
+SCALES = {
+    data.name: data for data in (
+        Dataset("small", 5_000_000, 500_000, 160_000, 160_000, 150),
+        Dataset("medium", 20_000_000, 2_000_000, 200_000, 200_000, 100),
+        Dataset("large", 80_000_000, 4_000_000, 400_000, 400_000, 150),
+    )
+}
+
+GROWTH = (
+    Dataset("error 0 %", 5_000_000, 500_000, 160_000, 160_000, 150, 0.0, False),
+    Dataset("error 1 %", 5_000_000, 500_000, 160_000, 160_000, 150, 0.01, False, (1, 2, 3, 8)),
+    Dataset("error 2 %", 5_000_000, 500_000, 160_000, 160_000, 150, 0.02, False),
+    Dataset("coverage 60", 5_000_000, 1_000_000, 320_000, 320_000, 150, 0.01, False),
+    Dataset("genome 20 Mb", 20_000_000, 500_000, 160_000, 160_000, 150, 0.01, False),
+    Dataset("genome 80 Mb", 80_000_000, 500_000, 160_000, 160_000, 150, 0.01, False),
+)

@@ -1,0 +1,92 @@
+// Measures the building of the index against the memory's own floor: as many 16-byte writes, at
+// random places of a table of the same size, as there are k-mers.
+//
+// Both start with a table that has no memory behind it yet. Prints, for each of the rounds, the
+// number of k-mers, the nanoseconds per k-mer of the index and those of the bare loop.
+#include <CLI/CLI.hpp>
+#include <chrono>
+#include <cstdint>
+#include <cstdlib>
+#include <iostream>
+#include <string>
+
+#include "contig/contig.h"
+#include "driver/velk.h"
+#include "kmer/fetchKmers.h"
+#include "kmer/hashSet.h"
+#include "kmer/tableMemory.h"
+
+namespace velk::bench {
+namespace {
+
+template <class Work>
+double secondsOf(Work work) {
+  const auto start = std::chrono::steady_clock::now();
+  work();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+uint64_t kmersOfModel() {
+  uint64_t kmers = 0;
+  for (uint32_t i = 0; i < scaffoldSum; ++i) {
+    for (uint32_t j = 0; j < scaffoldInfo[i].contigsSum; ++j) {
+      const auto length = static_cast<int64_t>(scaffoldInfo[i].contigsInfo[j].contigSeq.size());
+      if (length >= CONTIGLEN && length >= Kmer) kmers += static_cast<uint64_t>(length - Kmer + 1);
+    }
+  }
+  return kmers;
+}
+
+// The places come from a 64-bit linear congruential generator (Knuth's MMIX constants), whose high
+// bits pick the slot: nothing but the memory can slow the loop down.
+void writeAtRandom(uint64_t slots, uint64_t writes) {
+  auto* table = static_cast<Entity*>(std::calloc(slots + 1, sizeof(Entity)));
+  if (table == nullptr) throw std::bad_alloc();
+  adviseHugePages(table, (slots + 1) * sizeof(Entity));
+  __extension__ using Uint128 = unsigned __int128;
+  uint64_t state = 1;
+  for (uint64_t i = 0; i < writes; ++i) {
+    state = state * 6364136223846793005U + 1442695040888963407U;
+    const auto slot = static_cast<uint64_t>((Uint128{state} * slots) >> 64);
+    table[slot].bitSeq = state;
+    table[slot].startPos = i & 0xFFFFFFU;
+  }
+  // Whoever reads a slot back keeps the writes from being left out.
+  if (table[state % slots].bitSeq == 1) std::cerr << "\n";
+  std::free(table);
+}
+
+void measure(const std::string& scaffolds, uint64_t slots, int rounds) {
+  uint64_t gaps = 0;
+  InitialScaffold(scaffoldInfo, scaffolds, scaffoldSum);
+  LoadScaffolds(scaffoldInfo, scaffolds, scaffoldSum, gaps);
+  const uint64_t kmers = kmersOfModel();
+  const double nanoseconds = 1e9 / static_cast<double>(kmers);
+  for (int round = 0; round < rounds; ++round) {
+    const double index = secondsOf([&] {
+      HashSet* set = init_hashset(slots, LoadFactor);
+      FetchKmers1(set, scaffoldInfo, scaffoldSum);
+      slots = set->size;
+      free_hash(set);
+    });
+    sideIndex.release();
+    const double floor = secondsOf([&] { writeAtRandom(slots, kmers); });
+    std::cout << kmers << '\t' << index * nanoseconds << '\t' << floor * nanoseconds << '\n';
+  }
+}
+
+}  // namespace
+}  // namespace velk::bench
+
+int main(int argc, char** argv) {
+  CLI::App app{"Measures the index against as many random writes."};
+  std::string scaffolds;
+  uint64_t slots = 0;
+  int rounds = 5;
+  app.add_option("scaffolds", scaffolds, "scaffold FASTA; side files are written beside it")
+      ->required();
+  app.add_option("slots", slots, "slots of the table")->required();
+  app.add_option("--rounds", rounds, "how many times");
+  CLI11_PARSE(app, argc, argv);
+  velk::bench::measure(scaffolds, slots, rounds);
+}

@@ -1,0 +1,57 @@
+"""Runs commands in rounds and remembers wall time, processor time and peak memory of each."""
+
+import os
+import statistics
+import subprocess
+import time
+from collections import defaultdict
+from dataclasses import dataclass
+
+
+@dataclass
+class Cost:
+    wall: float  # seconds
+    processor: float  # seconds, user and system, of the command and its children
+    peak: int  # bytes, the largest resident set of one process
+
+
+def run(command, folder):
+    """Runs a shell command and returns its Cost. Raises RuntimeError when it fails."""
+    with open(os.path.join(folder, "bench.log"), "w", encoding="utf-8") as log:
+        start = time.monotonic()
+        process = subprocess.Popen(
+            ["bash", "-o", "pipefail", "-c", command], cwd=folder, stdout=log, stderr=log)
+        _, status, usage = os.wait4(process.pid, 0)
+        wall = time.monotonic() - start
+    if status != 0:
+        with open(log.name, encoding="utf-8") as text:
+            raise RuntimeError(f"{command}: status {status}\n{text.read()[-2000:]}")
+    return Cost(wall, usage.ru_utime + usage.ru_stime, usage.ru_maxrss * 1024)
+
+
+class Rounds:
+    """Costs of named commands, run one after the other, round after round."""
+
+    def __init__(self, folder):
+        self.folder = folder
+        self.costs = defaultdict(list)
+
+    def run(self, commands, rounds):
+        """commands: name -> shell command."""
+        for _ in range(rounds):
+            for name, command in commands.items():
+                self.costs[name].append(run(command, self.folder))
+
+    def wall(self, name):
+        return statistics.median(cost.wall for cost in self.costs[name])
+
+    def processor(self, name):
+        return statistics.median(cost.processor for cost in self.costs[name])
+
+    def peak(self, name):
+        return statistics.median(cost.peak for cost in self.costs[name])
+
+    def beyond(self, name, base):
+        """Median of what `name` takes longer than `base` in the same round, seconds of wall time."""
+        return statistics.median(
+            more.wall - less.wall for more, less in zip(self.costs[name], self.costs[base]))

@@ -1,0 +1,153 @@
+#!/usr/bin/env python3
+"""Measures velk on made data and prints one table, each row a ratio within this run.
+
+    table.py --programs FOLDER --data FOLDER [--scales small,medium,large] [--rounds N]
+             [--mapper-rounds N] [--threads N]
+
+The programs are velk, makeData and indexFloor of one build. Data that is there already, from the
+same options, is used again. doc/performance.md explains the rows.
+"""
+
+import argparse
+import os
+import shlex
+import statistics
+import subprocess
+import sys
+
+from datasets import BYTES_PER_SLOT, GROWTH, SCALES, Dataset, slots
+from measure import Rounds
+
+
+def velk_command(programs, data, library, threads):
+    return (f"exec {programs}/velk -l {library} -s scaffolds.fa -o found.fa -t {threads}"
+            f" -m {slots(data.bases())} -r {data.length}")
+
+
+def mapper_command(threads, ending):
+    """minimap2 over all libraries, filtered; the contigs' index is made once."""
+    awk = f"awk -v reach=REACH -f {shlex.quote(os.path.join(os.path.dirname(os.path.abspath(__file__)), 'gapReads.awk'))}"
+    runs = [f"minimap2 -x sr -t {threads} -d contigs.mmi scaffolds.fa.contig"]
+    for reads, reach in (("pairs_1.fq{0} pairs_2.fq{0}", 500), ("mates_1.fq{0} mates_2.fq{0}", 3500),
+                         ("singles.fq{0}", 0)):
+        files = reads.format(ending)
+        runs.append(f"minimap2 -a -x sr -t {threads} contigs.mmi {files} |"
+                    f" {awk.replace('REACH', str(reach))} >mapped.sam")
+    return " && ".join(runs)
+
+
+class Table:
+    def __init__(self):
+        self.rows = []
+
+    def add(self, data, what, velk, against, other, ratio):
+        self.rows.append((data, what, velk, against, other, f"{ratio:.2f}"))
+
+    def print(self):
+        print("| Data | Row | velk | against | | ratio |\n|---|---|---|---|---|---|")
+        for row in self.rows:
+            print("| " + " | ".join(row) + " |")
+
+
+def index_row(table, programs, data, rounds):
+    command = [f"{programs}/indexFloor", data.path("scaffolds.fa"), str(slots(data.bases())),
+               "--rounds", str(rounds)]
+    lines = subprocess.run(command, check=True, capture_output=True, text=True).stdout.split("\n")
+    costs = [[float(field) for field in line.split("\t")[1:]] for line in lines if line]
+    index = statistics.median(cost[0] for cost in costs)
+    floor = statistics.median(cost[1] for cost in costs)
+    ratio = statistics.median(cost[0] / cost[1] for cost in costs)
+    table.add(data.name, "index", f"{index:.1f} ns/k-mer", "random writes", f"{floor:.1f} ns", ratio)
+
+
+def ratio_row(table, data, what, velk, against, other, ratio):
+    table.add(data.name, what, f"{velk:.2f} s", against, f"{other:.2f} s", ratio)
+
+
+def scale_rows(table, programs, data, options):
+    index_row(table, programs, data, options.rounds)
+    plain, gzip = data.read_files(""), data.read_files(".gz")
+    rounds = Rounds(data.folder)
+    rounds.run({
+        "none": velk_command(programs, data, "none.lib", options.threads),
+        "plain": velk_command(programs, data, "plain.lib", options.threads),
+        "wc": f"wc -l {plain}",
+        "seqtk": f"for file in {plain}; do seqtk seq -A $file >/dev/null; done",
+        "gzip": velk_command(programs, data, "gzip.lib", options.threads),
+        "zcat": f"zcat {gzip} >/dev/null",
+    }, options.rounds)
+    rounds.run({
+        "mapper": mapper_command(options.threads, ""),
+        "mapper gzip": mapper_command(options.threads, ".gz"),
+    }, options.mapper_rounds)
+    streaming = rounds.beyond("plain", "none")
+    inflating = rounds.beyond("gzip", "none")
+    for against, name in (("wc -l", "wc"), ("seqtk seq -A", "seqtk")):
+        ratio_row(table, data, "plain streaming", streaming, against, rounds.wall(name),
+                  streaming / rounds.wall(name))
+    ratio_row(table, data, "gzip streaming", inflating, "zcat", rounds.wall("zcat"),
+              inflating / rounds.wall("zcat"))
+    for kind, name in (("plain", "mapper"), ("gzip", "mapper gzip")):
+        if not rounds.costs[name]:
+            continue
+        ratio_row(table, data, f"whole run, {kind}, times faster", rounds.wall(kind), "minimap2",
+                  rounds.wall(name), rounds.wall(name) / rounds.wall(kind))
+        ratio_row(table, data, f"whole run, {kind}, processor time", rounds.processor(kind),
+                  "minimap2", rounds.processor(name), rounds.processor(name) / rounds.processor(kind))
+    table.add(data.name, "cost per read", f"{streaming / data.reads() * 1e9:.0f} ns", "", "",
+              rounds.processor("plain") / rounds.wall("plain"))
+    memory_rows(table, data, rounds)
+
+
+def memory_rows(table, data, rounds):
+    bases = data.bases()
+    plain_formula = BYTES_PER_SLOT * slots(bases) + bases
+    full_formula = data.expected_peak()
+    peak = rounds.peak("plain")
+    for against, formula in (("16.25 B a slot, sequence", plain_formula), ("formula", full_formula)):
+        table.add(data.name, "peak memory", f"{peak / 1e6:.0f} MB", against, f"{formula / 1e6:.0f} MB",
+                  peak / formula)
+
+
+def growth_rows(programs, folder, options):
+    print("\n| Data | threads | streaming | ns a read | found |\n|---|---|---|---|---|")
+    for data in GROWTH:
+        data.make(programs, folder)
+        for threads in data.threads:
+            rounds = Rounds(data.folder)
+            rounds.run({
+                "none": velk_command(programs, data, "none.lib", threads),
+                "plain": velk_command(programs, data, "plain.lib", threads),
+            }, options.rounds)
+            streaming = rounds.beyond("plain", "none")
+            with open(data.path("found.fa"), encoding="ascii") as found:
+                records = sum(line.startswith(">") for line in found)
+            print(f"| {data.name} | {threads} | {streaming:.2f} s |"
+                  f" {streaming / data.reads() * 1e9:.0f} | {records} |")
+
+
+def main():
+    parser = argparse.ArgumentParser(description="Measures velk.")
+    parser.add_argument("--programs", required=True)
+    parser.add_argument("--data", required=True)
+    parser.add_argument("--scales", default="small,medium,large")
+    parser.add_argument("--rounds", type=int, default=5)
+    parser.add_argument("--mapper-rounds", type=int, default=5)
+    parser.add_argument("--threads", type=int, default=2)
+    parser.add_argument("--growth", action=argparse.BooleanOptionalAction, default=True)
+    options = parser.parse_args()
+    programs = os.path.abspath(options.programs)
+    table = Table()
+    for name in filter(None, options.scales.split(",")):
+        data: Dataset = SCALES[name]
+        print(f"{name}: data", file=sys.stderr)
+        data.make(programs, options.data)
+        print(f"{name}: measuring, load {os.getloadavg()[0]:.1f}", file=sys.stderr)
+        scale_rows(table, programs, data, options)
+    table.print()
+    if options.growth:
+        growth_rows(programs, options.data, options)
+
+
+if __name__ == "__main__":
+    main()
