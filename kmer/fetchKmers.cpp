@@ -83,6 +83,7 @@ class Indexer {
     if (batch.hasBasesAlone) {
       for (std::size_t w = 0; w < batch.count; ++w) {
         batch.probes[w] = startProbe(set_, batch.packed.key(w, kmer_));
+        __builtin_prefetch(&set_.nul_flag[batch.probes[w].slot / 8], 1);
         if (side_.isMade()) {
           const std::size_t last = w + gramsOf(kmer_) - 1;
           side_.filter().prefetch(Gram(batch.packed.at(last, gramLength(kmer_)), kmer_));
