@@ -97,7 +97,7 @@ class Share {
   }
 
  private:
-  static constexpr int64_t kSteps = 3;
+  static constexpr int64_t kSteps = 4;
   static constexpr int64_t kAhead = 2;  // entries between two steps of the scout
 
   struct Entry {
@@ -113,6 +113,8 @@ class Share {
       scout(entry.a, readsA[bufferIndex(at)]);
       if (readsB != nullptr) scout(entry.b, readsB[bufferIndex(at)]);
     };
+    forReads(e, [](Scouted&, const std::string& read) { Scout::approach(read); });
+    e -= kAhead;
     forReads(e, [&](Scouted& s, const std::string& read) { scout_.look(s, read); });
     forReads(e - kAhead, [&](Scouted& s, const std::string& read) { scout_.find(s, read); });
     forReads(e - 2 * kAhead, [&](Scouted& s, const std::string& read) { scout_.compare(s, read); });

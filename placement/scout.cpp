@@ -51,6 +51,10 @@ void Scout::finish(Scouted& scouted, std::string_view read, std::size_t window) 
   }
 }
 
+void Scout::approach(std::string_view read) {
+  for (std::size_t at = 0; at < read.size(); at += kCacheLine) __builtin_prefetch(&read[at]);
+}
+
 void Scout::look(Scouted& scouted, std::string_view read) const {
   scouted.hasBasesAlone = sideIndex.isMade() && read.size() >= static_cast<std::size_t>(kmer_) &&
                           scouted.packed.fill(read);

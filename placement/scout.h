@@ -1,6 +1,6 @@
 // Runs ahead of the scan of a batch and has the memory fetched that placing a read will ask for.
 //
-// A worker has one, and takes every read of its share through three steps, some entries apart, so
+// A worker has one, and takes every read of its share through four steps, some entries apart, so
 // that what a step asks for has come when the next one needs it. It changes no answer: all that it
 // finds is a hint where a read seems to run along a contig, which the k-mer walk takes or leaves.
 #pragma once
@@ -26,14 +26,17 @@ class Scout {
  public:
   Scout(const HashSet& index, int kmer) : index_(index), kmer_(kmer) {}
 
-  /// 1. Has the slots fetched of the read's first k-mer.
+  /// 1. Has the read's bases fetched.
+  static void approach(std::string_view read);
+
+  /// 2. Has the slots fetched of the read's first k-mer.
   void look(Scouted& scouted, std::string_view read) const;
 
-  /// 2. Finds where the read, or its reverse complement, runs, and has that part of the contig
+  /// 3. Finds where the read, or its reverse complement, runs, and has that part of the contig
   /// fetched; or the slots of the read's last k-mer, when the first is not in the index.
   void find(Scouted& scouted, std::string_view read) const;
 
-  /// 3. Compares it there, and has fetched what the gram filter says of the bases that differ.
+  /// 4. Compares it there, and has fetched what the gram filter says of the bases that differ.
   void compare(Scouted& scouted, std::string_view read);
 
  private:
