@@ -71,7 +71,8 @@ class Dataset:
         bases = self.bases()
         entries = min(BATCH, max(self.pairs, self.mates))
         entry = 32 + -(-(self.length + 9) // 16) * 16  # a string, and its bases on the heap
-        return BYTES_PER_SLOT * slots(bases) + bases * (1 + 9 / 8) + 2 * entries * entry
+        beside = 6 / 8  # a base: 4 bits of the gram filter, 2 marks
+        return BYTES_PER_SLOT * slots(bases) + bases * (1 + beside) + 2 * entries * entry
 
 
 def slots(bases):

@@ -10,6 +10,7 @@
   test_packages=(libgtest-dev librapidcheck-dev python3 strace mandoc zsh)
   style_packages=(clang-format clang-tidy shellcheck)
   fuzz_packages=(clang libclang-rt-14-dev)
+  bench_packages=(libcli11-dev libbenchmark-dev python3 seqtk minimap2)
   package_packages=(dpkg-dev lintian debootstrap)
 }
 
@@ -19,6 +20,7 @@ probe_of() {
     ninja-build) echo ninja ;;
     clang) echo clang++ ;;
     zlib1g-dev) echo /usr/include/zlib.h ;;
+    libbenchmark-dev) echo /usr/include/benchmark/benchmark.h ;;
     libcli11-dev) echo /usr/include/CLI/CLI.hpp ;;
     nlohmann-json3-dev) echo /usr/include/nlohmann/json.hpp ;;
     libgtest-dev) echo /usr/include/gtest/gtest.h ;;
