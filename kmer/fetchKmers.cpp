@@ -65,54 +65,72 @@ struct Batch {
   bool hasBasesAlone;                    // whether `packed` is filled
   PackedBases packed;                    // their bases
   std::array<SlotProbe, kBatch> probes;  // their begun look-ups
-  uint64_t tableSize;                    // slots of the table these were begun in
+  uint64_t tableSize;                    // slots of the table when it was prepared
 };
 
 // Adds k-mers in two steps, batch after batch: the memory that a batch needs is fetched while the
-// one before it is added.
+// one before it is added, by turns, as only so many fetches can be under way.
 class Indexer {
  public:
   Indexer(HashSet& set, SideIndex& side, int kmer) : set_(set), side_(side), kmer_(kmer) {}
 
-  void begin(Batch& batch, const std::string& bases) {
+  /// Makes the batch, of its stretch of `bases`, ready for its turn as `next`.
+  void prepare(Batch& batch, const std::string& bases) const {
     const auto length = static_cast<std::size_t>(kmer_);
     const std::string_view stretch =
         std::string_view(bases).substr(batch.stretch.offset, batch.count + length - 1);
     batch.hasBasesAlone = batch.packed.fill(stretch);
     batch.tableSize = set_.size;
-    if (batch.hasBasesAlone) {
-      for (std::size_t w = 0; w < batch.count; ++w) {
-        batch.probes[w] = startProbe(set_, batch.packed.key(w, kmer_));
-        __builtin_prefetch(&set_.nul_flag[batch.probes[w].slot / 8], 1);
-        if (side_.isMade()) {
-          const std::size_t last = w + gramsOf(kmer_) - 1;
-          side_.filter().prefetch(Gram(batch.packed.at(last, gramLength(kmer_)), kmer_));
-        }
-      }
-      return;
-    }
+    if (batch.hasBasesAlone) return;
     RollingKey keys(stretch, kmer_);
     for (std::size_t w = 0; w < batch.count; ++w) {
       if (w != 0) keys.advance();
-      batch.probes[w] = startProbe(set_, keys.key());
+      batch.probes[w].key = keys.key();
     }
   }
 
-  void finish(const Batch& batch) {
+  /// Fetches the memory for `next` and adds `done`, which was `next` in the turn before. Either may
+  /// be null.
+  void turn(Batch* next, const Batch* done) {
+    const std::size_t fetches = next == nullptr ? 0 : next->count;
+    const std::size_t adds = done == nullptr ? 0 : done->count;
+    for (std::size_t w = 0; w < std::max(fetches, adds); ++w) {
+      if (w < fetches) fetch(*next, w);
+      if (w < adds) add(*done, w);
+    }
+    if (done != nullptr && side_.isMade()) addToSide(*done);
+  }
+
+ private:
+  void fetch(Batch& batch, std::size_t w) const {
+    SlotProbe& probe = batch.probes[w];
+    if (batch.hasBasesAlone) {
+      probe.key = batch.packed.key(w, kmer_);
+      if (side_.isMade()) {
+        const std::size_t last = w + gramsOf(kmer_) - 1;
+        side_.filter().prefetch(Gram(batch.packed.at(last, gramLength(kmer_)), kmer_));
+      }
+    }
+    probe = startProbe(set_, probe.key);
+    __builtin_prefetch(&set_.nul_flag[probe.slot / 8], 1);
+  }
+
+  void add(const Batch& batch, std::size_t w) {
     const Stretch& stretch = batch.stretch;
+    SlotProbe probe = batch.probes[w];
+    if (set_.size != batch.tableSize) probe.slot = homeSlot(set_, probe.key);
     Entity entity{};
+    entity.bitSeq = probe.key;
     entity.unique = 1;
     entity.scaffoldNum = stretch.scaffold % kScaffolds;
     entity.contigNum = stretch.contig % kContigs;
-    for (std::size_t w = 0; w < batch.count; ++w) {
-      SlotProbe probe = batch.probes[w];
-      if (set_.size != batch.tableSize) probe.slot = homeSlot(set_, probe.key);
-      entity.bitSeq = probe.key;
-      entity.startPos = (stretch.offset + w) % kOffsets;
-      const uint64_t before = addBegun(&set_, entity, probe);
-      if (before != set_.size && side_.isMade()) side_.noteRepeat(set_, stretch, w, before);
-    }
-    if (!side_.isMade()) return;
+    entity.startPos = (stretch.offset + w) % kOffsets;
+    const uint64_t before = addBegun(&set_, entity, probe);
+    if (before != set_.size && side_.isMade()) side_.noteRepeat(set_, stretch, w, before);
+  }
+
+  void addToSide(const Batch& batch) {
+    const Stretch& stretch = batch.stretch;
     if (batch.hasBasesAlone) {
       side_.add(set_, stretch, batch.packed, batch.count, kmer_);
       return;
@@ -123,7 +141,6 @@ class Indexer {
     }
   }
 
- private:
   HashSet& set_;
   SideIndex& side_;
   int kmer_;
@@ -170,19 +187,20 @@ void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t s
 
   Indexer indexer(*kmerHash, sideIndex, Kmer);
   std::array<Batch, 2> batches;
-  std::size_t begun = 0;  // batches begun; the last one is not finished yet
+  Batch* next = batches.data();
+  Batch* done = nullptr;  // in its second turn
   forEachIndexed(scaffoldInfo, scaffoldSum,
                  [&](uint32_t i, uint32_t j, const ContigInfo& contig, uint32_t windows) {
                    for (std::size_t offset = 0; offset < windows; offset += kBatch) {
-                     Batch& batch = batches[begun % 2];
-                     batch.stretch = {i, j, offset};
-                     batch.count = std::min<std::size_t>(kBatch, windows - offset);
-                     indexer.begin(batch, contig.contigSeq);
-                     if (begun != 0) indexer.finish(batches[(begun - 1) % 2]);
-                     ++begun;
+                     next->stretch = {i, j, offset};
+                     next->count = std::min<std::size_t>(kBatch, windows - offset);
+                     indexer.prepare(*next, contig.contigSeq);
+                     indexer.turn(next, done);
+                     done = next;
+                     next = next == batches.data() ? next + 1 : next - 1;
                    }
                  });
-  if (begun != 0) indexer.finish(batches[(begun - 1) % 2]);
+  indexer.turn(nullptr, done);
   if (sideIndex.isMade()) sideIndex.finish(*kmerHash, scaffoldInfo, scaffoldSum, Kmer);
 }
 
