@@ -15,7 +15,7 @@ taken=$(zsh -fc 'fpath=($1 $fpath); autoload -U compinit; compinit -D -u
   print -- $_comps[velk] $_comps[velk-check]' zsh "$root/completions")
 [[ $taken == "_velk _velk" ]] || { echo "zsh completes by: $taken"; exit 1; }
 
-# handed SERVICE: the options handed to _arguments; a specification is [(EXCLUDED)]OPTION[TEXT]...
+# handed SERVICE: the options handed to _arguments; each is [(EXCLUDED)]OPTION[TEXT]...
 handed() {
   # shellcheck disable=SC2016  # for zsh
   zsh -fc 'fpath=($1 $fpath); autoload -U _velk; service=$2; _arguments() { print -rl -- "$@" }; _velk' \

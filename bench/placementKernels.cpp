@@ -1,0 +1,93 @@
+// Kernels of placement: the walk, a pass over a batch, the checks, reverse complements.
+#include <benchmark/benchmark.h>
+
+#include <sstream>
+#include <tuple>
+
+#include "bench/simulate.h"
+#include "bench/world.h"
+#include "placement/Read2Scaf.h"
+#include "placement/countEqual.h"
+#include "streaming/readBuffer.h"
+
+namespace velk::bench {
+namespace {
+
+// The walk with its checks, a read on one strand.
+
+void walk(benchmark::State& state, std::vector<std::string> (*reads)()) {
+  makeWorld();
+  const std::vector<std::string> all = reads();
+  std::size_t at = 0;
+  for (auto _ : state) {
+    int64_t i = 0;
+    uint32_t n = 0;
+    checkSingleRead(i, all[at], n, 0);
+    benchmark::DoNotOptimize(i);
+    at = (at + 1) % all.size();
+  }
+}
+BENCHMARK_CAPTURE(walk, interiorRead, interiorReads);
+BENCHMARK_CAPTURE(walk, edgeRead, edgeReads);
+BENCHMARK_CAPTURE(walk, foreignRead, foreignReads);
+
+// A pass over a batch of simulated pairs or single reads, a read.
+
+void pass(benchmark::State& state, bool pairs, double error) {
+  makeWorld();
+  constexpr uint64_t kEntries = 50000;
+  Simulator simulator(kGenome, ReadModel{kRead, error}, 1);
+  std::ostringstream unused;
+  simulator.writeScaffolds(unused);
+  std::vector<std::string> first(kEntries);
+  std::vector<std::string> second(kEntries);
+  for (uint64_t i = 0; i < kEntries; ++i) {
+    std::tie(first[i], second[i]) = simulator.pair({400, 40, Facing::kInward});
+    simulator.putErrors(first[i]);
+    simulator.putErrors(second[i]);
+  }
+  readsA = first.data();
+  readsB = pairs ? second.data() : nullptr;
+  bufferNum = kEntries;
+  insertLength = pairs ? 400 : 0;
+  for (auto _ : state) FindReads(0);
+  state.SetItemsProcessed(state.iterations() * int64_t{kEntries} * (pairs ? 2 : 1));
+  foundReadNum[0] = 0;
+  readsA = readsB = nullptr;
+}
+BENCHMARK_CAPTURE(pass, pairs, true, 0.01)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(pass, pairsWithoutErrors, true, 0.0)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(pass, singles, false, 0.01)->Unit(benchmark::kMillisecond);
+
+// The checks, and the reverse complement.
+
+void equalBases(benchmark::State& state) {
+  std::mt19937_64 random(7);
+  const std::string one = randomBases(random, kRead);
+  const std::string other = randomBases(random, kRead);
+  for (auto _ : state) benchmark::DoNotOptimize(countEqual(one.data(), other.data(), kRead));
+}
+BENCHMARK(equalBases);
+
+void checkOnContig(benchmark::State& state) {
+  makeWorld();
+  std::mt19937_64 random(8);
+  const std::string& contig = contigOf(random).contigSeq;
+  const std::string read = contig.substr(500, kRead);
+  for (auto _ : state) benchmark::DoNotOptimize(MapRead2Contig(contig, read, 500));
+}
+BENCHMARK(checkOnContig);
+
+void reverseComplementOfRead(benchmark::State& state) {
+  std::mt19937_64 random(9);
+  const std::string read = randomBases(random, kRead);
+  std::string reversed(kRead, 'A');
+  for (auto _ : state) {
+    ReverseComplementSeq(reversed, read);
+    benchmark::ClobberMemory();
+  }
+}
+BENCHMARK(reverseComplementOfRead);
+
+}  // namespace
+}  // namespace velk::bench
