@@ -28,7 +28,7 @@ constexpr bool hasGrams(int kmer) {
 
 /// Grams in a k-mer.
 constexpr std::size_t gramsOf(int kmer) {
-  return static_cast<std::size_t>(kmer - gramLength(kmer) + 1);
+  return static_cast<std::size_t>(kmer) + 1 - static_cast<std::size_t>(gramLength(kmer));
 }
 
 /// A packed gram and its packed reverse complement.
