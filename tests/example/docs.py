@@ -4,6 +4,8 @@
 Works in a new folder, with copies of the files in EXAMPLES, through the file's blocks in order:
     ```text file=NAME     writes the file NAME
     ```sh run             runs the commands; velk is found in the PATH
+    ```sh run=PROGRAM     the same, where the PATH has PROGRAM; else passed over, with the outputs
+                          below it
     ```text output=NAME   the file NAME must hold just this; "..." as last line: and more
 Other blocks are passed over. In a manual page (mdoc) a block is a literal display, .Bd to .Ed, below a
 comment like .\\" file=NAME."""
@@ -37,6 +39,7 @@ def main(velk, document, examples=None):
     path = os.pathsep.join([os.path.dirname(os.path.abspath(velk)), os.environ["PATH"]])
     blocks = blocks_of(document)
     compared = 0
+    lacking = None
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
         if examples:
@@ -45,10 +48,14 @@ def main(velk, document, examples=None):
             if kind == "file":
                 (folder / file).write_text(text)
             elif kind == "run":
+                lacking = file if file and not shutil.which(file, path=path) else None
+                if lacking:
+                    print(f"no {lacking}, so passed over: {text}")
+                    continue
                 print(text, flush=True)
                 subprocess.run(["bash", "-ec", text], cwd=folder, check=True,
                                env={**os.environ, "PATH": path})
-            else:
+            elif not lacking:
                 actual = (folder / file).read_text()
                 if not agrees(actual, text):
                     print(f"{document}: {file} is not as told, but:\n{actual[:2000]}")
