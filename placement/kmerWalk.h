@@ -121,6 +121,10 @@ class KmerWalk {
  private:
   enum class Outcome { kNothing, kOnContig, kStopped };
 
+  // Windows that are looked at together: in a long read, whatever is left is not gone through anew
+  // for each.
+  static constexpr std::size_t kLongestStretch = 256;
+
   static WalkBuffers& buffersOfThread();
 
   template <class Visit>
@@ -158,7 +162,8 @@ void KmerWalk::uniqueHits(const std::string& read, int64_t& i, Visit visit) {
   // there was none.
   std::size_t most = 1;
   for (std::size_t from = buffers_.passed.firstMissing(0); from < windows;) {
-    const std::size_t to = buffers_.passed.firstContained(from, windows);
+    const std::size_t end = std::min(windows, from + kLongestStretch);
+    const std::size_t to = buffers_.passed.firstContained(from, end);
     const std::size_t until = passAbsent(from, to, most);
     const Outcome outcome = visitHits(read, from, until, i, visit);
     if (outcome == Outcome::kStopped) return;
