@@ -87,6 +87,27 @@ TEST_F(PlaceOf, IndexesBeyondTheFieldsAreFoundAgain) {
   }
 }
 
+// Its marks are found by an entity's fields, which do not tell the place.
+TEST_F(PlaceOf, NoSideIndexWhereIndexesOutgrowTheFields) {
+  CONTIGLEN = 50;
+  for (const uint32_t contigs : {kContigs, kContigs + 1}) {
+    makeScaffolds(1);
+    makeContigs(0, contigs);
+    sequence(0, contigs - 1) = randomBases(60, 1);
+    index();
+    EXPECT_EQ(sideIndex.isMade(), contigs == kContigs) << contigs;
+    releaseAssembly();
+  }
+  for (const uint32_t scaffolds : {kScaffolds, kScaffolds + 1}) {
+    makeScaffolds(scaffolds);
+    makeContigs(0, 1);
+    sequence(0, 0) = randomBases(60, 1);
+    index();
+    EXPECT_EQ(sideIndex.isMade(), scaffolds == kScaffolds) << scaffolds;
+    releaseAssembly();
+  }
+}
+
 TEST_F(PlaceOf, ShortContigsHoldNoPlace) {
   // contigs 5 and 2^19 + 5 agree in their low bits and hold the same k-mer, but one is not indexed
   CONTIGLEN = 50;

@@ -3,12 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <map>
 #include <string>
 #include <vector>
 
 #include "kmer/Sequence.h"
 #include "kmer/fetchKmers.h"
+#include "tests/kmer/failingAllocations.h"
 #include "tests/support/assembly.h"
 
 namespace velk::test {
@@ -140,6 +142,33 @@ TEST_F(SideIndexTest, TheFilterKnowsTheGramsOfEveryKmer) {
       }
       releaseAssembly();
     }
+  }
+}
+
+// Indexes the run's contigs with all but the n-th allocation that FetchKmers1 makes. Returns
+// whether the hash set holds every k-mer, and a side index stands beside it only where it has its
+// memory.
+bool isIndexedWithoutAllocation(int n, const std::vector<TestScaffold>& scaffolds) {
+  free_hash(kmerHash);
+  kmerHash = init_hashset(1000000, LoadFactor);  // does not grow
+  failAllocationAfter(n);
+  FetchKmers1(kmerHash, scaffoldInfo, scaffoldSum);
+  if (sideIndex.isMade() != (deniedBytes() == 0)) return false;
+  uint64_t kmers = 0;
+  for (const TestScaffold& contigs : scaffolds) {
+    for (const TestContig& contig : contigs) kmers += contig.bases.size() - 30;
+  }
+  return kmerHash->count == kmers;
+}
+
+TEST_F(SideIndexTest, IndexingGoesOnWithoutMemoryForIt) {
+  const std::vector<TestScaffold> scaffolds{{{randomBases(300, 1)}, {randomBases(200, 2), 40}},
+                                            {{randomBases(100, 3)}}};
+  load(scaffolds);
+  for (int n = 0; n < 4; ++n) {
+    EXPECT_EXIT(std::_Exit(isIndexedWithoutAllocation(n, scaffolds) ? 0 : 1),
+                testing::ExitedWithCode(0), "")
+        << n;
   }
 }
 
