@@ -2,10 +2,14 @@
 // by two bits.
 #pragma once
 
+#include <bit>
 #include <cstdint>
 
 namespace velk {
 
+static_assert(std::endian::native == std::endian::little, "the lowest byte is the first letter");
+
+/// A word with `value`, below 256, in each of its bytes.
 constexpr uint64_t inEachByte(uint64_t value) {
   return value * 0x0101010101010101U;
 }
@@ -16,6 +20,7 @@ struct EightLetters {
   uint64_t low;    // bit 1 of each
   uint64_t high;   // bit 2 of each
 
+  /// letters: eight, as they lie in memory.
   explicit constexpr EightLetters(uint64_t letters)
       : upper(letters & inEachByte(0xDF)),
         low(upper >> 1 & inEachByte(1)),

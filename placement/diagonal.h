@@ -9,6 +9,8 @@
 
 namespace velk {
 
+static_assert(std::endian::native == std::endian::little, "the lowest byte that differs is first");
+
 /// Returns the first i in [from, to) with one[i] != other[i]; `to` when there is none.
 inline std::size_t firstDifference(const char* one, const char* other, std::size_t from,
                                    std::size_t to) {
