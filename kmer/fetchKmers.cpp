@@ -157,12 +157,6 @@ void forEachIndexed(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, OnCo
   }
 }
 
-}  // namespace
-
-SideIndex sideIndex;
-
-namespace {
-
 // Makes the side index where there is memory for it; the run is slower without it, and the same.
 void makeSideIndex(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, uint64_t kmers) {
   try {
@@ -173,6 +167,8 @@ void makeSideIndex(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, uint6
 }
 
 }  // namespace
+
+SideIndex sideIndex;
 
 void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum) {
   uint64_t kmers = 0;

@@ -8,7 +8,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include "kmer/packedBases.h"
 #include "kmer/tableMemory.h"
@@ -48,7 +50,7 @@ struct Gram {
 
 class GramFilter {
  public:
-  /// Makes an empty filter with room for `grams` grams.
+  /// Makes an empty filter with room for `grams` grams. Throws std::bad_alloc without memory.
   void build(uint64_t grams) { blocks_.make(bytesFor(grams) / sizeof(Block) + 1); }
 
   /// The bytes that it takes for so many grams, about.

@@ -2,8 +2,8 @@
 //
 // FetchKmers1 fills it together with the hash set; the workers read it without locks. It never
 // changes an answer: it only says, for certain, what a look-up would. It is not made, and says
-// nothing, for k-mer lengths without grams (kmer/gramFilter.h) and for assemblies that
-// outgrow the fields of an Entity.
+// nothing, for k-mer lengths without grams (kmer/gramFilter.h), for assemblies that outgrow the
+// fields of an Entity, and where there is no memory for it.
 #pragma once
 
 #include <cstdint>
@@ -24,9 +24,11 @@ struct Stretch {
 
 class SideIndex {
  public:
-  /// Makes it, empty, for `kmers` k-mers of the model.
+  /// Makes it, empty, for `kmers` k-mers of the model. Throws std::bad_alloc without memory, and is
+  /// to be released then.
   void make(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, uint64_t kmers);
 
+  /// Releases its memory: it is not made any more.
   void release();
 
   /// The bytes that it takes for so many k-mers of contigs of so many bases, about.
@@ -42,7 +44,7 @@ class SideIndex {
   void noteRepeat(const HashSet& index, const Stretch& stretch, std::size_t w, uint64_t first);
 
   /// Takes in `count` neighbouring k-mers that have just been added to `index`, in the order in
-  /// which the contig has them. bases: the stretch, packed.
+  /// which the contig has them. bases: those of the stretch, count + kmer - 1, packed.
   void add(const HashSet& index, const Stretch& stretch, const PackedBases& bases,
            std::size_t count, int kmer);
 

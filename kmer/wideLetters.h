@@ -16,6 +16,7 @@ inline constexpr std::size_t kWide = 32;  // letters
 
 inline const bool hasWideLetters = __builtin_cpu_supports("avx2");
 
+/// The letters at `letters`, which need not be aligned. REQUIRES, as below: hasWideLetters.
 [[gnu::target("avx2")]] inline __m256i wideLettersAt(const char* letters) {
   return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(letters));
 }

@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstring>
 
+#include "contig/contig.h"
 #include "kmer/Sequence.h"
 #include "kmer/eightLetters.h"
 #include "placement/Read2Scaf.h"

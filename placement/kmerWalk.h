@@ -21,7 +21,6 @@
 #include <string_view>
 #include <vector>
 
-#include "contig/contig.h"
 #include "kmer/fetchKmers.h"
 #include "kmer/hashSet.h"
 #include "kmer/packedBases.h"

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "contig/contig.h"
+#include "kmer/fetchKmers.h"
 #include "placement/diagonal.h"
 #include "placement/reverseComplement.h"
 

@@ -16,7 +16,7 @@ namespace velk {
 
 /// What the steps know of one read.
 struct Scouted {
-  bool hasBasesAlone;
+  bool hasBasesAlone;               // and a k-mer of them; false without a side index, too
   PackedBases packed;               // the read, if it has bases alone
   std::array<SlotProbe, 2> probes;  // of one of its k-mers, on both strands
   RunHint run;                      // length 0: none
