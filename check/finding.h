@@ -16,6 +16,7 @@ namespace velk::check {
 /// Names a kind; made of the id as it stands in the tables.
 class Id {
  public:
+  // cppcheck-suppress noExplicitConstructor ; a literal is as good as an Id
   consteval Id(const char* id) : kind_(indexOf(id)) {}  // NOLINT: a literal is as good as an Id
   const Kind& kind() const { return kindAt(kind_); }
 

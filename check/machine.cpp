@@ -17,7 +17,7 @@ constexpr uint64_t kNoLimit = std::numeric_limits<uint64_t>::max();
 uint64_t numberIn(const char* file) {
   std::ifstream input(file);
   uint64_t number = 0;
-  return input >> number ? number : kNoLimit;
+  return (input >> number) ? number : kNoLimit;
 }
 
 uint64_t availableMemory() {

@@ -148,7 +148,7 @@ void measurePairs(Survey& survey) {
 }
 
 uint64_t searchSample(Survey& survey) {
-  const int threads = thread_num;
+  const int before = thread_num;
   thread_num = threadNum = 1;
   allocateWorkerArrays(1);
   allocateRow(0, 1);
@@ -170,7 +170,7 @@ uint64_t searchSample(Survey& survey) {
   const double seconds = secondsSince(start);
   readsA = readsB = nullptr;
   releaseRows(1);
-  thread_num = threads;
+  thread_num = before;
   if (searched > 0) {
     survey.secondsPerRead = seconds / static_cast<double>(searched);
     survey.foundPerRead = static_cast<double>(found) / static_cast<double>(searched);

@@ -63,6 +63,7 @@ Run trimmed(const Run& run, const SplitLimits& limits) {
 }  // namespace
 
 void splitScaffold(ScaffoldInfo* scaffoldInfo, const std::string& scaffoldSeq,
+                   // cppcheck-suppress constParameter ; always been declared so
                    const std::string& scaffoldId, uint32_t& scaffoldNum, uint64_t& gapNum,
                    std::ostream& contigPosOutfile) {
   const SplitLimits limits{CONTIGLEN, CuttEdge, readLen};

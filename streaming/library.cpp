@@ -236,6 +236,7 @@ void libread2gap(Lib*& libs, int libSum) {
   spareB.release();
 }
 
+// cppcheck-suppress constParameter ; always been declared so
 void FindReadsInGaps(std::string& readFileA, std::string& readFileB, int threadnum) {
   threadNum = threadnum;
   const bool isOpened =
