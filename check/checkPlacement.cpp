@@ -41,7 +41,14 @@ void checkOrientation(Survey& survey, std::size_t library, const Place& place) {
     return;
   }
   const bool isOutward = measure.outward > measure.inward;
-  if (insert > 0 && isOutward != (insert > kLongestShortInsert)) {
+  const std::string sizes = libraryText(library) + ": avg_ins is " + std::to_string(insert) +
+                            ", measured " + std::to_string(std::lround(measure.insert));
+  const bool isTurned = insert > 0 && isOutward != (insert > kLongestShortInsert);
+  if (isTurned && isOutward == (measure.insert > kLongestShortInsert)) {
+    findings.add("insert-turns-pairs", place, sizes);
+    return;
+  }
+  if (isTurned) {
     findings.add("orientation-wrong", place,
                  counts + "; with avg_ins " + std::to_string(insert) + " velk expects " +
                      (isOutward ? "inwards" : "outwards"));
@@ -52,9 +59,7 @@ void checkOrientation(Survey& survey, std::size_t library, const Place& place) {
     findings.add("orientation-mixed", place, counts);
   }
   if (insert > 0 && std::abs(insert - measure.insert) > kFarOff * measure.insert) {
-    findings.add("insert-differs", place,
-                 libraryText(library) + ": avg_ins is " + std::to_string(insert) + ", measured " +
-                     std::to_string(std::lround(measure.insert)));
+    findings.add("insert-differs", place, sizes);
   }
 }
 

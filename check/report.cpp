@@ -84,7 +84,9 @@ void printLibraries(std::ostream& output, const Survey& survey) {
 void printAdvice(std::ostream& output, const Survey& survey, const Advice& advice) {
   if (!advice.isKnown) return;
   const MemoryEstimate& memory = advice.memory;
-  output << "Command line to run\n    " << advice.command << "\n\n"
+  output << "Command line to run"
+         << (survey.findings.highest() == Level::kError ? ", the errors mended" : "") << "\n    "
+         << advice.command << "\n\n"
          << "    -m: room for " << survey.distinctKmers << " different k-mers"
          << (survey.isExact ? "" : " (estimated, rounded up)") << ", so the table never grows\n"
          << "    memory: " << megabytes(memory.peak) << " at the peak (table "

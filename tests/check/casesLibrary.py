@@ -84,6 +84,9 @@ case("big-gaps-only", few_pairs(2500), few_pairs(400),
 case("no-gap-big-enough", lambda w: (few_pairs(2500)(w), option("-r", 134)(w)),
      lambda w: (few_pairs(2500)(w), option("-r", 133)(w)),
      also=["pairs-unmeasured"], near_also=["pairs-unmeasured", "big-gaps-only"])
+case("insert-turns-pairs", library(LIBRARY.replace("300", "3000")),
+     library(LIBRARY.replace("300", "950")), also=["big-gaps-only"],
+     near_also=["insert-differs"])
 case("orientation-wrong", every_pair(outwards))
 case("orientation-same", every_pair(lambda pair: (pair[0], turned(pair[1]))))
 case("orientation-mixed", every_pair(outwards, 0.3), every_pair(outwards, 0.1))
