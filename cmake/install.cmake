@@ -16,7 +16,8 @@ install(FILES completions/_velk DESTINATION ${VELK_ZSH_COMPLETIONS})
 
 # The documents keep their places to each other, so that their links hold.
 install(FILES CHANGES.md CITATION.cff LICENSE README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(FILES doc/formats.md doc/kept.md doc/performance.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/doc)
+install(FILES doc/formats.md doc/kept.md doc/performance.md doc/trust.md
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}/doc)
 if(TARGET velk-check)
   install(FILES doc/check.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/doc)
 endif()
