@@ -87,6 +87,7 @@ int main(int argc, char** argv) {
       ->required();
   app.add_option("slots", slots, "slots of the table")->required();
   app.add_option("--rounds", rounds, "how many times");
+  app.add_option("--threads", velk::thread_num, "threads of the index");
   CLI11_PARSE(app, argc, argv);
   velk::bench::measure(scaffolds, slots, rounds);
 }

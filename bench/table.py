@@ -49,9 +49,9 @@ class Table:
             print("| " + " | ".join(row) + " |")
 
 
-def index_row(table, programs, data, rounds):
+def index_row(table, programs, data, options):
     command = [f"{programs}/indexFloor", data.path("scaffolds.fa"), str(slots(data.bases())),
-               "--rounds", str(rounds)]
+               "--rounds", str(options.rounds), "--threads", str(options.threads)]
     lines = subprocess.run(command, check=True, capture_output=True, text=True).stdout.split("\n")
     costs = [[float(field) for field in line.split("\t")[1:]] for line in lines if line]
     index = statistics.median(cost[0] for cost in costs)
@@ -65,7 +65,7 @@ def ratio_row(table, data, what, velk, against, other, ratio):
 
 
 def scale_rows(table, programs, data, options):
-    index_row(table, programs, data, options.rounds)
+    index_row(table, programs, data, options)
     plain, gzip = data.read_files(""), data.read_files(".gz")
     rounds = Rounds(data.folder)
     rounds.run({

@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <new>
 #include <string_view>
+#include <system_error>
+#include <thread>
 
 #include "driver/velk.h"
 #include "kmer/Sequence.h"
@@ -60,7 +62,7 @@ constexpr std::size_t kBatch = 64;  // k-mers whose memory is fetched at the sam
 
 // Neighbouring k-mers of a contig on their way into the index.
 struct Batch {
-  Stretch stretch;
+  KmerPlace first;                       // of its k-mers
   std::size_t count;                     // k-mers
   bool hasBasesAlone;                    // whether `packed` is filled
   PackedBases packed;                    // their bases
@@ -78,7 +80,7 @@ class Indexer {
   void prepare(Batch& batch, const std::string& bases) const {
     const auto length = static_cast<std::size_t>(kmer_);
     const std::string_view stretch =
-        std::string_view(bases).substr(batch.stretch.offset, batch.count + length - 1);
+        std::string_view(bases).substr(batch.first.start, batch.count + length - 1);
     batch.hasBasesAlone = batch.packed.fill(stretch);
     batch.tableSize = set_.size;
     if (batch.hasBasesAlone) return;
@@ -98,47 +100,28 @@ class Indexer {
       if (w < fetches) fetch(*next, w);
       if (w < adds) add(*done, w);
     }
-    if (done != nullptr && side_.isMade()) addToSide(*done);
   }
 
  private:
   void fetch(Batch& batch, std::size_t w) const {
     SlotProbe& probe = batch.probes[w];
-    if (batch.hasBasesAlone) {
-      probe.key = batch.packed.key(w, kmer_);
-      if (side_.isMade()) {
-        const std::size_t last = w + gramsOf(kmer_) - 1;
-        side_.filter().prefetch(Gram(batch.packed.at(last, gramLength(kmer_)), kmer_));
-      }
-    }
-    probe = startProbe(set_, probe.key);
+    const uint64_t key = batch.hasBasesAlone ? batch.packed.key(w, kmer_) : probe.key;
+    probe = startProbe(set_, key);
     __builtin_prefetch(&set_.nul_flag[probe.slot / 8], 1);
   }
 
   void add(const Batch& batch, std::size_t w) {
-    const Stretch& stretch = batch.stretch;
     SlotProbe probe = batch.probes[w];
     if (set_.size != batch.tableSize) probe.slot = homeSlot(set_, probe.key);
+    const KmerPlace place{batch.first.scaffold, batch.first.contig, batch.first.start + w};
     Entity entity{};
     entity.bitSeq = probe.key;
     entity.unique = 1;
-    entity.scaffoldNum = stretch.scaffold % kScaffolds;
-    entity.contigNum = stretch.contig % kContigs;
-    entity.startPos = (stretch.offset + w) % kOffsets;
+    entity.scaffoldNum = place.scaffold % kScaffolds;
+    entity.contigNum = place.contig % kContigs;
+    entity.startPos = place.start % kOffsets;
     const uint64_t before = addBegun(&set_, entity, probe);
-    if (before != set_.size && side_.isMade()) side_.noteRepeat(set_, stretch, w, before);
-  }
-
-  void addToSide(const Batch& batch) {
-    const Stretch& stretch = batch.stretch;
-    if (batch.hasBasesAlone) {
-      side_.add(set_, stretch, batch.packed, batch.count, kmer_);
-      return;
-    }
-    for (std::size_t w = 0; w < batch.count; ++w) {
-      const Stretch one{stretch.scaffold, stretch.contig, stretch.offset + w};
-      side_.addOdd(set_, one, batch.probes[w].key, kmer_);
-    }
+    if (before != set_.size && side_.isMade()) side_.noteRepeat(set_, place, before);
   }
 
   HashSet& set_;
@@ -166,9 +149,52 @@ void makeSideIndex(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, uint6
   }
 }
 
+// Adds the contigs to the side index, in a thread of its own where the run has more than one.
+class SideFilling {
+ public:
+  SideFilling(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum)
+      : scaffoldInfo_(scaffoldInfo), scaffoldSum_(scaffoldSum) {
+    if (!sideIndex.isMade() || thread_num < 2) return;
+    try {
+      thread_ = std::jthread([this] { fill(); });
+    } catch (const std::system_error&) {
+      // finish() fills it then
+    }
+  }
+
+  /// Ends the filling, when all k-mers are in `index`.
+  void finish(const HashSet& index) {
+    if (!sideIndex.isMade()) return;
+    thread_.joinable() ? thread_.join() : fill();
+    if (memoryRanOut_) {
+      sideIndex.release();
+    } else {
+      sideIndex.finish(index, scaffoldInfo_, scaffoldSum_, Kmer);
+    }
+  }
+
+ private:
+  void fill() {
+    try {
+      forEachIndexed(scaffoldInfo_, scaffoldSum_,
+                     [](uint32_t i, uint32_t j, const ContigInfo& contig, uint32_t windows) {
+                       sideIndex.addContig(i, j, contig.contigSeq, windows, Kmer);
+                     });
+    } catch (const std::bad_alloc&) {
+      memoryRanOut_ = true;
+    }
+  }
+
+  const ScaffoldInfo* scaffoldInfo_;
+  uint32_t scaffoldSum_;
+  bool memoryRanOut_ = false;
+  std::jthread thread_;
+};
+
 }  // namespace
 
-SideIndex sideIndex;
+// Never destroyed: a run may end while it is being filled.
+SideIndex& sideIndex = *new SideIndex;
 
 void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum) {
   uint64_t kmers = 0;
@@ -181,6 +207,7 @@ void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t s
   sideIndex.release();
   if (hasGrams(Kmer) && !outgrowsEntity) makeSideIndex(scaffoldInfo, scaffoldSum, kmers);
 
+  SideFilling filling(scaffoldInfo, scaffoldSum);
   Indexer indexer(*kmerHash, sideIndex, Kmer);
   std::array<Batch, 2> batches;
   Batch* next = batches.data();
@@ -188,7 +215,7 @@ void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t s
   forEachIndexed(scaffoldInfo, scaffoldSum,
                  [&](uint32_t i, uint32_t j, const ContigInfo& contig, uint32_t windows) {
                    for (std::size_t offset = 0; offset < windows; offset += kBatch) {
-                     next->stretch = {i, j, offset};
+                     next->first = {i, j, offset};
                      next->count = std::min<std::size_t>(kBatch, windows - offset);
                      indexer.prepare(*next, contig.contigSeq);
                      indexer.turn(next, done);
@@ -197,7 +224,7 @@ void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t s
                    }
                  });
   indexer.turn(nullptr, done);
-  if (sideIndex.isMade()) sideIndex.finish(*kmerHash, scaffoldInfo, scaffoldSum, Kmer);
+  filling.finish(*kmerHash);
 }
 
 KmerPlace placeOf(const Entity& hit) {

@@ -8,6 +8,7 @@
 
 #include "contig/contig.h"
 #include "kmer/hashSet.h"
+#include "kmer/kmerPlace.h"
 #include "kmer/sideIndex.h"
 
 namespace velk {
@@ -17,14 +18,7 @@ namespace velk {
 /// its `unique` bit.
 void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum);
 
-extern SideIndex sideIndex;  // empty: beside the run's hash set, built by FetchKmers1
-
-/// Where a k-mer lies: scaffold and contig index, offset of its first base in contigSeq.
-struct KmerPlace {
-  uint64_t scaffold;
-  uint64_t contig;
-  uint64_t start;
-};
+extern SideIndex& sideIndex;  // empty: beside the run's hash set, built by FetchKmers1
 
 /// Returns the place of `hit`, a filled slot of the run's hash set whose `unique` bit is set. In an
 /// assembly whose indexes outgrow an entity's fields it is the one indexed place that agrees with

@@ -38,8 +38,17 @@ struct Gram {
   uint64_t forward;
   uint64_t reversed;
 
+  Gram() = default;
+
   /// bases: packed, of gramLength(kmer).
   Gram(uint64_t bases, int kmer) : forward(bases), reversed(reversedKey(bases, gramLength(kmer))) {}
+
+  /// The gram one base on: it ends with the base of that code.
+  void roll(uint64_t code, int kmer) {
+    const int bits = LEN_TO_BITLEN * gramLength(kmer);
+    forward = (forward << LEN_TO_BITLEN | code) & ((uint64_t{1} << bits) - 1);
+    reversed = reversed >> LEN_TO_BITLEN | (code ^ 3U) << (bits - LEN_TO_BITLEN);
+  }
 
   Gram turned() const {
     Gram other = *this;
@@ -60,8 +69,11 @@ class GramFilter {
 
   bool isBuilt() const { return blocks_.size() != 0; }
 
-  void add(const Gram& gram) {
-    Block& block = blocks_[blockOf(gram)];
+  void add(const Gram& gram) { add(gram, blockOf(gram)); }
+
+  /// The same, of a gram whose block is known.
+  void add(const Gram& gram, std::size_t blockNumber) {
+    Block& block = blocks_[blockNumber];
     const uint64_t bits = bitsOf(gram);
     for (int i = 0; i < kBitsPerGram; ++i) {
       const uint64_t bit = bits >> (kBitNumber * i) & (kBlockBits - 1);
@@ -70,8 +82,11 @@ class GramFilter {
   }
 
   /// Whether the gram may have been added; false is certain. REQUIRES: isBuilt().
-  bool mayHold(const Gram& gram) const {
-    const Block& block = blocks_[blockOf(gram)];
+  bool mayHold(const Gram& gram) const { return mayHold(gram, blockOf(gram)); }
+
+  /// The same, of a gram whose block is known.
+  bool mayHold(const Gram& gram, std::size_t blockNumber) const {
+    const Block& block = blocks_[blockNumber];
     const uint64_t bits = bitsOf(gram);
     uint64_t holds = 1;
     for (int i = 0; i < kBitsPerGram; ++i) {
@@ -81,8 +96,16 @@ class GramFilter {
     return (holds & 1U) != 0;
   }
 
-  /// Has the block of the gram and its reverse complement fetched.
-  void prefetch(const Gram& gram) const { __builtin_prefetch(&blocks_[blockOf(gram)]); }
+  /// The number of the block of the gram and its reverse complement.
+  std::size_t blockOf(const Gram& gram) const {
+    const uint64_t spread = std::min(gram.forward, gram.reversed) * 0xD6E8FEB86659FD93U;
+    // cppcheck-suppress shiftTooManyBits ; it takes 128 bits for 64
+    return static_cast<std::size_t>((Uint128{spread ^ spread >> 32} * blocks_.size()) >> 64);
+  }
+
+  /// Has that block fetched.
+  void prefetch(std::size_t blockNumber) const { __builtin_prefetch(&blocks_[blockNumber]); }
+  void prefetch(const Gram& gram) const { prefetch(blockOf(gram)); }
 
  private:
   static constexpr int kBitNumber = 9;  // bits that name a bit of a block
@@ -98,12 +121,6 @@ class GramFilter {
   static uint64_t bitsOf(const Gram& gram) { return (gram.forward * 0xC2B2AE3D27D4EB4FU) >> 32; }
 
   __extension__ using Uint128 = unsigned __int128;
-
-  std::size_t blockOf(const Gram& gram) const {
-    const uint64_t spread = std::min(gram.forward, gram.reversed) * 0xD6E8FEB86659FD93U;
-    // cppcheck-suppress shiftTooManyBits ; it takes 128 bits for 64
-    return static_cast<std::size_t>((Uint128{spread ^ spread >> 32} * blocks_.size()) >> 64);
-  }
 
   ZeroedArray<Block> blocks_;
 };

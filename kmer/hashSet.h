@@ -11,6 +11,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 
 namespace velk {
 
@@ -160,10 +161,9 @@ inline SlotProbe startProbe(const HashSet& set, uint64_t key) {
 
 /// Returns whether `slot` is filled. Unfilled slots are zero, so most answers need no bitmap.
 inline bool isFilled(const HashSet& set, uint64_t slot) {
-  const Entity& entity = set.array[slot];
-  const bool hasPlace =
-      (entity.scaffoldNum | entity.contigNum | entity.startPos | entity.unique) != 0;
-  return hasPlace || !is_entity_null(set.nul_flag, slot);
+  uint64_t place = 0;  // and whether it is unique
+  std::memcpy(&place, reinterpret_cast<const char*>(&set.array[slot]) + sizeof place, sizeof place);
+  return place != 0 || !is_entity_null(set.nul_flag, slot);
 }
 
 /// Ends a look-up as GetHashSet does.

@@ -1,10 +1,113 @@
 #include "kmer/sideIndex.h"
 
-#include <string_view>
+#include <algorithm>
+#include <array>
+#include <bit>
 
 #include "kmer/Sequence.h"
 
 namespace velk {
+namespace {
+
+constexpr std::size_t kStretch = 1024;     // k-mers that are packed together
+constexpr std::size_t kOddStretch = 64;    // k-mers that share a letter that is no base, at most
+constexpr std::size_t kGramsAhead = 48;    // grams whose blocks are fetched at the same time
+constexpr std::size_t kLookUpsAhead = 32;  // look-ups begun at the same time
+
+// Grams of neighbouring k-mers, those in hand and those whose blocks are being fetched.
+class GramRing {
+ public:
+  GramRing(const GramFilter& filter, const PackedBases& bases, int kmer)
+      : filter_(filter), bases_(bases), kmer_(kmer) {
+    for (int i = 1; i < gramLength(kmer); ++i) roll();
+  }
+
+  struct Placed {
+    Gram gram;
+    std::size_t block;
+  };
+
+  /// Gets the next gram, and has its block fetched.
+  void fetch() {
+    roll();
+    const std::size_t block = filter_.blockOf(rolled_);
+    filter_.prefetch(block);
+    ring_[fetched_++ % ring_.size()] = {rolled_, block};
+  }
+
+  const Placed& operator[](std::size_t gram) const { return ring_[gram % ring_.size()]; }
+
+ private:
+  void roll() {
+    if (nextBase_ % DATA_LEN == 0) word_ = bases_.word(nextBase_ / DATA_LEN);
+    rolled_.roll(word_ >> (64 - LEN_TO_BITLEN), kmer_);
+    word_ <<= LEN_TO_BITLEN;
+    ++nextBase_;
+  }
+
+  const GramFilter& filter_;
+  const PackedBases& bases_;
+  int kmer_;
+  Gram rolled_{};
+  std::size_t nextBase_ = 0;
+  uint64_t word_ = 0;  // the next bases, from its highest bits on
+  std::size_t fetched_ = 0;
+  std::array<Placed, 64> ring_;
+  static_assert(kGramsAhead + gramsOf(DATA_LEN) <= std::tuple_size_v<decltype(ring_)>);
+};
+
+uint64_t keyOf(std::string_view kmer) {
+  uint64_t key = 0;
+  Seq2Kmer(key, kmer);
+  return key;
+}
+
+// Calls onMark(w) for every marked k-mer w of the `windows` whose marks begin at `first`.
+template <class OnMark>
+void forEachMark(const ZeroedArray<uint64_t>& marks, uint64_t first, std::size_t windows,
+                 OnMark onMark) {
+  const uint64_t end = first + windows;
+  for (uint64_t bit = first; bit < end; bit = (bit / 64 + 1) * 64) {
+    for (uint64_t left = marks[bit / 64] >> (bit % 64); left != 0; left &= left - 1) {
+      const uint64_t marked = bit + static_cast<uint64_t>(std::countr_zero(left));
+      if (marked < end) onMark(static_cast<std::size_t>(marked - first));
+    }
+  }
+}
+
+// Looks keys up in the order in which they come, many at the same time.
+template <class OnAnswer>
+class LookUps {
+ public:
+  /// onAnswer(w, slot): the slot of the key that was begun with w.
+  LookUps(const HashSet& index, OnAnswer onAnswer) : index_(index), onAnswer_(onAnswer) {}
+
+  void begin(std::size_t w, uint64_t key) {
+    begun_[count_++] = {w, startProbe(index_, key)};
+    if (count_ == begun_.size()) end();
+  }
+
+  /// Answers what has been begun.
+  void end() {
+    for (std::size_t i = 0; i < count_; ++i) {
+      onAnswer_(begun_[i].w, findBegun(index_, begun_[i].probe));
+    }
+    count_ = 0;
+  }
+
+ private:
+  struct Begun {
+    std::size_t w;
+    SlotProbe probe;
+  };
+
+  const HashSet& index_;
+  OnAnswer onAnswer_;
+  std::array<Begun, kLookUpsAhead> begun_;
+  std::size_t count_ = 0;
+};
+
+}  // namespace
 
 void SideIndex::make(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, uint64_t kmers) {
   release();
@@ -29,72 +132,124 @@ void SideIndex::release() {
   reversed_.release();
 }
 
-void SideIndex::noteRepeat(const HashSet& index, const Stretch& stretch, std::size_t w,
-                           uint64_t first) {
-  set(repeats_, markOf(stretch) + w);
+void SideIndex::noteRepeat(const HashSet& index, const KmerPlace& place, uint64_t first) {
+  set(repeats_, markOf(place));
   set(repeats_, markOf(index.array[first]));
 }
 
-void SideIndex::add(const HashSet& index, const Stretch& stretch, const PackedBases& bases,
-                    std::size_t count, int kmer) {
-  const std::size_t grams = gramsOf(kmer);
-  // These are known from the stretch before, if there was one, and it had bases alone.
-  const auto gramAt = [&](std::size_t at) { return Gram(bases.at(at, gramLength(kmer)), kmer); };
-  for (std::size_t g = 0; g + 1 < grams; ++g) filter_.add(gramAt(g));
-  const uint64_t first = markOf(stretch);
-  const auto mayHoldReversed = [&](std::size_t gram) {
-    return filter_.mayHold(gramAt(gram).turned());
+void SideIndex::addContig(uint64_t scaffold, uint64_t contig, std::string_view bases,
+                          std::size_t windows, int kmer) {
+  const auto length = static_cast<std::size_t>(kmer);
+  const uint64_t first = markOf(KmerPlace{scaffold, contig, 0});
+  for (std::size_t at = 0; at < windows; at += kStretch) {
+    const std::size_t count = std::min(kStretch, windows - at);
+    addStretch(first + at, bases.substr(at, count + length - 1), kmer);
+  }
+}
+
+// Takes in the k-mers of a stretch of bases, the first of which has the mark `first`.
+void SideIndex::addStretch(uint64_t first, std::string_view bases, int kmer) {
+  const auto length = static_cast<std::size_t>(kmer);
+  const std::size_t windows = bases.size() - length + 1;
+  PackedBases packed;
+  if (packed.fill(bases)) {
+    addBases(first, packed, windows, kmer);
+  } else if (windows > kOddStretch) {
+    const std::size_t half = windows / 2;
+    addStretch(first, bases.substr(0, half + length - 1), kmer);
+    addStretch(first + half, bases.substr(half), kmer);
+  } else {
+    for (std::size_t w = 0; w < windows; ++w) addOdd(first + w, bases.substr(w, length), kmer);
+  }
+}
+
+void SideIndex::addBases(uint64_t first, const PackedBases& bases, std::size_t windows, int kmer) {
+  const std::size_t gramsBefore = gramsOf(kmer) - 1;
+  const std::size_t grams = windows + gramsBefore;
+  GramRing ring(filter_, bases, kmer);
+  const auto mayHoldTurned = [&](std::size_t gram) {
+    return filter_.mayHold(ring[gram].gram.turned(), ring[gram].block);
   };
-  for (std::size_t w = 0; w < count; ++w) {
-    const Gram last = gramAt(w + grams - 1);
-    filter_.add(last);
-    // Whichever of the two comes later finds the grams of the other.
-    if (filter_.mayHold(last.turned()) && mayHoldReversed(w) && mayHoldReversed(w + grams / 2)) {
-      markPair(index, first + w, reversedKey(bases.at(w, kmer), kmer));
+  for (std::size_t step = 0; step < grams + kGramsAhead; ++step) {
+    if (step < grams) ring.fetch();
+    if (step < kGramsAhead) continue;
+    const std::size_t last = step - kGramsAhead;
+    filter_.add(ring[last].gram, ring[last].block);
+    if (last < gramsBefore) continue;
+    const std::size_t w = last - gramsBefore;
+    // Of a k-mer and its reverse complement, whichever comes later finds the grams of the other.
+    if (mayHoldTurned(last) && mayHoldTurned(w) && mayHoldTurned(w + gramsBefore / 2)) {
+      set(reversed_, first + w);
     }
   }
 }
 
-void SideIndex::addOdd(const HashSet& index, const Stretch& stretch, uint64_t key, int kmer) {
+// Takes in one k-mer of a stretch that has other letters than bases in it.
+void SideIndex::addOdd(uint64_t mark, std::string_view bases, int kmer) {
+  const uint64_t key = keyOf(bases);
   const uint64_t gramBits = (uint64_t{1} << (LEN_TO_BITLEN * gramLength(kmer))) - 1;
   for (std::size_t g = 0; g < gramsOf(kmer); ++g) {
     filter_.add(Gram(key >> (LEN_TO_BITLEN * g) & gramBits, kmer));
   }
-  set(reversed_, markOf(stretch));
-  markPair(index, markOf(stretch), reversedKey(key, kmer));
+  set(reversed_, mark);
 }
 
-// Marks a k-mer whose reverse complement is `reversed`, and that one, if it is in the index.
-void SideIndex::markPair(const HashSet& index, uint64_t bit, uint64_t reversed) {
-  const uint64_t slot = findBegun(index, {reversed, homeSlot(index, reversed)});
-  if (slot == index.size) return;
-  set(reversed_, bit);
-  set(reversed_, markOf(index.array[slot]));
+void SideIndex::finish(const HashSet& index, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum,
+                       int kmer) {
+  const auto forEachContig = [&](auto settle) {
+    for (uint32_t i = 0; i < scaffoldSum; ++i) {
+      for (uint32_t j = 0; j < scaffoldInfo[i].contigsSum; ++j) {
+        const std::string_view bases = scaffoldInfo[i].contigsInfo[j].contigSeq;
+        settle(bases, markOf(KmerPlace{i, j, 0}));
+      }
+    }
+  };
+  forEachContig([&](std::string_view bases, uint64_t first) {
+    settleReversed(index, bases, first, kmer);
+  });
+  forEachContig([&](std::string_view bases, uint64_t first) {
+    shareReversed(index, bases, first, kmer);
+  });
+}
+
+// Leaves a contig's marks where the reverse complement is in the index, and marks that one, too.
+// The reverse complement of a k-mer with other letters than bases is not told by its key: those
+// keep their marks.
+void SideIndex::settleReversed(const HashSet& index, std::string_view bases, uint64_t first,
+                               int kmer) {
+  const auto length = static_cast<std::size_t>(kmer);
+  const auto hasBasesAlone = [](std::string_view letters) {
+    return std::all_of(letters.begin(), letters.end(), [](char base) { return baseCode(base) < 4; });
+  };
+  LookUps lookUps(index, [&](std::size_t w, uint64_t slot) {
+    if (slot != index.size) {
+      set(reversed_, markOf(index.array[slot]));
+    } else if (hasBasesAlone(bases.substr(w, length))) {
+      reversed_[(first + w) / 64] &= ~maskOf(first + w);
+    }
+  });
+  forEachMark(reversed_, first, bases.size(), [&](std::size_t w) {
+    lookUps.begin(w, reversedKey(keyOf(bases.substr(w, length)), kmer));
+  });
+  lookUps.end();
 }
 
 // Of a k-mer that occurs more than once, the index knows the first place alone, so that one bears
 // the mark; the others take it over.
-void SideIndex::finish(const HashSet& index, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum,
-                       int kmer) {
-  const auto length = static_cast<std::size_t>(kmer);
-  for (uint32_t i = 0; i < scaffoldSum; ++i) {
-    for (uint32_t j = 0; j < scaffoldInfo[i].contigsSum; ++j) {
-      const std::string_view bases = scaffoldInfo[i].contigsInfo[j].contigSeq;
-      const uint64_t first = markOf(Stretch{i, j, 0});
-      for (std::size_t at = 0; at + length <= bases.size(); ++at) {
-        if (!isSet(repeats_, first + at)) continue;
-        uint64_t key = 0;
-        Seq2Kmer(key, bases.substr(at, length));
-        const uint64_t slot = findBegun(index, {key, homeSlot(index, key)});
-        if (isSet(reversed_, markOf(index.array[slot]))) set(reversed_, first + at);
-      }
-    }
-  }
+void SideIndex::shareReversed(const HashSet& index, std::string_view bases, uint64_t first,
+                              int kmer) {
+  LookUps lookUps(index, [&](std::size_t w, uint64_t slot) {
+    if (isSet(reversed_, markOf(index.array[slot]))) set(reversed_, first + w);
+  });
+  forEachMark(repeats_, first, bases.size(), [&](std::size_t w) {
+    lookUps.begin(w, keyOf(bases.substr(w, static_cast<std::size_t>(kmer))));
+  });
+  lookUps.end();
 }
 
 bool SideIndex::mayHoldReverse(uint64_t scaffold, uint64_t contig, uint64_t from,
                                uint64_t to) const {
-  const uint64_t first = markOf(Stretch{scaffold, contig, 0});
+  const uint64_t first = markOf(KmerPlace{scaffold, contig, 0});
   const uint64_t end = first + to;
   for (uint64_t bit = first + from; bit < end; bit = (bit / 64 + 1) * 64) {
     const uint64_t behind = end - bit;

@@ -1,26 +1,22 @@
 // What stands beside the hash set to save look-ups: the gram filter, and two marks for every k-mer.
 //
-// FetchKmers1 fills it together with the hash set; the workers read it without locks. It never
-// changes an answer: it only says, for certain, what a look-up would. It is not made, and says
-// nothing, for k-mer lengths without grams (kmer/gramFilter.h), for assemblies that outgrow the
-// fields of an Entity, and where there is no memory for it.
+// FetchKmers1 fills it beside the hash set, with a thread of its own where the run has several; the
+// workers read it without locks. It never changes an answer: it only says, for certain, what a
+// look-up would. It is not made, and says nothing, for k-mer lengths without grams
+// (kmer/gramFilter.h), for assemblies that outgrow the fields of an Entity, and where there is no
+// memory for it.
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 #include "contig/contig.h"
 #include "kmer/gramFilter.h"
 #include "kmer/hashSet.h"
+#include "kmer/kmerPlace.h"
 
 namespace velk {
-
-/// Where a stretch of neighbouring k-mers lies: scaffold, contig, offset of the first.
-struct Stretch {
-  uint64_t scaffold;
-  uint64_t contig;
-  uint64_t offset;
-};
 
 class SideIndex {
  public:
@@ -40,25 +36,22 @@ class SideIndex {
 
   const GramFilter& filter() const { return filter_; }
 
-  /// Says that the k-mer at stretch.offset + w has been added before, to slot `first`.
-  void noteRepeat(const HashSet& index, const Stretch& stretch, std::size_t w, uint64_t first);
+  /// Says that the k-mer at `place` has been added before, to slot `first`.
+  void noteRepeat(const HashSet& index, const KmerPlace& place, uint64_t first);
 
-  /// Takes in `count` neighbouring k-mers that have just been added to `index`, in the order in
-  /// which the contig has them. bases: those of the stretch, count + kmer - 1, packed.
-  void add(const HashSet& index, const Stretch& stretch, const PackedBases& bases,
-           std::size_t count, int kmer);
+  /// Takes in the first `windows` k-mers of a contig; another thread may call noteRepeat meanwhile.
+  /// Throws std::bad_alloc without memory.
+  void addContig(uint64_t scaffold, uint64_t contig, std::string_view bases, std::size_t windows,
+                 int kmer);
 
-  /// Takes in one such k-mer of a stretch that has other letters than bases in it.
-  void addOdd(const HashSet& index, const Stretch& stretch, uint64_t key, int kmer);
-
-  /// Ends the making, when every k-mer has been added.
+  /// Ends the making, when every k-mer has been added, here and to `index`.
   void finish(const HashSet& index, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum,
               int kmer);
 
   /// Whether the k-mer of a contig at `offset` occurs more than once.
   /// REQUIRES: isMade(), it is indexed.
   bool isRepeated(uint64_t scaffold, uint64_t contig, uint64_t offset) const {
-    return isSet(repeats_, markOf(Stretch{scaffold, contig, offset}));
+    return isSet(repeats_, markOf(KmerPlace{scaffold, contig, offset}));
   }
 
   /// Whether the index may hold the reverse complement of a k-mer of the contig at an offset in
@@ -66,32 +59,38 @@ class SideIndex {
   bool mayHoldReverse(uint64_t scaffold, uint64_t contig, uint64_t from, uint64_t to) const;
 
   /// Has the memory fetched that mayHoldReverse reads of the k-mers from there on.
-  void prefetchMark(const Stretch& stretch) const {
-    __builtin_prefetch(&reversed_[markOf(stretch) / 64]);
+  void prefetchMark(const KmerPlace& place) const {
+    __builtin_prefetch(&reversed_[markOf(place) / 64]);
   }
 
  private:
-  uint64_t markOf(const Stretch& stretch) const {
-    return firstMark_[firstContig_[stretch.scaffold] + stretch.contig] + stretch.offset;
-  }
-  uint64_t markOf(const Entity& entity) const {
-    return markOf(Stretch{entity.scaffoldNum, entity.contigNum, entity.startPos});
-  }
   using Marks = ZeroedArray<uint64_t>;
 
-  static void set(Marks& marks, uint64_t bit) { marks[bit / 64] |= uint64_t{1} << (bit % 64); }
-  static bool isSet(const Marks& marks, uint64_t bit) {
-    return (marks[bit / 64] >> (bit % 64) & 1U) != 0;
+  uint64_t markOf(const KmerPlace& place) const {
+    return firstMark_[firstContig_[place.scaffold] + place.contig] + place.start;
+  }
+  uint64_t markOf(const Entity& entity) const {
+    return markOf(KmerPlace{entity.scaffoldNum, entity.contigNum, entity.startPos});
   }
 
-  void markPair(const HashSet& index, uint64_t bit, uint64_t reversed);
+  static uint64_t maskOf(uint64_t bit) { return uint64_t{1} << (bit % 64); }
+  static void set(Marks& marks, uint64_t bit) { marks[bit / 64] |= maskOf(bit); }
+  static bool isSet(const Marks& marks, uint64_t bit) {
+    return (marks[bit / 64] & maskOf(bit)) != 0;
+  }
+
+  void addStretch(uint64_t first, std::string_view bases, int kmer);
+  void addBases(uint64_t first, const PackedBases& bases, std::size_t windows, int kmer);
+  void addOdd(uint64_t mark, std::string_view bases, int kmer);
+  void settleReversed(const HashSet& index, std::string_view bases, uint64_t first, int kmer);
+  void shareReversed(const HashSet& index, std::string_view bases, uint64_t first, int kmer);
 
   GramFilter filter_;
   std::vector<uint64_t> firstContig_;  // by scaffold: number of its first contig in firstMark_
   std::vector<uint64_t> firstMark_;    // by contig: mark of its k-mer at offset 0
   // A bit per k-mer of the model each.
   Marks repeats_;   // it occurs more than once
-  Marks reversed_;  // its reverse complement is in the index
+  Marks reversed_;  // its reverse complement is in the index; before finish(): it may be
 };
 
 }  // namespace velk
