@@ -14,13 +14,6 @@ namespace {
 constexpr float kSmallestLoadFactor = 0.25F;  // stands for 0 and below
 constexpr float kLargestLoadFactor = 0.75F;   // stands for 1 and above, and for no number
 
-// Copies `entity` into the empty slot `slot`.
-void fillSlot(HashSet* set, uint64_t slot, const Entity& entity) {
-  set->array[slot] = entity;
-  set_entity_fill(set->nul_flag, slot);
-  ++set->count;
-}
-
 // Adds an entity to a table that has just grown, counting the filled slots on its way.
 uint64_t addAfterGrowth(HashSet* set, const Entity& entity) {
   uint64_t slot = homeSlot(*set, entity.bitSeq);
@@ -84,17 +77,7 @@ int add_hashset(HashSet* set, const Entity& entity) {
   return 1;
 }
 
-uint64_t addBegun(HashSet* set, const Entity& entity, const SlotProbe& probe) {
-  int flag = 0;
-  const uint64_t slot = probeFrom(*set, probe, flag);
-  if (flag == 1) {
-    set->array[slot].unique = 0;
-    return slot;
-  }
-  if (set->count + 1 <= set->max) {
-    fillSlot(set, slot, entity);
-    return set->size;
-  }
+uint64_t addWithGrowth(HashSet* set, const Entity& entity) {
   std::cerr << "old set->size: " << set->size << "\n";
   enlarge_hashset(set, 1);
   std::cerr << "new set->size: " << set->size << "\n";

@@ -10,6 +10,7 @@
 //   4. Nothing inserts, grows or deletes while a worker runs.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -152,10 +153,13 @@ struct SlotProbe {
   uint64_t slot;  // home slot of the key
 };
 
-/// Begins a look-up: has the memory of the key's home slot fetched.
+/// Begins a look-up: has the memory of the key's home slot fetched, and of the next ones, which lie
+/// in another cache line mostly.
 inline SlotProbe startProbe(const HashSet& set, uint64_t key) {
+  constexpr uint64_t kProbed = 3;  // slots behind the home slot that a probe comes to often
   const SlotProbe probe{key, homeSlot(set, key)};
   __builtin_prefetch(&set.array[probe.slot]);
+  __builtin_prefetch(&set.array[std::min(probe.slot + kProbed, set.size)]);
   return probe;
 }
 
@@ -187,8 +191,28 @@ inline uint64_t findBegun(const HashSet& set, const SlotProbe& probe) {
   return flag == 1 && !is_entity_delete(set.del_flag, slot) ? slot : set.size;
 }
 
+/// Copies `entity` into the empty slot `slot`.
+inline void fillSlot(HashSet* set, uint64_t slot, const Entity& entity) {
+  set->array[slot] = entity;
+  set_entity_fill(set->nul_flag, slot);
+  ++set->count;
+}
+
+/// Adds an entity that makes the table grow; the rest of addBegun.
+uint64_t addWithGrowth(HashSet* set, const Entity& entity);
+
 /// Ends a look-up as add_hashset does. Returns the slot of the entity that had the key already,
 /// set->size when `entity` is new. REQUIRES: probe.key == entity.bitSeq.
-uint64_t addBegun(HashSet* set, const Entity& entity, const SlotProbe& probe);
+inline uint64_t addBegun(HashSet* set, const Entity& entity, const SlotProbe& probe) {
+  int flag = 0;
+  const uint64_t slot = probeFrom(*set, probe, flag);
+  if (flag == 1) {
+    set->array[slot].unique = 0;
+    return slot;
+  }
+  if (set->count + 1 > set->max) return addWithGrowth(set, entity);
+  fillSlot(set, slot, entity);
+  return set->size;
+}
 
 }  // namespace velk
