@@ -33,6 +33,17 @@ constexpr std::size_t gramsOf(int kmer) {
   return static_cast<std::size_t>(kmer) + 1 - static_cast<std::size_t>(gramLength(kmer));
 }
 
+/// Windows (k-mer offsets) that hold none of what the filter holds are settled in strides: the last
+/// gram of a stride's windows, not held, rules them all out. Returns the last window of the first
+/// stride of [at, to). The strides are as even as can be, so that both strands of a read have the
+/// same grams at their ends. REQUIRES: at < to.
+constexpr std::size_t strideFrom(std::size_t at, std::size_t to, int kmer) {
+  const auto grams = static_cast<uint32_t>(gramsOf(kmer));
+  const auto left = static_cast<uint32_t>(to - at);
+  const uint32_t strides = (left + grams - 1) / grams;
+  return at - 1 + (left + strides - 1) / strides;
+}
+
 /// A packed gram and its packed reverse complement.
 struct Gram {
   uint64_t forward;

@@ -73,13 +73,31 @@ bool PackedBases::fillBy(bool (*pack)(const char*, uint64_t&), std::string_view 
   for (; i + kWide <= bases.size(); i += kWide) {
     areBases &= pack(bases.data() + i, words_[i / kWide]);
   }
-  if (i < bases.size()) {
-    std::array<char, kWide> rest;
-    rest.fill('A');
-    std::copy(bases.begin() + static_cast<std::ptrdiff_t>(i), bases.end(), rest.begin());
-    areBases &= pack(rest.data(), words_[i / kWide]);
+  const std::size_t rest = bases.size() - i;
+  if (rest == 0) return areBases;
+  uint64_t& last = words_[i / kWide];
+  if (i != 0) {
+    areBases &= pack(bases.data() + bases.size() - kWide, last);
+    last <<= LEN_TO_BITLEN * (kWide - rest);
+  } else {
+    std::array<char, kWide> letters;
+    letters.fill('A');
+    std::copy(bases.begin(), bases.end(), letters.begin());
+    areBases &= pack(letters.data(), last);
   }
   return areBases;
+}
+
+void PackedBases::fillTurned(const PackedBases& other, std::size_t length) {
+  words_.resize(length / kWide + 2);
+  std::size_t left = length;
+  std::size_t n = 0;
+  for (; left >= kWide; left -= kWide) {
+    words_[n++] = reversedKey(other.at(left - kWide, DATA_LEN), DATA_LEN);
+  }
+  if (left == 0) return;
+  const int rest = static_cast<int>(left);
+  words_[n] = reversedKey(other.at(0, rest), rest) << (64 - LEN_TO_BITLEN * rest);
 }
 
 }  // namespace velk

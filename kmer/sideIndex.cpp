@@ -204,12 +204,10 @@ void SideIndex::finish(const HashSet& index, const ScaffoldInfo* scaffoldInfo, u
       }
     }
   };
-  forEachContig([&](std::string_view bases, uint64_t first) {
-    settleReversed(index, bases, first, kmer);
-  });
-  forEachContig([&](std::string_view bases, uint64_t first) {
-    shareReversed(index, bases, first, kmer);
-  });
+  forEachContig(
+      [&](std::string_view bases, uint64_t first) { settleReversed(index, bases, first, kmer); });
+  forEachContig(
+      [&](std::string_view bases, uint64_t first) { shareReversed(index, bases, first, kmer); });
 }
 
 // Leaves a contig's marks where the reverse complement is in the index, and marks that one, too.
@@ -219,7 +217,8 @@ void SideIndex::settleReversed(const HashSet& index, std::string_view bases, uin
                                int kmer) {
   const auto length = static_cast<std::size_t>(kmer);
   const auto hasBasesAlone = [](std::string_view letters) {
-    return std::all_of(letters.begin(), letters.end(), [](char base) { return baseCode(base) < 4; });
+    return std::all_of(letters.begin(), letters.end(),
+                       [](char base) { return baseCode(base) < 4; });
   };
   LookUps lookUps(index, [&](std::size_t w, uint64_t slot) {
     if (slot != index.size) {

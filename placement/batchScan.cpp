@@ -41,34 +41,62 @@ class BatchScan {
 
   uint32_t found() const { return n_; }
 
-  void scanSingle(const std::string& read) {
-    if (containsN(read) || isShorterThanKmer(read)) return;
+  void scanSingle(const std::string& read, Scouted& known) {
+    if (mayContainN(known, read) || isShorterThanKmer(read)) return;
+    const std::string& turned = known.turned;
+    KmerWalk::takeStrands({strand(read, known, false), strand(turned, known, true)});
     int64_t i = 0;
     checkSingleRead(i, read, n_, t_);
     if (i != kmersOf(read)) return;
-    checkSingleRead(i, reverseComplementIn(reversedA_, read), n_, t_);
+    checkSingleRead(i, turnedBases(known, read), n_, t_);
   }
 
-  void scanPair(std::string& a, std::string& b) {
-    if (containsN(a) || containsN(b)) return;
-    if (insertLength > kLongestShortInsert) LongReverseComplement(a, b);
+  void scanPair(std::string& a, std::string& b, Scouted& knownA, Scouted& knownB) {
+    if (mayContainN(knownA, a) || mayContainN(knownB, b)) return;
+    if (insertLength > kLongestShortInsert) {
+      LongReverseComplement(a, b);
+      if (isShorterThanKmer(a) || isShorterThanKmer(b)) return;
+      KmerWalk::takeStrands({strand(a, knownB, true), strand(reversedA_, knownB, false),
+                             strand(b, knownA, true), strand(reversedB_, knownA, false)});
+      tryPair(
+          a, b, [&]() -> const std::string& { return reverseComplementIn(reversedA_, a); },
+          reverseComplementIn(reversedB_, b));
+      return;
+    }
     if (isShorterThanKmer(a) || isShorterThanKmer(b)) return;
+    KmerWalk::takeStrands({strand(a, knownA, false), strand(knownA.turned, knownA, true),
+                           strand(b, knownB, false), strand(knownB.turned, knownB, true)});
+    tryPair(
+        a, b, [&]() -> const std::string& { return turnedBases(knownA, a); },
+        turnedBases(knownB, b));
+  }
 
-    // Tries 1 and 2 read the fragment as a on the contig strand and b opposite, 3 and 4 the other
-    // way round. The first try that settles the pair ends it.
+ private:
+  static bool mayContainN(const Scouted& known, const std::string& read) {
+    return !known.hasBasesAlone && containsN(read);
+  }
+
+  static Strand strand(const std::string& bases, const Scouted& known, bool isTurned) {
+    if (!known.hasBasesAlone) return {};
+    return {&bases, &known, isTurned};
+  }
+
+  // Tries 1 and 2 read the fragment as a on the contig strand and b opposite, 3 and 4 the other way
+  // round. The first try that settles the pair ends it.
+  template <class TurnA>
+  void tryPair(const std::string& a, const std::string& b, TurnA turnA,
+               const std::string& reversedB) {
     int64_t i = 0;
-    const std::string& reversedB = reverseComplementIn(reversedB_, b);
     checkForwardRead(i, a, reversedB, n_, t_);
     if (i != kmersOf(a)) return;
     checkReverseRead(i, reversedB, a, n_, t_);
     if (i != kmersOf(b)) return;
-    const std::string& reversedA = reverseComplementIn(reversedA_, a);
+    const std::string& reversedA = turnA();
     checkReverseRead(i, reversedA, b, n_, t_);
     if (i != kmersOf(a)) return;
     checkForwardRead(i, b, reversedA, n_, t_);
   }
 
- private:
   int t_;           // the worker
   uint32_t n_ = 0;  // records in its row
   std::string reversedA_;
@@ -86,43 +114,70 @@ class Share {
   /// Where the e-th entry of the share stands in the buffer.
   int64_t bufferIndex(int64_t e) const { return t_ + e * threadNum; }
 
-  /// Scouts ahead of entry e, and leaves the walk the hints of that one.
-  void comeTo(int64_t e) {
-    const Entry& entry = scouted_[static_cast<std::size_t>(e) % scouted_.size()];
+  /// What is known of the reads of an entry.
+  struct Entry {
+    Scouting a;
+    Scouting b;
+  };
+
+  /// Scouts ahead of entry e, and returns what is known of that one.
+  Entry& comeTo(int64_t e) {
     if (e == 0) {
-      for (int64_t ahead = 0; ahead < kSteps * kAhead; ++ahead) step(ahead);
+      for (int64_t ahead = 0; ahead < kSteps; ++ahead) step(ahead);
     }
-    step(e + kSteps * kAhead);
-    KmerWalk::takeHints(entry.a.run, entry.b.run);
+    step(e + kSteps);
+    return entry(e);
   }
 
  private:
-  static constexpr int64_t kSteps = 4;
-  static constexpr int64_t kAhead = 2;  // entries between two steps of the scout
+  static constexpr int64_t kSteps = 8;
 
-  struct Entry {
-    Scouted a;
-    Scouted b;
-  };
+  Entry& entry(int64_t e) { return scouted_[static_cast<std::size_t>(e) % scouted_.size()]; }
 
-  // Takes entry e through the first step, and those before it on.
+  // Calls scout(read, bases) for one of the reads of entry e, if there is such an entry.
+  template <class Step>
+  void forRead(int64_t e, Scouting Entry::*side, Step scout) {
+    if (e < 0 || e >= entries()) return;
+    const std::string* const reads = side == &Entry::a ? readsA : readsB;
+    scout(entry(e).*side, reads[bufferIndex(e)]);
+  }
+
+  // Takes entry e through the first step, and those before it on, an entry a step. The read that is
+  // tried first leads: where that runs as the first try expects it, the other is not looked after.
   void step(int64_t e) {
-    const auto forReads = [&](int64_t at, auto scout) {
-      if (at < 0 || at >= entries()) return;
-      Entry& entry = scouted_[static_cast<std::size_t>(at) % scouted_.size()];
-      scout(entry.a, readsA[bufferIndex(at)]);
-      if (readsB != nullptr) scout(entry.b, readsB[bufferIndex(at)]);
-    };
-    forReads(e, [](Scouted&, const std::string& read) { Scout::approach(read); });
-    e -= kAhead;
-    forReads(e, [&](Scouted& s, const std::string& read) { scout_.look(s, read); });
-    forReads(e - kAhead, [&](Scouted& s, const std::string& read) { scout_.find(s, read); });
-    forReads(e - 2 * kAhead, [&](Scouted& s, const std::string& read) { scout_.compare(s, read); });
+    const bool isTurned = readsB != nullptr && insertLength > kLongestShortInsert;
+    const auto lead = isTurned ? &Entry::b : &Entry::a;
+    const auto other = isTurned ? &Entry::a : &Entry::b;
+    const auto approach = [](Scouting&, const std::string& bases) { Scout::approach(bases); };
+    const auto look = [&](Scouting& s, const std::string& bases) { scout_.look(s, bases); };
+    const auto ask = [&](Scouting& s, const std::string&) { scout_.ask(s); };
+    const auto find = [&](Scouting& s, const std::string& bases) { scout_.find(s, bases); };
+    const auto compare = [&](Scouting& s, const std::string& bases) { scout_.compare(s, bases); };
+    forRead(e, lead, approach);
+    forRead(e - 1, lead, look);
+    forRead(e - 2, lead, ask);
+    forRead(e - 3, lead, find);
+    if (readsB == nullptr) {
+      forRead(e - 4, lead, compare);
+      return;
+    }
+    forRead(e - 4, lead, [&](Scouting& s, const std::string& bases) {
+      if (isTurned || !s.isFound || s.run.isReversed) scout_.compare(s, bases);
+    });
+    forRead(e - 3, other, approach);
+    forRead(e - 4, other, [&](Scouting& s, const std::string& bases) {
+      const Scouting& led = entry(e - 4).*lead;
+      s.hasBasesAlone = s.hasTurned = false;
+      if (!led.hasBasesAlone || !led.isFound || led.run.isReversed != isTurned) look(s, bases);
+    });
+    forRead(e - 5, other, ask);
+    forRead(e - 6, other, find);
+    forRead(e - 7, other, compare);
   }
 
   int t_;  // the worker
   Scout scout_;
-  std::array<Entry, kSteps * kAhead + 1> scouted_{};
+  std::array<Entry, kSteps + 1> scouted_{};
 };
 
 }  // namespace
@@ -131,12 +186,12 @@ void FindReads(int t) {
   BatchScan scan(t);
   Share share(t);
   for (int64_t e = 0; e < share.entries(); ++e) {
-    share.comeTo(e);
+    Share::Entry& known = share.comeTo(e);
     const int64_t j = share.bufferIndex(e);
     if (readsB == nullptr) {
-      scan.scanSingle(readsA[j]);
+      scan.scanSingle(readsA[j], known.a);
     } else {
-      scan.scanPair(readsA[j], readsB[j]);
+      scan.scanPair(readsA[j], readsB[j], known.a, known.b);
     }
   }
   foundReadNum[t] = scan.found();

@@ -2,11 +2,9 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
 
 #include "contig/contig.h"
 #include "kmer/Sequence.h"
-#include "kmer/eightLetters.h"
 #include "placement/Read2Scaf.h"
 #include "placement/diagonal.h"
 
@@ -18,12 +16,6 @@ namespace {
 thread_local WalkBuffers* threadBuffers = nullptr;
 
 }  // namespace
-
-uint64_t startOfOther(std::string_view read) {
-  uint64_t letters = 0;
-  std::memcpy(&letters, read.data() + read.size() - sizeof letters, sizeof letters);
-  return __builtin_bswap64(EightLetters(letters).complements());
-}
 
 void WindowSet::insertRange(std::size_t from, std::size_t to) {
   while (from < to) {
@@ -66,8 +58,29 @@ void KmerWalk::releaseBuffers() {
   threadBuffers = nullptr;
 }
 
-void KmerWalk::takeHints(const RunHint& one, const RunHint& other) {
-  buffersOfThread().hints = {one, other};
+void KmerWalk::takeStrands(const std::array<Strand, 4>& strands) {
+  buffersOfThread().strands = strands;
+}
+
+// Makes `read` the one in hand, and passes over what is known of its windows. Returns its strand;
+// null when nothing is known.
+const Strand* KmerWalk::takeUp(const std::string& read) {
+  for (const Strand& strand : buffers_.strands) {
+    if (strand.bases != &read) continue;
+    const Scouted& known = *strand.scouted;
+    packed_ = &known.packed;
+    if (strand.isTurned) {
+      buffers_.packed.fillTurned(known.packed, read.size());
+      packed_ = &buffers_.packed;
+    }
+    if (known.hasRun) {
+      known.run.isReversed == strand.isTurned ? expectRun(read.size(), known.run)
+                                              : passReverse(read.size(), known.run);
+    }
+    return &strand;
+  }
+  packed_ = buffers_.packed.fill(read) ? &buffers_.packed : nullptr;
+  return nullptr;
 }
 
 // Passes over the windows that lie where the refused `hit` lies.
@@ -97,33 +110,27 @@ bool KmerWalk::passRepeats(std::string_view read, const Entity& found, std::size
 }
 
 uint64_t KmerWalk::keyAt(std::string_view read, std::size_t window) const {
-  if (hasBasesAlone_) return buffers_.packed.key(window, kmer_);
+  if (packed_ != nullptr) return packed_->key(window, kmer_);
   uint64_t key = 0;
   Seq2Kmer(key, read.substr(window, static_cast<std::size_t>(kmer_)));
   return key;
 }
 
 bool KmerWalk::mayHoldGram(std::size_t gram) const {
-  return sideIndex.filter().mayHold(Gram(buffers_.packed.at(gram, gramLength(kmer_)), kmer_));
+  return sideIndex.filter().mayHold(Gram(packed_->at(gram, gramLength(kmer_)), kmer_));
 }
 
 // Passes over those of the windows [from, to) that have a gram which the filter does not hold,
 // until `most` are left. Returns the end of the windows settled. Asks in strides: the last gram of
 // a window, if it is not held, settles as many windows as it is in.
 std::size_t KmerWalk::passAbsent(std::size_t from, std::size_t to, std::size_t most) {
-  if (!sideIndex.isMade() || !hasBasesAlone_) return std::min(to, from + most);
+  if (!sideIndex.isMade() || packed_ == nullptr) return std::min(to, from + most);
   const std::size_t grams = gramsOf(kmer_);
   const std::size_t last = to - 1;
-  // As even as can be: over one wrong base, both strands ask for the same grams.
-  const auto nextStride = [&](std::size_t at) {
-    const auto left = static_cast<uint32_t>(to - at);
-    const auto strides = (left + static_cast<uint32_t>(grams) - 1) / static_cast<uint32_t>(grams);
-    return at - 1 + (left + strides - 1) / strides;
-  };
   std::size_t held = from;  // the grams in [at, held) are held
   std::size_t at = from;
   while (at < to && most > 0) {
-    const std::size_t stride = at == from ? std::min(at + grams - 1, last) : nextStride(at);
+    const std::size_t stride = strideFrom(at, to, kmer_);
     const std::size_t end = at + grams;
     const std::size_t absent = absentGram(std::max(at, held), stride, end);
     if (absent == end) {
@@ -152,42 +159,32 @@ std::size_t KmerWalk::absentGram(std::size_t from, std::size_t first, std::size_
   return end;
 }
 
-// Passes over the windows of which a hint says that their reverse complements lie on a contig. The
-// reverse complement of a letter that is no base is an A, which tells nothing of the read's own
-// k-mers: reads of bases alone are looked after.
-void KmerWalk::followHint(const std::string& read) {
-  if (!sideIndex.isMade() || !hasBasesAlone_) return;
-  const uint64_t start = startOfOther(read);
-  for (const RunHint& hint : buffers_.hints) {
-    if (hint.length == read.size() && hint.start == start) passReverse(read, hint.hit);
-  }
+// Expects the windows of a read of this length that are the contig's in its run.
+void KmerWalk::expectRun(std::size_t length, const Run& run) {
+  run.forEachStretch(
+      length, static_cast<std::size_t>(kmer_),
+      [&](std::size_t from, std::size_t to) { buffers_.expected.insertRange(from, to); });
 }
 
-// Passes over the windows of the read whose reverse complements lie on a contig, when the reverse
-// complement of the read is laid `along` it.
-void KmerWalk::passReverse(const std::string& read, const Hit& along) {
-  std::string& other = buffers_.reversed;
-  other.resize(read.size());
-  ReverseComplementSeq(other, read);
-  const std::string& contig = scaffoldInfo[along.scaffold].contigsInfo[along.contig].contigSeq;
-  const auto mayHold = [&](uint64_t from, uint64_t to) {
-    return sideIndex.mayHoldReverse(along.scaffold, along.contig, from, to);
+// Passes over those windows of a read of this length whose reverse complements are the contig's in
+// the run of its reverse complement, and are not in the index.
+void KmerWalk::passReverse(std::size_t length, const Run& run) {
+  const std::size_t windows = length - static_cast<std::size_t>(kmer_) + 1;
+  const Hit& along = run.hit;
+  const auto mayHold = [&](std::size_t from, std::size_t to) {
+    const auto shift = static_cast<uint64_t>(along.offset);
+    return sideIndex.mayHoldReverse(along.scaffold, along.contig, from + shift, to + shift);
   };
-  const std::size_t windows = windowsOf(other);
-  forEachRun(contig, other, along.offset, static_cast<std::size_t>(kmer_),
-             [&](std::size_t from, std::size_t to) {
-               const uint64_t start = from + static_cast<uint64_t>(along.offset);
-               if (!mayHold(start, start + (to - from))) {
-                 buffers_.passed.insertRange(windows - to, windows - from);
-                 return;
-               }
-               for (std::size_t w = from; w < to; ++w) {
-                 const uint64_t onContig = w + static_cast<uint64_t>(along.offset);
-                 if (!mayHold(onContig, onContig + 1)) {
-                   buffers_.passed.insert(windows - 1 - w);
-                 }
-               }
-             });
+  run.forEachStretch(length, static_cast<std::size_t>(kmer_),
+                     [&](std::size_t from, std::size_t to) {
+                       if (!mayHold(from, to)) {
+                         buffers_.passed.insertRange(windows - to, windows - from);
+                         return;
+                       }
+                       for (std::size_t w = from; w < to; ++w) {
+                         if (!mayHold(w, w + 1)) buffers_.passed.insert(windows - 1 - w);
+                       }
+                     });
 }
 
 }  // namespace velk

@@ -9,7 +9,7 @@
 //      over that do so, too: none of them is a unique hit.
 //   3. Where the reverse complement of a read is known to run along a contig (placement/scout.h),
 //      the read's k-mers are reverse complements of the contig's; those that the index does not
-//      hold are passed over.
+//      hold are passed over. Where the read itself is known to run, the filter is not asked.
 //   4. A gram that the gram filter does not hold passes over every k-mer around it.
 //   5. The others are looked up in groups whose memory is fetched together.
 #pragma once
@@ -24,18 +24,12 @@
 #include "kmer/fetchKmers.h"
 #include "kmer/hashSet.h"
 #include "kmer/packedBases.h"
+#include "placement/scouted.h"
 
 namespace velk {
 
 /// What the visitor of a hit says: look at the next hit, or end the walk.
 enum class Walk { kGoOn, kStop };
-
-/// A unique k-mer of the read in the index.
-struct Hit {
-  uint64_t scaffold;  // index in scaffoldInfo
-  uint64_t contig;    // index in the scaffold
-  int64_t offset;     // contig position of the read's first base, may be negative
-};
 
 /// A set of the windows (k-mer offsets) of one read.
 class WindowSet {
@@ -68,18 +62,6 @@ class WindowSet {
   std::vector<uint64_t> words_;
 };
 
-/// Where a read, or its reverse complement, seems to run along a contig of the index.
-struct RunHint {
-  std::size_t length;  // of the read; 0: no hint
-  uint64_t start;      // the first eight letters of what runs
-  bool isReversed;     // whether that is the reverse complement
-  Hit hit;
-};
-
-/// The first eight letters, in upper case, of the reverse complement of a read of bases alone.
-/// REQUIRES: read.size() >= 8.
-uint64_t startOfOther(std::string_view read);
-
 /// What a walk needs room for; every thread has one, reused from read to read until it calls
 /// KmerWalk::releaseBuffers().
 struct WalkBuffers {
@@ -90,11 +72,11 @@ struct WalkBuffers {
     SlotProbe probe;
   };
 
-  WindowSet passed;      // windows that need no look-up
-  PackedBases packed;    // the read, if it has bases alone
-  std::string reversed;  // the read's reverse complement
+  WindowSet passed;    // windows that need no look-up
+  WindowSet expected;  // windows that are in the index, as far as is known
+  PackedBases packed;  // the read, if it has bases alone
   std::array<Pending, kLargestGroup> pending;
-  std::array<RunHint, 2> hints{};  // of the reads in hand
+  std::array<Strand, 4> strands;  // that are known
 };
 
 /// Walks reads against the run's index.
@@ -110,9 +92,9 @@ class KmerWalk {
   template <class Visit>
   void uniqueHits(const std::string& read, int64_t& i, Visit visit);
 
-  /// Leaves hints for this thread's next walks, of the reads hinted at and of their reverse
-  /// complements; the hints before them are forgotten.
-  static void takeHints(const RunHint& one, const RunHint& other);
+  /// Makes these strands known to this thread's next walks, in place of those before; they and
+  /// what is known of them stay as they are until then.
+  static void takeStrands(const std::array<Strand, 4>& strands);
 
   /// Releases what the walks of this thread have allocated. REQUIRES: no walk of it is alive.
   static void releaseBuffers();
@@ -127,16 +109,22 @@ class KmerWalk {
   static WalkBuffers& buffersOfThread();
 
   template <class Visit>
+  Outcome visitFirst(const std::string& read, const Strand* strand, int64_t& i, Visit& visit);
+  template <class Visit>
   Outcome visitHits(const std::string& read, std::size_t from, std::size_t to, int64_t& i,
                     Visit& visit);
+  template <class Visit>
+  Outcome visitSlot(const std::string& read, std::size_t window, uint64_t slot, int64_t& i,
+                    Visit& visit);
+  const Strand* takeUp(const std::string& read);
   uint64_t keyAt(std::string_view read, std::size_t window) const;
   bool mayHoldGram(std::size_t gram) const;
   std::size_t absentGram(std::size_t from, std::size_t first, std::size_t end) const;
   std::size_t passAbsent(std::size_t from, std::size_t to, std::size_t most);
   void passDiagonal(const std::string& read, const Hit& hit);
   bool passRepeats(std::string_view read, const Entity& found, std::size_t window);
-  void followHint(const std::string& read);
-  void passReverse(const std::string& read, const Hit& along);
+  void expectRun(std::size_t length, const Run& run);
+  void passReverse(std::size_t length, const Run& run);
 
   std::size_t windowsOf(std::string_view read) const {
     return read.size() - static_cast<std::size_t>(kmer_) + 1;
@@ -144,7 +132,7 @@ class KmerWalk {
 
   const HashSet& index_;
   int kmer_;
-  bool hasBasesAlone_ = false;  // of the read in hand
+  const PackedBases* packed_ = nullptr;  // the read in hand, if it has bases alone
   WalkBuffers& buffers_ = buffersOfThread();
 };
 
@@ -152,24 +140,37 @@ template <class Visit>
 void KmerWalk::uniqueHits(const std::string& read, int64_t& i, Visit visit) {
   const std::size_t windows = windowsOf(read);
   buffers_.passed.reset(windows);
-  hasBasesAlone_ = buffers_.packed.fill(read);
-  followHint(read);
-  // The first k-mer is not worth asking the filter: its slot has been fetched, and it mostly hits.
-  if (visitHits(read, 0, 1, i, visit) == Outcome::kStopped) return;
-  buffers_.passed.insert(0);
+  buffers_.expected.reset(windows);
+  const Strand* const strand = takeUp(read);
+  if (visitFirst(read, strand, i, visit) == Outcome::kStopped) return;
   // A hit mostly settles all that follows it, so one k-mer is tried at a time, and more only where
   // there was none.
   std::size_t most = 1;
   for (std::size_t from = buffers_.passed.firstMissing(0); from < windows;) {
-    const std::size_t end = std::min(windows, from + kLongestStretch);
-    const std::size_t to = buffers_.passed.firstContained(from, end);
-    const std::size_t until = passAbsent(from, to, most);
+    std::size_t until = from + 1;
+    if (!buffers_.expected.contains(from)) {
+      const std::size_t end = std::min(windows, from + kLongestStretch);
+      const std::size_t passed = buffers_.passed.firstContained(from, end);
+      until = passAbsent(from, buffers_.expected.firstContained(from, passed), most);
+    }
     const Outcome outcome = visitHits(read, from, until, i, visit);
     if (outcome == Outcome::kStopped) return;
     most = outcome == Outcome::kOnContig ? 1 : std::min(4 * most, WalkBuffers::kLargestGroup);
     from = buffers_.passed.firstMissing(until);
   }
   i = static_cast<int64_t>(windows);
+}
+
+// Shows the hit of the first k-mer, where it is known, or nothing is: then it is not worth asking
+// the filter, as it mostly hits.
+template <class Visit>
+KmerWalk::Outcome KmerWalk::visitFirst(const std::string& read, const Strand* strand, int64_t& i,
+                                       Visit& visit) {
+  if (strand != nullptr && strand->isTurned) return Outcome::kNothing;
+  buffers_.passed.insert(0);
+  const uint64_t slot = strand != nullptr ? strand->scouted->firstSlot
+                                          : findBegun(index_, startProbe(index_, keyAt(read, 0)));
+  return visitSlot(read, 0, slot, i, visit);
 }
 
 // Looks the windows [from, to) up and shows their hits, but for those that are passed over.
@@ -186,22 +187,29 @@ KmerWalk::Outcome KmerWalk::visitHits(const std::string& read, std::size_t from,
     for (std::size_t p = 0; p < count; ++p) {
       const auto& [window, probe] = buffers_.pending[p];
       if (buffers_.passed.contains(window)) continue;
-      const uint64_t slot = findBegun(index_, probe);
-      if (slot == index_.size) continue;
-      const Entity& found = index_.array[slot];
-      if (found.unique == 0) {
-        if (passRepeats(read, found, window)) outcome = Outcome::kOnContig;
-        continue;
-      }
-      const KmerPlace place = placeOf(found);
-      i = static_cast<int64_t>(window);
-      const Hit hit{place.scaffold, place.contig, static_cast<int64_t>(place.start) - i};
-      if (visit(hit) == Walk::kStop) return Outcome::kStopped;
-      passDiagonal(read, hit);
-      outcome = Outcome::kOnContig;
+      const Outcome here = visitSlot(read, window, findBegun(index_, probe), i, visit);
+      if (here == Outcome::kStopped) return here;
+      if (here == Outcome::kOnContig) outcome = here;
     }
   }
   return outcome;
+}
+
+// Shows the hit of a window that has been looked up, if it is one.
+template <class Visit>
+KmerWalk::Outcome KmerWalk::visitSlot(const std::string& read, std::size_t window, uint64_t slot,
+                                      int64_t& i, Visit& visit) {
+  if (slot == index_.size) return Outcome::kNothing;
+  const Entity& found = index_.array[slot];
+  if (found.unique == 0) {
+    return passRepeats(read, found, window) ? Outcome::kOnContig : Outcome::kNothing;
+  }
+  const KmerPlace place = placeOf(found);
+  i = static_cast<int64_t>(window);
+  const Hit hit{place.scaffold, place.contig, static_cast<int64_t>(place.start) - i};
+  if (visit(hit) == Walk::kStop) return Outcome::kStopped;
+  passDiagonal(read, hit);
+  return Outcome::kOnContig;
 }
 
 }  // namespace velk

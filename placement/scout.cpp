@@ -1,109 +1,151 @@
 #include "placement/scout.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "contig/contig.h"
 #include "kmer/fetchKmers.h"
+#include "placement/Read2Scaf.h"
 #include "placement/diagonal.h"
-#include "placement/reverseComplement.h"
 
 namespace velk {
 namespace {
 
 constexpr std::size_t kCacheLine = 64;
 
-uint64_t firstEight(std::string_view bases) {
-  uint64_t letters = 0;
-  std::memcpy(&letters, bases.data(), sizeof letters);
-  return letters;
+void fetchBases(std::string_view bases) {
+  for (std::size_t at = 0; at < bases.size(); at += kCacheLine) __builtin_prefetch(&bases[at]);
+}
+
+const std::string& contigOf(const Hit& hit) {
+  return scaffoldInfo[hit.scaffold].contigsInfo[hit.contig].contigSeq;
 }
 
 }  // namespace
 
-std::size_t Scout::lastWindow(std::string_view read) const {
-  return read.size() - static_cast<std::size_t>(kmer_);
+const std::string& turnedBases(Scouted& read, const std::string& bases) {
+  if (!read.hasTurned) {
+    read.turned.resize(bases.size());
+    ReverseComplementSeq(read.turned, bases);
+    read.hasTurned = true;
+  }
+  return read.turned;
 }
 
-// Begins to look the k-mer at `window` up, on both strands.
-void Scout::begin(Scouted& scouted, std::size_t window) const {
-  const uint64_t key = scouted.packed.at(window, kmer_);
-  scouted.probes = {startProbe(index_, key), startProbe(index_, reversedKey(key, kmer_))};
+std::size_t Scout::lastWindow(std::string_view bases) const {
+  return bases.size() - static_cast<std::size_t>(kmer_);
+}
+
+// The gram in the middle of a k-mer: that of its reverse complement, too.
+std::size_t Scout::middleGram(std::size_t window) const {
+  return window + gramsOf(kmer_) / 2;
+}
+
+void Scout::fetchGram(const PackedBases& packed, std::size_t gram) const {
+  sideIndex.filter().prefetch(Gram(packed.at(gram, gramLength(kmer_)), kmer_));
+}
+
+// Begins to look the k-mer at `window` up, on the strands on which the index may hold it. Returns
+// whether there is one.
+bool Scout::begin(Scouting& read, std::size_t window) const {
+  const Gram gram(read.packed.at(middleGram(window), gramLength(kmer_)), kmer_);
+  const uint64_t key = read.packed.at(window, kmer_);
+  const GramFilter& filter = sideIndex.filter();
+  read.window = window;
+  read.isBegun = {filter.mayHold(gram), filter.mayHold(gram.turned())};
+  if (read.isBegun[0]) read.probes[0] = startProbe(index_, key);
+  if (read.isBegun[1]) read.probes[1] = startProbe(index_, reversedKey(key, kmer_));
+  return read.isBegun[0] || read.isBegun[1];
 }
 
 // Ends these look-ups, and has the contig fetched on which there is a hit.
-void Scout::finish(Scouted& scouted, std::string_view read, std::size_t window) const {
+void Scout::finish(Scouting& read, std::string_view bases) const {
   for (const bool isReversed : {false, true}) {
-    const uint64_t slot = findBegun(index_, scouted.probes[isReversed ? 1 : 0]);
+    if (!read.isBegun[isReversed ? 1 : 0]) continue;
+    const uint64_t slot = findBegun(index_, read.probes[isReversed ? 1 : 0]);
+    if (read.window == 0 && !isReversed) read.firstSlot = slot;
     if (slot == index_.size) continue;
     const Entity& found = index_.array[slot];
-    const std::size_t before = isReversed ? lastWindow(read) - window : window;
+    const std::size_t before = isReversed ? lastWindow(bases) - read.window : read.window;
     const int64_t offset = static_cast<int64_t>(found.startPos) - static_cast<int64_t>(before);
-    scouted.run = {read.size(),
-                   isReversed ? startOfOther(read) : firstEight(read),
-                   isReversed,
-                   {found.scaffoldNum, found.contigNum, offset}};
-    const std::string& contig =
-        scaffoldInfo[found.scaffoldNum].contigsInfo[found.contigNum].contigSeq;
+    read.isFound = true;
+    read.run.clear();
+    read.run.isReversed = isReversed;
+    read.run.hit = {found.scaffoldNum, found.contigNum, offset};
+    const std::string_view contig = contigOf(read.run.hit);
+    read.run.contigLength = contig.size();
     const auto from = static_cast<std::size_t>(std::max<int64_t>(offset, 0));
-    const std::size_t to = std::min(from + read.size(), contig.size());
-    for (std::size_t at = from; at < to; at += kCacheLine) __builtin_prefetch(&contig[at]);
+    fetchBases(contig.substr(from, bases.size()));
     sideIndex.prefetchMark({found.scaffoldNum, found.contigNum, from});
     return;
   }
 }
 
 void Scout::approach(std::string_view read) {
-  for (std::size_t at = 0; at < read.size(); at += kCacheLine) __builtin_prefetch(&read[at]);
+  fetchBases(read);
 }
 
-void Scout::look(Scouted& scouted, std::string_view read) const {
-  scouted.hasBasesAlone = sideIndex.isMade() && read.size() >= static_cast<std::size_t>(kmer_) &&
-                          scouted.packed.fill(read);
-  if (scouted.hasBasesAlone) begin(scouted, 0);
+void Scout::look(Scouting& read, std::string_view bases) const {
+  read.isFound = read.hasRun = read.hasTurned = false;
+  read.firstSlot = index_.size;
+  read.hasBasesAlone = sideIndex.isMade() && bases.size() >= static_cast<std::size_t>(kmer_) &&
+                       read.packed.fill(bases);
+  if (read.hasBasesAlone) fetchGram(read.packed, middleGram(0));
 }
 
-void Scout::find(Scouted& scouted, std::string_view read) const {
-  scouted.run.length = 0;
-  if (!scouted.hasBasesAlone) return;
-  finish(scouted, read, 0);
-  if (scouted.run.length == 0) begin(scouted, lastWindow(read));
+void Scout::ask(Scouting& read) const {
+  if (read.hasBasesAlone) begin(read, 0);
 }
 
-void Scout::compare(Scouted& scouted, std::string_view read) {
-  if (!scouted.hasBasesAlone) return;
-  if (scouted.run.length == 0) finish(scouted, read, lastWindow(read));
-  const auto gramBases = static_cast<std::size_t>(gramLength(kmer_));
-  const std::size_t lastGram = read.size() - gramBases;
-  if (scouted.run.length == 0) {
-    const std::size_t grams = gramsOf(kmer_);
-    for (std::size_t gram = grams - 1; gram <= lastGram; gram += grams) {
-      fetchGram(scouted.packed, gram);
+void Scout::find(Scouting& read, std::string_view bases) const {
+  if (!read.hasBasesAlone) return;
+  finish(read, bases);
+  if (!read.isFound) begin(read, lastWindow(bases));
+}
+
+void Scout::compare(Scouting& read, const std::string& bases) const {
+  if (!read.hasBasesAlone) return;
+  if (!read.isFound) finish(read, bases);
+  // A base is wrong in the first k-mer and in the last: rare enough to wait for the memory.
+  if (!read.isFound && begin(read, lastWindow(bases) / 2)) finish(read, bases);
+  if (read.isFound) findDifferences(read, bases);
+  const std::size_t windows = lastWindow(bases) + 1;
+  std::size_t settled = 0;  // windows of what runs
+  if (read.hasRun) {
+    const bool isReversed = read.run.isReversed;
+    const auto kmer = static_cast<std::size_t>(kmer_);
+    read.run.forEachStretch(bases.size(), kmer, [&](std::size_t from, std::size_t to) {
+      if (settled == 0) {
+        const uint64_t key = read.packed.at(isReversed ? windows - 1 - from : from, kmer_);
+        startProbe(index_, isReversed ? reversedKey(key, kmer_) : key);
+      }
+      isReversed ? fetchStrides(read.packed, windows - from, windows - settled)
+                 : fetchStrides(read.packed, settled, from);
+      settled = to;
+    });
+    if (isReversed) {
+      fetchStrides(read.packed, 0, windows - settled);
+      return;
     }
-    return;
   }
-  const bool isReversed = scouted.run.isReversed;
-  std::string_view along = read;
-  if (isReversed) {
-    reversed_.resize(read.size());
-    reverseComplement(reversed_.data(), read.data(), read.size());
-    along = reversed_;
-  }
-  const Hit& hit = scouted.run.hit;
-  const std::string& contig = scaffoldInfo[hit.scaffold].contigsInfo[hit.contig].contigSeq;
-  int differences = 0;
-  forEachDifference(contig, along, hit.offset, [&](std::size_t at) {
-    if (++differences > kMostDifferences) return;
-    // The grams that the walks of both strands ask for when this base alone is wrong.
-    const std::size_t onRead = isReversed ? read.size() - 1 - at : at;
-    for (const std::size_t before : {std::size_t{0}, (gramBases - 1) / 2, gramBases - 1}) {
-      fetchGram(scouted.packed, std::min(lastGram, onRead - std::min(onRead, before)));
-    }
+  fetchStrides(read.packed, std::max<std::size_t>(settled, 1), windows);
+}
+
+// Lays what runs along its contig; it is no run where it differs too much.
+void Scout::findDifferences(Scouting& read, const std::string& bases) const {
+  read.hasRun = true;
+  const std::string& along = read.run.isReversed ? turnedBases(read, bases) : bases;
+  forEachDifference(contigOf(read.run.hit), along, read.run.hit.offset, [&](std::size_t at) {
+    read.hasRun = read.hasRun && read.run.addDifference(at);
   });
 }
 
-void Scout::fetchGram(const PackedBases& packed, std::size_t gram) const {
-  sideIndex.filter().prefetch(Gram(packed.at(gram, gramLength(kmer_)), kmer_));
+// Has fetched what the filter says when no window of [from, to) is in the index.
+void Scout::fetchStrides(const PackedBases& packed, std::size_t from, std::size_t to) const {
+  while (from < to) {
+    const std::size_t stride = strideFrom(from, to, kmer_);
+    fetchGram(packed, stride);
+    from = stride + 1;
+  }
 }
 
 }  // namespace velk

@@ -1,8 +1,8 @@
-// Runs ahead of the scan of a batch and has the memory fetched that placing a read will ask for.
+// Runs ahead of the scan of a batch, has the memory fetched that placing a read will ask for, and
+// finds out what the k-mer walk of the read need not.
 //
-// A worker has one, and takes every read of its share through four steps, some entries apart, so
-// that what a step asks for has come when the next one needs it. It changes no answer: all that it
-// finds is a hint where a read seems to run along a contig, which the k-mer walk takes or leaves.
+// A worker has one, and takes a read through five steps, some entries apart, so that what a step
+// asks for has come when the next one needs it.
 #pragma once
 
 #include <array>
@@ -10,16 +10,16 @@
 #include <string_view>
 
 #include "kmer/hashSet.h"
-#include "placement/kmerWalk.h"
+#include "placement/scouted.h"
 
 namespace velk {
 
-/// What the steps know of one read.
-struct Scouted {
-  bool hasBasesAlone;               // and a k-mer of them; false without a side index, too
-  PackedBases packed;               // the read, if it has bases alone
-  std::array<SlotProbe, 2> probes;  // of one of its k-mers, on both strands
-  RunHint run;                      // length 0: none
+/// A read on its way through the steps.
+struct Scouting : Scouted {
+  std::size_t window = 0;             // the k-mer of it that is looked up
+  std::array<SlotProbe, 2> probes{};  // the begun look-ups of that, on either strand
+  std::array<bool, 2> isBegun{};
+  bool isFound = false;  // whether `run` tells where it seems to run, not compared yet
 };
 
 class Scout {
@@ -29,27 +29,33 @@ class Scout {
   /// 1. Has the read's bases fetched.
   static void approach(std::string_view read);
 
-  /// 2. Has the slots fetched of the read's first k-mer.
-  void look(Scouted& scouted, std::string_view read) const;
+  /// 2. Has fetched what the gram filter says of the read's first k-mer.
+  void look(Scouting& read, std::string_view bases) const;
 
-  /// 3. Finds where the read, or its reverse complement, runs, and has that part of the contig
+  /// 3. Has the slots fetched of that k-mer, on the strands of which the filter holds it possible.
+  void ask(Scouting& read) const;
+
+  /// 4. Finds where the read, or its reverse complement, runs, and has that part of the contig
   /// fetched; or the slots of the read's last k-mer, when the first is not in the index.
-  void find(Scouted& scouted, std::string_view read) const;
+  void find(Scouting& read, std::string_view bases) const;
 
-  /// 4. Compares it there, and has fetched what the gram filter says of the bases that differ.
-  void compare(Scouted& scouted, std::string_view read);
+  /// 5. Compares it there, and has fetched what the filter says of the bases that differ.
+  void compare(Scouting& read, const std::string& bases) const;
 
  private:
-  static constexpr int kMostDifferences = 8;  // with more, the read is none of this contig
-
-  std::size_t lastWindow(std::string_view read) const;
-  void begin(Scouted& scouted, std::size_t window) const;
-  void finish(Scouted& scouted, std::string_view read, std::size_t window) const;
+  std::size_t lastWindow(std::string_view bases) const;
   void fetchGram(const PackedBases& packed, std::size_t gram) const;
+  std::size_t middleGram(std::size_t window) const;
+  bool begin(Scouting& read, std::size_t window) const;
+  void finish(Scouting& read, std::string_view bases) const;
+  void findDifferences(Scouting& read, const std::string& bases) const;
+  void fetchStrides(const PackedBases& packed, std::size_t from, std::size_t to) const;
 
   const HashSet& index_;
   int kmer_;
-  std::string reversed_;  // the reverse complement of the read in hand
 };
+
+/// The reverse complement of a read, made once.
+const std::string& turnedBases(Scouted& read, const std::string& bases);
 
 }  // namespace velk

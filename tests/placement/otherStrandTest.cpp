@@ -69,27 +69,32 @@ class OtherStrand : public PlacementTest {
     return bases;
   }
 
-  // Hints as the scout finds them; some to a place where the read does not run, or of another read.
-  void leaveHints(const std::string& one, const std::string& other) {
+  // Makes known what the scout finds of a read, or of its reverse complement; sometimes without
+  // the last step, or nothing.
+  Strand strandOf(Scouting& known, const std::string& read) {
     Scout scout(*kmerHash, Kmer);
-    Scouted first{};
-    Scouted second{};
-    scout.look(first, one);
-    scout.find(first, one);
-    scout.compare(first, one);
-    scout.look(second, other);
-    scout.find(second, other);
-    if (chance(30)) first.run = second.run;
-    if (chance(30)) first.run.start = startOfOther(one);
-    if (chance(30)) first.run.hit.offset += static_cast<int64_t>(below(100)) - 50;
-    if (chance(10)) second.run.length = 0;
-    KmerWalk::takeHints(first.run, second.run);
+    const bool isTurned = chance(50);
+    const std::string bases = isTurned ? plainReverseComplement(read) : read;
+    scout.look(known, bases);
+    scout.ask(known);
+    scout.find(known, bases);
+    if (chance(90)) scout.compare(known, bases);
+    // The reverse complement of a letter that is no base is one.
+    const bool areBases = read.find_first_not_of("ACGTacgt") == std::string::npos;
+    if (!areBases || !known.hasBasesAlone || chance(10)) return {};
+    return {&read, &known, isTurned};
+  }
+
+  void makeKnown(const std::string& one, const std::string& other) {
+    KmerWalk::takeStrands({strandOf(first_, one), strandOf(second_, other), {}, {}});
   }
 
   void reseed(unsigned seed) { random_.seed(seed); }
 
  private:
   std::mt19937 random_;
+  Scouting first_;
+  Scouting second_;
   std::vector<std::string> pool_;  // contigs made so far
 };
 
@@ -127,7 +132,7 @@ TEST_F(OtherStrand, AgreesWithThePlainModel) {
     for (int k = 0; k < 60; ++k) {
       const std::string one = read();
       const std::string other = read();
-      leaveHints(one, other);
+      makeKnown(one, other);
       std::vector<TestRecord> records;
       Outcome outcome = single(one);
       EXPECT_EQ(outcome.stop, plain.single(one, records)) << seed << ' ' << one;
@@ -140,6 +145,7 @@ TEST_F(OtherStrand, AgreesWithThePlainModel) {
       outcome = reverse(one, other);
       EXPECT_EQ(outcome.stop, plain.reverse(one, other, records)) << seed << ' ' << one;
       EXPECT_EQ(outcome.records, records) << seed << ' ' << one;
+      KmerWalk::takeStrands({});
     }
   }
 }

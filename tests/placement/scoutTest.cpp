@@ -1,11 +1,15 @@
-// What the scout finds of a read. Wrong hints change no answer, so that only these tests tell
-// whether there are right ones.
+// What the scout finds of a read. What it does not find changes no answer, so that only these tests
+// tell whether it finds anything.
 #include "placement/scout.h"
 
 #include <gtest/gtest.h>
 
+#include <numeric>
 #include <string>
+#include <utility>
+#include <vector>
 
+#include "kmer/Sequence.h"
 #include "kmer/fetchKmers.h"
 #include "tests/placement/placementTest.h"
 
@@ -17,49 +21,77 @@ class ScoutTest : public PlacementTest {
   ScoutTest() { assemble({{{x}, {y, 400}}}); }
   ~ScoutTest() override { sideIndex.release(); }
 
-  RunHint runOf(const std::string& read) {
+  const Scouted& scouted(const std::string& read) {
     Scout scout(*kmerHash, Kmer);
     Scout::approach(read);
     scout.look(scouted_, read);
+    scout.ask(scouted_);
     scout.find(scouted_, read);
     scout.compare(scouted_, read);
-    return scouted_.run;
+    return scouted_;
   }
 
-  // The read, or its reverse complement, runs along contig `contig` at this offset.
-  void expectRun(const std::string& read, bool isReversed, uint64_t contig, int64_t offset) {
-    const RunHint run = runOf(read);
-    EXPECT_EQ(run.length, read.size());
-    EXPECT_EQ(run.isReversed, isReversed);
-    // What the walk compares it with when it comes to the strand that does not run.
-    EXPECT_EQ(run.start, startOfOther(isReversed ? read : reverseComplement(read)));
-    EXPECT_EQ(run.hit.scaffold, 0U);
-    EXPECT_EQ(run.hit.contig, contig);
-    EXPECT_EQ(run.hit.offset, offset);
+  using Stretches = std::vector<std::pair<std::size_t, std::size_t>>;
+
+  // The read, or its reverse complement, runs along contig `contig` at this offset, its windows in
+  // these stretches those of the contig.
+  void expectRun(const std::string& read, bool isReversed, uint64_t contig, int64_t offset,
+                 const Stretches& stretches) {
+    const Scouted& known = scouted(read);
+    ASSERT_TRUE(known.hasRun);
+    EXPECT_EQ(known.run.isReversed, isReversed);
+    EXPECT_EQ(known.run.hit.scaffold, 0U);
+    EXPECT_EQ(known.run.hit.contig, contig);
+    EXPECT_EQ(known.run.hit.offset, offset);
+    Stretches found;
+    known.run.forEachStretch(
+        read.size(), static_cast<std::size_t>(Kmer),
+        [&](std::size_t from, std::size_t to) { found.emplace_back(from, to); });
+    EXPECT_EQ(found, stretches);
+    const Entity first{keyOf(read.substr(0, static_cast<std::size_t>(Kmer))), 0, 0, 0, 0};
+    EXPECT_EQ(known.firstSlot, get_hashset(kmerHash, first));
+  }
+
+  static uint64_t keyOf(const std::string& bases) {
+    uint64_t key = 0;
+    Seq2Kmer(key, bases);
+    return key;
   }
 
   const std::string x = randomBases(300, 71);
   const std::string y = randomBases(300, 72);
 
  private:
-  Scouted scouted_{};  // for read after read
+  Scouting scouted_;  // for read after read
 };
 
 TEST_F(ScoutTest, AReadAlongAContig) {
-  expectRun(readAt(x, 20, 100), false, 0, 20);
-  expectRun(readAt(y, 200, 31), false, 1, 200);
-  expectRun(readAt(y, 250, 100), false, 1, 250);  // over its end
+  expectRun(readAt(x, 20, 100), false, 0, 20, {{0, 70}});
+  expectRun(readAt(y, 200, 31), false, 1, 200, {{0, 1}});
+  expectRun(readAt(y, 250, 100), false, 1, 250, {{0, 20}});  // over its end
 }
 
 TEST_F(ScoutTest, AReadWhoseReverseComplementRunsAlongAContig) {
-  expectRun(reverseComplement(readAt(x, 20, 100)), true, 0, 20);
-  expectRun(reverseComplement(readAt(y, -40, 100)), true, 1, -40);
+  expectRun(reverseComplement(readAt(x, 20, 100)), true, 0, 20, {{0, 70}});
+  expectRun(reverseComplement(readAt(y, -40, 100)), true, 1, -40, {{40, 70}});
 }
 
-TEST_F(ScoutTest, ItsLastKmerWhereTheFirstIsNotThere) {
-  expectRun(withMismatches(readAt(x, 20, 100), {5}), false, 0, 20);
-  expectRun(readAt(y, -40, 100), false, 1, -40);
-  expectRun(reverseComplement(readAt(x, 250, 100)), true, 0, 250);
+TEST_F(ScoutTest, AnotherKmerWhereTheFirstIsNotThere) {
+  expectRun(withMismatches(readAt(x, 20, 100), {5}), false, 0, 20, {{6, 70}});
+  expectRun(readAt(y, -40, 100), false, 1, -40, {{40, 70}});
+  expectRun(reverseComplement(readAt(x, 250, 100)), true, 0, 250, {{0, 20}});
+  expectRun(withMismatches(readAt(x, 20, 100), {5, 90}), false, 0, 20, {{6, 60}});
+  expectRun(reverseComplement(withMismatches(readAt(x, 20, 100), {5, 90})), true, 0, 20, {{6, 60}});
+}
+
+TEST_F(ScoutTest, WhereItDiffers) {
+  expectRun(withMismatches(readAt(x, 20, 150), {31, 40, 90}), false, 0, 20,
+            {{0, 1}, {41, 60}, {91, 120}});
+  std::vector<std::size_t> places(Run::kMostDifferences);
+  std::iota(places.begin(), places.end(), 40);
+  expectRun(withMismatches(readAt(x, 20, 150), places), false, 0, 20, {{0, 10}, {52, 120}});
+  places.push_back(60);
+  EXPECT_FALSE(scouted(withMismatches(readAt(x, 20, 150), places)).hasRun);
 }
 
 TEST_F(ScoutTest, NothingOfOtherReads) {
@@ -67,16 +99,23 @@ TEST_F(ScoutTest, NothingOfOtherReads) {
   std::string odd = read;
   odd[50] = 'R';
   for (const std::string& none : {odd, randomBases(100, 73), read.substr(0, 30), std::string()}) {
-    expectRun(read, false, 0, 20);
-    EXPECT_EQ(runOf(none).length, 0U) << none;
+    expectRun(read, false, 0, 20, {{0, 70}});
+    EXPECT_FALSE(scouted(none).hasRun) << none;
   }
 }
 
 TEST_F(ScoutTest, NothingWithoutASideIndex) {
   const std::string read = readAt(x, 20, 100);
-  expectRun(read, false, 0, 20);
+  expectRun(read, false, 0, 20, {{0, 70}});
   sideIndex.release();
-  EXPECT_EQ(runOf(read).length, 0U);
+  EXPECT_FALSE(scouted(read).hasRun);
+  EXPECT_FALSE(scouted(read).hasBasesAlone);
+}
+
+TEST_F(ScoutTest, TheReverseComplementIsMadeOnce) {
+  Scouted known;
+  EXPECT_EQ(turnedBases(known, "ACCn"), "AGGT");
+  EXPECT_EQ(turnedBases(known, "TTTT"), "AGGT");
 }
 
 }  // namespace
