@@ -2,8 +2,10 @@
 #include "driver/outputFile.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <new>
@@ -11,6 +13,24 @@
 
 #include "driver/fatal.h"
 #include "tests/support/files.h"
+
+namespace {
+
+int statError = 0;  // when not 0, stat() fails with it
+
+}  // namespace
+
+// The linker option --wrap sends the calls of the program to this function, under this name.
+extern "C" {
+int __real_stat(const char* file, struct stat* status);
+int __wrap_stat(const char* file, struct stat* status);
+
+int __wrap_stat(const char* file, struct stat* status) {
+  if (statError == 0) return __real_stat(file, status);
+  errno = statError;
+  return -1;
+}
+}
 
 namespace velk::test {
 namespace {
@@ -113,6 +133,19 @@ TEST_F(OutputFile, TheFirstSameFileIsTold) {
   protectFile(second);
   protectFile(first);
   expectRefused(first, second);
+}
+
+TEST_F(OutputFile, FileOfWhichNothingIsKnownIsRefused) {
+  const std::string file = folder.path("out");
+  protectFile(folder.write("in", "reads"));
+  const auto openIt = [&] {
+    std::ofstream output;
+    statError = EIO;
+    openOutput(output, file);
+  };
+  EXPECT_EXIT(openIt(), ExitedWithCode(1),
+              Eq("[ERROR]: can't read " + file + ": Input/output error\n"));
+  EXPECT_FALSE(std::filesystem::exists(file));
 }
 
 TEST_F(OutputFile, FileOfTheSameContentIsAnotherFile) {
