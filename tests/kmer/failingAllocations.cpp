@@ -41,6 +41,11 @@ namespace velk::test {
 
 void failAllocationAfter(int n) {
   allocationsLeft = n;
+  denied = 0;
+}
+
+void failNoAllocation() {
+  allocationsLeft = kNever;
 }
 
 std::size_t deniedBytes() {

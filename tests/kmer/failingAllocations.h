@@ -5,11 +5,14 @@
 
 namespace velk::test {
 
-/// From now on the allocation after the next `n` ones fails. For use in a statement that is
-/// expected to exit, whose process ends before anything else could miss the memory.
+/// From now on the allocation after the next `n` ones fails. Where that does not end the process,
+/// failNoAllocation() comes before anything else could miss the memory.
 void failAllocationAfter(int n);
 
-/// Bytes that the failed allocation asked for; 0 before it.
+/// From now on no allocation fails.
+void failNoAllocation();
+
+/// Bytes that the failed allocation asked for, since failAllocationAfter(); 0 before it.
 std::size_t deniedBytes();
 
 }  // namespace velk::test
