@@ -115,6 +115,13 @@ TEST_F(UnusableReadFiles, DamageInTheFirstLineIsNamedBeforeTheFormatError) {
               Eq("load SE file:cut.gz!\n" + damage + kSingleFormat));
 }
 
+// The format is judged by one piece of a line, in which nothing is wrong.
+TEST_F(UnusableReadFiles, DamageFarBehindTheFirstLetterIsNotLookedFor) {
+  const std::string whole = gzipped(std::string(300000, 'x'));
+  write("cut.gz", whole.substr(0, whole.size() - 3));
+  EXPECT_EXIT(find(kPaired, "cut.gz"), ExitedWithCode(1), Eq(kPairedFormat));
+}
+
 TEST_F(UnusableReadFiles, GzipFileCutBeforeItsFirstByte) {
   write("cut.gz", gzipped(">1\nACGT\n").substr(0, 5));
   EXPECT_EXIT(find(kPaired, "cut.gz"), ExitedWithCode(1),

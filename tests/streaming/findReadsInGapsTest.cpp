@@ -103,6 +103,11 @@ TEST_F(FindReadsInGapsTest, SingleReadsInGzipFasta) {
   expectSingles("reads.fq.gz", "Load single-end reads in *.fa format done!");
 }
 
+TEST_F(FindReadsInGapsTest, FirstLetterInAGzipMemberOfItsOwn) {
+  write("reads.gz", gzipped(">") + gzipped(fasta(twoReads()).substr(1) + "\n"));
+  expectSingles("reads.gz", "Load single-end reads in *.fa format done!");
+}
+
 TEST_F(FindReadsInGapsTest, SingleReadsInFastq) {
   write("reads.fa", fastq(twoReads()));
   expectSingles("reads.fa", "Load single-end reads in *.fq format done!");
