@@ -10,6 +10,7 @@
   test_packages=(libgtest-dev librapidcheck-dev python3 strace mandoc zsh)
   style_packages=(clang-format clang-tidy cppcheck shellcheck)
   fuzz_packages=(clang libclang-rt-14-dev)
+  coverage_packages=(gcovr)
   bench_packages=(libcli11-dev libbenchmark-dev python3 seqtk minimap2)
   package_packages=(dpkg-dev lintian debootstrap)
 }
