@@ -36,7 +36,7 @@ constexpr std::size_t gramsOf(int kmer) {
 /// Windows (k-mer offsets) that hold none of what the filter holds are settled in strides: the last
 /// gram of a stride's windows, not held, rules them all out. Returns the last window of the first
 /// stride of [at, to). The strides are as even as can be, so that both strands of a read have the
-/// same grams at their ends. REQUIRES: at < to.
+/// same grams at their ends. REQUIRES: at < to, fewer windows than 32 bits count.
 constexpr std::size_t strideFrom(std::size_t at, std::size_t to, int kmer) {
   const auto grams = static_cast<uint32_t>(gramsOf(kmer));
   const auto left = static_cast<uint32_t>(to - at);
@@ -46,8 +46,8 @@ constexpr std::size_t strideFrom(std::size_t at, std::size_t to, int kmer) {
 
 /// A packed gram and its packed reverse complement.
 struct Gram {
-  uint64_t forward;
-  uint64_t reversed;
+  uint64_t forward = 0;
+  uint64_t reversed = 0;
 
   Gram() = default;
 

@@ -32,7 +32,7 @@ class PackedBases {
   }
 
   /// The n-th word of the bases, the first base in its highest bits.
-  uint64_t word(std::size_t n) const { return words_[n]; }
+  uint64_t wordAt(std::size_t n) const { return words_[n]; }
 
   /// The key of the k-mer at `offset`: of one longer than a word, the last bases.
   uint64_t key(std::size_t offset, int kmer) const {

@@ -39,7 +39,7 @@ class GramRing {
 
  private:
   void roll() {
-    if (nextBase_ % DATA_LEN == 0) word_ = bases_.word(nextBase_ / DATA_LEN);
+    if (nextBase_ % DATA_LEN == 0) word_ = bases_.wordAt(nextBase_ / DATA_LEN);
     rolled_.roll(word_ >> (64 - LEN_TO_BITLEN), kmer_);
     word_ <<= LEN_TO_BITLEN;
     ++nextBase_;

@@ -11,6 +11,7 @@ namespace velk {
 namespace {
 
 constexpr std::size_t kCacheLine = 64;
+constexpr std::size_t kMostFetched = 1000;  // windows; of more, the first have gone from the cache
 
 void fetchBases(std::string_view bases) {
   for (std::size_t at = 0; at < bases.size(); at += kCacheLine) __builtin_prefetch(&bases[at]);
@@ -141,6 +142,7 @@ void Scout::findDifferences(Scouting& read, const std::string& bases) const {
 
 // Has fetched what the filter says when no window of [from, to) is in the index.
 void Scout::fetchStrides(const PackedBases& packed, std::size_t from, std::size_t to) const {
+  to = std::min(to, from + kMostFetched);
   while (from < to) {
     const std::size_t stride = strideFrom(from, to, kmer_);
     fetchGram(packed, stride);
