@@ -19,8 +19,8 @@ from datasets import BYTES_PER_SLOT, GROWTH, SCALES, Dataset, slots
 from measure import Rounds
 
 
-def velk_command(programs, data, library, threads):
-    return (f"exec {programs}/velk -l {library} -s scaffolds.fa -o found.fa -t {threads}"
+def velk_command(programs, data, library, threads, program="velk"):
+    return (f"exec {programs}/{program} -l {library} -s scaffolds.fa -o found.fa -t {threads}"
             f" -m {slots(data.bases())} -r {data.length}")
 
 

@@ -1,0 +1,124 @@
+#!/usr/bin/env python3
+"""Measures what each step of velk's speed brings, and prints a table of ratios: velk without the
+step by velk as it is.
+
+    steps.py --programs FOLDER --data FOLDER [--scales small,medium] [--rounds N] [--threads N]
+
+The programs are velk and makeData of one build and, for every steps/STEP.patch, without.STEP, which
+is velk built with that patch. A patch begins with two lines: `# ` and a sentence that says what its
+velk does not do, then `# run: none` or `# run: plain`, the run that is measured: with one read,
+which leaves the making of the index, or with all reads of plain files.
+"""
+
+import argparse
+import hashlib
+import os
+import pathlib
+import sys
+from dataclasses import dataclass
+
+from datasets import SCALES, Dataset
+from measure import Rounds, run
+from table import velk_command
+
+RUNS = ("none", "plain")
+
+
+@dataclass
+class Step:
+    name: str
+    without: str  # what velk does not do without it
+    run: str  # one of RUNS
+
+    @property
+    def program(self):
+        return f"without.{self.name}"
+
+
+def read_steps():
+    """All steps, those of the index first."""
+    steps = []
+    for path in sorted((pathlib.Path(__file__).resolve().parent / "steps").glob("*.patch")):
+        without, run_line = path.read_text(encoding="ascii").split("\n")[:2]
+        steps.append(Step(path.stem, without.removeprefix("# "), run_line.removeprefix("# run: ")))
+    return sorted(steps, key=lambda step: RUNS.index(step.run))
+
+
+def found(data):
+    """The checksum of the reads found by the last run."""
+    with open(data.path("found.fa"), "rb") as file:
+        return hashlib.file_digest(file, "sha256").hexdigest()
+
+
+def require_same_reads(steps, programs, data, threads):
+    """Raises RuntimeError unless velk finds the same reads, byte for byte, without each step."""
+    run(velk_command(programs, data, "plain.lib", threads), data.folder)
+    if os.path.getsize(data.path("found.fa")) == 0:
+        raise RuntimeError(f"{data.name}: no read is found")
+    expected = found(data)
+    for step in steps:
+        run(velk_command(programs, data, "plain.lib", threads, step.program), data.folder)
+        if found(data) != expected:
+            raise RuntimeError(f"{data.name}: other reads are found without {step.name}")
+
+
+def measure(steps, programs, data, options):
+    """Returns the costs, by name of a run and by name of a step."""
+    rounds = Rounds(data.folder)
+    commands = {}
+    for name in RUNS:
+        library = f"{name}.lib"
+        commands[name] = velk_command(programs, data, library, options.threads)
+        for step in steps:
+            if step.run == name:
+                commands[step.name] = velk_command(programs, data, library, options.threads,
+                                                   step.program)
+    rounds.run(commands, options.rounds)
+    return rounds
+
+
+def print_row(fields):
+    print("| " + " | ".join(fields) + " |")
+
+
+def print_table(steps, costs):
+    """costs: name of a scale -> its Rounds."""
+    print_row(["Step", "Without it", "run",
+               *(f"{scale}, {kind}" for scale in costs for kind in ("processor", "wall"))])
+    print("|---|---|---|" + "---|---|" * len(costs))
+    for name in RUNS:
+        print_row(["", "velk as it is", name, *(
+            f"{seconds:.2f} s" for rounds in costs.values()
+            for seconds in (rounds.processor(name), rounds.wall(name)))])
+        for step in steps:
+            if step.run == name:
+                print_row([step.name, step.without, name, *(
+                    f"{ratio:.2f}" for rounds in costs.values()
+                    for ratio in (rounds.processor(step.name) / rounds.processor(name),
+                                  rounds.wall(step.name) / rounds.wall(name)))])
+
+
+def main():
+    parser = argparse.ArgumentParser(description="Measures what each step of velk's speed brings.")
+    parser.add_argument("--programs", required=True)
+    parser.add_argument("--data", required=True)
+    parser.add_argument("--scales", default="small,medium")
+    parser.add_argument("--rounds", type=int, default=5)
+    parser.add_argument("--threads", type=int, default=2)
+    options = parser.parse_args()
+    programs = os.path.abspath(options.programs)
+    steps = read_steps()
+    costs = {}
+    for name in filter(None, options.scales.split(",")):
+        data: Dataset = SCALES[name]
+        print(f"{name}: data", file=sys.stderr)
+        data.make(programs, options.data)
+        print(f"{name}: comparing the reads found", file=sys.stderr)
+        require_same_reads(steps, programs, data, options.threads)
+        print(f"{name}: measuring, load {os.getloadavg()[0]:.1f}", file=sys.stderr)
+        costs[name] = measure(steps, programs, data, options)
+    print_table(steps, costs)
+
+
+if __name__ == "__main__":
+    main()
