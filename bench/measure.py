@@ -1,5 +1,7 @@
-"""Runs commands in rounds and remembers wall time, processor time and peak memory of each."""
+"""Runs commands in rounds and remembers wall time, processor time and peak memory of each; and the
+options of the scripts that do so."""
 
+import argparse
 import os
 import statistics
 import subprocess
@@ -27,6 +29,17 @@ def run(command, folder):
         with open(log.name, encoding="utf-8") as text:
             raise RuntimeError(f"{command}: status {status}\n{text.read()[-2000:]}")
     return Cost(wall, usage.ru_utime + usage.ru_stime, usage.ru_maxrss * 1024)
+
+
+def options_parser(description, scales):
+    """A parser of the options that all measuring scripts have; scales: those measured by default."""
+    parser = argparse.ArgumentParser(description=description)
+    parser.add_argument("--programs", required=True, type=os.path.abspath)
+    parser.add_argument("--data", required=True)
+    parser.add_argument("--scales", default=scales)
+    parser.add_argument("--rounds", type=int, default=5)
+    parser.add_argument("--threads", type=int, default=2)
+    return parser
 
 
 class Rounds:

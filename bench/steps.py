@@ -10,7 +10,6 @@ velk does not do, then `# run: none` or `# run: plain`, the run that is measured
 which leaves the making of the index, or with all reads of plain files.
 """
 
-import argparse
 import hashlib
 import os
 import pathlib
@@ -18,7 +17,7 @@ import sys
 from dataclasses import dataclass
 
 from datasets import SCALES, Dataset
-from measure import Rounds, run
+from measure import Rounds, options_parser, run
 from table import velk_command
 
 RUNS = ("none", "plain")
@@ -99,24 +98,18 @@ def print_table(steps, costs):
 
 
 def main():
-    parser = argparse.ArgumentParser(description="Measures what each step of velk's speed brings.")
-    parser.add_argument("--programs", required=True)
-    parser.add_argument("--data", required=True)
-    parser.add_argument("--scales", default="small,medium")
-    parser.add_argument("--rounds", type=int, default=5)
-    parser.add_argument("--threads", type=int, default=2)
-    options = parser.parse_args()
-    programs = os.path.abspath(options.programs)
+    options = options_parser("Measures what each step of velk's speed brings.",
+                             "small,medium").parse_args()
     steps = read_steps()
     costs = {}
     for name in filter(None, options.scales.split(",")):
         data: Dataset = SCALES[name]
         print(f"{name}: data", file=sys.stderr)
-        data.make(programs, options.data)
+        data.make(options.programs, options.data)
         print(f"{name}: comparing the reads found", file=sys.stderr)
-        require_same_reads(steps, programs, data, options.threads)
+        require_same_reads(steps, options.programs, data, options.threads)
         print(f"{name}: measuring, load {os.getloadavg()[0]:.1f}", file=sys.stderr)
-        costs[name] = measure(steps, programs, data, options)
+        costs[name] = measure(steps, options.programs, data, options)
     print_table(steps, costs)
 
 

@@ -16,7 +16,7 @@ import subprocess
 import sys
 
 from datasets import BYTES_PER_SLOT, GROWTH, SCALES, Dataset, slots
-from measure import Rounds
+from measure import Rounds, options_parser
 
 
 def velk_command(programs, data, library, threads, program="velk"):
@@ -127,16 +127,11 @@ def growth_rows(programs, folder, options):
 
 
 def main():
-    parser = argparse.ArgumentParser(description="Measures velk.")
-    parser.add_argument("--programs", required=True)
-    parser.add_argument("--data", required=True)
-    parser.add_argument("--scales", default="small,medium,large")
-    parser.add_argument("--rounds", type=int, default=5)
+    parser = options_parser("Measures velk.", "small,medium,large")
     parser.add_argument("--mapper-rounds", type=int, default=5)
-    parser.add_argument("--threads", type=int, default=2)
     parser.add_argument("--growth", action=argparse.BooleanOptionalAction, default=True)
     options = parser.parse_args()
-    programs = os.path.abspath(options.programs)
+    programs = options.programs
     table = Table()
     for name in filter(None, options.scales.split(",")):
         data: Dataset = SCALES[name]
