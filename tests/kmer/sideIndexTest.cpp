@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <map>
 #include <new>
 #include <string>
@@ -109,6 +110,26 @@ TEST_F(SideIndexTest, RepeatsOfATangledAssembly) {
       });
       releaseAssembly();
     }
+  }
+}
+
+// The marks of all k-mers, by whichever thread they have been made.
+TEST_F(SideIndexTest, AThreadOfItsOwnMakesTheSameMarks) {
+  for (unsigned seed = 0; seed < 20; ++seed) {
+    std::array<std::vector<bool>, 2> marks;
+    for (const int threads : {1, 2}) {
+      thread_num = threads;
+      load(tangledAssembly(seed));
+      ASSERT_TRUE(sideIndex.isMade());
+      std::vector<bool>& made = marks[threads == 1 ? 0 : 1];
+      forEachKmer([&](uint32_t i, uint32_t j, std::size_t at, const std::string&) {
+        made.push_back(sideIndex.isRepeated(i, j, at));
+        made.push_back(sideIndex.mayHoldReverse(i, j, at, at + 1));
+      });
+      releaseAssembly();
+    }
+    EXPECT_NE(marks[0], std::vector<bool>(marks[0].size()));
+    EXPECT_EQ(marks[0], marks[1]) << seed;
   }
 }
 
