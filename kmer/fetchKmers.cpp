@@ -107,7 +107,6 @@ class Indexer {
     SlotProbe& probe = batch.probes[w];
     const uint64_t key = batch.hasBasesAlone ? batch.packed.key(w, kmer_) : probe.key;
     probe = startProbe(set_, key);
-    __builtin_prefetch(&set_.nul_flag[probe.slot / 8], 1);
   }
 
   void add(const Batch& batch, std::size_t w) {
@@ -224,6 +223,7 @@ void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t s
                    }
                  });
   indexer.turn(nullptr, done);
+  noteFilled(kmerHash);
   filling.finish(*kmerHash);
 }
 

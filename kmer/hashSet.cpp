@@ -19,13 +19,14 @@ uint64_t addAfterGrowth(HashSet* set, const Entity& entity) {
   uint64_t slot = homeSlot(*set, entity.bitSeq);
   while (!is_entity_null(set->nul_flag, slot)) {
     if (hash_equal(entity, set->array[slot])) {
-      set->array[slot].unique = 0;
+      clearUnique(set, slot);
       return slot;
     }
     ++set->count_conflict;
     slot = nextSlot(slot, set->size);
   }
-  fillSlot(set, slot, entity);
+  putEntity(set, slot, entity);
+  ++set->count;
   return set->size;
 }
 
@@ -58,6 +59,7 @@ HashSet* init_hashset(uint64_t init_size, float load_factor) {
   set->size = size;
   set->load_factor = clampedLoadFactor(load_factor);
   set->max = mostEntities(size, set->load_factor);
+  set->zero_slot = kNoSlot;
   set->array = static_cast<Entity*>(std::calloc(set->size + 1, sizeof(Entity)));
   set->nul_flag = newBitmap(set->size);
   set->del_flag = newBitmap(set->size);
@@ -73,19 +75,35 @@ uint64_t GetHashSet(const HashSet* set, const Entity& entity, int& flag) {
 }
 
 int add_hashset(HashSet* set, const Entity& entity) {
-  addBegun(set, entity, {entity.bitSeq, homeSlot(*set, entity.bitSeq)});
+  const uint64_t before = addBegun(set, entity, {entity.bitSeq, homeSlot(*set, entity.bitSeq)});
+  int flag = 0;
+  if (before == set->size) set_entity_fill(set->nul_flag, GetHashSet(set, entity, flag));
   return 1;
 }
 
 uint64_t addWithGrowth(HashSet* set, const Entity& entity) {
   std::cerr << "old set->size: " << set->size << "\n";
+  noteFilled(set);
   enlarge_hashset(set, 1);
   std::cerr << "new set->size: " << set->size << "\n";
   return addAfterGrowth(set, entity);
 }
 
 uint64_t get_hashset(const HashSet* set, const Entity& entity) {
-  return findBegun(*set, {entity.bitSeq, homeSlot(*set, entity.bitSeq)});
+  int flag = 0;
+  const uint64_t slot = GetHashSet(set, entity, flag);
+  return flag == 1 && !is_entity_delete(set->del_flag, slot) ? slot : set->size;
+}
+
+void noteFilled(HashSet* set) {
+  for (uint64_t slot = 0; slot < set->size;) {
+    uint8_t& flags = set->nul_flag[slot / 8];
+    uint8_t filled = 0;
+    for (const uint64_t end = std::min(slot + 8, set->size); slot < end; ++slot) {
+      if (isFilled(*set, slot)) filled |= slotMask(slot);
+    }
+    flags = filled;
+  }
 }
 
 bool exists_hashset(const HashSet* set, const Entity& entity) {

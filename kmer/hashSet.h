@@ -4,15 +4,19 @@
 // FetchKmers1 fills it on the main thread, the workers only look up. Read without locks once
 // workers exist, which rests on these invariants:
 //   1. A slot is filled when its nul_flag bit is set. Unfilled slots are all zero, after creation
-//      and after every growth: isFilled relies on it.
+//      and after every growth, and of the filled ones zero_slot at most: so a probe reads slots
+//      alone, and where many entities are added with addBegun, noteFilled may set the bits later.
 //   2. So is the sentinel slot array[size]: the slot of a missing key reads as not unique.
 //   3. count <= max < size: an empty slot ends every probe.
-//   4. Nothing inserts, grows or deletes while a worker runs.
+//   4. Nothing inserts or grows while a worker runs, and a run deletes nothing.
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
+
+#include "kmer/fetchLine.h"
 
 namespace velk {
 
@@ -37,7 +41,10 @@ struct HashSet {
   Entity* array;            // size + 1 slots
   uint8_t* nul_flag;        // bit per slot: filled
   uint8_t* del_flag;        // bit per slot: deleted
+  uint64_t zero_slot;       // the filled slot whose bits are all zero; kNoSlot without one
 };
+
+inline constexpr uint64_t kNoSlot = UINT64_MAX;
 
 extern HashSet* kmerHash;  // null: the set of the run, written by the driver
 
@@ -75,7 +82,8 @@ uint64_t get_hashset(const HashSet* set, const Entity& entity);
 /// Returns the slot that holds the key (flag 1, out) or the first empty slot met (flag 0, out).
 uint64_t GetHashSet(const HashSet* set, const Entity& entity, int& flag);
 
-/// Grows the table so that count + num entities fit, moving them in place.
+/// Grows the table so that count + num entities fit, moving them in place. REQUIRES: the nul_flag
+/// bits of all filled slots are set.
 /// Exits with status 1 after the out-of-memory message when there is no memory.
 void enlarge_hashset(HashSet* set, uint64_t num);
 
@@ -158,16 +166,21 @@ struct SlotProbe {
 inline SlotProbe startProbe(const HashSet& set, uint64_t key) {
   constexpr uint64_t kProbed = 3;  // slots behind the home slot that a probe comes to often
   const SlotProbe probe{key, homeSlot(set, key)};
-  __builtin_prefetch(&set.array[probe.slot]);
-  __builtin_prefetch(&set.array[std::min(probe.slot + kProbed, set.size)]);
+  fetchLine(&set.array[probe.slot]);
+  fetchLine(&set.array[std::min(probe.slot + kProbed, set.size)]);
   return probe;
 }
 
-/// Returns whether `slot` is filled. Unfilled slots are zero, so most answers need no bitmap.
+/// Returns whether all bits of an entity are zero: its key, its place and `unique`.
+inline bool isZero(const Entity& entity) {
+  std::array<uint64_t, 2> words;
+  std::memcpy(words.data(), &entity, sizeof entity);
+  return (words[0] | words[1]) == 0;
+}
+
+/// Returns whether `slot` is filled.
 inline bool isFilled(const HashSet& set, uint64_t slot) {
-  uint64_t place = 0;  // and whether it is unique
-  std::memcpy(&place, reinterpret_cast<const char*>(&set.array[slot]) + sizeof place, sizeof place);
-  return place != 0 || !is_entity_null(set.nul_flag, slot);
+  return !isZero(set.array[slot]) || slot == set.zero_slot;
 }
 
 /// Ends a look-up as GetHashSet does.
@@ -184,35 +197,46 @@ inline uint64_t probeFrom(const HashSet& set, const SlotProbe& probe, int& flag)
   return slot;
 }
 
-/// Ends a look-up as get_hashset does.
+/// Ends a look-up as get_hashset does. REQUIRES: nothing has been deleted.
 inline uint64_t findBegun(const HashSet& set, const SlotProbe& probe) {
   int flag = 0;
   const uint64_t slot = probeFrom(set, probe, flag);
-  return flag == 1 && !is_entity_delete(set.del_flag, slot) ? slot : set.size;
+  return flag == 1 ? slot : set.size;
 }
 
-/// Copies `entity` into the empty slot `slot`.
-inline void fillSlot(HashSet* set, uint64_t slot, const Entity& entity) {
+/// Puts `entity` into `slot`.
+inline void putEntity(HashSet* set, uint64_t slot, const Entity& entity) {
   set->array[slot] = entity;
-  set_entity_fill(set->nul_flag, slot);
-  ++set->count;
+  if (isZero(entity)) set->zero_slot = slot;
+}
+
+/// Clears the `unique` bit of the entity in `slot`.
+inline void clearUnique(HashSet* set, uint64_t slot) {
+  Entity entity = set->array[slot];
+  entity.unique = 0;
+  putEntity(set, slot, entity);
 }
 
 /// Adds an entity that makes the table grow; the rest of addBegun.
 uint64_t addWithGrowth(HashSet* set, const Entity& entity);
 
-/// Ends a look-up as add_hashset does. Returns the slot of the entity that had the key already,
-/// set->size when `entity` is new. REQUIRES: probe.key == entity.bitSeq.
+/// Ends a look-up as add_hashset does, but for the nul_flag bit of a new entity, which is left to
+/// noteFilled. Returns the slot of the entity that had the key already, set->size when `entity` is
+/// new. REQUIRES: probe.key == entity.bitSeq.
 inline uint64_t addBegun(HashSet* set, const Entity& entity, const SlotProbe& probe) {
   int flag = 0;
   const uint64_t slot = probeFrom(*set, probe, flag);
   if (flag == 1) {
-    set->array[slot].unique = 0;
+    clearUnique(set, slot);
     return slot;
   }
   if (set->count + 1 > set->max) return addWithGrowth(set, entity);
-  fillSlot(set, slot, entity);
+  putEntity(set, slot, entity);
+  ++set->count;
   return set->size;
 }
+
+/// Sets the nul_flag bits of all filled slots, slot by slot.
+void noteFilled(HashSet* set);
 
 }  // namespace velk

@@ -139,6 +139,43 @@ TEST(HashSet, RepeatedKeysStayRepeatedThroughGrowth) {
   EXPECT_EQ(find(set, 2).unique, 1U);
 }
 
+TEST(HashSet, EntityOfZeroBitsIsFoundUntilItIsDeleted) {
+  // keys 0 and 6 have the home slot 0 in a table of 7 slots
+  const OwnSet set = makeSet(7, 0.75F);
+  for (int i = 0; i < 2; ++i) add(set, entityOf(0, 0));
+  add(set, entityOf(6, 1));
+  EXPECT_TRUE(sameEntity(set->array[0], Entity{}));
+  EXPECT_EQ(get_hashset(set.get(), entityOf(0)), 0U);
+  EXPECT_EQ(get_hashset(set.get(), entityOf(6)), 1U);
+  EXPECT_EQ(brokenInvariant(*set), "");
+
+  enlarge_hashset(set.get(), 1);
+  EXPECT_TRUE(exists_hashset(set.get(), entityOf(0)));
+  EXPECT_TRUE(sameEntity(find(set, 6), entityOf(6, 1)));
+  EXPECT_EQ(brokenInvariant(*set), "");
+
+  delete_hashset(set.get(), entityOf(0));
+  enlarge_hashset(set.get(), 1);
+  EXPECT_FALSE(exists_hashset(set.get(), entityOf(0)));
+  int flag = 1;
+  GetHashSet(set.get(), entityOf(0), flag);
+  EXPECT_EQ(flag, 0);
+}
+
+TEST(HashSet, EntitiesAddedByProbesAreNotedAsFilledAfterwards) {
+  const OwnSet set = makeSet(70, 0.75F);
+  for (int i = 0; i < 2; ++i) {
+    for (uint64_t key = 0; key < 60; ++key) {
+      addBegun(set.get(), entityOf(key, 0), startProbe(*set, key));
+    }
+  }
+  EXPECT_EQ(set->count, 60U);
+  noteFilled(set.get());
+  EXPECT_EQ(brokenInvariant(*set), "");
+  EXPECT_EQ(find(set, 0).unique, 0U);
+  EXPECT_LT(get_hashset(set.get(), entityOf(0)), set->size);
+}
+
 TEST(HashSet, DeletedEntitiesAreLeftBehindByGrowth) {
   // many sets, as a deleted entity may or may not lie on the way of its key in the grown table
   for (uint64_t first = 0; first < 500; first += 5) {

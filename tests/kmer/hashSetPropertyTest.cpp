@@ -56,7 +56,7 @@ TEST(HashSet, AgreesWithTheStandardMap) {
     for (const uint64_t key : keys) {
       const uint64_t oldSize = set->size;
       const bool mustGrow = !model.contains(key) && set->count + 1 > set->max;
-      const Entity entity = entityOf(key, ++place);
+      const Entity entity = entityOf(key, place++);
       const std::string messages = add(set, entity);
       ++model.try_emplace(key, Added{entity, 0}).first->second.times;
       RC_ASSERT((set->size != oldSize) == mustGrow);
