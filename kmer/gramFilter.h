@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "kmer/fetchLine.h"
 #include "kmer/packedBases.h"
 #include "kmer/tableMemory.h"
 
@@ -33,16 +34,37 @@ constexpr std::size_t gramsOf(int kmer) {
   return static_cast<std::size_t>(kmer) + 1 - static_cast<std::size_t>(gramLength(kmer));
 }
 
-/// Windows (k-mer offsets) that hold none of what the filter holds are settled in strides: the last
-/// gram of a stride's windows, not held, rules them all out. Returns the last window of the first
-/// stride of [at, to). The strides are as even as can be, so that both strands of a read have the
-/// same grams at their ends. REQUIRES: at < to, fewer windows than 32 bits count.
-constexpr std::size_t strideFrom(std::size_t at, std::size_t to, int kmer) {
-  const auto grams = static_cast<uint32_t>(gramsOf(kmer));
-  const auto left = static_cast<uint32_t>(to - at);
-  const uint32_t strides = (left + grams - 1) / grams;
-  return at - 1 + (left + strides - 1) / strides;
-}
+/// The grams that are asked for first where windows (k-mer offsets) [from, to) of a read hold none
+/// of what the filter holds: as few as rule all of them out. The first gram that the windows before
+/// do not have is one of them, and the last that the windows behind do not have: so where one wrong
+/// base makes these windows, all of them have it. Both strands of a read have the same ones.
+/// REQUIRES: from < to, fewer windows than 32 bits count.
+class Strides {
+ public:
+  constexpr Strides(std::size_t from, std::size_t to, int kmer)
+      : grams_(gramsOf(kmer)),
+        first_(from != 0 || to - from >= grams_ ? from + grams_ - 1 : to - 1),
+        last_(std::max(first_, to - 1)) {
+    const auto between = static_cast<uint32_t>(last_ - first_ + grams_ - 1);
+    count_ = 1 + between / static_cast<uint32_t>(grams_);
+  }
+
+  constexpr std::size_t size() const { return count_; }
+
+  /// The n-th gram, in ascending order, none further from the next than a window has grams.
+  constexpr std::size_t operator[](std::size_t n) const {
+    const std::size_t behind = count_ - 1 - n;
+    if (n < behind) return first_ + n * grams_;
+    if (n > behind) return last_ - behind * grams_;
+    return (first_ + last_) / 2;
+  }
+
+ private:
+  std::size_t grams_;
+  std::size_t first_;
+  std::size_t last_;
+  std::size_t count_;
+};
 
 /// A packed gram and its packed reverse complement.
 struct Gram {
@@ -115,14 +137,14 @@ class GramFilter {
   }
 
   /// Has that block fetched.
-  void prefetch(std::size_t blockNumber) const { __builtin_prefetch(&blocks_[blockNumber]); }
+  void prefetch(std::size_t blockNumber) const { fetchLine(&blocks_[blockNumber]); }
   void prefetch(const Gram& gram) const { prefetch(blockOf(gram)); }
 
  private:
   static constexpr int kBitNumber = 9;  // bits that name a bit of a block
   static constexpr uint64_t kBlockBits = uint64_t{1} << kBitNumber;
   static constexpr int kBitsPerGram = 2;       // bits that a gram sets
-  static constexpr uint64_t kRoomPerGram = 4;  // bits that a filter has for each gram
+  static constexpr uint64_t kRoomPerGram = 8;  // bits that a filter has for each gram
 
   struct alignas(64) Block {
     std::array<uint64_t, kBlockBits / 64> words;

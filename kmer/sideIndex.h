@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "contig/contig.h"
+#include "kmer/fetchLine.h"
 #include "kmer/gramFilter.h"
 #include "kmer/hashSet.h"
 #include "kmer/kmerPlace.h"
@@ -59,9 +60,7 @@ class SideIndex {
   bool mayHoldReverse(uint64_t scaffold, uint64_t contig, uint64_t from, uint64_t to) const;
 
   /// Has the memory fetched that mayHoldReverse reads of the k-mers from there on.
-  void prefetchMark(const KmerPlace& place) const {
-    __builtin_prefetch(&reversed_[markOf(place) / 64]);
-  }
+  void prefetchMark(const KmerPlace& place) const { fetchLine(&reversed_[markOf(place) / 64]); }
 
  private:
   using Marks = ZeroedArray<uint64_t>;

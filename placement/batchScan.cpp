@@ -148,9 +148,12 @@ class Share {
     const bool isTurned = readsB != nullptr && insertLength > kLongestShortInsert;
     const auto lead = isTurned ? &Entry::b : &Entry::a;
     const auto other = isTurned ? &Entry::a : &Entry::b;
+    const auto settles = [&](const Scouting& s) {
+      return s.hasBasesAlone && s.isFound && s.isUnique && s.run.isReversed == isTurned;
+    };
     const auto approach = [](Scouting&, const std::string& bases) { Scout::approach(bases); };
     const auto look = [&](Scouting& s, const std::string& bases) { scout_.look(s, bases); };
-    const auto ask = [&](Scouting& s, const std::string&) { scout_.ask(s); };
+    const auto ask = [&](Scouting& s, const std::string& bases) { scout_.ask(s, bases); };
     const auto find = [&](Scouting& s, const std::string& bases) { scout_.find(s, bases); };
     const auto compare = [&](Scouting& s, const std::string& bases) { scout_.compare(s, bases); };
     forRead(e, lead, approach);
@@ -162,13 +165,12 @@ class Share {
       return;
     }
     forRead(e - 4, lead, [&](Scouting& s, const std::string& bases) {
-      if (isTurned || !s.isFound || s.run.isReversed) scout_.compare(s, bases);
+      if (isTurned || !settles(s)) scout_.compare(s, bases);
     });
     forRead(e - 3, other, approach);
     forRead(e - 4, other, [&](Scouting& s, const std::string& bases) {
-      const Scouting& led = entry(e - 4).*lead;
       s.hasBasesAlone = s.hasTurned = false;
-      if (!led.hasBasesAlone || !led.isFound || led.run.isReversed != isTurned) look(s, bases);
+      if (!settles(entry(e - 4).*lead)) look(s, bases);
     });
     forRead(e - 5, other, ask);
     forRead(e - 6, other, find);

@@ -129,17 +129,19 @@ std::size_t KmerWalk::passAbsent(std::size_t from, std::size_t to, std::size_t m
   const std::size_t last = to - 1;
   std::size_t held = from;  // the grams in [at, held) are held
   std::size_t at = from;
+  const Strides strides(from, to, kmer_);
+  std::size_t n = 0;
   while (at < to && most > 0) {
-    const std::size_t stride = strideFrom(at, to, kmer_);
+    while (strides[n] < at) ++n;
     const std::size_t end = at + grams;
-    const std::size_t absent = absentGram(std::max(at, held), stride, end);
+    const std::size_t absent = absentGram(std::max(at, held), strides[n], end);
     if (absent == end) {
       held = end;
       ++at;
       --most;
       continue;
     }
-    held = stride + 1;
+    held = strides[n] + 1;
     const std::size_t settled = std::min(absent, last) + 1;
     buffers_.passed.insertRange(at, settled);
     at = settled;

@@ -166,7 +166,9 @@ void KmerWalk::uniqueHits(const std::string& read, int64_t& i, Visit visit) {
 template <class Visit>
 KmerWalk::Outcome KmerWalk::visitFirst(const std::string& read, const Strand* strand, int64_t& i,
                                        Visit& visit) {
-  if (strand != nullptr && strand->isTurned) return Outcome::kNothing;
+  if (strand != nullptr && (strand->isTurned || strand->scouted->firstSlot == index_.size)) {
+    return Outcome::kNothing;
+  }
   buffers_.passed.insert(0);
   const uint64_t slot = strand != nullptr ? strand->scouted->firstSlot
                                           : findBegun(index_, startProbe(index_, keyAt(read, 0)));

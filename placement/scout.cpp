@@ -4,6 +4,7 @@
 
 #include "contig/contig.h"
 #include "kmer/fetchKmers.h"
+#include "kmer/fetchLine.h"
 #include "placement/Read2Scaf.h"
 #include "placement/diagonal.h"
 
@@ -14,7 +15,7 @@ constexpr std::size_t kCacheLine = 64;
 constexpr std::size_t kMostFetched = 1000;  // windows; of more, the first have gone from the cache
 
 void fetchBases(std::string_view bases) {
-  for (std::size_t at = 0; at < bases.size(); at += kCacheLine) __builtin_prefetch(&bases[at]);
+  for (std::size_t at = 0; at < bases.size(); at += kCacheLine) fetchLine(&bases[at]);
 }
 
 const std::string& contigOf(const Hit& hit) {
@@ -69,6 +70,7 @@ void Scout::finish(Scouting& read, std::string_view bases) const {
     const std::size_t before = isReversed ? lastWindow(bases) - read.window : read.window;
     const int64_t offset = static_cast<int64_t>(found.startPos) - static_cast<int64_t>(before);
     read.isFound = true;
+    read.isUnique = found.unique != 0;
     read.run.clear();
     read.run.isReversed = isReversed;
     read.run.hit = {found.scaffoldNum, found.contigNum, offset};
@@ -93,14 +95,16 @@ void Scout::look(Scouting& read, std::string_view bases) const {
   if (read.hasBasesAlone) fetchGram(read.packed, middleGram(0));
 }
 
-void Scout::ask(Scouting& read) const {
-  if (read.hasBasesAlone) begin(read, 0);
+void Scout::ask(Scouting& read, std::string_view bases) const {
+  if (!read.hasBasesAlone || begin(read, 0)) return;
+  fetchGram(read.packed, middleGram(lastWindow(bases)));
 }
 
 void Scout::find(Scouting& read, std::string_view bases) const {
   if (!read.hasBasesAlone) return;
   finish(read, bases);
-  if (!read.isFound) begin(read, lastWindow(bases));
+  if (read.isFound || begin(read, lastWindow(bases))) return;
+  fetchGram(read.packed, middleGram(lastWindow(bases) / 2));
 }
 
 void Scout::compare(Scouting& read, const std::string& bases) const {
@@ -128,7 +132,7 @@ void Scout::compare(Scouting& read, const std::string& bases) const {
       return;
     }
   }
-  fetchStrides(read.packed, std::max<std::size_t>(settled, 1), windows);
+  fetchStrides(read.packed, settled, windows);
 }
 
 // Lays what runs along its contig; it is no run where it differs too much.
@@ -143,11 +147,9 @@ void Scout::findDifferences(Scouting& read, const std::string& bases) const {
 // Has fetched what the filter says when no window of [from, to) is in the index.
 void Scout::fetchStrides(const PackedBases& packed, std::size_t from, std::size_t to) const {
   to = std::min(to, from + kMostFetched);
-  while (from < to) {
-    const std::size_t stride = strideFrom(from, to, kmer_);
-    fetchGram(packed, stride);
-    from = stride + 1;
-  }
+  if (from >= to) return;
+  const Strides strides(from, to, kmer_);
+  for (std::size_t n = 0; n < strides.size(); ++n) fetchGram(packed, strides[n]);
 }
 
 }  // namespace velk

@@ -19,7 +19,8 @@ struct Scouting : Scouted {
   std::size_t window = 0;             // the k-mer of it that is looked up
   std::array<SlotProbe, 2> probes{};  // the begun look-ups of that, on either strand
   std::array<bool, 2> isBegun{};
-  bool isFound = false;  // whether `run` tells where it seems to run, not compared yet
+  bool isFound = false;   // whether `run` tells where it seems to run, not compared yet
+  bool isUnique = false;  // whether the k-mer that tells it occurs once only
 };
 
 class Scout {
@@ -32,8 +33,9 @@ class Scout {
   /// 2. Has fetched what the gram filter says of the read's first k-mer.
   void look(Scouting& read, std::string_view bases) const;
 
-  /// 3. Has the slots fetched of that k-mer, on the strands of which the filter holds it possible.
-  void ask(Scouting& read) const;
+  /// 3. Has the slots fetched of that k-mer, on the strands of which the filter holds it possible;
+  /// or what the filter says of the last k-mer, when it is on neither.
+  void ask(Scouting& read, std::string_view bases) const;
 
   /// 4. Finds where the read, or its reverse complement, runs, and has that part of the contig
   /// fetched; or the slots of the read's last k-mer, when the first is not in the index.

@@ -76,7 +76,7 @@ class OtherStrand : public PlacementTest {
     const bool isTurned = chance(50);
     const std::string bases = isTurned ? plainReverseComplement(read) : read;
     scout.look(known, bases);
-    scout.ask(known);
+    scout.ask(known, bases);
     scout.find(known, bases);
     if (chance(90)) scout.compare(known, bases);
     // The reverse complement of a letter that is no base is one.

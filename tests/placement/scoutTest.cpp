@@ -25,7 +25,7 @@ class ScoutTest : public PlacementTest {
     Scout scout(*kmerHash, Kmer);
     Scout::approach(read);
     scout.look(scouted_, read);
-    scout.ask(scouted_);
+    scout.ask(scouted_, read);
     scout.find(scouted_, read);
     scout.compare(scouted_, read);
     return scouted_;
