@@ -16,7 +16,7 @@ constexpr uint64_t kLargestDoubling = 0x3FFFFFFF;  // slots; from here on a tabl
 // Moves the entities of the first `oldSize` slots to where the table's new size wants them.
 // `oldFilled` and `moved` are the old bitmaps; a slot is marked in `moved` when its entity left it.
 void rehash(HashSet* set, uint64_t oldSize, const uint8_t* oldFilled, uint8_t* moved) {
-  set->zero_slot = kNoSlot;
+  set->zeroSlot = kNoSlot;
   const auto isWaiting = [&](uint64_t slot) {
     return slot < oldSize && !is_entity_null(oldFilled, slot) && !is_entity_delete(moved, slot);
   };

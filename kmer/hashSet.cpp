@@ -59,7 +59,7 @@ HashSet* init_hashset(uint64_t init_size, float load_factor) {
   set->size = size;
   set->load_factor = clampedLoadFactor(load_factor);
   set->max = mostEntities(size, set->load_factor);
-  set->zero_slot = kNoSlot;
+  set->zeroSlot = kNoSlot;
   set->array = static_cast<Entity*>(std::calloc(set->size + 1, sizeof(Entity)));
   set->nul_flag = newBitmap(set->size);
   set->del_flag = newBitmap(set->size);
@@ -76,8 +76,10 @@ uint64_t GetHashSet(const HashSet* set, const Entity& entity, int& flag) {
 
 int add_hashset(HashSet* set, const Entity& entity) {
   const uint64_t before = addBegun(set, entity, {entity.bitSeq, homeSlot(*set, entity.bitSeq)});
-  int flag = 0;
-  if (before == set->size) set_entity_fill(set->nul_flag, GetHashSet(set, entity, flag));
+  if (before == set->size) {
+    int flag = 0;
+    set_entity_fill(set->nul_flag, GetHashSet(set, entity, flag));
+  }
   return 1;
 }
 

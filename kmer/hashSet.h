@@ -4,7 +4,7 @@
 // FetchKmers1 fills it on the main thread, the workers only look up. Read without locks once
 // workers exist, which rests on these invariants:
 //   1. A slot is filled when its nul_flag bit is set. Unfilled slots are all zero, after creation
-//      and after every growth, and of the filled ones zero_slot at most: so a probe reads slots
+//      and after every growth, and of the filled ones zeroSlot at most: so a probe reads slots
 //      alone, and where many entities are added with addBegun, noteFilled may set the bits later.
 //   2. So is the sentinel slot array[size]: the slot of a missing key reads as not unique.
 //   3. count <= max < size: an empty slot ends every probe.
@@ -41,7 +41,7 @@ struct HashSet {
   Entity* array;            // size + 1 slots
   uint8_t* nul_flag;        // bit per slot: filled
   uint8_t* del_flag;        // bit per slot: deleted
-  uint64_t zero_slot;       // the filled slot whose bits are all zero; kNoSlot without one
+  uint64_t zeroSlot;        // the filled slot whose bits are all zero; kNoSlot without one
 };
 
 inline constexpr uint64_t kNoSlot = UINT64_MAX;
@@ -180,7 +180,7 @@ inline bool isZero(const Entity& entity) {
 
 /// Returns whether `slot` is filled.
 inline bool isFilled(const HashSet& set, uint64_t slot) {
-  return !isZero(set.array[slot]) || slot == set.zero_slot;
+  return !isZero(set.array[slot]) || slot == set.zeroSlot;
 }
 
 /// Ends a look-up as GetHashSet does.
@@ -207,7 +207,7 @@ inline uint64_t findBegun(const HashSet& set, const SlotProbe& probe) {
 /// Puts `entity` into `slot`.
 inline void putEntity(HashSet* set, uint64_t slot, const Entity& entity) {
   set->array[slot] = entity;
-  if (isZero(entity)) set->zero_slot = slot;
+  if (isZero(entity)) set->zeroSlot = slot;
 }
 
 /// Clears the `unique` bit of the entity in `slot`.

@@ -162,16 +162,19 @@ void KmerWalk::uniqueHits(const std::string& read, int64_t& i, Visit visit) {
 }
 
 // Shows the hit of the first k-mer, where it is known, or nothing is: then it is not worth asking
-// the filter, as it mostly hits.
+// the filter, as it mostly hits. One that is known to be missing is left to the filter all the
+// same, so that the grams that are asked for are those that the scout has had fetched.
 template <class Visit>
 KmerWalk::Outcome KmerWalk::visitFirst(const std::string& read, const Strand* strand, int64_t& i,
                                        Visit& visit) {
-  if (strand != nullptr && (strand->isTurned || strand->scouted->firstSlot == index_.size)) {
-    return Outcome::kNothing;
+  uint64_t slot = index_.size;
+  if (strand == nullptr) {
+    slot = findBegun(index_, startProbe(index_, keyAt(read, 0)));
+  } else {
+    if (!strand->isTurned) slot = strand->scouted->firstSlot;
+    if (slot == index_.size) return Outcome::kNothing;
   }
   buffers_.passed.insert(0);
-  const uint64_t slot = strand != nullptr ? strand->scouted->firstSlot
-                                          : findBegun(index_, startProbe(index_, keyAt(read, 0)));
   return visitSlot(read, 0, slot, i, visit);
 }
 
