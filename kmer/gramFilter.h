@@ -38,7 +38,7 @@ constexpr std::size_t gramsOf(int kmer) {
 /// of what the filter holds: as few as rule all of them out. The first gram that the windows before
 /// do not have is one of them, and the last that the windows behind do not have: so where one wrong
 /// base makes these windows, all of them have it. Both strands of a read have the same ones, but
-/// that in the middle of an even stretch, which may be the next one.
+/// the middle one of an odd number, which may be the next gram.
 /// REQUIRES: from < to, fewer windows than 32 bits count.
 class Strides {
  public:
