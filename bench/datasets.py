@@ -72,7 +72,7 @@ class Dataset:
         entries = min(BATCH, max(self.pairs, self.mates))
         entry = 32 + -(-(self.length + 9) // 16) * 16  # a string, and its bases on the heap
         beside = 10 / 8  # a base: 8 bits of the gram filter, 2 marks
-        return BYTES_PER_SLOT * slots(bases) + bases * (1 + beside) + 2 * entries * entry
+        return int(BYTES_PER_SLOT * slots(bases) + bases * (1 + beside)) + 2 * entries * entry
 
 
 def slots(bases):

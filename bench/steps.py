@@ -63,7 +63,7 @@ def require_same_reads(steps, programs, data, threads):
 
 def measure(steps, programs, data, options):
     """Returns the costs, by name of a run and by name of a step."""
-    rounds = Rounds(data.folder)
+    rounds = Rounds(data)
     commands = {}
     for name in RUNS:
         library = f"{name}.lib"

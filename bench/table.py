@@ -16,7 +16,7 @@ import subprocess
 import sys
 
 from datasets import BYTES_PER_SLOT, GROWTH, SCALES, Dataset, slots
-from measure import Rounds, options_parser
+from measure import Rounds, options_parser, warm_memory
 
 
 def velk_command(programs, data, library, threads, program="velk"):
@@ -49,15 +49,16 @@ class Table:
             print("| " + " | ".join(row) + " |")
 
 
-def index_row(table, programs, data, options):
+def index_rows(table, programs, data, options):
     command = [f"{programs}/indexFloor", data.path("scaffolds.fa"), str(slots(data.bases())),
                "--rounds", str(options.rounds), "--threads", str(options.threads)]
+    warm_memory(data.expected_peak())
     lines = subprocess.run(command, check=True, capture_output=True, text=True).stdout.split("\n")
     costs = [[float(field) for field in line.split("\t")[1:]] for line in lines if line]
-    index = statistics.median(cost[0] for cost in costs)
-    floor = statistics.median(cost[1] for cost in costs)
-    ratio = statistics.median(cost[0] / cost[1] for cost in costs)
-    table.add(data.name, "index", f"{index:.1f} ns/k-mer", "random writes", f"{floor:.1f} ns", ratio)
+    index, *floors = (statistics.median(cost) for cost in zip(*costs))
+    for at, what in enumerate(("random writes", "random reads and writes")):
+        ratio = statistics.median(cost[0] / cost[1 + at] for cost in costs)
+        table.add(data.name, "index", f"{index:.1f} ns/k-mer", what, f"{floors[at]:.1f} ns", ratio)
 
 
 def ratio_row(table, data, what, velk, against, other, ratio):
@@ -65,9 +66,9 @@ def ratio_row(table, data, what, velk, against, other, ratio):
 
 
 def scale_rows(table, programs, data, options):
-    index_row(table, programs, data, options)
+    index_rows(table, programs, data, options)
     plain, gzip = data.read_files(""), data.read_files(".gz")
-    rounds = Rounds(data.folder)
+    rounds = Rounds(data)
     rounds.run({
         "none": velk_command(programs, data, "none.lib", options.threads),
         "plain": velk_command(programs, data, "plain.lib", options.threads),
@@ -114,7 +115,7 @@ def growth_rows(programs, folder, options):
     for data in GROWTH:
         data.make(programs, folder)
         for threads in data.threads:
-            rounds = Rounds(data.folder)
+            rounds = Rounds(data)
             rounds.run({
                 "none": velk_command(programs, data, "none.lib", threads),
                 "plain": velk_command(programs, data, "plain.lib", threads),
