@@ -12,6 +12,7 @@
 #include "kmer/Sequence.h"
 #include "kmer/packedBases.h"
 #include "kmer/rollingKey.h"
+#include "kmer/tableMemory.h"
 
 namespace velk {
 namespace {
@@ -148,23 +149,36 @@ void makeSideIndex(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, uint6
   }
 }
 
-// Adds the contigs to the side index, in a thread of its own where the run has more than one.
-class SideFilling {
+// The bytes of the table under which pages are put ahead: all, where so many k-mers come to nearly
+// every page and do not make it grow; else none.
+uint64_t bytesToPopulate(const HashSet& set, uint64_t kmers) {
+  constexpr uint64_t kPageSlots = 4096 / sizeof(Entity);
+  const bool willFill = set.count + kmers <= set.max && kmers / 4 >= set.size / kPageSlots;
+  return willFill ? set.size * sizeof(Entity) : 0;
+}
+
+// What is done beside the adding of the k-mers, by a thread of its own where the run has more than
+// one: pages are put under the table, ahead of the k-mers, and the contigs added to the side index.
+class SideWork {
  public:
-  SideFilling(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum)
+  SideWork(HashSet& set, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, uint64_t kmers)
       : scaffoldInfo_(scaffoldInfo), scaffoldSum_(scaffoldSum) {
-    if (!sideIndex.isMade() || thread_num < 2) return;
+    const uint64_t bytes = bytesToPopulate(set, kmers);
+    if (thread_num < 2 || (bytes == 0 && !sideIndex.isMade())) return;
     try {
-      thread_ = std::jthread([this] { fill(); });
+      thread_ = std::jthread([this, slots = set.array, bytes] {
+        populate(slots, bytes);
+        fill();
+      });
     } catch (const std::system_error&) {
-      // finish() fills it then
+      // finish() does what must be done
     }
   }
 
-  /// Ends the filling, when all k-mers are in `index`.
+  /// Ends it, when all k-mers are in `index`.
   void finish(const HashSet& index) {
-    if (!sideIndex.isMade()) return;
     thread_.joinable() ? thread_.join() : fill();
+    if (!sideIndex.isMade()) return;
     if (memoryRanOut_) {
       sideIndex.release();
     } else {
@@ -174,6 +188,7 @@ class SideFilling {
 
  private:
   void fill() {
+    if (!sideIndex.isMade()) return;
     try {
       forEachIndexed(scaffoldInfo_, scaffoldSum_,
                      [](uint32_t i, uint32_t j, const ContigInfo& contig, uint32_t windows) {
@@ -206,7 +221,7 @@ void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t s
   sideIndex.release();
   if (hasGrams(Kmer) && !outgrowsEntity) makeSideIndex(scaffoldInfo, scaffoldSum, kmers);
 
-  SideFilling filling(scaffoldInfo, scaffoldSum);
+  SideWork sideWork(*kmerHash, scaffoldInfo, scaffoldSum, kmers);
   Indexer indexer(*kmerHash, sideIndex, Kmer);
   std::array<Batch, 2> batches;
   Batch* next = batches.data();
@@ -224,7 +239,7 @@ void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t s
                  });
   indexer.turn(nullptr, done);
   noteFilled(kmerHash);
-  filling.finish(*kmerHash);
+  sideWork.finish(*kmerHash);
 }
 
 KmerPlace placeOf(const Entity& hit) {

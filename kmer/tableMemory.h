@@ -10,12 +10,23 @@
 
 namespace velk {
 
-/// Asks for huge pages under the whole pages of an allocation; it works without them, too.
-inline void adviseHugePages(void* start, uint64_t bytes) {
+/// Gives the kernel advice on the whole pages of an allocation, which it may not follow.
+inline void advise(void* start, uint64_t bytes, int advice) {
   constexpr uintptr_t kPage = 4096;
   const auto first = (reinterpret_cast<uintptr_t>(start) + kPage - 1) / kPage * kPage;
   const auto end = (reinterpret_cast<uintptr_t>(start) + bytes) / kPage * kPage;
-  if (first < end) madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);
+  if (first < end) madvise(reinterpret_cast<void*>(first), end - first, advice);
+}
+
+/// Asks for huge pages under an allocation; it works without them, too.
+inline void adviseHugePages(void* start, uint64_t bytes) {
+  advise(start, bytes, MADV_HUGEPAGE);
+}
+
+/// Has pages put under an allocation now instead of where each one is first written to; what it
+/// holds stays. Other threads may read and write it meanwhile.
+inline void populate(void* start, uint64_t bytes) {
+  advise(start, bytes, MADV_POPULATE_WRITE);
 }
 
 /// Returns a bitmap of `size` clear bits, to be released with free(); null without memory.
