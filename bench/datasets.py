@@ -1,5 +1,6 @@
 """The data sets of the benchmarks: what each is made of, and the making of it."""
 
+import functools
 import os
 import subprocess
 from dataclasses import dataclass, field
@@ -59,20 +60,26 @@ class Dataset:
 
     def bases(self):
         """Bases of the contigs."""
-        count = 0
-        with open(self.path("scaffolds.fa"), encoding="ascii") as file:
-            for line in file:
-                if not line.startswith(">"):
-                    count += len(line) - 1 - line.count("N")
-        return count
+        return contig_bases(self.path("scaffolds.fa"))
 
     def expected_peak(self):
         """Bytes: the table, the assembly with what stands beside the table, a batch of pairs."""
         bases = self.bases()
-        entries = min(BATCH, max(self.pairs, self.mates))
-        entry = 32 + -(-(self.length + 9) // 16) * 16  # a string, and its bases on the heap
+        filled = min(BATCH, max(self.pairs, self.mates))
+        batch = BATCH * 32 + filled * -(-(self.length + 9) // 16) * 16  # strings, bases on the heap
         beside = 10 / 8  # a base: 8 bits of the gram filter, 2 marks
-        return int(BYTES_PER_SLOT * slots(bases) + bases * (1 + beside)) + 2 * entries * entry
+        return int(BYTES_PER_SLOT * slots(bases) + bases * (1 + beside)) + 2 * batch
+
+
+@functools.cache
+def contig_bases(scaffolds):
+    """The bases of a scaffold file that are not N."""
+    count = 0
+    with open(scaffolds, encoding="ascii") as file:
+        for line in file:
+            if not line.startswith(">"):
+                count += len(line) - 1 - line.count("N")
+    return count
 
 
 def slots(bases):

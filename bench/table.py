@@ -2,7 +2,7 @@
 """Measures velk on made data and prints one table, each row a ratio within this run.
 
     table.py --programs FOLDER --data FOLDER [--scales small,medium,large] [--rounds N]
-             [--mapper-rounds N] [--threads N]
+             [--mapper-rounds N] [--threads N] [--no-growth]
 
 The programs are velk, makeData and indexFloor of one build. Data that is there already, from the
 same options, is used again. doc/performance.md explains the rows.

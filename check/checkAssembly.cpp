@@ -11,6 +11,7 @@
 #include "contig/contig.h"
 #include "driver/velk.h"
 #include "kmer/fetchKmers.h"
+#include "kmer/hashSet.h"
 
 namespace velk::check {
 namespace {
@@ -105,9 +106,6 @@ void checkGaps(Survey& survey, const std::map<int64_t, uint64_t>& gaps) {
 }
 
 void checkContigs(Survey& survey, uint64_t basesOfFile) {
-  constexpr uint64_t kScaffolds = uint64_t{1} << 20;  // what an Entity's fields can tell apart
-  constexpr uint64_t kContigs = uint64_t{1} << 19;
-  constexpr uint64_t kOffsets = uint64_t{1} << 24;
   std::map<int64_t, uint64_t> gaps;  // length, how often
   uint64_t bases = 0;                // of contigs that are searched in
   uint64_t ofModel = 0;              // of all contigs

@@ -7,11 +7,10 @@
 #include "check/refusal.h"
 #include "check/survey.h"
 #include "driver/velk.h"
+#include "placement/Read2Scaf.h"
 
 namespace velk::check {
 namespace {
-
-constexpr int kLongestShortInsert = 1000;  // bases; the 1000 rule of the batch scan
 
 // Makes the inputs of library i in the order in which velk streams them.
 void listInputs(Survey& survey, int i, const Section& section) {

@@ -8,15 +8,15 @@
 #include "contig/contig.h"
 #include "driver/velk.h"
 #include "kmer/hashSet.h"
+#include "placement/Read2Scaf.h"
 
 namespace velk::check {
 namespace {
 
-constexpr int kLongestShortInsert = 1000;  // bases; the 1000 rule of the batch scan
-constexpr uint64_t kFewPairs = 50;         // fewer measure nothing
-constexpr double kMixed = 0.2;             // share of the other orientation that deserves a word
-constexpr double kFarOff = 0.1;            // of the insert size
-constexpr double kExpectedFinds = 30;      // from which on it is no chance that nothing is found
+constexpr uint64_t kFewPairs = 50;     // fewer measure nothing
+constexpr double kMixed = 0.2;         // share of the other orientation that deserves a word
+constexpr double kFarOff = 0.1;        // of the insert size
+constexpr double kExpectedFinds = 30;  // from which on it is no chance that nothing is found
 
 std::string libraryText(std::size_t library) {
   return "library " + std::to_string(library + 1);

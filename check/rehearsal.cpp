@@ -29,13 +29,6 @@ double secondsSince(Clock::time_point start) {
   return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-// The k-mers that velk indexes of a contig.
-uint64_t windowsOf(const ContigInfo& contig) {
-  const std::size_t length = contig.contigSeq.size();
-  if (length < static_cast<uint32_t>(CONTIGLEN) || static_cast<int64_t>(length) < Kmer) return 0;
-  return length - static_cast<std::size_t>(Kmer) + 1;
-}
-
 // The first part of the model, up to a number of k-mers: whole scaffolds and some contigs of one
 // more. As long as it lives the scaffold in which it ends has no other contigs.
 class ModelPart {

@@ -1,7 +1,8 @@
 // Base and k-mer coding: 2 bits a base, and the complement of a base.
 //
-// The k-mers of contigs and of reads are packed by Seq2Kmer alone, so that their keys meet in the
-// hash set. Pure functions over constant tables; any thread may call them.
+// Seq2Kmer says what the key of a k-mer is; RollingKey and PackedBases make the same keys faster,
+// so that those of contigs and of reads meet in the hash set. Pure functions over constant tables;
+// any thread may call them.
 #pragma once
 
 #include <array>
@@ -34,6 +35,13 @@ inline char complementOf(char base) {
 /// in its own place and sets the low bit of the base before it.
 /// REQUIRES: kmer == 0.
 void Seq2Kmer(uint64_t& kmer, std::string_view seq);
+
+/// The key of a k-mer, as Seq2Kmer packs it.
+inline uint64_t packedKmer(std::string_view bases) {
+  uint64_t key = 0;
+  Seq2Kmer(key, bases);
+  return key;
+}
 
 /// Returns the `Kmer` letters of a packed k-mer; empty when Kmer is above 32.
 std::string Kmer2Seq(uint64_t kmer);

@@ -29,7 +29,7 @@ void rehash(HashSet* set, uint64_t oldSize, const uint8_t* oldFilled, uint8_t* m
     Entity inHand = std::exchange(set->array[i], Entity{});
     set_entity_delete(moved, i);
     for (bool placed = false; !placed;) {
-      uint64_t slot = hash_code(inHand) % set->size;
+      uint64_t slot = homeSlot(*set, inHand.bitSeq);
       while (!is_entity_null(set->nul_flag, slot)) slot = nextSlot(slot, set->size);
       set_entity_fill(set->nul_flag, slot);
       placed = !isWaiting(slot);

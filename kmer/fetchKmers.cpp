@@ -17,25 +17,11 @@
 namespace velk {
 namespace {
 
-// How many values the fields of an Entity can tell apart.
-constexpr uint64_t kScaffolds = uint64_t{1} << 20;
-constexpr uint64_t kContigs = uint64_t{1} << 19;
-constexpr uint64_t kOffsets = uint64_t{1} << 24;
-
 bool outgrowsEntity = false;  // some index or offset of the model doesn't fit its field
 
-// The number of indexed k-mers of a contig, counted in 32 bits; none of a short contig.
-uint32_t windowsOf(const ContigInfo& contig) {
-  const std::size_t length = contig.contigSeq.size();
-  if (length < static_cast<uint32_t>(CONTIGLEN)) return 0;
-  if (static_cast<int64_t>(length) < Kmer) return 0;
-  return static_cast<uint32_t>(length - static_cast<std::size_t>(Kmer) + 1);
-}
-
 uint64_t keyAt(const ContigInfo& contig, uint64_t offset) {
-  uint64_t key = 0;
-  Seq2Kmer(key, std::string_view(contig.contigSeq).substr(offset, static_cast<std::size_t>(Kmer)));
-  return key;
+  const auto length = static_cast<std::size_t>(Kmer);
+  return packedKmer(std::string_view(contig.contigSeq).substr(offset, length));
 }
 
 // The offset, of those that agree with `hit` in its field's bits, at which `contig` holds the
@@ -149,16 +135,18 @@ void makeSideIndex(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, uint6
   }
 }
 
-// The bytes of the table under which pages are put ahead: all, where so many k-mers come to nearly
-// every page and do not make it grow; else none.
+// The bytes of the table under which pages are put ahead: all, where so many k-mers, if they are
+// not repeats for the most part, come to nearly every page and do not make it grow; else none.
 uint64_t bytesToPopulate(const HashSet& set, uint64_t kmers) {
-  constexpr uint64_t kPageSlots = 4096 / sizeof(Entity);
-  const bool willFill = set.count + kmers <= set.max && kmers / 4 >= set.size / kPageSlots;
+  const uint64_t pages = set.size * sizeof(Entity) / kPage;
+  constexpr uint64_t kFew = 4;  // k-mers for each page, with which one in fifty is left out
+  const bool willFill = set.count + kmers <= set.max && kmers >= kFew * pages;
   return willFill ? set.size * sizeof(Entity) : 0;
 }
 
-// What is done beside the adding of the k-mers, by a thread of its own where the run has more than
-// one: pages are put under the table, ahead of the k-mers, and the contigs added to the side index.
+// What is done beside the adding of the k-mers. A thread of its own, where the run has more than
+// one, puts pages under the table, ahead of the k-mers, and adds the contigs to the side index;
+// else the contigs are added afterwards.
 class SideWork {
  public:
   SideWork(HashSet& set, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, uint64_t kmers)
@@ -171,7 +159,7 @@ class SideWork {
         fill();
       });
     } catch (const std::system_error&) {
-      // finish() does what must be done
+      // finish() fills the side index then; pages come as they are written to
     }
   }
 
@@ -210,6 +198,13 @@ class SideWork {
 // Never destroyed: a run may end while it is being filled.
 SideIndex& sideIndex = *new SideIndex;
 
+uint32_t windowsOf(const ContigInfo& contig) {
+  const std::size_t length = contig.contigSeq.size();
+  if (length < static_cast<uint32_t>(CONTIGLEN)) return 0;
+  if (static_cast<int64_t>(length) < Kmer) return 0;
+  return static_cast<uint32_t>(length - static_cast<std::size_t>(Kmer) + 1);
+}
+
 void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum) {
   uint64_t kmers = 0;
   outgrowsEntity = scaffoldSum > kScaffolds;
@@ -238,7 +233,7 @@ void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t s
                    }
                  });
   indexer.turn(nullptr, done);
-  noteFilled(kmerHash);
+  noteFilled(kmerHash);  // for whoever reads the bits; a run itself reads slots alone
   sideWork.finish(*kmerHash);
 }
 

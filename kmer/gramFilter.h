@@ -34,12 +34,11 @@ constexpr std::size_t gramsOf(int kmer) {
   return static_cast<std::size_t>(kmer) + 1 - static_cast<std::size_t>(gramLength(kmer));
 }
 
-/// The grams that are asked for first where windows (k-mer offsets) [from, to) of a read hold none
-/// of what the filter holds: as few as rule all of them out. The first gram that the windows before
-/// do not have is one of them, and the last that the windows behind do not have: so where one wrong
-/// base makes these windows, all of them have it. Both strands of a read have the same ones, but
-/// the middle one of an odd number, which may be the next gram.
-/// REQUIRES: from < to, fewer windows than 32 bits count.
+/// The grams to ask for first where no window (k-mer offset) in [from, to) of a read is thought to
+/// be in the index: the fewest whose absence rules all of them out. Where a single wrong base
+/// spoils just these windows, every gram asked for has that base, and the strides of the other
+/// strand are the same grams turned round, but for the middle one of an odd number, which may be
+/// its neighbour. REQUIRES: from < to, fewer windows than 32 bits count.
 class Strides {
  public:
   constexpr Strides(std::size_t from, std::size_t to, int kmer)
@@ -93,11 +92,12 @@ struct Gram {
 
 class GramFilter {
  public:
-  /// Makes an empty filter with room for `grams` grams. Throws std::bad_alloc without memory.
-  void build(uint64_t grams) { blocks_.make(bytesFor(grams) / sizeof(Block) + 1); }
+  /// Makes an empty filter with room for the grams of so many k-mers. Throws std::bad_alloc without
+  /// memory.
+  void build(uint64_t kmers) { blocks_.make(bytesFor(kmers) / sizeof(Block) + 1); }
 
-  /// The bytes that it takes for so many grams, about.
-  static uint64_t bytesFor(uint64_t grams) { return grams * kRoomPerGram / 8; }
+  /// The bytes that it takes for so many k-mers, about.
+  static uint64_t bytesFor(uint64_t kmers) { return kmers * kRoomPerKmer / 8; }
 
   void release() { blocks_.release(); }
 
@@ -110,7 +110,7 @@ class GramFilter {
     Block& block = blocks_[blockNumber];
     const uint64_t bits = bitsOf(gram);
     for (int i = 0; i < kBitsPerGram; ++i) {
-      const uint64_t bit = bits >> (kBitNumber * i) & (kBlockBits - 1);
+      const uint64_t bit = bits >> (kBitsOfBitNumber * i) & (kBlockBits - 1);
       block.words[bit / 64] |= uint64_t{1} << (bit % 64);
     }
   }
@@ -124,7 +124,7 @@ class GramFilter {
     const uint64_t bits = bitsOf(gram);
     uint64_t holds = 1;
     for (int i = 0; i < kBitsPerGram; ++i) {
-      const uint64_t bit = bits >> (kBitNumber * i) & (kBlockBits - 1);
+      const uint64_t bit = bits >> (kBitsOfBitNumber * i) & (kBlockBits - 1);
       holds &= block.words[bit / 64] >> (bit % 64);
     }
     return (holds & 1U) != 0;
@@ -142,10 +142,10 @@ class GramFilter {
   void prefetch(const Gram& gram) const { prefetch(blockOf(gram)); }
 
  private:
-  static constexpr int kBitNumber = 9;  // bits that name a bit of a block
-  static constexpr uint64_t kBlockBits = uint64_t{1} << kBitNumber;
+  static constexpr int kBitsOfBitNumber = 9;  // bits that name a bit of a block
+  static constexpr uint64_t kBlockBits = uint64_t{1} << kBitsOfBitNumber;
   static constexpr int kBitsPerGram = 2;       // bits that a gram sets
-  static constexpr uint64_t kRoomPerGram = 8;  // bits that a filter has for each gram
+  static constexpr uint64_t kRoomPerKmer = 8;  // bits; a k-mer adds about one gram
 
   struct alignas(64) Block {
     std::array<uint64_t, kBlockBits / 64> words;

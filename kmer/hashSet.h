@@ -3,12 +3,13 @@
 // Open addressing with linear probing over `size` slots. The driver creates the one set of a run,
 // FetchKmers1 fills it on the main thread, the workers only look up. Read without locks once
 // workers exist, which rests on these invariants:
-//   1. A slot is filled when its nul_flag bit is set. Unfilled slots are all zero, after creation
-//      and after every growth, and of the filled ones zeroSlot at most: so a probe reads slots
-//      alone, and where many entities are added with addBegun, noteFilled may set the bits later.
-//   2. So is the sentinel slot array[size]: the slot of a missing key reads as not unique.
-//   3. count <= max < size: an empty slot ends every probe.
-//   4. Nothing inserts or grows while a worker runs, and a run deletes nothing.
+//   1. A slot is filled when any of its bits is set, or when it is zeroSlot (isFilled): a probe
+//   reads
+//      slots alone. All other slots are all zero, after creation and after every growth.
+//   2. The sentinel slot array[size] is all zero: the slot of a missing key reads as not unique.
+//   3. nul_flag tells the same as isFilled; it is behind from addBegun until noteFilled.
+//   4. count <= max < size: an empty slot ends every probe.
+//   5. Nothing inserts or grows while a worker runs, and a run deletes nothing.
 #pragma once
 
 #include <algorithm>
@@ -20,13 +21,23 @@
 
 namespace velk {
 
+// Bits of an entity's fields.
+inline constexpr int kScaffoldBits = 20;
+inline constexpr int kContigBits = 19;
+inline constexpr int kOffsetBits = 24;
+
+// How many scaffolds, contigs of a scaffold and offsets in a contig the fields can tell apart.
+inline constexpr uint64_t kScaffolds = uint64_t{1} << kScaffoldBits;
+inline constexpr uint64_t kContigs = uint64_t{1} << kContigBits;
+inline constexpr uint64_t kOffsets = uint64_t{1} << kOffsetBits;
+
 /// One slot: a k-mer and the place where it was first added. 16 bytes.
 struct Entity {
-  uint64_t bitSeq;            // packed k-mer, the key
-  uint64_t scaffoldNum : 20;  // index of the scaffold, low bits
-  uint64_t contigNum : 19;    // index of the contig in its scaffold, low bits
-  uint64_t startPos : 24;     // offset of the k-mer's first base in contigSeq, low bits
-  uint64_t unique : 1;        // 1 while the k-mer was added once only
+  uint64_t bitSeq;                       // packed k-mer, the key
+  uint64_t scaffoldNum : kScaffoldBits;  // index of the scaffold, low bits
+  uint64_t contigNum : kContigBits;      // index of the contig in its scaffold, low bits
+  uint64_t startPos : kOffsetBits;       // offset of the k-mer's first base in contigSeq, low bits
+  uint64_t unique : 1;                   // 1 while the k-mer was added once only
 };
 static_assert(sizeof(Entity) == 16);
 
@@ -115,8 +126,8 @@ inline bool hash_equal(const Entity& entity, const Entity& stored) {
   return entity.bitSeq == stored.bitSeq;
 }
 
-/// Returns whether `num` counts as prime: odd divisors are tried below the square root only, so the
-/// squares of odd primes pass, and so does every number below 4.
+/// Returns whether `num` counts as prime: odd divisors are tried below the whole part of the square
+/// root only, so 9, 15, 25 and 35 pass, and so does every number below 4.
 bool is_prime(uint64_t num);
 
 /// Returns the first odd number from `num` on that is_prime accepts.

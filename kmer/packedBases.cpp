@@ -77,6 +77,7 @@ bool PackedBases::fillBy(bool (*pack)(const char*, uint64_t&), std::string_view 
   if (rest == 0) return areBases;
   uint64_t& last = words_[i / kWide];
   if (i != 0) {
+    // the last 32 letters; those that have been packed are shifted out
     areBases &= pack(bases.data() + bases.size() - kWide, last);
     last <<= LEN_TO_BITLEN * (kWide - rest);
   } else {

@@ -38,10 +38,7 @@ class RollingKey {
  private:
   static constexpr uint8_t kNoBase = 4;
 
-  void pack() {
-    key_ = 0;
-    Seq2Kmer(key_, bases_.substr(offset_, length_));
-  }
+  void pack() { key_ = packedKmer(bases_.substr(offset_, length_)); }
 
   std::string_view bases_;
   std::size_t length_;  // bases in a k-mer

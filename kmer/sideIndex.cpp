@@ -9,8 +9,9 @@
 namespace velk {
 namespace {
 
-constexpr std::size_t kStretch = 1024;     // k-mers that are packed together
-constexpr std::size_t kOddStretch = 64;    // k-mers that share a letter that is no base, at most
+constexpr std::size_t kStretch = 1024;  // k-mers that are packed together
+constexpr std::size_t kOddStretch =
+    64;  // k-mers: shorter stretches with other letters aren't halved
 constexpr std::size_t kGramsAhead = 48;    // grams whose blocks are fetched at the same time
 constexpr std::size_t kLookUpsAhead = 32;  // look-ups begun at the same time
 
@@ -55,12 +56,6 @@ class GramRing {
   std::array<Placed, 64> ring_;
   static_assert(kGramsAhead + gramsOf(DATA_LEN) <= std::tuple_size_v<decltype(ring_)>);
 };
-
-uint64_t keyOf(std::string_view kmer) {
-  uint64_t key = 0;
-  Seq2Kmer(key, kmer);
-  return key;
-}
 
 // Calls onMark(w) for every marked k-mer w of the `windows` whose marks begin at `first`.
 template <class OnMark>
@@ -186,7 +181,7 @@ void SideIndex::addBases(uint64_t first, const PackedBases& bases, std::size_t w
 
 // Takes in one k-mer of a stretch that has other letters than bases in it.
 void SideIndex::addOdd(uint64_t mark, std::string_view bases, int kmer) {
-  const uint64_t key = keyOf(bases);
+  const uint64_t key = packedKmer(bases);
   const uint64_t gramBits = (uint64_t{1} << (LEN_TO_BITLEN * gramLength(kmer))) - 1;
   for (std::size_t g = 0; g < gramsOf(kmer); ++g) {
     filter_.add(Gram(key >> (LEN_TO_BITLEN * g) & gramBits, kmer));
@@ -228,7 +223,7 @@ void SideIndex::settleReversed(const HashSet& index, std::string_view bases, uin
     }
   });
   forEachMark(reversed_, first, bases.size(), [&](std::size_t w) {
-    lookUps.begin(w, reversedKey(keyOf(bases.substr(w, length)), kmer));
+    lookUps.begin(w, reversedKey(packedKmer(bases.substr(w, length)), kmer));
   });
   lookUps.end();
 }
@@ -241,7 +236,7 @@ void SideIndex::shareReversed(const HashSet& index, std::string_view bases, uint
     if (isSet(reversed_, markOf(index.array[slot]))) set(reversed_, first + w);
   });
   forEachMark(repeats_, first, bases.size(), [&](std::size_t w) {
-    lookUps.begin(w, keyOf(bases.substr(w, static_cast<std::size_t>(kmer))));
+    lookUps.begin(w, packedKmer(bases.substr(w, static_cast<std::size_t>(kmer))));
   });
   lookUps.end();
 }

@@ -1,8 +1,8 @@
 // What stands beside the hash set to save look-ups: the gram filter, and two marks for every k-mer.
 //
 // FetchKmers1 fills it beside the hash set, with a thread of its own where the run has several; the
-// workers read it without locks. It never changes an answer: it only says, for certain, what a
-// look-up would. It is not made, and says nothing, for k-mer lengths without grams
+// workers read it without locks. It never changes an answer: what it rules out a look-up would not
+// find, or not find unique. It is not made, and says nothing, for k-mer lengths without grams
 // (kmer/gramFilter.h), for assemblies that outgrow the fields of an Entity, and where there is no
 // memory for it.
 #pragma once
@@ -87,9 +87,9 @@ class SideIndex {
   GramFilter filter_;
   std::vector<uint64_t> firstContig_;  // by scaffold: number of its first contig in firstMark_
   std::vector<uint64_t> firstMark_;    // by contig: mark of its k-mer at offset 0
-  // A bit per k-mer of the model each.
+  // A bit for every base of the contigs each, that of the k-mer which begins there.
   Marks repeats_;   // it occurs more than once
-  Marks reversed_;  // its reverse complement is in the index; before finish(): it may be
+  Marks reversed_;  // its reverse complement may be in the index; after finish() of bases alone: is
 };
 
 }  // namespace velk

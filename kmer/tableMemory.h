@@ -10,9 +10,10 @@
 
 namespace velk {
 
+inline constexpr uintptr_t kPage = 4096;  // bytes of a usual page
+
 /// Gives the kernel advice on the whole pages of an allocation, which it may not follow.
 inline void advise(void* start, uint64_t bytes, int advice) {
-  constexpr uintptr_t kPage = 4096;
   const auto first = (reinterpret_cast<uintptr_t>(start) + kPage - 1) / kPage * kPage;
   const auto end = (reinterpret_cast<uintptr_t>(start) + bytes) / kPage * kPage;
   if (first < end) madvise(reinterpret_cast<void*>(first), end - first, advice);
@@ -26,7 +27,8 @@ inline void adviseHugePages(void* start, uint64_t bytes) {
 /// Has pages put under an allocation now instead of where each one is first written to; what it
 /// holds stays. Other threads may read and write it meanwhile.
 inline void populate(void* start, uint64_t bytes) {
-  advise(start, bytes, MADV_POPULATE_WRITE);
+  constexpr int kPopulateWrite = 23;  // MADV_POPULATE_WRITE, which headers know since Linux 5.14
+  advise(start, bytes, kPopulateWrite);
 }
 
 /// Returns a bitmap of `size` clear bits, to be released with free(); null without memory.
