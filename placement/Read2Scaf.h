@@ -13,6 +13,9 @@
 
 namespace velk {
 
+/// Pairs of larger inserts, in bases, point outwards and are turned round before they are tried.
+inline constexpr int kLongestShortInsert = 1000;
+
 /// Scans worker t's share (entries t, t + threadNum, ...) of the current batch and stores the
 /// number of records it wrote in foundReadNum[t].
 void FindReads(int t);

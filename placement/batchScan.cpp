@@ -9,7 +9,10 @@
 namespace velk {
 namespace {
 
-constexpr int kLongestShortInsert = 1000;  // bases; pairs of larger inserts are turned round
+// Whether the batch has pairs that are turned round before they are tried.
+bool turnsPairs() {
+  return readsB != nullptr && insertLength > kLongestShortInsert;
+}
 
 bool containsN(const std::string& read) {
   return read.find('N') != std::string::npos;
@@ -53,7 +56,7 @@ class BatchScan {
 
   void scanPair(std::string& a, std::string& b, Scouted& knownA, Scouted& knownB) {
     if (mayContainN(knownA, a) || mayContainN(knownB, b)) return;
-    if (insertLength > kLongestShortInsert) {
+    if (turnsPairs()) {
       LongReverseComplement(a, b);
       if (isShorterThanKmer(a) || isShorterThanKmer(b)) return;
       KmerWalk::takeStrands({strand(a, knownB, true), strand(reversedA_, knownB, false),
@@ -145,10 +148,10 @@ class Share {
   // Takes entry e through the first step, and those before it on, an entry a step. The read that is
   // tried first leads: where that runs as the first try expects it, the other is not looked after.
   void step(int64_t e) {
-    const bool isTurned = readsB != nullptr && insertLength > kLongestShortInsert;
+    const bool isTurned = turnsPairs();
     const auto lead = isTurned ? &Entry::b : &Entry::a;
     const auto other = isTurned ? &Entry::a : &Entry::b;
-    const auto settles = [&](const Scouting& s) {
+    const auto runsAsExpected = [&](const Scouting& s) {
       return s.hasBasesAlone && s.isFound && s.isUnique && s.run.isReversed == isTurned;
     };
     const auto approach = [](Scouting&, const std::string& bases) { Scout::approach(bases); };
@@ -165,12 +168,13 @@ class Share {
       return;
     }
     forRead(e - 4, lead, [&](Scouting& s, const std::string& bases) {
-      if (isTurned || !settles(s)) scout_.compare(s, bases);
+      // One that does so on its own strand is placed by its first k-mer, whose slot is known.
+      if (isTurned || !runsAsExpected(s)) scout_.compare(s, bases);
     });
     forRead(e - 3, other, approach);
     forRead(e - 4, other, [&](Scouting& s, const std::string& bases) {
-      s.hasBasesAlone = s.hasTurned = false;
-      if (!settles(entry(e - 4).*lead)) look(s, bases);
+      Scout::skip(s);
+      if (!runsAsExpected(entry(e - 4).*lead)) look(s, bases);
     });
     forRead(e - 5, other, ask);
     forRead(e - 6, other, find);

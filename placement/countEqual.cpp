@@ -1,7 +1,5 @@
 #include "placement/countEqual.h"
 
-#include <cstdint>
-
 #if defined(__x86_64__)
 #include <emmintrin.h>
 #endif
@@ -16,7 +14,8 @@ std::size_t countEqualPlainly(const char* one, const char* other, std::size_t le
 
 #if defined(__x86_64__)
 
-// Sixteen at a time. Their sum fits a byte each only for so many rounds, hence the sum in each.
+// Sixteen at a time. Counts in bytes would overflow after 255 rounds, so the equal bases of each
+// round are added up into two counts of 64 bits.
 std::size_t countEqual(const char* one, const char* other, std::size_t length) {
   constexpr std::size_t kAtOnce = 16;
   __m128i sums = _mm_setzero_si128();

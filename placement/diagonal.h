@@ -44,15 +44,15 @@ struct Overlap {
   }
 };
 
-/// Calls onRun(from, to) for every maximal run of windows of `read` whose bases are those of
-/// `contig` when the read's first base lies at contig position `offset`.
-template <class OnRun>
-void forEachRun(std::string_view contig, std::string_view read, int64_t offset, std::size_t kmer,
-                OnRun onRun) {
+/// Calls onStretch(from, to) for every longest stretch of windows of `read` whose bases are those
+/// of `contig` when the read's first base lies at contig position `offset`.
+template <class OnStretch>
+void forEachStretch(std::string_view contig, std::string_view read, int64_t offset,
+                    std::size_t kmer, OnStretch onStretch) {
   const Overlap overlap(contig, read, offset);
   for (std::size_t start = 0; start + kmer <= overlap.length;) {
     const std::size_t end = firstDifference(overlap.read, overlap.contig, start, overlap.length);
-    if (end >= start + kmer) onRun(overlap.first + start, overlap.first + end - kmer + 1);
+    if (end >= start + kmer) onStretch(overlap.first + start, overlap.first + end - kmer + 1);
     start = end + 1;
   }
 }

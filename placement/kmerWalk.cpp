@@ -5,7 +5,6 @@
 
 #include "contig/contig.h"
 #include "kmer/Sequence.h"
-#include "placement/Read2Scaf.h"
 #include "placement/diagonal.h"
 
 namespace velk {
@@ -86,8 +85,8 @@ const Strand* KmerWalk::takeUp(const std::string& read) {
 // Passes over the windows that lie where the refused `hit` lies.
 void KmerWalk::passDiagonal(const std::string& read, const Hit& hit) {
   const std::string& contig = scaffoldInfo[hit.scaffold].contigsInfo[hit.contig].contigSeq;
-  forEachRun(contig, read, hit.offset, static_cast<std::size_t>(kmer_),
-             [&](std::size_t from, std::size_t to) { buffers_.passed.insertRange(from, to); });
+  forEachStretch(contig, read, hit.offset, static_cast<std::size_t>(kmer_),
+                 [&](std::size_t from, std::size_t to) { buffers_.passed.insertRange(from, to); });
 }
 
 // Passes over the windows that lie on the diagonal of a k-mer which occurs more than once, found
@@ -97,23 +96,21 @@ bool KmerWalk::passRepeats(std::string_view read, const Entity& found, std::size
   const int64_t offset = static_cast<int64_t>(found.startPos) - static_cast<int64_t>(window);
   const std::string& contig =
       scaffoldInfo[found.scaffoldNum].contigsInfo[found.contigNum].contigSeq;
-  forEachRun(contig, read, offset, static_cast<std::size_t>(kmer_),
-             [&](std::size_t from, std::size_t to) {
-               for (std::size_t w = from; w < to; ++w) {
-                 const uint64_t onContig = w + static_cast<uint64_t>(offset);
-                 if (sideIndex.isRepeated(found.scaffoldNum, found.contigNum, onContig)) {
-                   buffers_.passed.insert(w);
-                 }
-               }
-             });
+  forEachStretch(contig, read, offset, static_cast<std::size_t>(kmer_),
+                 [&](std::size_t from, std::size_t to) {
+                   for (std::size_t w = from; w < to; ++w) {
+                     const uint64_t onContig = w + static_cast<uint64_t>(offset);
+                     if (sideIndex.isRepeated(found.scaffoldNum, found.contigNum, onContig)) {
+                       buffers_.passed.insert(w);
+                     }
+                   }
+                 });
   return true;
 }
 
 uint64_t KmerWalk::keyAt(std::string_view read, std::size_t window) const {
   if (packed_ != nullptr) return packed_->key(window, kmer_);
-  uint64_t key = 0;
-  Seq2Kmer(key, read.substr(window, static_cast<std::size_t>(kmer_)));
-  return key;
+  return packedKmer(read.substr(window, static_cast<std::size_t>(kmer_)));
 }
 
 bool KmerWalk::mayHoldGram(std::size_t gram) const {

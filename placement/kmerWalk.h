@@ -40,8 +40,6 @@ class WindowSet {
     words_.assign(windows / 64 + 1, 0);
   }
 
-  std::size_t size() const { return windows_; }
-
   void insert(std::size_t window) { words_[window / 64] |= uint64_t{1} << (window % 64); }
 
   /// Inserts the windows [from, to).
@@ -161,9 +159,10 @@ void KmerWalk::uniqueHits(const std::string& read, int64_t& i, Visit visit) {
   i = static_cast<int64_t>(windows);
 }
 
-// Shows the hit of the first k-mer, where it is known, or nothing is: then it is not worth asking
-// the filter, as it mostly hits. One that is known to be missing is left to the filter all the
-// same, so that the grams that are asked for are those that the scout has had fetched.
+// Shows the hit of the first k-mer without asking the filter, as it mostly hits: by the slot that
+// the scout knows, or by a look-up where nothing is known of the read. Where the scout knows no
+// slot the window is left to the filter, so that the grams that are asked for are mostly those
+// that the scout has had fetched.
 template <class Visit>
 KmerWalk::Outcome KmerWalk::visitFirst(const std::string& read, const Strand* strand, int64_t& i,
                                        Visit& visit) {

@@ -86,7 +86,7 @@ int64_t snapped(int64_t position, int64_t mateLength, int64_t gapLength, int kme
 }
 
 // Whether the mate lies in the far gap, beyond a short contig between long neighbours. In both
-// directions the mate must end behind the gap's first base and start in front of its end.
+// directions the mate must end on the gap's first base or behind it and start in front of its end.
 bool reachesFarGap(const Anchor& anchor, const MateGeometry& mate, int readLength) {
   if (!mate.hasFarGap) return false;
   const int64_t twoReads = 2 * int64_t{readLength};

@@ -87,8 +87,12 @@ void Scout::approach(std::string_view read) {
   fetchBases(read);
 }
 
+void Scout::skip(Scouting& read) {
+  read.hasBasesAlone = read.isFound = read.hasRun = read.hasTurned = false;
+}
+
 void Scout::look(Scouting& read, std::string_view bases) const {
-  read.isFound = read.hasRun = read.hasTurned = false;
+  skip(read);
   read.firstSlot = index_.size;
   read.hasBasesAlone = sideIndex.isMade() && bases.size() >= static_cast<std::size_t>(kmer_) &&
                        read.packed.fill(bases);
@@ -113,6 +117,12 @@ void Scout::compare(Scouting& read, const std::string& bases) const {
   // A base is wrong in the first k-mer and in the last: rare enough to wait for the memory.
   if (!read.isFound && begin(read, lastWindow(bases) / 2)) finish(read, bases);
   if (read.isFound) findDifferences(read, bases);
+  fetchForWalk(read, bases);
+}
+
+// Has fetched what the walk asks for: the slot of the first k-mer of what runs, and what the filter
+// says of the windows before, between and behind.
+void Scout::fetchForWalk(const Scouting& read, std::string_view bases) const {
   const std::size_t windows = lastWindow(bases) + 1;
   std::size_t settled = 0;  // windows of what runs
   if (read.hasRun) {
@@ -121,7 +131,7 @@ void Scout::compare(Scouting& read, const std::string& bases) const {
     read.run.forEachStretch(bases.size(), kmer, [&](std::size_t from, std::size_t to) {
       if (settled == 0) {
         const uint64_t key = read.packed.at(isReversed ? windows - 1 - from : from, kmer_);
-        startProbe(index_, isReversed ? reversedKey(key, kmer_) : key);
+        startProbe(index_, isReversed ? reversedKey(key, kmer_) : key);  // for what it fetches
       }
       isReversed ? fetchStrides(read.packed, windows - from, windows - settled)
                  : fetchStrides(read.packed, settled, from);

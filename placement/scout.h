@@ -1,7 +1,7 @@
 // Runs ahead of the scan of a batch, has the memory fetched that placing a read will ask for, and
 // finds out what the k-mer walk of the read need not.
 //
-// A worker has one, and takes a read through five steps, some entries apart, so that what a step
+// A worker has one, and takes a read through five steps, one entry apart, so that what a step
 // asks for has come when the next one needs it.
 #pragma once
 
@@ -19,7 +19,7 @@ struct Scouting : Scouted {
   std::size_t window = 0;             // the k-mer of it that is looked up
   std::array<SlotProbe, 2> probes{};  // the begun look-ups of that, on either strand
   std::array<bool, 2> isBegun{};
-  bool isFound = false;   // whether `run` tells where it seems to run, not compared yet
+  bool isFound = false;   // whether `run` tells where it seems to run
   bool isUnique = false;  // whether the k-mer that tells it occurs once only
 };
 
@@ -29,6 +29,9 @@ class Scout {
 
   /// 1. Has the read's bases fetched.
   static void approach(std::string_view read);
+
+  /// Takes a read that nothing is to be found out of; the other steps pass over it.
+  static void skip(Scouting& read);
 
   /// 2. Has fetched what the gram filter says of the read's first k-mer.
   void look(Scouting& read, std::string_view bases) const;
@@ -41,7 +44,9 @@ class Scout {
   /// fetched; or the slots of the read's last k-mer, when the first is not in the index.
   void find(Scouting& read, std::string_view bases) const;
 
-  /// 5. Compares it there, and has fetched what the filter says of the bases that differ.
+  /// 5. Finds where it runs by its middle k-mer, when neither end did; compares it there, and has
+  /// fetched what the walk will ask for: the slot of the first k-mer that runs, and what the filter
+  /// says of those that do not.
   void compare(Scouting& read, const std::string& bases) const;
 
  private:
@@ -50,6 +55,7 @@ class Scout {
   std::size_t middleGram(std::size_t window) const;
   bool begin(Scouting& read, std::size_t window) const;
   void finish(Scouting& read, std::string_view bases) const;
+  void fetchForWalk(const Scouting& read, std::string_view bases) const;
   void findDifferences(Scouting& read, const std::string& bases) const;
   void fetchStrides(const PackedBases& packed, std::size_t from, std::size_t to) const;
 

@@ -6,16 +6,15 @@
 #include <cstdint>
 #include <string>
 
-#include "kmer/hashSet.h"
 #include "kmer/packedBases.h"
 
 namespace velk {
 
-/// A unique k-mer of the read in the index.
+/// A place in the model at which one of its k-mers lays a read, or its reverse complement.
 struct Hit {
   uint64_t scaffold;  // index in scaffoldInfo
   uint64_t contig;    // index in the scaffold
-  int64_t offset;     // contig position of the read's first base, may be negative
+  int64_t offset;     // contig position of the first base of what is laid there, may be negative
 };
 
 /// A read, or its reverse complement, laid along a contig of the index.
@@ -61,8 +60,8 @@ class Run {
 
 /// What is known of one read.
 struct Scouted {
-  // Whether it has bases alone, and a k-mer of them; false without a side index, too. Of others
-  // nothing is known but `turned`.
+  // Whether it has bases alone, and a k-mer of them; false without a side index, and of reads that
+  // are not scouted. Of others nothing is known but `turned`.
   bool hasBasesAlone = false;
   PackedBases packed;      // the read
   uint64_t firstSlot = 0;  // of its first k-mer, as get_hashset answers
