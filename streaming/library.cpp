@@ -130,7 +130,7 @@ class SpareReads {
 SpareReads spareA;
 SpareReads spareB;
 
-void releaseReads() {
+void keepReads() {
   spareA.keep(readsA);
   spareB.keep(readsB);
 }
@@ -142,14 +142,14 @@ bool findPairs(const std::string& fileA, const std::string& fileB) {
           ? firstLineOfGzip(fileA)
           : firstLineOfPlain(fileA, "[ERROR]: can't open input file: " + fileA + "\n");
   if (!first) return false;
-  constexpr int kMessageLine = 1736;
+  constexpr int kMessageLine = 1736;  // KEPT: the same in every version (OutOfMemory.BufferOfPairs)
   readsA = spareA.take(kMessageLine);
   readsB = spareB.take(kMessageLine);
   if (first->letter != '>' && first->letter != '@') {
     refuseFormat(fileA, *first, " reads should be kept in *.fa or *.fq format!\n");
   }
   streamPairs(fileA, fileB, first->letter == '>');
-  releaseReads();
+  keepReads();
   return true;
 }
 
@@ -160,14 +160,14 @@ bool findSingles(const std::string& fileA, const std::string& fileB) {
       isGzipName(fileA) ? firstLineOfGzip(fileA)
                         : firstLineOfPlain(fileA, "[ERROR]: can't open input file\n");
   if (!first) return false;
-  constexpr int kMessageLine = 1625;
+  constexpr int kMessageLine = 1625;  // KEPT: as above (OutOfMemory.BufferOfSingleReads)
   readsA = spareA.take(kMessageLine);
   readsB = nullptr;  // puts the workers in single-end mode
   if (first->letter != '>' && first->letter != '@') {
     refuseFormat(fileA, *first, "Input files should be in *.fa or *.fq format!\n");
   }
   streamSingles(fileA, fileB, first->letter == '>');
-  releaseReads();
+  keepReads();
   std::cerr << "load SE read finished!\n";
   return true;
 }
@@ -236,7 +236,7 @@ void libread2gap(Lib*& libs, int libSum) {
   spareB.release();
 }
 
-// cppcheck-suppress constParameter ; always been declared so
+// cppcheck-suppress constParameter ; the declaration is part of the interface
 void FindReadsInGaps(std::string& readFileA, std::string& readFileB, int threadnum) {
   threadNum = threadnum;
   const bool isOpened =
