@@ -149,7 +149,8 @@ uint64_t bytesToPopulate(const HashSet& set, uint64_t kmers) {
 // else the contigs are added afterwards.
 class SideWork {
  public:
-  SideWork(HashSet& set, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, uint64_t kmers)
+  SideWork(const HashSet& set, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum,
+           uint64_t kmers)
       : scaffoldInfo_(scaffoldInfo), scaffoldSum_(scaffoldSum) {
     const uint64_t bytes = bytesToPopulate(set, kmers);
     if (thread_num < 2 || (bytes == 0 && !sideIndex.isMade())) return;

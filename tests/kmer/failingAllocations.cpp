@@ -1,14 +1,18 @@
 #include "tests/kmer/failingAllocations.h"
 
+#include <cstdlib>
+#include <new>
+
 namespace {
 
 constexpr int kNever = -1;
 int allocationsLeft = kNever;  // until one fails
+int newsLeft = kNever;
 
 std::size_t denied = 0;
 
-bool mustFail(std::size_t bytes) {
-  if (allocationsLeft == kNever || allocationsLeft-- != 0) return false;
+bool mustFail(int& left, std::size_t bytes) {
+  if (left == kNever || left-- != 0) return false;
   denied = bytes;
   return true;
 }
@@ -25,16 +29,30 @@ void* __wrap_calloc(std::size_t count, std::size_t size);
 void* __wrap_realloc(void* memory, std::size_t size);
 
 void* __wrap_malloc(std::size_t size) {
-  return mustFail(size) ? nullptr : __real_malloc(size);
+  return mustFail(allocationsLeft, size) ? nullptr : __real_malloc(size);
 }
 
 void* __wrap_calloc(std::size_t count, std::size_t size) {
-  return mustFail(count * size) ? nullptr : __real_calloc(count, size);
+  return mustFail(allocationsLeft, count * size) ? nullptr : __real_calloc(count, size);
 }
 
 void* __wrap_realloc(void* memory, std::size_t size) {
-  return mustFail(size) ? nullptr : __real_realloc(memory, size);
+  return mustFail(allocationsLeft, size) ? nullptr : __real_realloc(memory, size);
 }
+}
+
+void* operator new(std::size_t size) {
+  void* const memory = mustFail(newsLeft, size) ? nullptr : __real_malloc(size == 0 ? 1 : size);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t /*size*/) noexcept {
+  std::free(memory);
 }
 
 namespace velk::test {
@@ -44,8 +62,13 @@ void failAllocationAfter(int n) {
   denied = 0;
 }
 
+void failNewAfter(int n) {
+  newsLeft = n;
+  denied = 0;
+}
+
 void failNoAllocation() {
-  allocationsLeft = kNever;
+  allocationsLeft = newsLeft = kNever;
 }
 
 std::size_t deniedBytes() {

@@ -1,4 +1,4 @@
-// Makes malloc, calloc and realloc of the test program fail on demand.
+// Makes malloc, calloc and realloc of the test program, or operator new, fail on demand.
 #pragma once
 
 #include <cstddef>
@@ -9,10 +9,13 @@ namespace velk::test {
 /// failNoAllocation() comes before anything else could miss the memory.
 void failAllocationAfter(int n);
 
+/// From now on operator new throws std::bad_alloc where it is called after the next `n` times.
+void failNewAfter(int n);
+
 /// From now on no allocation fails.
 void failNoAllocation();
 
-/// Bytes that the failed allocation asked for, since failAllocationAfter(); 0 before it.
+/// Bytes that the failed allocation asked for, since it was asked for; 0 without one.
 std::size_t deniedBytes();
 
 }  // namespace velk::test

@@ -192,6 +192,33 @@ TEST_F(SideIndexTest, IndexingGoesOnWithoutMemoryForIt) {
   }
 }
 
+// With one thread the contigs are added to the side index when all k-mers are in the hash set: the
+// last memory that is asked for is what it needs then.
+TEST_F(SideIndexTest, MemoryThatRunsOutAsItIsFilled) {
+  load({{{randomBases(300, 1)}}});
+  thread_num = 1;
+  bool isMade = false;
+  int withoutIt = 0;  // runs without a side index since one ended earlier
+  for (int n = 0; !isMade; ++n) {
+    free_hash(kmerHash);
+    kmerHash = init_hashset(1000, LoadFactor);
+    failNewAfter(n);
+    try {
+      FetchKmers1(kmerHash, scaffoldInfo, scaffoldSum);
+    } catch (const std::bad_alloc&) {
+      failNoAllocation();
+      withoutIt = 0;
+      continue;
+    }
+    failNoAllocation();
+    isMade = sideIndex.isMade();
+    EXPECT_EQ(isMade, deniedBytes() == 0) << n;
+    EXPECT_EQ(kmerHash->count, 270U) << n;
+    withoutIt += isMade ? 0 : 1;
+  }
+  EXPECT_GT(withoutIt, 0);
+}
+
 TEST_F(SideIndexTest, BytesForTellsAboutWhatItTakes) {
   constexpr uint64_t kBases = 1000000;
   load({{{randomBases(kBases, 4)}}});
