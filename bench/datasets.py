@@ -7,6 +7,7 @@ from dataclasses import dataclass, field
 
 BATCH = 500_000  # records in a batch of velk
 BYTES_PER_SLOT = 16.25
+PROGRAM = 10_000_000  # bytes: the program, and the reads found in a batch
 LOAD_FACTOR = 0.75
 
 
@@ -63,12 +64,12 @@ class Dataset:
         return contig_bases(self.path("scaffolds.fa"))
 
     def expected_peak(self):
-        """Bytes: the table, the assembly with what stands beside the table, a batch of pairs."""
+        """Bytes: the table, the assembly with what stands beside the table, a batch, the program."""
         bases = self.bases()
         filled = min(BATCH, max(self.pairs, self.mates))
         batch = BATCH * 32 + filled * -(-(self.length + 9) // 16) * 16  # strings, bases on the heap
         beside = 10 / 8  # a base: 8 bits of the gram filter, 2 marks
-        return int(BYTES_PER_SLOT * slots(bases) + bases * (1 + beside)) + 2 * batch
+        return int(BYTES_PER_SLOT * slots(bases) + bases * (1 + beside)) + 2 * batch + PROGRAM
 
 
 @functools.cache
