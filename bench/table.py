@@ -111,20 +111,23 @@ def memory_rows(table, data, rounds):
 
 
 def growth_rows(programs, folder, options):
-    print("\n| Data | threads | streaming | ns a read | found |\n|---|---|---|---|---|")
+    """All rows by turns, round after round, so that a bad minute of the machine does not fall on one."""
     for data in GROWTH:
         data.make(programs, folder)
-        for threads in data.threads:
-            rounds = Rounds(data)
+    rows = [(data, threads, Rounds(data)) for data in GROWTH for threads in data.threads]
+    for _ in range(options.rounds):
+        for data, threads, rounds in rows:
             rounds.run({
                 "none": velk_command(programs, data, "none.lib", threads),
                 "plain": velk_command(programs, data, "plain.lib", threads),
-            }, options.rounds)
-            streaming = rounds.beyond("plain", "none")
-            with open(data.path("found.fa"), encoding="ascii") as found:
-                records = sum(line.startswith(">") for line in found)
-            print(f"| {data.name} | {threads} | {streaming:.2f} s |"
-                  f" {streaming / data.reads() * 1e9:.0f} | {records} |")
+            }, 1)
+    print("\n| Data | threads | streaming | ns a read | found |\n|---|---|---|---|---|")
+    for data, threads, rounds in rows:
+        streaming = rounds.beyond("plain", "none")
+        with open(data.path("found.fa"), encoding="ascii") as found:
+            records = sum(line.startswith(">") for line in found)
+        print(f"| {data.name} | {threads} | {streaming:.2f} s |"
+              f" {streaming / data.reads() * 1e9:.0f} | {records} |")
 
 
 def main():
