@@ -111,7 +111,8 @@ def memory_rows(table, data, rounds):
 
 
 def growth_rows(programs, folder, options):
-    """All rows by turns, round after round, so that a bad minute of the machine does not fall on one."""
+    """All rows by turns, round after round, so that a bad minute of the machine does not fall on one.
+    The records counted are those of the last run on the data: they do not depend on the threads."""
     for data in GROWTH:
         data.make(programs, folder)
     rows = [(data, threads, Rounds(data)) for data in GROWTH for threads in data.threads]
