@@ -9,9 +9,8 @@
 namespace velk {
 namespace {
 
-constexpr std::size_t kStretch = 1024;  // k-mers that are packed together
-constexpr std::size_t kOddStretch =
-    64;  // k-mers: shorter stretches with other letters aren't halved
+constexpr std::size_t kStretch = 1024;     // k-mers that are packed together
+constexpr std::size_t kOddStretch = 64;    // k-mers; with other letters, longer ones are halved
 constexpr std::size_t kGramsAhead = 48;    // grams whose blocks are fetched at the same time
 constexpr std::size_t kLookUpsAhead = 32;  // look-ups begun at the same time
 
