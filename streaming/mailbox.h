@@ -20,6 +20,9 @@ namespace velk {
 inline constexpr unsigned kWorkerPollMicroseconds = 2;
 inline constexpr unsigned kMainPollMicroseconds = 10;
 
+/// By how much a poll may come late: little for a batch, which takes a hundred times as long.
+inline constexpr unsigned long kPollSlackNanoseconds = 500'000;
+
 /// Reads worker t's mailbox. Acquire: whoever sees a new value also sees all that its writer wrote
 /// before storing it (the batch before a 1, the records before a 0).
 inline int mailboxValue(int t) {

@@ -1,6 +1,7 @@
 // The hand-off between the main thread and the workers.
 #include "streaming/workerPool.h"
 
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -205,6 +206,13 @@ TEST_F(WorkerPool, RepeatedPairOfALargeInsertIsTurnedBack) {
 TEST_F(WorkerPool, PollsAtTheFixedIntervals) {
   EXPECT_EQ(kWorkerPollMicroseconds, 2u);
   EXPECT_EQ(kMainPollMicroseconds, 10u);
+}
+
+// Threads start with the slack of the one that starts them.
+TEST_F(WorkerPool, ThePollsOfAllThreadsMayComeLate) {
+  ASSERT_EQ(prctl(PR_SET_TIMERSLACK, 1UL), 0);
+  start(2);
+  EXPECT_EQ(prctl(PR_GET_TIMERSLACK), static_cast<int>(kPollSlackNanoseconds));
 }
 
 TEST_F(WorkerPool, WorkerThatCannotBeCreatedEndsTheRun) {
