@@ -39,16 +39,16 @@ uint64_t kmersOfModel() {
   return kmers;
 }
 
-void write(Entity& slot, uint64_t state, uint64_t i) {
-  Entity entity{};
-  entity.bitSeq = state;
-  entity.startPos = i % kOffsets;
-  slot = entity;
+// Entities are written whole, so that each loop goes over the table once.
+uint64_t write(Entity& slot, uint64_t state, uint64_t i) {
+  slot = uniqueEntity(state, {0, 0, i});
+  return 0;
 }
 
-void readAndWrite(Entity& slot, uint64_t state, uint64_t i) {
-  slot.bitSeq ^= state;
-  slot.startPos = i % kOffsets;
+uint64_t readAndWrite(Entity& slot, uint64_t state, uint64_t i) {
+  const uint64_t seen = slot.bitSeq;
+  slot = uniqueEntity(state, {0, 0, i});
+  return seen;
 }
 
 // Does `work` with as many slots as there are k-mers. The places come from a 64-bit linear
@@ -61,12 +61,13 @@ void atRandom(uint64_t slots, uint64_t kmers, Work work) {
   adviseHugePages(table, (slots + 1) * sizeof(Entity));
   __extension__ using Uint128 = unsigned __int128;
   uint64_t state = 1;
+  uint64_t seen = 0;
   for (uint64_t i = 0; i < kmers; ++i) {
     state = state * 6364136223846793005U + 1442695040888963407U;
-    work(table[static_cast<uint64_t>((Uint128{state} * slots) >> 64)], state, i);
+    seen += work(table[static_cast<uint64_t>((Uint128{state} * slots) >> 64)], state, i);
   }
-  // Reading a slot back keeps the compiler from leaving the writes out.
-  if (table[state % slots].bitSeq == 1) std::cerr << "\n";
+  // Asking for it all keeps the compiler from leaving anything out.
+  if (seen + table[state % slots].bitSeq == 1) std::cerr << "\n";
   std::free(table);
 }
 

@@ -100,13 +100,7 @@ class Indexer {
     SlotProbe probe = batch.probes[w];
     if (set_.size != batch.tableSize) probe.slot = homeSlot(set_, probe.key);
     const KmerPlace place{batch.first.scaffold, batch.first.contig, batch.first.start + w};
-    Entity entity{};
-    entity.bitSeq = probe.key;
-    entity.unique = 1;
-    entity.scaffoldNum = place.scaffold % kScaffolds;
-    entity.contigNum = place.contig % kContigs;
-    entity.startPos = place.start % kOffsets;
-    const uint64_t before = addBegun(&set_, entity, probe);
+    const uint64_t before = addBegun(&set_, uniqueEntity(probe.key, place), probe);
     if (before != set_.size && side_.isMade()) side_.noteRepeat(set_, place, before);
   }
 

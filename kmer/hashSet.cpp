@@ -100,12 +100,13 @@ uint64_t get_hashset(const HashSet* set, const Entity& entity) {
 void noteFilled(HashSet* set) {
   for (uint64_t slot = 0; slot < set->size;) {
     uint8_t& flags = set->nul_flag[slot / 8];
-    uint8_t filled = 0;
+    unsigned filled = 0;
     for (const uint64_t end = std::min(slot + 8, set->size); slot < end; ++slot) {
-      if (isFilled(*set, slot)) filled |= slotMask(slot);
+      filled |= unsigned{!isZero(set->array[slot])} * slotMask(slot);  // no branch to be guessed
     }
-    flags = filled;
+    flags = static_cast<uint8_t>(filled);
   }
+  if (set->zeroSlot != kNoSlot) set_entity_fill(set->nul_flag, set->zeroSlot);
 }
 
 bool exists_hashset(const HashSet* set, const Entity& entity) {

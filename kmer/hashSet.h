@@ -14,10 +14,12 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
 #include "kmer/fetchLine.h"
+#include "kmer/kmerPlace.h"
 
 namespace velk {
 
@@ -40,6 +42,17 @@ struct Entity {
   uint64_t unique : 1;                   // 1 while the k-mer was added once only
 };
 static_assert(sizeof(Entity) == 16);
+
+/// The entity of a k-mer that has been added once, of whose place the fields take the low bits.
+/// Put together as words: field by field it would be stored in parts, and a processor that loads
+/// the whole then waits until all stores before it have reached the cache.
+inline Entity uniqueEntity(uint64_t key, const KmerPlace& place) {
+  const uint64_t placeBits = place.scaffold % kScaffolds |
+                             place.contig % kContigs << kScaffoldBits |
+                             place.start % kOffsets << (kScaffoldBits + kContigBits);
+  const std::array<uint64_t, 2> words = {key, placeBits | uint64_t{1} << 63};
+  return std::bit_cast<Entity>(words);
+}
 
 struct HashSet {
   uint32_t e_size;          // bytes of one entity
