@@ -51,49 +51,54 @@ constexpr std::size_t kBatch = 64;  // k-mers whose memory is fetched at the sam
 struct Batch {
   KmerPlace first;                       // of its k-mers
   std::size_t count;                     // k-mers
-  bool hasBasesAlone;                    // whether `packed` is filled
-  PackedBases packed;                    // their bases
   std::array<SlotProbe, kBatch> probes;  // their begun look-ups
   uint64_t tableSize;                    // slots of the table when it was prepared
 };
 
-// Adds k-mers in two steps, batch after batch: the memory that a batch needs is fetched while the
-// one before it is added, by turns, as only so many fetches can be under way.
+// Adds k-mers in three steps, batch after batch: where probing for them begins is worked out, that
+// memory is fetched while the batch before is added, by turns, as only so many fetches can be under
+// way, and they are added. The fetches stand close together: a processor waits for the page of one
+// and finds those of the next meanwhile, but it does not look far ahead.
 class Indexer {
  public:
   Indexer(HashSet& set, SideIndex& side, int kmer) : set_(set), side_(side), kmer_(kmer) {}
 
   /// Makes the batch, of its stretch of `bases`, ready for its turn as `next`.
-  void prepare(Batch& batch, const std::string& bases) const {
+  void prepare(Batch& batch, const std::string& bases) {
     const auto length = static_cast<std::size_t>(kmer_);
     const std::string_view stretch =
         std::string_view(bases).substr(batch.first.start, batch.count + length - 1);
-    batch.hasBasesAlone = batch.packed.fill(stretch);
     batch.tableSize = set_.size;
-    if (batch.hasBasesAlone) return;
-    RollingKey keys(stretch, kmer_);
-    for (std::size_t w = 0; w < batch.count; ++w) {
-      if (w != 0) keys.advance();
-      batch.probes[w].key = keys.key();
+    if (packed_.fill(stretch)) {
+      beginAll(batch, [&](std::size_t w) { return packed_.key(w, kmer_); });
+      return;
     }
+    RollingKey keys(stretch, kmer_);
+    beginAll(batch, [&](std::size_t w) {
+      if (w != 0) keys.advance();
+      return keys.key();
+    });
   }
 
   /// Fetches the memory for `next` and adds `done`, which was `next` in the turn before. Either may
   /// be null.
-  void turn(Batch* next, const Batch* done) {
+  void turn(const Batch* next, const Batch* done) {
     const std::size_t fetches = next == nullptr ? 0 : next->count;
     const std::size_t adds = done == nullptr ? 0 : done->count;
     for (std::size_t w = 0; w < std::max(fetches, adds); ++w) {
-      if (w < fetches) fetch(*next, w);
+      if (w < fetches) fetchSlots(set_, next->probes[w]);
       if (w < adds) add(*done, w);
     }
   }
 
  private:
-  void fetch(Batch& batch, std::size_t w) const {
-    SlotProbe& probe = batch.probes[w];
-    const uint64_t key = batch.hasBasesAlone ? batch.packed.key(w, kmer_) : probe.key;
-    probe = startProbe(set_, key);
+  // keyOf(w): the key of the batch's w-th k-mer; asked for in order.
+  template <class KeyOf>
+  void beginAll(Batch& batch, KeyOf keyOf) const {
+    for (std::size_t w = 0; w < batch.count; ++w) {
+      const uint64_t key = keyOf(w);
+      batch.probes[w] = {key, homeSlot(set_, key)};
+    }
   }
 
   void add(const Batch& batch, std::size_t w) {
@@ -107,6 +112,7 @@ class Indexer {
   HashSet& set_;
   SideIndex& side_;
   int kmer_;
+  PackedBases packed_;  // of the batch that is prepared
 };
 
 // Calls onContig(i, j, contig, windows) for every contig that has k-mers in the index, in order.

@@ -185,13 +185,18 @@ struct SlotProbe {
   uint64_t slot;  // home slot of the key
 };
 
-/// Begins a look-up: has the memory of the key's home slot fetched, and of the next ones, which lie
-/// in another cache line mostly.
-inline SlotProbe startProbe(const HashSet& set, uint64_t key) {
+/// Has the memory fetched of a begun look-up's home slot, and of the next ones, which lie in
+/// another cache line mostly.
+inline void fetchSlots(const HashSet& set, const SlotProbe& probe) {
   constexpr uint64_t kProbed = 3;  // slots behind the home slot that a probe comes to often
-  const SlotProbe probe{key, homeSlot(set, key)};
   fetchLine(&set.array[probe.slot]);
   fetchLine(&set.array[std::min(probe.slot + kProbed, set.size)]);
+}
+
+/// Begins a look-up, and has its memory fetched.
+inline SlotProbe startProbe(const HashSet& set, uint64_t key) {
+  const SlotProbe probe{key, homeSlot(set, key)};
+  fetchSlots(set, probe);
   return probe;
 }
 
