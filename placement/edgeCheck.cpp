@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <utility>
 
 #include "driver/velk.h"
 #include "placement/Read2Scaf.h"
@@ -45,11 +44,9 @@ void ReverseComplementSeq(std::string& dest, const std::string& src) {
 }
 
 void LongReverseComplement(std::string& a, std::string& b) {
-  std::string turnedB(b.size(), '\0');
-  ReverseComplementSeq(turnedB, b);
-  b.resize(a.size());
-  ReverseComplementSeq(b, a);
-  a = std::move(turnedB);
+  a.swap(b);
+  reverseComplementInPlace(a.data(), a.size());
+  reverseComplementInPlace(b.data(), b.size());
 }
 
 int MapRead2Lcontig(const std::string& contig, const std::string& read, int64_t offset) {

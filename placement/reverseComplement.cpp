@@ -1,5 +1,7 @@
 #include "placement/reverseComplement.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 
@@ -64,6 +66,21 @@ void reverseComplementPlainly(char* target, const char* source, std::size_t leng
 void reverseComplement(char* target, const char* source, std::size_t length) {
   const std::size_t turned = hasWideLetters ? turnWide(target + length, source, length) : 0;
   reverseComplementPlainly(target, source + turned, length - turned);
+}
+
+void reverseComplementInPlace(char* letters, std::size_t length) {
+  std::array<char, 256> front;
+  char* end = letters + length;
+  while (end - letters > 1) {
+    const auto half = static_cast<std::size_t>(end - letters) / 2;
+    const std::size_t count = std::min(half, front.size());
+    std::copy_n(letters, count, front.begin());
+    reverseComplement(letters, end - count, count);
+    reverseComplement(end - count, front.data(), count);
+    letters += count;
+    end -= count;
+  }
+  if (letters < end) *letters = complementOf(*letters);
 }
 
 }  // namespace velk

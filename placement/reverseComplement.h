@@ -9,7 +9,10 @@ namespace velk {
 /// for whatever has no complement. The two stretches must not overlap.
 void reverseComplement(char* target, const char* source, std::size_t length);
 
-/// The same without what only some processors have.
+/// Puts the reverse complement of the `length` characters at `letters` in their place.
+void reverseComplementInPlace(char* letters, std::size_t length);
+
+/// As reverseComplement, without what only some processors have.
 void reverseComplementPlainly(char* target, const char* source, std::size_t length);
 
 }  // namespace velk

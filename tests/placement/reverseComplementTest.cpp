@@ -87,5 +87,17 @@ TEST(LongReverseComplement, ReadsOfUnlikeLengthChangePlaces) {
   EXPECT_EQ("G", b);
 }
 
+TEST(LongReverseComplement, AllLengths) {
+  for (std::size_t length = 0; length <= 1100; length += 1 + length / 130) {
+    const std::string first = randomBases(length, static_cast<unsigned>(length));
+    const std::string second = randomBases(1100 - length, 7);
+    std::string a = first;
+    std::string b = second;
+    LongReverseComplement(a, b);
+    EXPECT_EQ(reverseComplement(second), a) << length;
+    EXPECT_EQ(reverseComplement(first), b) << length;
+  }
+}
+
 }  // namespace
 }  // namespace velk::test
