@@ -20,10 +20,15 @@ class Cost:
 
 def warm_memory(size):
     """Touches `size` bytes of memory and releases them. The host of a virtual machine takes back what
-    is not in use and is slow to give it again: whichever command comes first would pay for it."""
-    with mmap.mmap(-1, size) as memory:
+    is not in use and is slow to give it again: whichever command comes first would pay for it.
+    In a process of its own: the system counts what this one held as a command's, too."""
+    child = os.fork()
+    if child == 0:
+        memory = mmap.mmap(-1, size)
         for page in range(0, size, mmap.PAGESIZE):
             memory[page] = 1
+        os._exit(0)
+    os.waitpid(child, 0)
 
 
 def run(command, folder):
