@@ -39,7 +39,9 @@ uint64_t kmersOfModel() {
   return kmers;
 }
 
-// Entities are written whole, so that each loop goes over the table once.
+// What the loops do with a slot. Both write words: a loop that writes field by field may be split
+// into two that each go over the table. Returned is what has been read.
+
 uint64_t write(Entity& slot, uint64_t state, uint64_t i) {
   slot = uniqueEntity(state, {0, 0, i});
   return 0;
@@ -65,9 +67,8 @@ void atRandom(uint64_t slots, uint64_t kmers, Work work) {
   for (uint64_t i = 0; i < kmers; ++i) {
     state = state * 6364136223846793005U + 1442695040888963407U;
     seen += work(table[static_cast<uint64_t>((Uint128{state} * slots) >> 64)], state, i);
+    asm volatile("" : : "r"(seen) : "memory");  // nothing may be left out or put off
   }
-  // Asking for it all keeps the compiler from leaving anything out.
-  if (seen + table[state % slots].bitSeq == 1) std::cerr << "\n";
   std::free(table);
 }
 

@@ -21,14 +21,18 @@ class Cost:
 def warm_memory(size):
     """Touches `size` bytes of memory and releases them. The host of a virtual machine takes back what
     is not in use and is slow to give it again: whichever command comes first would pay for it.
-    In a process of its own: the system counts what this one held as a command's, too."""
+    In a process of its own: the peak of the one that starts a command counts as the command's, too."""
     child = os.fork()
     if child == 0:
-        memory = mmap.mmap(-1, size)
-        for page in range(0, size, mmap.PAGESIZE):
-            memory[page] = 1
-        os._exit(0)
-    os.waitpid(child, 0)
+        try:
+            memory = mmap.mmap(-1, size)
+            for page in range(0, size, mmap.PAGESIZE):
+                memory[page] = 1
+            os._exit(0)
+        finally:
+            os._exit(1)
+    if os.waitpid(child, 0)[1] != 0:
+        raise RuntimeError(f"can't touch {size} bytes of memory")
 
 
 def run(command, folder):

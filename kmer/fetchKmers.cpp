@@ -55,10 +55,10 @@ struct Batch {
   uint64_t tableSize;                    // slots of the table when it was prepared
 };
 
-// Adds k-mers in three steps, batch after batch: where probing for them begins is worked out, that
-// memory is fetched while the batch before is added, by turns, as only so many fetches can be under
-// way, and they are added. The fetches stand close together: a processor waits for the page of one
-// and finds those of the next meanwhile, but it does not look far ahead.
+// Adds k-mers in batches, each in three steps: the home slots are worked out, their memory is
+// fetched, the k-mers are added. A batch is fetched while the one before it is added, a k-mer of
+// each by turns, as only so many fetches can be under way. Little is computed between two fetches:
+// a processor that waits for the page of one begins with the next ones only if they are near.
 class Indexer {
  public:
   Indexer(HashSet& set, SideIndex& side, int kmer) : set_(set), side_(side), kmer_(kmer) {}
@@ -96,8 +96,7 @@ class Indexer {
   template <class KeyOf>
   void beginAll(Batch& batch, KeyOf keyOf) const {
     for (std::size_t w = 0; w < batch.count; ++w) {
-      const uint64_t key = keyOf(w);
-      batch.probes[w] = {key, homeSlot(set_, key)};
+      batch.probes[w] = beginProbe(set_, keyOf(w));
     }
   }
 
@@ -112,7 +111,7 @@ class Indexer {
   HashSet& set_;
   SideIndex& side_;
   int kmer_;
-  PackedBases packed_;  // of the batch that is prepared
+  PackedBases packed_;  // room for prepare()
 };
 
 // Calls onContig(i, j, contig, windows) for every contig that has k-mers in the index, in order.

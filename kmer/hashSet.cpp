@@ -71,11 +71,11 @@ HashSet* init_hashset(uint64_t init_size, float load_factor) {
 }
 
 uint64_t GetHashSet(const HashSet* set, const Entity& entity, int& flag) {
-  return probeFrom(*set, {entity.bitSeq, homeSlot(*set, entity.bitSeq)}, flag);
+  return probeFrom(*set, beginProbe(*set, entity.bitSeq), flag);
 }
 
 int add_hashset(HashSet* set, const Entity& entity) {
-  const uint64_t before = addBegun(set, entity, {entity.bitSeq, homeSlot(*set, entity.bitSeq)});
+  const uint64_t before = addBegun(set, entity, beginProbe(*set, entity.bitSeq));
   if (before == set->size) {
     int flag = 0;
     set_entity_fill(set->nul_flag, GetHashSet(set, entity, flag));

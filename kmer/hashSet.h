@@ -4,8 +4,7 @@
 // FetchKmers1 fills it on the main thread, the workers only look up. Read without locks once
 // workers exist, which rests on these invariants:
 //   1. A slot is filled when any of its bits is set, or when it is zeroSlot (isFilled): a probe
-//   reads
-//      slots alone. All other slots are all zero, after creation and after every growth.
+//      reads slots alone. All others are all zero, after creation and after every growth.
 //   2. The sentinel slot array[size] is all zero: the slot of a missing key reads as not unique.
 //   3. nul_flag tells the same as isFilled; it is behind from addBegun until noteFilled.
 //   4. count <= max < size: an empty slot ends every probe.
@@ -43,14 +42,15 @@ struct Entity {
 };
 static_assert(sizeof(Entity) == 16);
 
-/// The entity of a k-mer that has been added once, of whose place the fields take the low bits.
-/// Put together as words: field by field it would be stored in parts, and a processor that loads
-/// the whole then waits until all stores before it have reached the cache.
+/// The entity of a k-mer that has been added once; its fields take the low bits of the place.
+/// Made of two words: stored field by field, it could not be loaded whole before all these stores
+/// have reached the cache.
 inline Entity uniqueEntity(uint64_t key, const KmerPlace& place) {
   const uint64_t placeBits = place.scaffold % kScaffolds |
                              place.contig % kContigs << kScaffoldBits |
                              place.start % kOffsets << (kScaffoldBits + kContigBits);
-  const std::array<uint64_t, 2> words = {key, placeBits | uint64_t{1} << 63};
+  constexpr int kBitsBeforeUnique = kScaffoldBits + kContigBits + kOffsetBits;
+  const std::array<uint64_t, 2> words = {key, placeBits | uint64_t{1} << kBitsBeforeUnique};
   return std::bit_cast<Entity>(words);
 }
 
@@ -185,8 +185,13 @@ struct SlotProbe {
   uint64_t slot;  // home slot of the key
 };
 
-/// Has the memory fetched of a begun look-up's home slot, and of the next ones, which lie in
-/// another cache line mostly.
+/// Begins a look-up.
+inline SlotProbe beginProbe(const HashSet& set, uint64_t key) {
+  return {key, homeSlot(set, key)};
+}
+
+/// Has the memory of a begun look-up's home slot fetched, and that of the next ones, which mostly
+/// lie in another cache line.
 inline void fetchSlots(const HashSet& set, const SlotProbe& probe) {
   constexpr uint64_t kProbed = 3;  // slots behind the home slot that a probe comes to often
   fetchLine(&set.array[probe.slot]);
@@ -195,7 +200,7 @@ inline void fetchSlots(const HashSet& set, const SlotProbe& probe) {
 
 /// Begins a look-up, and has its memory fetched.
 inline SlotProbe startProbe(const HashSet& set, uint64_t key) {
-  const SlotProbe probe{key, homeSlot(set, key)};
+  const SlotProbe probe = beginProbe(set, key);
   fetchSlots(set, probe);
   return probe;
 }

@@ -41,7 +41,7 @@ void checkReverseRead(int64_t& i, const std::string& anchor, const std::string& 
 void ReverseComplementSeq(std::string& dest, const std::string& src);
 
 /// Turns a pair of a large-insert library into the orientation of a short-insert pair: a becomes
-/// the reverse complement of the old b, b that of the old a (both inout).
+/// the reverse complement of the old b, b that of the old a (both inout). REQUIRES: &a != &b.
 void LongReverseComplement(std::string& a, std::string& b);
 
 // The three ungapped checks of a read against a contig, each 1 accept, 0 refuse. `offset` is the
