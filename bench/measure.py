@@ -62,7 +62,7 @@ def options_parser(description, scales):
 
 class Rounds:
     """Costs of named commands on a Dataset, run one after the other, round after round. Each one
-    finds as much warm memory as velk takes for these data."""
+    finds the read files and as much memory as velk takes for these data warm."""
 
     def __init__(self, data):
         self.data = data
@@ -72,8 +72,13 @@ class Rounds:
         """commands: name -> shell command."""
         for _ in range(rounds):
             for name, command in commands.items():
-                warm_memory(self.data.expected_peak())
+                self.warm()
                 self.costs[name].append(run(command, self.data.folder))
+
+    def warm(self):
+        for ending in ("", ".gz") if self.data.gzip else ("",):
+            run(f"cat {self.data.read_files(ending)} >/dev/null", self.data.folder)
+        warm_memory(self.data.expected_peak())
 
     def wall(self, name):
         return statistics.median(cost.wall for cost in self.costs[name])
