@@ -7,9 +7,8 @@
 //
 // While any mailbox holds 1 the workers own the read buffer, bufferNum, insertLength and threadNum
 // (read only, but for the in-place turn of large-insert pairs in a worker's own share) and each its
-// own row; while all hold 0 the main thread owns everything. Workers sleep for 2 microseconds
-// between polls, the main thread for 10, and the kernel may be late by kPollSlackNanoseconds. There
-// are no locks: the two accessors below are all the synchronisation.
+// own row; while all hold 0 the main thread owns everything. Workers poll every 2 microseconds, the
+// main thread every 10. There are no locks: the two accessors below are all the synchronisation.
 #pragma once
 
 #include <atomic>
@@ -20,10 +19,6 @@ namespace velk {
 
 inline constexpr unsigned kWorkerPollMicroseconds = 2;
 inline constexpr unsigned kMainPollMicroseconds = 10;
-
-/// By how much a poll may come late, so that threads that wait take no time from those that work.
-/// A hand-off is late by it twice at most; a full batch takes some hundred milliseconds.
-inline constexpr unsigned long kPollSlackNanoseconds = 500'000;
 
 /// Reads worker t's mailbox. Acquire: whoever sees a new value also sees all that its writer wrote
 /// before storing it (the batch before a 1, the records before a 0).

@@ -1,6 +1,5 @@
 #include "streaming/workerPool.h"
 
-#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -40,7 +39,6 @@ bool allIdle() {
 
 void startWorkers(int workers) {
   allocateWorkerArrays(workers);
-  prctl(PR_SET_TIMERSLACK, kPollSlackNanoseconds);  // of this thread, and of those it starts
   // Row by row with its worker: too large a number of workers fails at the system's limit of
   // threads before it takes the memory of their rows.
   for (int t = 0; t < workers; ++t) {

@@ -8,9 +8,8 @@
 
 namespace velk {
 
-/// Allocates the arrays and rows of `workers` workers and starts the workers, idle. The sleeps of
-/// the calling thread, too, may be late from then on (kPollSlackNanoseconds). Exits with status 2
-/// after "[ERROR]: can't create worker thread N: REASON" when one won't start.
+/// Allocates the arrays and rows of `workers` workers and starts the workers, idle.
+/// Exits with status 2 after "[ERROR]: can't create worker thread N: REASON" when one won't start.
 void startWorkers(int workers);
 
 /// A worker's life: polls its mailbox, makes a pass for every 1, ends on any value but 0 and 1.

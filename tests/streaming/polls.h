@@ -2,15 +2,13 @@
 #pragma once
 
 #include <set>
-#include <utility>
 
 namespace velk::test {
 
 /// Begins to watch.
 void watchPolls();
 
-/// The kinds of polls seen since then: the microseconds that usleep() was asked for, and the
-/// nanoseconds by which it may come late in the thread that called it.
-std::set<std::pair<unsigned, int>> pollsSeen();
+/// The microseconds that usleep() has been asked for since then, each once.
+std::set<unsigned> pollsSeen();
 
 }  // namespace velk::test
