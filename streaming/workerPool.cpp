@@ -1,5 +1,6 @@
 #include "streaming/workerPool.h"
 
+#include <sched.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -35,9 +36,18 @@ bool allIdle() {
   return true;
 }
 
+// Asks the system to schedule the calling thread, and those that it starts from now on, as ones
+// that compute: where all processors are taken, one that wakes to look at a mailbox does not
+// interrupt another at its work. What the user asked for instead stays.
+void scheduleAsBatch() {
+  const sched_param unused{};
+  if (sched_getscheduler(0) == SCHED_OTHER) sched_setscheduler(0, SCHED_BATCH, &unused);
+}
+
 }  // namespace
 
 void startWorkers(int workers) {
+  scheduleAsBatch();
   allocateWorkerArrays(workers);
   // Row by row with its worker: too large a number of workers fails at the system's limit of
   // threads before it takes the memory of their rows.

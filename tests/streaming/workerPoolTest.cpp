@@ -1,6 +1,7 @@
 // The hand-off between the main thread and the workers.
 #include "streaming/workerPool.h"
 
+#include <sched.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -215,6 +216,39 @@ TEST_F(WorkerPool, PollsAtTheFixedIntervals) {
     handOver(reads, 2);
   }
   EXPECT_EQ(pollsSeen(), expected);
+}
+
+// The policies by which the main thread and worker t are scheduled.
+std::vector<int> policiesWithWorker(int t) {
+  int policy = -1;
+  sched_param unused{};
+  pthread_getschedparam(threads[t], &policy, &unused);
+  return {sched_getscheduler(0), policy};
+}
+
+// Begins each process with the policy that it checks, whatever the tests run with.
+TEST_F(WorkerPool, ThreadsAreScheduledAsBatch) {
+  EXPECT_EXIT(
+      {
+        const sched_param unused{};
+        sched_setscheduler(0, SCHED_OTHER, &unused);
+        start(2);
+        const std::vector<int> expected(2, SCHED_BATCH);
+        std::exit(policiesWithWorker(1) == expected ? 0 : 1);
+      },
+      ExitedWithCode(0), Eq(""));
+}
+
+TEST_F(WorkerPool, PolicyThatTheUserChoseStays) {
+  EXPECT_EXIT(
+      {
+        const sched_param unused{};
+        sched_setscheduler(0, SCHED_IDLE, &unused);
+        start(2);
+        const std::vector<int> expected(2, SCHED_IDLE);
+        std::exit(policiesWithWorker(1) == expected ? 0 : 1);
+      },
+      ExitedWithCode(0), Eq(""));
 }
 
 TEST_F(WorkerPool, WorkerThatCannotBeCreatedEndsTheRun) {
