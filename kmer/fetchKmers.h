@@ -19,8 +19,8 @@ uint32_t windowsOf(const ContigInfo& contig);
 
 /// Adds every k-mer of every contig of at least CONTIGLEN bases to `kmerHash`, forward strand only,
 /// in the order scaffold, contig, offset. A k-mer that occurs again keeps its first place and loses
-/// its `unique` bit. Also makes and fills `sideIndex`, with a thread of its own where the run has
-/// more than one, and notes whether the model outgrows an entity's fields.
+/// its `unique` bit. Also makes and fills `sideIndex`, and notes whether the model outgrows an
+/// entity's fields. Uses the threads that the run has (kmer/fillIndex.h).
 void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum);
 
 extern SideIndex& sideIndex;  // empty: beside the run's hash set, built by FetchKmers1

@@ -98,7 +98,11 @@ uint64_t get_hashset(const HashSet* set, const Entity& entity) {
 }
 
 void noteFilled(HashSet* set) {
-  for (uint64_t slot = 0; slot < set->size;) {
+  noteFilled(set, 0, set->size);
+}
+
+void noteFilled(HashSet* set, uint64_t from, uint64_t to) {
+  for (uint64_t slot = from; slot < to;) {
     uint8_t& flags = set->nul_flag[slot / 8];
     unsigned filled = 0;
     for (const uint64_t end = std::min(slot + 8, set->size); slot < end; ++slot) {
@@ -106,7 +110,8 @@ void noteFilled(HashSet* set) {
     }
     flags = static_cast<uint8_t>(filled);
   }
-  if (set->zeroSlot != kNoSlot) set_entity_fill(set->nul_flag, set->zeroSlot);
+  const uint64_t zeroSlot = set->zeroSlot;
+  if (from <= zeroSlot && zeroSlot < to) set_entity_fill(set->nul_flag, zeroSlot);
 }
 
 bool exists_hashset(const HashSet* set, const Entity& entity) {

@@ -1,7 +1,7 @@
 // The k-mer hash set: where each contig k-mer lies, and whether it occurs more than once.
 //
 // Open addressing with linear probing over `size` slots. The driver creates the one set of a run,
-// FetchKmers1 fills it on the main thread, the workers only look up. Read without locks once
+// FetchKmers1 fills it, the workers only look up. Read without locks once
 // workers exist, which rests on these invariants:
 //   1. A slot is filled when any of its bits is set, or when it is zeroSlot (isFilled): a probe
 //      reads slots alone. All others are all zero, after creation and after every growth.
@@ -192,16 +192,16 @@ inline SlotProbe beginProbe(const HashSet& set, uint64_t key) {
 
 /// Has the memory of a begun look-up's home slot fetched, and that of the next ones, which mostly
 /// lie in another cache line.
-inline void fetchSlots(const HashSet& set, const SlotProbe& probe) {
+inline void fetchSlots(const HashSet& set, uint64_t slot) {
   constexpr uint64_t kProbed = 3;  // slots behind the home slot that a probe comes to often
-  fetchLine(&set.array[probe.slot]);
-  fetchLine(&set.array[std::min(probe.slot + kProbed, set.size)]);
+  fetchLine(&set.array[slot]);
+  fetchLine(&set.array[std::min(slot + kProbed, set.size)]);
 }
 
 /// Begins a look-up, and has its memory fetched.
 inline SlotProbe startProbe(const HashSet& set, uint64_t key) {
   const SlotProbe probe = beginProbe(set, key);
-  fetchSlots(set, probe);
+  fetchSlots(set, probe.slot);
   return probe;
 }
 
@@ -272,5 +272,9 @@ inline uint64_t addBegun(HashSet* set, const Entity& entity, const SlotProbe& pr
 
 /// Sets the nul_flag bits of all filled slots, slot by slot.
 void noteFilled(HashSet* set);
+
+/// The same of the slots [from, to), and of the others whose bits lie in the last one's byte.
+/// REQUIRES: from is a multiple of 8.
+void noteFilled(HashSet* set, uint64_t from, uint64_t to);
 
 }  // namespace velk

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <bit>
 
 #include "kmer/Sequence.h"
@@ -56,13 +57,20 @@ class GramRing {
   static_assert(kGramsAhead + gramsOf(DATA_LEN) <= std::tuple_size_v<decltype(ring_)>);
 };
 
+// Marks that several threads change at the same time are read and written as this.
+std::atomic_ref<uint64_t> shared(uint64_t& marks) {
+  return std::atomic_ref<uint64_t>(marks);
+}
+
+constexpr auto kRelaxed = std::memory_order_relaxed;  // the end of a thread orders what it wrote
+
 // Calls onMark(w) for every marked k-mer w of the `windows` whose marks begin at `first`.
 template <class OnMark>
-void forEachMark(const ZeroedArray<uint64_t>& marks, uint64_t first, std::size_t windows,
-                 OnMark onMark) {
+void forEachMark(ZeroedArray<uint64_t>& marks, uint64_t first, std::size_t windows, OnMark onMark) {
   const uint64_t end = first + windows;
   for (uint64_t bit = first; bit < end; bit = (bit / 64 + 1) * 64) {
-    for (uint64_t left = marks[bit / 64] >> (bit % 64); left != 0; left &= left - 1) {
+    for (uint64_t left = shared(marks[bit / 64]).load(kRelaxed) >> (bit % 64); left != 0;
+         left &= left - 1) {
       const uint64_t marked = bit + static_cast<uint64_t>(std::countr_zero(left));
       if (marked < end) onMark(static_cast<std::size_t>(marked - first));
     }
@@ -103,6 +111,10 @@ class LookUps {
 
 }  // namespace
 
+void SideIndex::setShared(Marks& marks, uint64_t bit) {
+  shared(marks[bit / 64]).fetch_or(maskOf(bit), kRelaxed);
+}
+
 void SideIndex::make(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, uint64_t kmers) {
   release();
   uint64_t marks = 0;
@@ -126,9 +138,9 @@ void SideIndex::release() {
   reversed_.release();
 }
 
-void SideIndex::noteRepeat(const HashSet& index, const KmerPlace& place, uint64_t first) {
-  set(repeats_, markOf(place));
-  set(repeats_, markOf(index.array[first]));
+void SideIndex::noteRepeat(const Entity& again, const Entity& first) {
+  setShared(repeats_, markOf(again));
+  setShared(repeats_, markOf(first));
 }
 
 void SideIndex::addContig(uint64_t scaffold, uint64_t contig, std::string_view bases,
@@ -188,37 +200,19 @@ void SideIndex::addOdd(uint64_t mark, std::string_view bases, int kmer) {
   set(reversed_, mark);
 }
 
-void SideIndex::finish(const HashSet& index, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum,
-                       int kmer) {
-  const auto forEachContig = [&](auto settle) {
-    for (uint32_t i = 0; i < scaffoldSum; ++i) {
-      for (uint32_t j = 0; j < scaffoldInfo[i].contigsSum; ++j) {
-        const std::string_view bases = scaffoldInfo[i].contigsInfo[j].contigSeq;
-        settle(bases, markOf(KmerPlace{i, j, 0}));
-      }
-    }
-  };
-  forEachContig(
-      [&](std::string_view bases, uint64_t first) { settleReversed(index, bases, first, kmer); });
-  forEachContig(
-      [&](std::string_view bases, uint64_t first) { shareReversed(index, bases, first, kmer); });
-}
-
-// Leaves a contig's marks where the reverse complement is in the index, and marks that one, too.
-// The reverse complement of a k-mer with other letters than bases is not told by its key: those
-// keep their marks.
-void SideIndex::settleReversed(const HashSet& index, std::string_view bases, uint64_t first,
-                               int kmer) {
+void SideIndex::settleReversed(const HashSet& index, uint64_t scaffold, uint64_t contig,
+                               std::string_view bases, int kmer) {
   const auto length = static_cast<std::size_t>(kmer);
   const auto hasBasesAlone = [](std::string_view letters) {
     return std::all_of(letters.begin(), letters.end(),
                        [](char base) { return baseCode(base) < 4; });
   };
+  const uint64_t first = markOf(KmerPlace{scaffold, contig, 0});
   LookUps lookUps(index, [&](std::size_t w, uint64_t slot) {
     if (slot != index.size) {
-      set(reversed_, markOf(index.array[slot]));
+      setShared(reversed_, markOf(index.array[slot]));
     } else if (hasBasesAlone(bases.substr(w, length))) {
-      reversed_[(first + w) / 64] &= ~maskOf(first + w);
+      shared(reversed_[(first + w) / 64]).fetch_and(~maskOf(first + w), kRelaxed);
     }
   });
   forEachMark(reversed_, first, bases.size(), [&](std::size_t w) {
@@ -227,12 +221,14 @@ void SideIndex::settleReversed(const HashSet& index, std::string_view bases, uin
   lookUps.end();
 }
 
-// Of a k-mer that occurs more than once, the index knows the first place alone, so that one bears
-// the mark; the others take it over.
-void SideIndex::shareReversed(const HashSet& index, std::string_view bases, uint64_t first,
-                              int kmer) {
+void SideIndex::shareReversed(const HashSet& index, uint64_t scaffold, uint64_t contig,
+                              std::string_view bases, int kmer) {
+  const uint64_t first = markOf(KmerPlace{scaffold, contig, 0});
   LookUps lookUps(index, [&](std::size_t w, uint64_t slot) {
-    if (isSet(reversed_, markOf(index.array[slot]))) set(reversed_, first + w);
+    const uint64_t known = markOf(index.array[slot]);
+    if ((shared(reversed_[known / 64]).load(kRelaxed) & maskOf(known)) != 0) {
+      setShared(reversed_, first + w);
+    }
   });
   forEachMark(repeats_, first, bases.size(), [&](std::size_t w) {
     lookUps.begin(w, packedKmer(bases.substr(w, static_cast<std::size_t>(kmer))));

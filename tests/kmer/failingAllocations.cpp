@@ -1,17 +1,18 @@
 #include "tests/kmer/failingAllocations.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
 namespace {
 
 constexpr int kNever = -1;
-int allocationsLeft = kNever;  // until one fails
-int newsLeft = kNever;
+std::atomic<int> allocationsLeft = kNever;  // until one fails
+std::atomic<int> newsLeft = kNever;
 
-std::size_t denied = 0;
+std::atomic<std::size_t> denied = 0;
 
-bool mustFail(int& left, std::size_t bytes) {
+bool mustFail(std::atomic<int>& left, std::size_t bytes) {
   if (left == kNever || left-- != 0) return false;
   denied = bytes;
   return true;
@@ -68,7 +69,8 @@ void failNewAfter(int n) {
 }
 
 void failNoAllocation() {
-  allocationsLeft = newsLeft = kNever;
+  allocationsLeft = kNever;
+  newsLeft = kNever;
 }
 
 std::size_t deniedBytes() {

@@ -193,7 +193,7 @@ TEST_F(SideIndexTest, IndexingGoesOnWithoutMemoryForIt) {
 }
 
 // With one thread the contigs are added to the side index when all k-mers are in the hash set: the
-// last memory that is asked for is what it needs then.
+// last memory that is asked for is what it needs then, and for its settling.
 TEST_F(SideIndexTest, MemoryThatRunsOutAsItIsFilled) {
   load({{{randomBases(300, 1)}}});
   thread_num = 1;
@@ -216,6 +216,34 @@ TEST_F(SideIndexTest, MemoryThatRunsOutAsItIsFilled) {
     EXPECT_EQ(kmerHash->count, 270U) << n;
     withoutIt += isMade ? 0 : 1;
   }
+  EXPECT_GT(withoutIt, 0);
+}
+
+// Several threads: whichever of them it is that has no memory, the run ends or the index is whole.
+TEST_F(SideIndexTest, MemoryThatRunsOutInAnyThread) {
+  load({{{randomBases(30000, 1)}}});
+  int ends = 0;
+  int withoutIt = 0;
+  bool isMade = false;
+  for (int n = 0; !isMade; ++n) {
+    thread_num = 3;
+    free_hash(kmerHash);
+    kmerHash = init_hashset(30000, 0.999F);  // full: some k-mers are put off
+    failNewAfter(n);
+    try {
+      FetchKmers1(kmerHash, scaffoldInfo, scaffoldSum);
+    } catch (const std::bad_alloc&) {
+      failNoAllocation();
+      ++ends;
+      continue;
+    }
+    failNoAllocation();
+    isMade = sideIndex.isMade();
+    EXPECT_EQ(isMade, deniedBytes() == 0) << n;
+    EXPECT_EQ(kmerHash->count, 29970U) << n;
+    withoutIt += isMade ? 0 : 1;
+  }
+  EXPECT_GT(ends, 0);
   EXPECT_GT(withoutIt, 0);
 }
 

@@ -9,7 +9,7 @@ import sys
 FLOORS = [
     ["driver"],
     ["libinfo", "contig", "kmer"],
-    ["kmer/fetchKmers", "kmer/sideIndex"],
+    ["kmer/fetchKmers", "kmer/fillIndex", "kmer/indexer", "kmer/sideIndex"],
     ["streaming/readBuffer"],
     ["placement"],
     ["streaming"],
