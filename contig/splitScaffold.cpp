@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstddef>
 #include <ostream>
 
 #include "contig/contig.h"
@@ -9,7 +10,9 @@
 namespace velk {
 namespace {
 
-constexpr const char* kGapLetters = "Nn";
+bool isGapLetter(char letter) {
+  return letter == 'N' || letter == 'n';
+}
 
 // A maximal stretch of bases between gaps: [start, end) in the scaffold sequence.
 struct Run {
@@ -21,10 +24,11 @@ struct Run {
 
 // The run that begins at or after `position`; empty at the end of the sequence when there is none.
 Run nextRun(const std::string& sequence, std::size_t position) {
-  const std::size_t start =
-      std::min(sequence.find_first_not_of(kGapLetters, position), sequence.size());
-  const std::size_t end = std::min(sequence.find_first_of(kGapLetters, start), sequence.size());
-  return {start, end};
+  const auto from = sequence.begin() + static_cast<std::ptrdiff_t>(position);
+  const auto start = std::find_if_not(from, sequence.end(), isGapLetter);
+  const auto end = std::find_if(start, sequence.end(), isGapLetter);
+  return {static_cast<std::size_t>(start - sequence.begin()),
+          static_cast<std::size_t>(end - sequence.begin())};
 }
 
 // What decides which runs become contigs and what of them stays.
