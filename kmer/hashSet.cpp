@@ -102,7 +102,8 @@ void noteFilled(HashSet* set) {
 }
 
 void noteFilled(HashSet* set, uint64_t from, uint64_t to) {
-  for (uint64_t slot = from; slot < to;) {
+  uint64_t slot = from;
+  while (slot < to) {
     uint8_t& flags = set->nul_flag[slot / 8];
     unsigned filled = 0;
     for (const uint64_t end = std::min(slot + 8, set->size); slot < end; ++slot) {
@@ -110,8 +111,8 @@ void noteFilled(HashSet* set, uint64_t from, uint64_t to) {
     }
     flags = static_cast<uint8_t>(filled);
   }
-  const uint64_t zeroSlot = set->zeroSlot;
-  if (from <= zeroSlot && zeroSlot < to) set_entity_fill(set->nul_flag, zeroSlot);
+  const bool hasZeroSlot = from <= set->zeroSlot && set->zeroSlot < slot;
+  if (hasZeroSlot) set_entity_fill(set->nul_flag, set->zeroSlot);
 }
 
 bool exists_hashset(const HashSet* set, const Entity& entity) {

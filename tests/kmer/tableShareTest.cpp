@@ -172,5 +172,25 @@ TEST(TableShare, SlotOfZerosMovesOn) {
   EXPECT_NE(set->zeroSlot, kNoSlot);
 }
 
+// Its bit stays set when bits before it in the same byte are noted anew.
+TEST(TableShare, SlotOfZerosBehindTheChangeStaysFilled) {
+  int sizes = 0;
+  for (uint64_t size = 101; size < 400; size += 2) {
+    if (!is_prime(size)) continue;
+    const OwnSet set = makeSet(size, 0.75F);
+    const uint64_t home = homeSlot(*set, 0);
+    const uint64_t limit = home / 8 * 8;
+    if (limit == 0 || home < limit + 3) continue;
+    ++sizes;
+    const auto before = keysAt(*set, limit - 1, 2);
+    const auto entities = entitiesOf({0, 0, before[0], before[1]});
+    auto shares = sharesAt(*set, {limit});
+    for (TableShare& share : shares) fill(share, entities);
+    ASSERT_TRUE(joinShares(set.get(), shares));
+    EXPECT_TRUE(areSame(*set, *filledAlone(size, 0.75F, entities))) << size;
+  }
+  EXPECT_GT(sizes, 10);
+}
+
 }  // namespace
 }  // namespace velk::test
