@@ -7,7 +7,6 @@
 #include "driver/velk.h"
 #include "kmer/Sequence.h"
 #include "kmer/fillIndex.h"
-#include "kmer/indexer.h"
 
 namespace velk {
 namespace {

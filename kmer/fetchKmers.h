@@ -17,6 +17,17 @@ namespace velk {
 /// than CONTIGLEN or Kmer.
 uint32_t windowsOf(const ContigInfo& contig);
 
+/// Calls onContig(i, j, contig, windows) for every contig that has k-mers in the index, in order.
+template <class OnContig>
+void forEachIndexed(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, OnContig onContig) {
+  for (uint32_t i = 0; i < scaffoldSum; ++i) {
+    for (uint32_t j = 0; j < scaffoldInfo[i].contigsSum; ++j) {
+      const ContigInfo& contig = scaffoldInfo[i].contigsInfo[j];
+      if (const uint32_t windows = windowsOf(contig); windows != 0) onContig(i, j, contig, windows);
+    }
+  }
+}
+
 /// Adds every k-mer of every contig of at least CONTIGLEN bases to `kmerHash`, forward strand only,
 /// in the order scaffold, contig, offset. A k-mer that occurs again keeps its first place and loses
 /// its `unique` bit. Also makes and fills `sideIndex`, and notes whether the model outgrows an

@@ -19,13 +19,15 @@ namespace {
 
 using Work = std::function<void()>;
 
-// Starts a thread for each work but the first, as far as threads can be had.
+// Starts a thread for each work but the first, as far as threads, and memory for them, can be had.
 std::vector<std::jthread> startThreads(const std::vector<Work>& works) {
   std::vector<std::jthread> threads;
   try {
     for (std::size_t n = 1; n < works.size(); ++n) threads.emplace_back(works[n]);
   } catch (const std::system_error&) {
     // doTogether does what is left
+  } catch (const std::bad_alloc&) {
+    // so here
   }
   return threads;
 }
@@ -49,6 +51,7 @@ std::size_t threadsFor(uint64_t kmers) {
 
 // The shares of an empty set of which each of `threads` threads fills one. The last thread, which
 // has `sideWork` to do besides (1 is the adding of all k-mers), has a smaller one or none.
+// REQUIRES: threads > 1.
 std::vector<TableShare> sharesOf(const HashSet& set, std::size_t threads, double sideWork) {
   const auto count = static_cast<double>(threads);
   const double lastPart = std::max(0.0, (1 + sideWork) / count - sideWork);
@@ -96,21 +99,30 @@ class Filling {
     return threads_ > 1 && set_->count == 0 && !willGrow && model_.fitsEntity;
   }
 
-  // Returns false, and leaves the set empty, where its shares can't be joined.
+  // Returns false, and leaves the set empty, where its shares can't be joined or memory runs out.
   bool fillShares() {
+    try {
+      if (fillAndJoin()) return true;
+    } catch (const std::bad_alloc&) {
+      // one thread needs less of it
+    }
+    emptySlots(set_);
+    return false;
+  }
+
+  bool fillAndJoin() {
     constexpr double kSideWork = 0.3;
-    auto shares = sharesOf(*set_, threads_, sideIndex.isMade() ? kSideWork : 0);
+    auto shares = sharesOf(*set_, threads_, hasSideWork() ? kSideWork : 0);
     std::vector<Work> works;
     works.reserve(threads_);
-    for (TableShare& share : shares) works.emplace_back([&] { fillShare(share); });
-    if (works.size() < threads_) works.emplace_back([] {});
-    works.back() = [this, last = works.back()] {
-      fillSide();
-      last();
-    };
+    for (std::size_t n = 0; n < threads_; ++n) {
+      works.emplace_back([this, &shares, n] {
+        if (n + 1 == threads_) fillSide();
+        if (n < shares.size()) fillShare(shares[n]);
+      });
+    }
     doTogether(works);
-    if (setRanOut_) throw std::bad_alloc();
-    return joinShares(set_, shares);
+    return !shareRanOut_ && joinShares(set_, shares);
   }
 
   void fillShare(TableShare& share) {
@@ -118,16 +130,18 @@ class Filling {
       populate(share, model_.kmers);
       addAll(share);
     } catch (const std::bad_alloc&) {
-      setRanOut_ = true;
+      shareRanOut_ = true;
     }
   }
 
   void fillWhole() {
     WholeTable table(*set_);
-    std::vector<Work> works{[&] { addAll(table); }};
-    if (threads_ > 1) works.emplace_back([this] { fillSide(); });
-    doTogether(works);
-    fillSide();
+    if (threads_ > 1 && hasSideWork()) {
+      doTogether({[&] { addAll(table); }, [this] { fillSide(); }});
+    } else {
+      addAll(table);
+      fillSide();
+    }
   }
 
   template <class Table>
@@ -135,9 +149,10 @@ class Filling {
     Indexer(table, sideIndex, Kmer).addAll(model_.scaffoldInfo, model_.scaffoldSum);
   }
 
-  // Does nothing when it has been done.
+  bool hasSideWork() const { return sideIndex.isMade() && !isSideFilled_; }
+
   void fillSide() {
-    if (!sideIndex.isMade() || isSideFilled_) return;
+    if (!hasSideWork()) return;
     isSideFilled_ = true;
     try {
       forEachIndexed(model_.scaffoldInfo, model_.scaffoldSum,
@@ -169,7 +184,7 @@ class Filling {
   HashSet* set_;
   const IndexedModel& model_;
   std::size_t threads_;  // that fill the index
-  std::atomic<bool> setRanOut_ = false;
+  std::atomic<bool> shareRanOut_ = false;
   bool isSideFilled_ = false;
   bool sideRanOut_ = false;
 };

@@ -1,12 +1,13 @@
 // The k-mer hash set: where each contig k-mer lies, and whether it occurs more than once.
 //
 // Open addressing with linear probing over `size` slots. The driver creates the one set of a run,
-// FetchKmers1 fills it, the workers only look up. Read without locks once
-// workers exist, which rests on these invariants:
+// FetchKmers1 fills it, the workers only look up. Read without locks once workers exist, which
+// rests on these invariants:
 //   1. A slot is filled when any of its bits is set, or when it is zeroSlot (isFilled): a probe
 //      reads slots alone. All others are all zero, after creation and after every growth.
 //   2. The sentinel slot array[size] is all zero: the slot of a missing key reads as not unique.
-//   3. nul_flag tells the same as isFilled; it is behind from addBegun until noteFilled.
+//   3. nul_flag tells the same as isFilled; it is behind from addBegun, or TableShare::add, until
+//      noteFilled.
 //   4. count <= max < size: an empty slot ends every probe.
 //   5. Nothing inserts or grows while a worker runs, and a run deletes nothing.
 #pragma once

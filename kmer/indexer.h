@@ -21,17 +21,6 @@
 
 namespace velk {
 
-/// Calls onContig(i, j, contig, windows) for every contig that has k-mers in the index, in order.
-template <class OnContig>
-void forEachIndexed(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, OnContig onContig) {
-  for (uint32_t i = 0; i < scaffoldSum; ++i) {
-    for (uint32_t j = 0; j < scaffoldInfo[i].contigsSum; ++j) {
-      const ContigInfo& contig = scaffoldInfo[i].contigsInfo[j];
-      if (const uint32_t windows = windowsOf(contig); windows != 0) onContig(i, j, contig, windows);
-    }
-  }
-}
-
 /// All slots of a set, which may grow: what an Indexer adds to, with TableShare's functions.
 class WholeTable {
  public:

@@ -132,8 +132,8 @@ void SideIndex::make(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, uin
 
 void SideIndex::release() {
   filter_.release();
-  firstContig_ = {};
-  firstMark_ = {};
+  firstContig_ = std::vector<uint64_t>();
+  firstMark_ = std::vector<uint64_t>();
   repeats_.release();
   reversed_.release();
 }

@@ -37,7 +37,7 @@ void putIn(HashSet* set, const Entity& entity) {
   putEntity(set, slot, entity);
 }
 
-// Adds what one share has put off to the begin of the next. Returns false when it has no room.
+// Adds the late ones of a share to the begin of the next. Returns false when it has no room.
 bool addLate(HashSet* set, const TableShare& share, const TableShare& next) {
   if (share.late().empty()) return true;
   const uint64_t end = endOfChange(*set, next, share.late().size());
@@ -52,12 +52,6 @@ bool addLate(HashSet* set, const TableShare& share, const TableShare& next) {
   set->count += share.late().size();
   noteFilled(set, next.from(), end);
   return true;
-}
-
-void empty(HashSet* set) {
-  std::memset(static_cast<void*>(set->array), 0, set->size * sizeof(Entity));
-  set->count = 0;
-  set->zeroSlot = kNoSlot;
 }
 
 }  // namespace
@@ -89,11 +83,16 @@ bool joinShares(HashSet* set, const std::vector<TableShare>& shares) {
     if (share.set().zeroSlot != kNoSlot) set->zeroSlot = share.set().zeroSlot;
   }
   for (std::size_t i = 0; i < shares.size(); ++i) {
-    if (addLate(set, shares[i], shares[(i + 1) % shares.size()])) continue;
-    empty(set);
-    return false;
+    if (!addLate(set, shares[i], shares[(i + 1) % shares.size()])) return false;
   }
   return true;
+}
+
+void emptySlots(HashSet* set) {
+  std::memset(static_cast<void*>(set->array), 0, set->size * sizeof(Entity));
+  std::memset(set->nul_flag, 0, set->size / 8 + 1);
+  set->count = 0;
+  set->zeroSlot = kNoSlot;
 }
 
 }  // namespace velk

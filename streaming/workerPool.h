@@ -8,8 +8,8 @@
 
 namespace velk {
 
-/// Allocates the arrays and rows of `workers` workers and starts the workers, idle. They and the
-/// calling thread are scheduled as SCHED_BATCH from then on, unless the user chose another policy.
+/// Allocates the arrays and rows of `workers` workers and starts the workers, idle. Asks to have
+/// them and the calling thread scheduled as SCHED_BATCH, unless the user chose another policy.
 /// Exits with status 2 after "[ERROR]: can't create worker thread N: REASON" when one won't start.
 void startWorkers(int workers);
 

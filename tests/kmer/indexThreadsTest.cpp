@@ -1,9 +1,12 @@
-// The index is the same to the byte whatever the number of threads that fill it; for
-// ThreadSanitizer above all.
+// Hash set, marks and messages are the same to the byte whatever the number of threads that fill
+// the index; for ThreadSanitizer above all.
 #include <pthread.h>
 
 #include <cstring>
+#include <string>
+#include <vector>
 
+#include "driver/velk.h"
 #include "kmer/fetchKmers.h"
 #include "tests/kmer/hashSetFixture.h"
 #include "tests/support/assembly.h"
@@ -11,8 +14,10 @@
 namespace velk::test {
 namespace {
 
-// What an index holds: the arrays of its hash set, and the marks of the side index.
+// What an index holds: the arrays of its hash set, and the marks of the side index; and what its
+// making said.
 struct IndexContent {
+  std::string messages;
   std::vector<uint64_t> numbers;
   std::string slots;
   std::string filled;
@@ -46,9 +51,11 @@ class IndexThreads : public AssemblyTest {
   static IndexContent indexedBy(int threads, uint64_t slots, float loadFactor) {
     thread_num = threads;
     const OwnSet set = makeSet(slots, loadFactor);
-    FetchKmers1(set.get(), scaffoldInfo, scaffoldSum);
+    const std::string messages =
+        messagesOf([&] { FetchKmers1(set.get(), scaffoldInfo, scaffoldSum); });
     EXPECT_EQ(brokenInvariant(*set), "");
-    IndexContent content{{set->size, set->count, set->count_conflict, set->zeroSlot},
+    IndexContent content{messages,
+                         {set->size, set->count, set->max, set->count_conflict, set->zeroSlot},
                          bytesOf(set->array, (set->size + 1) * sizeof(Entity)),
                          bytesOf(set->nul_flag, set->size / 8 + 1),
                          {}};
@@ -73,7 +80,7 @@ class IndexThreads : public AssemblyTest {
         SCOPED_TRACE(::testing::Message() << size << " slots, load factor " << loadFactor);
         const IndexContent alone = indexedBy(1, size, loadFactor);
         for (const int threads : {2, 3, 4, 20}) {
-          EXPECT_EQ(indexedBy(threads, size, loadFactor) == alone, true) << threads << " threads";
+          EXPECT_TRUE(indexedBy(threads, size, loadFactor) == alone) << threads << " threads";
         }
       }
     }
@@ -108,6 +115,15 @@ TEST_F(IndexThreads, OneKmerAllOver) {
   expectSameIndex();
 }
 
+// A repeated k-mer of A at the first place is a slot of zeros: it lies in any share, at any place.
+TEST_F(IndexThreads, SlotOfZerosInSetsOfManySizes) {
+  load({{{std::string(62, 'A') + randomBases(3000, 5)}}});
+  for (uint64_t size = 4090; size < 4600; size += 10) {
+    const IndexContent alone = indexedBy(1, size, 0.75F);
+    EXPECT_TRUE(indexedBy(16, size, 0.75F) == alone) << size;
+  }
+}
+
 // The calling thread does what other threads would have done.
 TEST_F(IndexThreads, ThreadsThatCannotBeHad) {
   load(assemblyWithRepeats(1));
@@ -119,7 +135,7 @@ TEST_F(IndexThreads, ThreadsThatCannotBeHad) {
   pthread_attr_setstacksize(&tooMuch, std::size_t{1} << 46);
   pthread_setattr_default_np(&tooMuch);
   for (const int threads : {2, 3, 20}) {
-    EXPECT_EQ(indexedBy(threads, 40000, 0.75F) == alone, true) << threads;
+    EXPECT_TRUE(indexedBy(threads, 40000, 0.75F) == alone) << threads;
   }
   pthread_setattr_default_np(&before);
 }
