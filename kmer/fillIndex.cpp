@@ -11,7 +11,6 @@
 #include "driver/velk.h"
 #include "kmer/indexer.h"
 #include "kmer/sideIndex.h"
-#include "kmer/tableMemory.h"
 #include "kmer/tableShare.h"
 
 namespace velk {
@@ -68,15 +67,6 @@ std::vector<TableShare> sharesOf(const HashSet& set, std::size_t threads, double
   return made;
 }
 
-// Puts pages under the slots of a share where the k-mers, if they are not repeats for the most
-// part, come to nearly all of them: in one go it costs less.
-void populate(const TableShare& share, uint64_t kmers) {
-  const HashSet& set = share.set();
-  constexpr uint64_t kFew = 4;  // k-mers for each page, with which one in fifty is left out
-  if (kmers < kFew * (set.size * sizeof(Entity) / kPage)) return;
-  populate(&set.array[share.from()], (share.to() - share.from()) * sizeof(Entity));
-}
-
 class Filling {
  public:
   Filling(HashSet* set, const IndexedModel& model)
@@ -127,7 +117,6 @@ class Filling {
 
   void fillShare(TableShare& share) {
     try {
-      populate(share, model_.kmers);
       addAll(share);
     } catch (const std::bad_alloc&) {
       shareRanOut_ = true;

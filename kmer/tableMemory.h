@@ -1,4 +1,4 @@
-// The memory of the index: bitmaps, zeroed arrays, and the pages under them.
+// The memory of the index: bitmaps and zeroed arrays, on huge pages.
 #pragma once
 
 #include <sys/mman.h>
@@ -10,25 +10,12 @@
 
 namespace velk {
 
-inline constexpr uintptr_t kPage = 4096;  // bytes of a usual page
-
-/// Gives the kernel advice on the whole pages of an allocation, which it may not follow.
-inline void advise(void* start, uint64_t bytes, int advice) {
+/// Asks for huge pages under the whole pages of an allocation; it works without them, too.
+inline void adviseHugePages(void* start, uint64_t bytes) {
+  constexpr uintptr_t kPage = 4096;  // bytes of a usual page
   const auto first = (reinterpret_cast<uintptr_t>(start) + kPage - 1) / kPage * kPage;
   const auto end = (reinterpret_cast<uintptr_t>(start) + bytes) / kPage * kPage;
-  if (first < end) madvise(reinterpret_cast<void*>(first), end - first, advice);
-}
-
-/// Asks for huge pages under an allocation; it works without them, too.
-inline void adviseHugePages(void* start, uint64_t bytes) {
-  advise(start, bytes, MADV_HUGEPAGE);
-}
-
-/// Has pages put under an allocation now instead of where each one is first written to; what it
-/// holds stays. Other threads may read and write it meanwhile.
-inline void populate(void* start, uint64_t bytes) {
-  constexpr int kPopulateWrite = 23;  // MADV_POPULATE_WRITE, which headers know since Linux 5.14
-  advise(start, bytes, kPopulateWrite);
+  if (first < end) madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);
 }
 
 /// Returns a bitmap of `size` clear bits, to be released with free(); null without memory.
