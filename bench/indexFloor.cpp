@@ -31,11 +31,9 @@ double secondsOf(Work work) {
 
 uint64_t kmersOfModel() {
   uint64_t kmers = 0;
-  for (uint32_t i = 0; i < scaffoldSum; ++i) {
-    for (uint32_t j = 0; j < scaffoldInfo[i].contigsSum; ++j) {
-      kmers += windowsOf(scaffoldInfo[i].contigsInfo[j]);
-    }
-  }
+  forEachIndexed(
+      scaffoldInfo, scaffoldSum,
+      [&](uint32_t, uint32_t, const ContigInfo&, uint32_t windows) { kmers += windows; });
   return kmers;
 }
 

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "contig/contig.h"
 #include "kmer/fetchKmers.h"
@@ -70,9 +71,8 @@ class Indexer {
   // K-mers on their way into the table.
   struct Batch {
     std::size_t count = 0;
-    std::array<Begun, 2 * kBatch>
-        begun;               // kBatch neighbours may be taken into a batch not yet full
-    uint64_t tableSize = 0;  // slots of the table when they were prepared
+    std::array<Begun, 2 * kBatch> begun;  // room for kBatch more than a batch not yet full has
+    uint64_t tableSize = 0;               // slots of the table when they were prepared
   };
 
   // Prepares, of the `count` k-mers of a contig that begin at `first`, those that the table takes.

@@ -39,11 +39,9 @@ class IndexThreads : public AssemblyTest {
   // The k-mers of the assembly that has been loaded.
   static uint64_t kmers() {
     uint64_t sum = 0;
-    for (uint32_t i = 0; i < scaffoldSum; ++i) {
-      for (uint32_t j = 0; j < scaffoldInfo[i].contigsSum; ++j) {
-        sum += windowsOf(scaffoldInfo[i].contigsInfo[j]);
-      }
-    }
+    forEachIndexed(
+        scaffoldInfo, scaffoldSum,
+        [&](uint32_t, uint32_t, const ContigInfo&, uint32_t windows) { sum += windows; });
     return sum;
   }
 
@@ -59,15 +57,13 @@ class IndexThreads : public AssemblyTest {
                          bytesOf(set->array, (set->size + 1) * sizeof(Entity)),
                          bytesOf(set->nul_flag, set->size / 8 + 1),
                          {}};
-    for (uint32_t i = 0; i < scaffoldSum; ++i) {
-      for (uint32_t j = 0; j < scaffoldInfo[i].contigsSum; ++j) {
-        const uint32_t windows = windowsOf(scaffoldInfo[i].contigsInfo[j]);
-        for (uint32_t at = 0; sideIndex.isMade() && at < windows; ++at) {
-          content.marks.push_back(sideIndex.isRepeated(i, j, at));
-          content.marks.push_back(sideIndex.mayHoldReverse(i, j, at, at + 1));
-        }
-      }
-    }
+    forEachIndexed(scaffoldInfo, scaffoldSum,
+                   [&](uint32_t i, uint32_t j, const ContigInfo&, uint32_t windows) {
+                     for (uint32_t at = 0; sideIndex.isMade() && at < windows; ++at) {
+                       content.marks.push_back(sideIndex.isRepeated(i, j, at));
+                       content.marks.push_back(sideIndex.mayHoldReverse(i, j, at, at + 1));
+                     }
+                   });
     return content;
   }
 

@@ -20,6 +20,14 @@ namespace {
 using ::testing::Eq;
 using ::testing::ExitedWithCode;
 
+// The policies by which the main thread and worker t are scheduled.
+std::vector<int> policiesWithWorker(int t) {
+  int policy = -1;
+  sched_param unused{};
+  pthread_getschedparam(threads[t], &policy, &unused);
+  return {sched_getscheduler(0), policy};
+}
+
 class WorkerPool : public GapAssemblyTest {
  protected:
   // Hands `reads` over to the first `workers` workers as a single-end batch.
@@ -29,6 +37,19 @@ class WorkerPool : public GapAssemblyTest {
     bufferNum = static_cast<int>(reads.size());
     threadNum = workers;
     sendSignal(1);
+  }
+
+  // In a process of its own, which has `before` as its policy: starts workers and expects `after`
+  // of the main thread and of them.
+  void expectPolicy(int before, int after) {
+    EXPECT_EXIT(
+        {
+          const sched_param unused{};
+          sched_setscheduler(0, before, &unused);
+          start(2);
+          std::exit(policiesWithWorker(1) == std::vector<int>(2, after) ? 0 : 1);
+        },
+        ExitedWithCode(0), Eq(""));
   }
 
   // The reads that worker t found.
@@ -218,38 +239,16 @@ TEST_F(WorkerPool, PollsAtTheFixedIntervals) {
   EXPECT_EQ(pollsSeen(), expected);
 }
 
-// The policies by which the main thread and worker t are scheduled.
-std::vector<int> policiesWithWorker(int t) {
-  int policy = -1;
-  sched_param unused{};
-  pthread_getschedparam(threads[t], &policy, &unused);
-  return {sched_getscheduler(0), policy};
-}
-
 TEST_F(WorkerPool, ThreadsAreScheduledAsBatch) {
   const sched_param unused{};
   if (sched_setscheduler(0, SCHED_OTHER, &unused) != 0) {
     GTEST_SKIP() << "The tests run under a policy that they may not leave.";
   }
-  EXPECT_EXIT(
-      {
-        start(2);
-        const std::vector<int> expected(2, SCHED_BATCH);
-        std::exit(policiesWithWorker(1) == expected ? 0 : 1);
-      },
-      ExitedWithCode(0), Eq(""));
+  expectPolicy(SCHED_OTHER, SCHED_BATCH);
 }
 
 TEST_F(WorkerPool, PolicyThatTheUserChoseStays) {
-  EXPECT_EXIT(
-      {
-        const sched_param unused{};
-        sched_setscheduler(0, SCHED_IDLE, &unused);
-        start(2);
-        const std::vector<int> expected(2, SCHED_IDLE);
-        std::exit(policiesWithWorker(1) == expected ? 0 : 1);
-      },
-      ExitedWithCode(0), Eq(""));
+  expectPolicy(SCHED_IDLE, SCHED_IDLE);
 }
 
 TEST_F(WorkerPool, WorkerThatCannotBeCreatedEndsTheRun) {
