@@ -18,15 +18,16 @@
 
 namespace velk {
 
-/// Bases in a gram: long enough to be rare in any genome, short enough to rule out many k-mers. An
-/// odd number of them in a k-mer, so that the one in its middle is that of either strand.
-constexpr int gramLength(int kmer) {
-  return 20 + kmer % 2;
+/// K-mer lengths for which a filter is made: a k-mer fits one word, and is mostly rare in a genome.
+constexpr bool hasGrams(int kmer) {
+  return kmer >= 16 && kmer <= DATA_LEN;
 }
 
-/// K-mer lengths for which a filter is made: a k-mer fits one word and holds several grams.
-constexpr bool hasGrams(int kmer) {
-  return kmer >= 24 && kmer <= DATA_LEN;
+/// Bases in a gram: long enough to be rare in a genome, short enough to rule out many k-mers. An
+/// odd number of them in a k-mer, so that the one in its middle is that of either strand.
+constexpr int gramLength(int kmer) {
+  const int odd = kmer % 2;
+  return std::clamp(kmer - 4, 16 + odd, 20 + odd);
 }
 
 /// Grams in a k-mer.

@@ -97,7 +97,7 @@ std::vector<TestScaffold> assemblyWithRepeats(unsigned seed) {
 }
 
 TEST_F(IndexThreads, AssemblyWithRepeats) {
-  for (const int kmer : {5, 24, 31, 40}) {
+  for (const int kmer : {5, 16, 23, 31, 40}) {
     Kmer = kmer;
     load(assemblyWithRepeats(static_cast<unsigned>(kmer)));
     SCOPED_TRACE(kmer);

@@ -120,7 +120,7 @@ TEST_F(OtherStrand, AgreesWithThePlainModel) {
   for (unsigned seed = 0; seed < 150 && !HasFailure(); ++seed) {
     reseed(seed);
     PlainSettings settings;
-    settings.kmer = Kmer = 24 + static_cast<int>(below(9));
+    settings.kmer = Kmer = 16 + static_cast<int>(below(17));
     settings.mapCut = mapCut = chance(50) ? 0.98 : 0.1 * static_cast<double>(below(10));
     settings.shortestContig = CONTIGLEN = static_cast<int>(below(60));
     settings.insert = insertLength = 50 + static_cast<int>(below(350));
