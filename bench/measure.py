@@ -4,6 +4,7 @@ options of the scripts that do so."""
 import argparse
 import mmap
 import os
+import random
 import statistics
 import subprocess
 import time
@@ -63,17 +64,19 @@ def options_parser(description, scales):
 
 
 class Rounds:
-    """Costs of named commands on a Dataset, run one after the other, round after round. Each one
-    finds the read files and as much memory as velk takes for these data warm."""
+    """Costs of named commands on a Dataset, run round after round, in every round once and in
+    another order: what a command leaves behind weighs on each of the others. Each one finds the
+    read files and as much memory as velk takes for these data warm."""
 
     def __init__(self, data):
         self.data = data
         self.costs = defaultdict(list)
+        self.orders = random.Random(1)
 
     def run(self, commands, rounds):
         """commands: name -> shell command."""
         for _ in range(rounds):
-            for name, command in commands.items():
+            for name, command in self.orders.sample(list(commands.items()), len(commands)):
                 self.warm()
                 self.costs[name].append(run(command, self.data.folder))
 

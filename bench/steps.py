@@ -6,8 +6,9 @@ step by velk as it is.
 
 The programs are velk and makeData of one build and, for every steps/STEP.patch, without.STEP, which
 is velk built with that patch. A patch begins with two lines: `# ` and a sentence that says what its
-velk does not do, then `# run: none` or `# run: plain`, the run that is measured: with one read,
-which leaves the making of the index, or with all reads of plain files.
+velk does not do, then `# run: ` and the run that is measured: `none`, with one read, which leaves
+the making of the index; `plain`, with all reads of plain files; `plain -k 15`, the same of k-mers
+too short for the gram filter.
 """
 
 import hashlib
@@ -20,7 +21,7 @@ from datasets import SCALES, Dataset
 from measure import Rounds, options_parser, run
 from table import velk_command
 
-RUNS = ("none", "plain")
+RUNS = ("none", "plain", "plain -k 15")
 
 
 @dataclass
@@ -33,6 +34,11 @@ class Step:
     def program(self):
         return f"without.{self.name}"
 
+    @property
+    def compared(self):
+        """The run whose reads are compared."""
+        return "plain" if self.run == "none" else self.run
+
 
 def read_steps():
     """All steps, those of the index first."""
@@ -43,6 +49,13 @@ def read_steps():
     return sorted(steps, key=lambda step: RUNS.index(step.run))
 
 
+def run_command(name, programs, data, threads, program="velk"):
+    """The command of one of RUNS: a library, and options besides."""
+    library, *arguments = name.split(" ")
+    command = velk_command(programs, data, f"{library}.lib", threads, program)
+    return " ".join([command, *arguments])
+
+
 def found(data):
     """The checksum of the reads found by the last run."""
     with open(data.path("found.fa"), "rb") as file:
@@ -51,14 +64,17 @@ def found(data):
 
 def require_same_reads(steps, programs, data, threads):
     """Raises RuntimeError unless velk finds the same reads, byte for byte, without each step."""
-    run(velk_command(programs, data, "plain.lib", threads), data.folder)
-    if os.path.getsize(data.path("found.fa")) == 0:
-        raise RuntimeError(f"{data.name}: no read is found")
-    expected = found(data)
-    for step in steps:
-        run(velk_command(programs, data, "plain.lib", threads, step.program), data.folder)
-        if found(data) != expected:
-            raise RuntimeError(f"{data.name}: other reads are found without {step.name}")
+    for name in {step.compared for step in steps}:
+        run(run_command(name, programs, data, threads), data.folder)
+        if os.path.getsize(data.path("found.fa")) == 0:
+            raise RuntimeError(f"{data.name}: no read is found")
+        expected = found(data)
+        for step in steps:
+            if step.compared != name:
+                continue
+            run(run_command(name, programs, data, threads, step.program), data.folder)
+            if found(data) != expected:
+                raise RuntimeError(f"{data.name}: other reads are found without {step.name}")
 
 
 def measure(steps, programs, data, options):
@@ -66,12 +82,11 @@ def measure(steps, programs, data, options):
     rounds = Rounds(data)
     commands = {}
     for name in RUNS:
-        library = f"{name}.lib"
-        commands[name] = velk_command(programs, data, library, options.threads)
+        commands[name] = run_command(name, programs, data, options.threads)
         for step in steps:
             if step.run == name:
-                commands[step.name] = velk_command(programs, data, library, options.threads,
-                                                   step.program)
+                commands[step.name] = run_command(name, programs, data, options.threads,
+                                                  step.program)
     rounds.run(commands, options.rounds)
     return rounds
 
