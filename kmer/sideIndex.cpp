@@ -216,7 +216,11 @@ void SideIndex::settleReversed(const HashSet& index, uint64_t scaffold, uint64_t
     }
   });
   forEachMark(reversed_, first, bases.size(), [&](std::size_t w) {
-    lookUps.begin(w, reversedKey(packedKmer(bases.substr(w, length)), kmer));
+    const uint64_t key = packedKmer(bases.substr(w, length));
+    // Of a k-mer that begins with another letter a bit stands above its bases: it is the reverse
+    // complement of none.
+    const bool hasBitAbove = kmer < DATA_LEN && key >> (LEN_TO_BITLEN * kmer) != 0;
+    if (!hasBitAbove) lookUps.begin(w, reversedKey(key, kmer));
   });
   lookUps.end();
 }

@@ -116,6 +116,7 @@ TEST_F(SideIndexTest, RepeatsOfATangledAssembly) {
 // The marks of all k-mers, by whichever thread they have been made.
 TEST_F(SideIndexTest, AThreadOfItsOwnMakesTheSameMarks) {
   for (unsigned seed = 0; seed < 20; ++seed) {
+    Kmer = 32 - static_cast<int>(seed % 17);
     std::array<std::vector<bool>, 2> marks;
     for (const int threads : {1, 2}) {
       thread_num = threads;
@@ -133,18 +134,31 @@ TEST_F(SideIndexTest, AThreadOfItsOwnMakesTheSameMarks) {
   }
 }
 
+// With an N in front, the key of a k-mer is that of no bases: it is nothing's reverse complement,
+// though but for the bit above its bases it looks like one with an A there.
+TEST_F(SideIndexTest, AKmerBehindAnotherLetterIsNoReverseComplement) {
+  const std::string most = randomBases(30, 12);
+  const std::string along = randomBases(50, 13) + reverseComplement(most) + "T";
+  const std::string odd = randomBases(40, 14) + "N" + most;
+  load({{{along + randomBases(50, 15)}, {odd + randomBases(40, 16), 100}}});
+  EXPECT_FALSE(sideIndex.mayHoldReverse(0, 0, 50, 51));
+}
+
 // However the reverse complement of a repeat comes in: before all its places, between, or after.
 TEST_F(SideIndexTest, EveryPlaceOfARepeatKnowsOfItsReverseComplement) {
   const std::string repeat = randomBases(60, 11);
   const auto between = [](unsigned seed) { return randomBases(100, seed); };
   const std::string reversed = reverseComplement(repeat);
-  for (int place = 0; place < 4; ++place) {
-    std::string bases;
-    for (int at = 0; at < 4; ++at)
-      bases += between(static_cast<unsigned>(at)) + (at == place ? reversed : repeat);
-    load({{{bases}}});
-    EXPECT_EQ(checkReverseAnswers(), 0) << place;
-    releaseAssembly();
+  for (const int kmer : {16, 19, 24, 31}) {
+    Kmer = kmer;
+    for (int place = 0; place < 4; ++place) {
+      std::string bases;
+      for (int at = 0; at < 4; ++at)
+        bases += between(static_cast<unsigned>(at)) + (at == place ? reversed : repeat);
+      load({{{bases}}});
+      EXPECT_EQ(checkReverseAnswers(), 0) << kmer << ' ' << place;
+      releaseAssembly();
+    }
   }
 }
 
