@@ -1,9 +1,10 @@
 // A small filter in front of the hash set: it tells most k-mers that are found nowhere.
 //
-// It holds the grams (shorter k-mers) of the indexed k-mers. A gram that it does not hold rules out
-// every k-mer around it, so a few questions settle the k-mers over a wrong base. A Bloom filter
-// (B. H. Bloom, 1970) in blocks of one cache line; a gram and its reverse complement share a block.
-// Built once with the index; read without locks by the workers.
+// It holds the grams (shorter k-mers; where k is 16 or 17, the k-mers) of the indexed k-mers. A
+// gram that it does not hold rules out every k-mer around it, so a few questions settle the k-mers
+// over a wrong base: three where k is 30 to 32, five where it is 21 to 25. A Bloom filter (B. H.
+// Bloom, 1970) in blocks of one cache line; a gram and its reverse complement share a block. Built
+// once with the index; read without locks by the workers.
 #pragma once
 
 #include <algorithm>
@@ -18,13 +19,14 @@
 
 namespace velk {
 
-/// K-mer lengths for which a filter is made: a k-mer fits one word, and is mostly rare in a genome.
+/// K-mer lengths for which a filter is made: a k-mer fits one word, and a gram of 16 bases at least
+/// is rare in genomes of up to some 100 Mb, one of 20 in any.
 constexpr bool hasGrams(int kmer) {
   return kmer >= 16 && kmer <= DATA_LEN;
 }
 
-/// Bases in a gram: long enough to be rare in a genome, short enough to rule out many k-mers. An
-/// odd number of them in a k-mer, so that the one in its middle is that of either strand.
+/// Bases in a gram: long enough to be rare, short enough to rule out many k-mers. A k-mer has an
+/// odd number of grams, so that the one in its middle is that of either strand.
 constexpr int gramLength(int kmer) {
   const int odd = kmer % 2;
   return std::clamp(kmer - 4, 16 + odd, 20 + odd);

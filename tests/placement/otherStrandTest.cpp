@@ -117,7 +117,7 @@ TEST_F(OtherStrand, AnotherLetterOfTheReadIsNoBaseOfItsReverseComplement) {
 }
 
 TEST_F(OtherStrand, AgreesWithThePlainModel) {
-  for (unsigned seed = 0; seed < 150 && !HasFailure(); ++seed) {
+  for (unsigned seed = 0; seed < 300 && !HasFailure(); ++seed) {
     reseed(seed);
     PlainSettings settings;
     settings.kmer = Kmer = 16 + static_cast<int>(below(17));

@@ -16,9 +16,12 @@
 namespace velk::test {
 namespace {
 
-class ScoutTest : public PlacementTest {
+class ScoutTest : public PlacementTest, public testing::WithParamInterface<int> {
  protected:
-  ScoutTest() { assemble({{{x}, {y, 400}}}); }
+  ScoutTest() {
+    Kmer = GetParam();
+    assemble({{{x}, {y, 400}}});
+  }
   ~ScoutTest() override { sideIndex.release(); }
 
   const Scouted& scouted(const std::string& read) {
@@ -33,8 +36,8 @@ class ScoutTest : public PlacementTest {
 
   using Stretches = std::vector<std::pair<std::size_t, std::size_t>>;
 
-  // The read, or its reverse complement, runs along contig `contig` at this offset, its windows in
-  // these stretches those of the contig.
+  // The read, or its reverse complement, runs along contig `contig` at this offset, its bases in
+  // these stretches those of the contig, and none beyond them as far as k-mers go.
   void expectRun(const std::string& read, bool isReversed, uint64_t contig, int64_t offset,
                  const Stretches& stretches) {
     const Scouted& known = scouted(read);
@@ -44,11 +47,11 @@ class ScoutTest : public PlacementTest {
     EXPECT_EQ(known.run.hit.contig, contig);
     EXPECT_EQ(known.run.hit.offset, offset);
     Stretches found;
-    known.run.forEachStretch(
-        read.size(), static_cast<std::size_t>(Kmer),
-        [&](std::size_t from, std::size_t to) { found.emplace_back(from, to); });
+    known.run.forEachStretch(read.size(), kmer_, [&](std::size_t from, std::size_t to) {
+      found.emplace_back(from, to + kmer_ - 1);
+    });
     EXPECT_EQ(found, stretches);
-    const Entity first{keyOf(read.substr(0, static_cast<std::size_t>(Kmer))), 0, 0, 0, 0};
+    const Entity first{keyOf(read.substr(0, kmer_)), 0, 0, 0, 0};
     EXPECT_EQ(known.firstSlot, get_hashset(kmerHash, first));
   }
 
@@ -58,6 +61,7 @@ class ScoutTest : public PlacementTest {
     return key;
   }
 
+  const std::size_t kmer_ = static_cast<std::size_t>(GetParam());
   const std::string x = randomBases(300, 71);
   const std::string y = randomBases(300, 72);
 
@@ -65,58 +69,61 @@ class ScoutTest : public PlacementTest {
   Scouting scouted_;  // for read after read
 };
 
-TEST_F(ScoutTest, AReadAlongAContig) {
-  expectRun(readAt(x, 20, 100), false, 0, 20, {{0, 70}});
-  expectRun(readAt(y, 200, 31), false, 1, 200, {{0, 1}});
-  expectRun(readAt(y, 250, 100), false, 1, 250, {{0, 20}});  // over its end
+TEST_P(ScoutTest, AReadAlongAContig) {
+  expectRun(readAt(x, 20, 100), false, 0, 20, {{0, 100}});
+  expectRun(readAt(y, 200, Kmer), false, 1, 200, {{0, kmer_}});
+  expectRun(readAt(y, 250, 100), false, 1, 250, {{0, 50}});  // over its end
 }
 
-TEST_F(ScoutTest, AReadWhoseReverseComplementRunsAlongAContig) {
-  expectRun(reverseComplement(readAt(x, 20, 100)), true, 0, 20, {{0, 70}});
-  expectRun(reverseComplement(readAt(y, -40, 100)), true, 1, -40, {{40, 70}});
+TEST_P(ScoutTest, AReadWhoseReverseComplementRunsAlongAContig) {
+  expectRun(reverseComplement(readAt(x, 20, 100)), true, 0, 20, {{0, 100}});
+  expectRun(reverseComplement(readAt(y, -40, 100)), true, 1, -40, {{40, 100}});
 }
 
-TEST_F(ScoutTest, AnotherKmerWhereTheFirstIsNotThere) {
-  expectRun(withMismatches(readAt(x, 20, 100), {5}), false, 0, 20, {{6, 70}});
-  expectRun(readAt(y, -40, 100), false, 1, -40, {{40, 70}});
-  expectRun(reverseComplement(readAt(x, 250, 100)), true, 0, 250, {{0, 20}});
-  expectRun(withMismatches(readAt(x, 20, 100), {5, 90}), false, 0, 20, {{6, 60}});
-  expectRun(reverseComplement(withMismatches(readAt(x, 20, 100), {5, 90})), true, 0, 20, {{6, 60}});
+TEST_P(ScoutTest, AnotherKmerWhereTheFirstIsNotThere) {
+  expectRun(withMismatches(readAt(x, 20, 100), {5}), false, 0, 20, {{6, 100}});
+  expectRun(readAt(y, -40, 100), false, 1, -40, {{40, 100}});
+  expectRun(reverseComplement(readAt(x, 250, 100)), true, 0, 250, {{0, 50}});
+  expectRun(withMismatches(readAt(x, 20, 100), {5, 90}), false, 0, 20, {{6, 90}});
+  expectRun(reverseComplement(withMismatches(readAt(x, 20, 100), {5, 90})), true, 0, 20, {{6, 90}});
 }
 
-TEST_F(ScoutTest, WhereItDiffers) {
+TEST_P(ScoutTest, WhereItDiffers) {
   expectRun(withMismatches(readAt(x, 20, 150), {31, 40, 90}), false, 0, 20,
-            {{0, 1}, {41, 60}, {91, 120}});
+            {{0, 31}, {41, 90}, {91, 150}});
   std::vector<std::size_t> places(Run::kMostDifferences);
   std::iota(places.begin(), places.end(), 40);
-  expectRun(withMismatches(readAt(x, 20, 150), places), false, 0, 20, {{0, 10}, {52, 120}});
+  expectRun(withMismatches(readAt(x, 20, 150), places), false, 0, 20, {{0, 40}, {52, 150}});
   places.push_back(60);
   EXPECT_FALSE(scouted(withMismatches(readAt(x, 20, 150), places)).hasRun);
 }
 
-TEST_F(ScoutTest, NothingOfOtherReads) {
+TEST_P(ScoutTest, NothingOfOtherReads) {
   const std::string read = readAt(x, 20, 100);
   std::string odd = read;
   odd[50] = 'R';
-  for (const std::string& none : {odd, randomBases(100, 73), read.substr(0, 30), std::string()}) {
-    expectRun(read, false, 0, 20, {{0, 70}});
+  for (const std::string& none :
+       {odd, randomBases(100, 73), read.substr(0, kmer_ - 1), std::string()}) {
+    expectRun(read, false, 0, 20, {{0, 100}});
     EXPECT_FALSE(scouted(none).hasRun) << none;
   }
 }
 
-TEST_F(ScoutTest, NothingWithoutASideIndex) {
+TEST_P(ScoutTest, NothingWithoutASideIndex) {
   const std::string read = readAt(x, 20, 100);
-  expectRun(read, false, 0, 20, {{0, 70}});
+  expectRun(read, false, 0, 20, {{0, 100}});
   sideIndex.release();
   EXPECT_FALSE(scouted(read).hasRun);
   EXPECT_FALSE(scouted(read).hasBasesAlone);
 }
 
-TEST_F(ScoutTest, TheReverseComplementIsMadeOnce) {
+TEST_P(ScoutTest, TheReverseComplementIsMadeOnce) {
   Scouted known;
   EXPECT_EQ(turnedBases(known, "ACCn"), "AGGT");
   EXPECT_EQ(turnedBases(known, "TTTT"), "AGGT");
 }
+
+INSTANTIATE_TEST_SUITE_P(KmerLengths, ScoutTest, testing::Values(16, 19, 24, 31));
 
 }  // namespace
 }  // namespace velk::test
