@@ -1,5 +1,6 @@
 #include "streaming/library.h"
 
+#include <algorithm>
 #include <ctime>
 #include <iostream>
 #include <optional>
@@ -95,15 +96,43 @@ void streamSingles(const std::string& fileA, const std::string& fileB, bool isFa
   }
 }
 
-// One side of an empty read buffer; exits with the message of `line` when there is no memory.
-std::string* allocateReads(int line) {
-  return allocateArray<std::string>(static_cast<std::size_t>(batchLimit),
-                                    {line, "FindReadsInGaps", kMemoryError});
-}
+// One side of the read buffer between two files: the next one finds the memory at hand.
+class SpareReads {
+ public:
+  // Returns empty entries; exits with the message of `line` when there is no memory for them.
+  std::string* take(int line) {
+    if (entries_ != batchLimit) release();
+    if (reads_ == nullptr) {
+      return allocateArray<std::string>(static_cast<std::size_t>(batchLimit),
+                                        {line, "FindReadsInGaps", kMemoryError});
+    }
+    std::for_each(reads_, reads_ + entries_, [](std::string& read) { read.clear(); });
+    return std::exchange(reads_, nullptr);
+  }
 
-void releaseReads() {
-  delete[] std::exchange(readsA, nullptr);
-  delete[] std::exchange(readsB, nullptr);
+  // Takes entries back, and sets the pointer to null.
+  void keep(std::string*& reads) {
+    if (reads == nullptr) return;
+    reads_ = std::exchange(reads, nullptr);
+    entries_ = batchLimit;
+  }
+
+  void release() {
+    delete[] reads_;
+    reads_ = nullptr;
+  }
+
+ private:
+  std::string* reads_ = nullptr;
+  int entries_ = 0;
+};
+
+SpareReads spareA;
+SpareReads spareB;
+
+void keepReads() {
+  spareA.keep(readsA);
+  spareB.keep(readsB);
 }
 
 // Returns whether the file could be opened.
@@ -114,13 +143,13 @@ bool findPairs(const std::string& fileA, const std::string& fileB) {
           : firstLineOfPlain(fileA, "[ERROR]: can't open input file: " + fileA + "\n");
   if (!first) return false;
   constexpr int kMessageLine = 1736;  // KEPT: the same in every version (OutOfMemory.BufferOfPairs)
-  readsA = allocateReads(kMessageLine);
-  readsB = allocateReads(kMessageLine);
+  readsA = spareA.take(kMessageLine);
+  readsB = spareB.take(kMessageLine);
   if (first->letter != '>' && first->letter != '@') {
     refuseFormat(fileA, *first, " reads should be kept in *.fa or *.fq format!\n");
   }
   streamPairs(fileA, fileB, first->letter == '>');
-  releaseReads();
+  keepReads();
   return true;
 }
 
@@ -132,13 +161,13 @@ bool findSingles(const std::string& fileA, const std::string& fileB) {
                         : firstLineOfPlain(fileA, "[ERROR]: can't open input file\n");
   if (!first) return false;
   constexpr int kMessageLine = 1625;  // KEPT: as above (OutOfMemory.BufferOfSingleReads)
-  readsA = allocateReads(kMessageLine);
+  readsA = spareA.take(kMessageLine);
   readsB = nullptr;  // puts the workers in single-end mode
   if (first->letter != '>' && first->letter != '@') {
     refuseFormat(fileA, *first, "Input files should be in *.fa or *.fq format!\n");
   }
   streamSingles(fileA, fileB, first->letter == '>');
-  releaseReads();
+  keepReads();
   std::cerr << "load SE read finished!\n";
   return true;
 }
@@ -203,6 +232,8 @@ void libread2gap(Lib*& libs, int libSum) {
   }
   std::cerr << "Find reads in gaps done! There are " << totalFoundNum
             << " reads found. Used time: " << std::time(nullptr) - start << "s.\n";
+  spareA.release();
+  spareB.release();
 }
 
 // cppcheck-suppress constParameter ; the declaration is part of the interface
