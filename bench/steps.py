@@ -64,14 +64,12 @@ def found(data):
 
 def require_same_reads(steps, programs, data, threads):
     """Raises RuntimeError unless velk finds the same reads, byte for byte, without each step."""
-    for name in {step.compared for step in steps}:
+    for name in RUNS[1:]:
         run(run_command(name, programs, data, threads), data.folder)
         if os.path.getsize(data.path("found.fa")) == 0:
             raise RuntimeError(f"{data.name}: no read is found")
         expected = found(data)
-        for step in steps:
-            if step.compared != name:
-                continue
+        for step in (step for step in steps if step.compared == name):
             run(run_command(name, programs, data, threads, step.program), data.folder)
             if found(data) != expected:
                 raise RuntimeError(f"{data.name}: other reads are found without {step.name}")
