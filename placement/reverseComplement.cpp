@@ -24,13 +24,15 @@ namespace {
   const __m256i backwards = _mm256_broadcastsi128_si256(
       _mm_setr_epi8(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0));
   std::size_t i = 0;
-  for (; i + kWide <= length; i += kWide) {
-    const __m256i letters = wideLettersAt(source + i);
+  while (i < length && kWide <= length) {
+    const std::size_t from = std::min(i, length - kWide);  // the last register overlaps another
+    const __m256i letters = wideLettersAt(source + from);
     if (!areWideBases(letters)) break;
     const __m256i low = _mm256_and_si256(letters, _mm256_set1_epi8(15));
     const __m256i turned = _mm256_shuffle_epi8(_mm256_shuffle_epi8(complements, low), backwards);
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(end - i - kWide),
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(end - from - kWide),
                         _mm256_permute2x128_si256(turned, turned, 1));
+    i = from + kWide;
   }
   return i;
 }
