@@ -1,4 +1,5 @@
 #include <array>
+#include <bit>
 
 #include "driver/velk.h"
 #include "placement/Read2Scaf.h"
@@ -110,9 +111,12 @@ class BatchScan {
 // scanned.
 class Share {
  public:
-  explicit Share(int t) : t_(t), scout_(*kmerHash, Kmer) {}
+  explicit Share(int t)
+      : t_(t),
+        entries_(t < bufferNum ? (bufferNum - 1 - t) / threadNum + 1 : 0),
+        scout_(*kmerHash, Kmer) {}
 
-  int64_t entries() const { return t_ < bufferNum ? (bufferNum - 1 - t_) / threadNum + 1 : 0; }
+  int64_t entries() const { return entries_; }
 
   /// Where the e-th entry of the share stands in the buffer.
   int64_t bufferIndex(int64_t e) const { return t_ + e * threadNum; }
@@ -140,7 +144,7 @@ class Share {
   // Calls scout(read, bases) for one of the reads of entry e, if there is such an entry.
   template <class Step>
   void forRead(int64_t e, Scouting Entry::*side, Step scout) {
-    if (e < 0 || e >= entries()) return;
+    if (e < 0 || e >= entries_) return;
     const std::string* const reads = side == &Entry::a ? readsA : readsB;
     scout(entry(e).*side, reads[bufferIndex(e)]);
   }
@@ -181,9 +185,10 @@ class Share {
     forRead(e - 7, other, compare);
   }
 
-  int t_;  // the worker
+  int t_;            // the worker
+  int64_t entries_;  // in the share
   Scout scout_;
-  std::array<Entry, kSteps + 1> scouted_{};
+  std::array<Entry, std::bit_ceil(std::size_t{kSteps + 1})> scouted_{};
 };
 
 }  // namespace
