@@ -89,16 +89,4 @@ bool PackedBases::fillBy(bool (*pack)(const char*, uint64_t&), std::string_view 
   return areBases;
 }
 
-void PackedBases::fillTurned(const PackedBases& other, std::size_t length) {
-  words_.resize(length / kWide + 2);
-  std::size_t left = length;
-  std::size_t n = 0;
-  for (; left >= kWide; left -= kWide) {
-    words_[n++] = reversedKey(other.at(left - kWide, DATA_LEN), DATA_LEN);
-  }
-  if (left == 0) return;
-  const int rest = static_cast<int>(left);
-  words_[n] = reversedKey(other.at(0, rest), rest) << (64 - LEN_TO_BITLEN * rest);
-}
-
 }  // namespace velk

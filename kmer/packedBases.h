@@ -15,9 +15,6 @@ class PackedBases {
   /// Packs `bases`. Returns false, and leaves nothing of use, when a letter among them is no base.
   bool fill(std::string_view bases);
 
-  /// Packs the reverse complement of the `length` bases of `other`. REQUIRES: &other != this.
-  void fillTurned(const PackedBases& other, std::size_t length);
-
   /// As fill, without what only some processors have.
   bool fillPlainly(std::string_view bases);
 

@@ -68,10 +68,7 @@ const Strand* KmerWalk::takeUp(const std::string& read) {
     if (strand.bases != &read) continue;
     const Scouted& known = *strand.scouted;
     packed_ = &known.packed;
-    if (strand.isTurned) {
-      buffers_.packed.fillTurned(known.packed, read.size());
-      packed_ = &buffers_.packed;
-    }
+    turnedLength_ = strand.isTurned ? read.size() : 0;
     if (known.hasRun) {
       known.run.isReversed == strand.isTurned ? expectRun(read.size(), known.run)
                                               : passReverse(read.size(), known.run);
@@ -79,6 +76,7 @@ const Strand* KmerWalk::takeUp(const std::string& read) {
     return &strand;
   }
   packed_ = buffers_.packed.fill(read) ? &buffers_.packed : nullptr;
+  turnedLength_ = 0;
   return nullptr;
 }
 
@@ -109,12 +107,20 @@ bool KmerWalk::passRepeats(std::string_view read, const Entity& found, std::size
 }
 
 uint64_t KmerWalk::keyAt(std::string_view read, std::size_t window) const {
+  if (turnedLength_ != 0) {
+    const std::size_t onRead = turnedLength_ - static_cast<std::size_t>(kmer_) - window;
+    return reversedKey(packed_->at(onRead, kmer_), kmer_);
+  }
   if (packed_ != nullptr) return packed_->key(window, kmer_);
   return packedKmer(read.substr(window, static_cast<std::size_t>(kmer_)));
 }
 
 bool KmerWalk::mayHoldGram(std::size_t gram) const {
-  return sideIndex.filter().mayHold(Gram(packed_->at(gram, gramLength(kmer_)), kmer_));
+  const int length = gramLength(kmer_);
+  const auto gramAt = [&](std::size_t at) { return Gram(packed_->at(at, length), kmer_); };
+  const GramFilter& filter = sideIndex.filter();
+  if (turnedLength_ == 0) return filter.mayHold(gramAt(gram));
+  return filter.mayHold(gramAt(turnedLength_ - static_cast<std::size_t>(length) - gram).turned());
 }
 
 // Passes over those of the windows [from, to) that have a gram which the filter does not hold,

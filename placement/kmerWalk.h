@@ -72,7 +72,7 @@ struct WalkBuffers {
 
   WindowSet passed;    // windows that need no look-up
   WindowSet expected;  // windows that are in the index, as far as is known
-  PackedBases packed;  // the read, if it has bases alone
+  PackedBases packed;  // a read of which nothing is known, if it has bases alone
   std::array<Pending, kLargestGroup> pending;
   std::array<Strand, 4> strands;  // that are known
 };
@@ -130,7 +130,9 @@ class KmerWalk {
 
   const HashSet& index_;
   int kmer_;
-  const PackedBases* packed_ = nullptr;  // the read in hand, if it has bases alone
+  // The read in hand, if it has bases alone; or the one whose reverse complement that is.
+  const PackedBases* packed_ = nullptr;
+  std::size_t turnedLength_ = 0;  // of the read in hand, if it is turned round; else 0
   WalkBuffers& buffers_ = buffersOfThread();
 };
 

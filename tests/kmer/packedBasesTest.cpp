@@ -59,25 +59,6 @@ TEST(PackedBases, TakesALongerAndThenAShorterStretch) {
   }
 }
 
-TEST(PackedBases, TurnedIsTheReverseComplement) {
-  PackedBases bases;
-  PackedBases turned;  // for longer ones and then for shorter ones
-  for (std::size_t length = 130; length > 0; --length) {
-    const std::string letters = randomBases(length, static_cast<unsigned>(length));
-    ASSERT_TRUE(bases.fill(letters));
-    turned.fillTurned(bases, length);
-    const std::string other = reverseComplement(letters);
-    const auto longest = static_cast<int>(std::min<std::size_t>(length, DATA_LEN));
-    for (int kmer = 1; kmer <= longest; ++kmer) {
-      const std::size_t last = length - static_cast<std::size_t>(kmer);
-      for (const std::size_t at : {std::size_t{0}, last / 2, last}) {
-        ASSERT_EQ(turned.key(at, kmer), packed(other.substr(at, static_cast<std::size_t>(kmer))))
-            << length << ' ' << at << ' ' << kmer;
-      }
-    }
-  }
-}
-
 TEST(PackedBases, PlainlyFilledIsTheSame) {
   EXPECT_TRUE(rc::check([] {
     const auto letters = *rc::gen::container<std::string>(
