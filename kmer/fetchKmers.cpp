@@ -42,7 +42,7 @@ KmerPlace searchedPlaceOf(const Entity& hit) {
 // Makes the side index where there is memory for it; the run is slower without it, and the same.
 void makeSideIndex(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, uint64_t kmers) {
   try {
-    sideIndex.make(scaffoldInfo, scaffoldSum, kmers);
+    sideIndex.make(scaffoldInfo, scaffoldSum, Kmer, kmers);
   } catch (const std::bad_alloc&) {
     sideIndex.release();
   }

@@ -1,10 +1,10 @@
 // A small filter in front of the hash set: it tells most k-mers that are found nowhere.
 //
-// It holds the grams (shorter k-mers; where k is 16 or 17, the k-mers) of the indexed k-mers. A
-// gram that it does not hold rules out every k-mer around it, so a few questions settle the k-mers
-// over a wrong base: three where k is 30 to 32, five where it is 21 to 25. A Bloom filter (B. H.
-// Bloom, 1970) in blocks of one cache line; a gram and its reverse complement share a block. Built
-// once with the index; read without locks by the workers.
+// It holds the grams (shorter k-mers; where k is 16, the k-mers) of the indexed k-mers. A gram that
+// it does not hold rules out every k-mer around it, so a few questions settle the k-mers over a
+// wrong base: with grams of 16 bases two where k is 30 to 32, four where it is 20 to 22. A Bloom
+// filter (B. H. Bloom, 1970) in blocks of one cache line; a gram and its reverse complement share a
+// block. Built once with the index; read without locks by the workers.
 #pragma once
 
 #include <algorithm>
@@ -19,33 +19,36 @@
 
 namespace velk {
 
-/// K-mer lengths for which a filter is made: a k-mer fits one word, and a gram of 16 bases at least
-/// is rare in genomes of up to some 100 Mb, one of 20 in any.
+inline constexpr int kShortestGram = 16;  // bases
+
+/// K-mer lengths for which a filter is made: a k-mer fits one word, and has a gram.
 constexpr bool hasGrams(int kmer) {
-  return kmer >= 16 && kmer <= DATA_LEN;
+  return kmer >= kShortestGram && kmer <= DATA_LEN;
 }
 
-/// Bases in a gram: long enough to be rare, short enough to rule out many k-mers. A k-mer has an
-/// odd number of grams, so that the one in its middle is that of either strand.
-constexpr int gramLength(int kmer) {
-  const int odd = kmer % 2;
-  return std::clamp(kmer - 4, 16 + odd, 20 + odd);
+/// Bases in a gram of a filter for so many k-mers: short, to rule out many k-mers, and long enough
+/// to be rare, where a k-mer is: one of 32 random grams at most is theirs. REQUIRES: hasGrams(kmer),
+/// kmers <= kMaxSlots.
+constexpr int gramLengthFor(int kmer, uint64_t kmers) {
+  int length = kShortestGram;
+  while (length < kmer && uint64_t{1} << (LEN_TO_BITLEN * length) < 32 * kmers) ++length;
+  return length;
 }
 
 /// Grams in a k-mer.
-constexpr std::size_t gramsOf(int kmer) {
-  return static_cast<std::size_t>(kmer) + 1 - static_cast<std::size_t>(gramLength(kmer));
+constexpr std::size_t gramsOf(int kmer, int gramLength) {
+  return static_cast<std::size_t>(kmer - gramLength) + 1;
 }
 
 /// The grams to ask for first where no window (k-mer offset) in [from, to) of a read is thought to
 /// be in the index: the fewest whose absence rules all of them out. Where a single wrong base
 /// spoils just these windows, every gram asked for has that base, and the strides of the other
 /// strand are the same grams turned round, but for the middle one of an odd number, which may be
-/// its neighbour. REQUIRES: from < to, fewer windows than 32 bits count.
+/// its neighbour. REQUIRES: from < to, fewer windows than 32 bits count, grams (in a window) > 0.
 class Strides {
  public:
-  constexpr Strides(std::size_t from, std::size_t to, int kmer)
-      : grams_(gramsOf(kmer)),
+  constexpr Strides(std::size_t from, std::size_t to, std::size_t grams)
+      : grams_(grams),
         first_(from != 0 || to - from >= grams_ ? from + grams_ - 1 : to - 1),
         last_(std::max(first_, to - 1)) {
     const auto between = static_cast<uint32_t>(last_ - first_ + grams_ - 1);
@@ -76,12 +79,12 @@ struct Gram {
 
   Gram() = default;
 
-  /// bases: packed, of gramLength(kmer).
-  Gram(uint64_t bases, int kmer) : forward(bases), reversed(reversedKey(bases, gramLength(kmer))) {}
+  /// bases: packed, `length` of them.
+  Gram(uint64_t bases, int length) : forward(bases), reversed(reversedKey(bases, length)) {}
 
   /// The gram one base on: it ends with the base of that code.
-  void roll(uint64_t code, int kmer) {
-    const int bits = LEN_TO_BITLEN * gramLength(kmer);
+  void roll(uint64_t code, int length) {
+    const int bits = LEN_TO_BITLEN * length;
     forward = (forward << LEN_TO_BITLEN | code) & ((uint64_t{1} << bits) - 1);
     reversed = reversed >> LEN_TO_BITLEN | (code ^ 3U) << (bits - LEN_TO_BITLEN);
   }
@@ -95,9 +98,13 @@ struct Gram {
 
 class GramFilter {
  public:
-  /// Makes an empty filter with room for the grams of so many k-mers. Throws std::bad_alloc without
-  /// memory.
-  void build(uint64_t kmers) { blocks_.make(bytesFor(kmers) / sizeof(Block) + 1); }
+  /// Makes an empty filter with room for the grams of so many k-mers. REQUIRES: as gramLengthFor.
+  /// Throws std::bad_alloc without memory.
+  void build(int kmer, uint64_t kmers) {
+    blocks_.make(bytesFor(kmers) / sizeof(Block) + 1);
+    gramLength_ = gramLengthFor(kmer, kmers);
+    grams_ = gramsOf(kmer, gramLength_);
+  }
 
   /// The bytes that it takes for so many k-mers, about.
   static uint64_t bytesFor(uint64_t kmers) { return kmers * kRoomPerKmer / 8; }
@@ -105,6 +112,10 @@ class GramFilter {
   void release() { blocks_.release(); }
 
   bool isBuilt() const { return blocks_.size() != 0; }
+
+  // REQUIRES: isBuilt().
+  int gramLength() const { return gramLength_; }
+  std::size_t gramsOfKmer() const { return grams_; }
 
   void add(const Gram& gram) { add(gram, blockOf(gram)); }
 
@@ -160,6 +171,8 @@ class GramFilter {
   __extension__ using Uint128 = unsigned __int128;
 
   ZeroedArray<Block> blocks_;
+  int gramLength_ = 0;
+  std::size_t grams_ = 0;  // in a k-mer
 };
 
 }  // namespace velk

@@ -12,15 +12,15 @@ namespace {
 
 constexpr std::size_t kStretch = 1024;     // k-mers that are packed together
 constexpr std::size_t kOddStretch = 64;    // k-mers; with other letters, longer ones are halved
-constexpr std::size_t kGramsAhead = 48;    // grams whose blocks are fetched at the same time
+constexpr std::size_t kGramsAhead = 40;    // grams whose blocks are fetched at the same time
 constexpr std::size_t kLookUpsAhead = 32;  // look-ups begun at the same time
 
 // Grams of neighbouring k-mers, those in hand and those whose blocks are being fetched.
 class GramRing {
  public:
-  GramRing(const GramFilter& filter, const PackedBases& bases, int kmer)
-      : filter_(filter), bases_(bases), kmer_(kmer) {
-    for (int i = 1; i < gramLength(kmer); ++i) roll();
+  GramRing(const GramFilter& filter, const PackedBases& bases)
+      : filter_(filter), bases_(bases), gramLength_(filter.gramLength()) {
+    for (int i = 1; i < gramLength_; ++i) roll();
   }
 
   struct Placed {
@@ -41,20 +41,20 @@ class GramRing {
  private:
   void roll() {
     if (nextBase_ % DATA_LEN == 0) word_ = bases_.wordAt(nextBase_ / DATA_LEN);
-    rolled_.roll(word_ >> (64 - LEN_TO_BITLEN), kmer_);
+    rolled_.roll(word_ >> (64 - LEN_TO_BITLEN), gramLength_);
     word_ <<= LEN_TO_BITLEN;
     ++nextBase_;
   }
 
   const GramFilter& filter_;
   const PackedBases& bases_;
-  int kmer_;
+  int gramLength_;
   Gram rolled_{};
   std::size_t nextBase_ = 0;
   uint64_t word_ = 0;  // the next bases, from its highest bits on
   std::size_t fetched_ = 0;
   std::array<Placed, 64> ring_;
-  static_assert(kGramsAhead + gramsOf(DATA_LEN) <= std::tuple_size_v<decltype(ring_)>);
+  static_assert(kGramsAhead + gramsOf(DATA_LEN, kShortestGram) <= std::tuple_size_v<decltype(ring_)>);
 };
 
 // Marks that several threads change at the same time are read and written as this.
@@ -115,7 +115,8 @@ void SideIndex::setShared(Marks& marks, uint64_t bit) {
   shared(marks[bit / 64]).fetch_or(maskOf(bit), kRelaxed);
 }
 
-void SideIndex::make(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, uint64_t kmers) {
+void SideIndex::make(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer,
+                     uint64_t kmers) {
   release();
   uint64_t marks = 0;
   for (uint32_t i = 0; i < scaffoldSum; ++i) {
@@ -127,7 +128,7 @@ void SideIndex::make(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, uin
   }
   repeats_.make(marks / 64 + 1);
   reversed_.make(marks / 64 + 1);
-  filter_.build(kmers);
+  filter_.build(kmer, kmers);
 }
 
 void SideIndex::release() {
@@ -159,20 +160,20 @@ void SideIndex::addStretch(uint64_t first, std::string_view bases, int kmer) {
   const std::size_t windows = bases.size() - length + 1;
   PackedBases packed;
   if (packed.fill(bases)) {
-    addBases(first, packed, windows, kmer);
+    addBases(first, packed, windows);
   } else if (windows > kOddStretch) {
     const std::size_t half = windows / 2;
     addStretch(first, bases.substr(0, half + length - 1), kmer);
     addStretch(first + half, bases.substr(half), kmer);
   } else {
-    for (std::size_t w = 0; w < windows; ++w) addOdd(first + w, bases.substr(w, length), kmer);
+    for (std::size_t w = 0; w < windows; ++w) addOdd(first + w, bases.substr(w, length));
   }
 }
 
-void SideIndex::addBases(uint64_t first, const PackedBases& bases, std::size_t windows, int kmer) {
-  const std::size_t gramsBefore = gramsOf(kmer) - 1;
+void SideIndex::addBases(uint64_t first, const PackedBases& bases, std::size_t windows) {
+  const std::size_t gramsBefore = filter_.gramsOfKmer() - 1;
   const std::size_t grams = windows + gramsBefore;
-  GramRing ring(filter_, bases, kmer);
+  GramRing ring(filter_, bases);
   const auto mayHoldTurned = [&](std::size_t gram) {
     return filter_.mayHold(ring[gram].gram.turned(), ring[gram].block);
   };
@@ -191,11 +192,12 @@ void SideIndex::addBases(uint64_t first, const PackedBases& bases, std::size_t w
 }
 
 // Takes in one k-mer of a stretch that has other letters than bases in it.
-void SideIndex::addOdd(uint64_t mark, std::string_view bases, int kmer) {
+void SideIndex::addOdd(uint64_t mark, std::string_view bases) {
   const uint64_t key = packedKmer(bases);
-  const uint64_t gramBits = (uint64_t{1} << (LEN_TO_BITLEN * gramLength(kmer))) - 1;
-  for (std::size_t g = 0; g < gramsOf(kmer); ++g) {
-    filter_.add(Gram(key >> (LEN_TO_BITLEN * g) & gramBits, kmer));
+  const int length = filter_.gramLength();
+  const uint64_t gramBits = (uint64_t{1} << (LEN_TO_BITLEN * length)) - 1;
+  for (std::size_t g = 0; g < filter_.gramsOfKmer(); ++g) {
+    filter_.add(Gram(key >> (LEN_TO_BITLEN * g) & gramBits, length));
   }
   set(reversed_, mark);
 }

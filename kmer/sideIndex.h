@@ -20,9 +20,9 @@ namespace velk {
 
 class SideIndex {
  public:
-  /// Makes it, empty, for `kmers` k-mers of the model. Throws std::bad_alloc without memory, and is
+  /// Makes it, empty, for `kmers` k-mers of the model. REQUIRES: hasGrams(kmer). Throws std::bad_alloc without memory, and is
   /// to be released then.
-  void make(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, uint64_t kmers);
+  void make(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer, uint64_t kmers);
 
   /// Releases its memory: it is not made any more.
   void release();
@@ -89,8 +89,8 @@ class SideIndex {
   }
 
   void addStretch(uint64_t first, std::string_view bases, int kmer);
-  void addBases(uint64_t first, const PackedBases& bases, std::size_t windows, int kmer);
-  void addOdd(uint64_t mark, std::string_view bases, int kmer);
+  void addBases(uint64_t first, const PackedBases& bases, std::size_t windows);
+  void addOdd(uint64_t mark, std::string_view bases);
 
   GramFilter filter_;
   std::vector<uint64_t> firstContig_;  // by scaffold: number of its first contig in firstMark_

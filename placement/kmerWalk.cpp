@@ -116,9 +116,9 @@ uint64_t KmerWalk::keyAt(std::string_view read, std::size_t window) const {
 }
 
 bool KmerWalk::mayHoldGram(std::size_t gram) const {
-  const int length = gramLength(kmer_);
-  const auto gramAt = [&](std::size_t at) { return Gram(packed_->at(at, length), kmer_); };
   const GramFilter& filter = sideIndex.filter();
+  const int length = filter.gramLength();
+  const auto gramAt = [&](std::size_t at) { return Gram(packed_->at(at, length), length); };
   if (turnedLength_ == 0) return filter.mayHold(gramAt(gram));
   return filter.mayHold(gramAt(turnedLength_ - static_cast<std::size_t>(length) - gram).turned());
 }
@@ -128,11 +128,11 @@ bool KmerWalk::mayHoldGram(std::size_t gram) const {
 // a window, if it is not held, settles as many windows as it is in.
 std::size_t KmerWalk::passAbsent(std::size_t from, std::size_t to, std::size_t most) {
   if (!sideIndex.isMade() || packed_ == nullptr) return std::min(to, from + most);
-  const std::size_t grams = gramsOf(kmer_);
+  const std::size_t grams = sideIndex.filter().gramsOfKmer();
   const std::size_t last = to - 1;
   std::size_t held = from;  // the grams in [at, held) are held
   std::size_t at = from;
-  const Strides strides(from, to, kmer_);
+  const Strides strides(from, to, grams);
   std::size_t n = 0;
   while (at < to && most > 0) {
     while (strides[n] < at) ++n;

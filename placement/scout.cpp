@@ -37,21 +37,23 @@ std::size_t Scout::lastWindow(std::string_view bases) const {
   return bases.size() - static_cast<std::size_t>(kmer_);
 }
 
-// The gram in the middle of a k-mer: that of its reverse complement, too.
+// A gram of a k-mer and, turned round, of its reverse complement.
 std::size_t Scout::middleGram(std::size_t window) const {
-  return window + gramsOf(kmer_) / 2;
+  return window + sideIndex.filter().gramsOfKmer() / 2;
 }
 
 void Scout::fetchGram(const PackedBases& packed, std::size_t gram) const {
-  sideIndex.filter().prefetch(Gram(packed.at(gram, gramLength(kmer_)), kmer_));
+  const GramFilter& filter = sideIndex.filter();
+  filter.prefetch(Gram(packed.at(gram, filter.gramLength()), filter.gramLength()));
 }
 
 // Begins to look the k-mer at `window` up, on the strands on which the index may hold it. Returns
 // whether there is one.
 bool Scout::begin(Scouting& read, std::size_t window) const {
-  const Gram gram(read.packed.at(middleGram(window), gramLength(kmer_)), kmer_);
-  const uint64_t key = read.packed.at(window, kmer_);
   const GramFilter& filter = sideIndex.filter();
+  const int length = filter.gramLength();
+  const Gram gram(read.packed.at(middleGram(window), length), length);
+  const uint64_t key = read.packed.at(window, kmer_);
   read.window = window;
   read.isBegun = {filter.mayHold(gram), filter.mayHold(gram.turned())};
   if (read.isBegun[0]) read.probes[0] = startProbe(index_, key);
@@ -158,7 +160,7 @@ void Scout::findDifferences(Scouting& read, const std::string& bases) const {
 void Scout::fetchStrides(const PackedBases& packed, std::size_t from, std::size_t to) const {
   to = std::min(to, from + kMostFetched);
   if (from >= to) return;
-  const Strides strides(from, to, kmer_);
+  const Strides strides(from, to, sideIndex.filter().gramsOfKmer());
   for (std::size_t n = 0; n < strides.size(); ++n) fetchGram(packed, strides[n]);
 }
 

@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <random>
+#include <utility>
 
 namespace velk::test {
 namespace {
@@ -15,23 +15,43 @@ TEST(GramFilter, KmerLengthsWithGrams) {
   EXPECT_TRUE(hasGrams(16));
   EXPECT_TRUE(hasGrams(32));
   EXPECT_FALSE(hasGrams(33));
-  constexpr std::array<std::size_t, 17> kGrams = {1, 1, 3, 3, 5, 5,  5,  5, 5,
-                                                  5, 7, 7, 9, 9, 11, 11, 13};
-  for (int kmer = 16; kmer <= 32; ++kmer) {
-    EXPECT_EQ(gramsOf(kmer), kGrams[static_cast<std::size_t>(kmer - 16)]) << kmer;
-  }
 }
 
-class StridesOf : public testing::TestWithParam<int> {
+// 4^16 grams there are of 16 bases: too few when more than one in 32 is some k-mer's.
+TEST(GramFilter, GramsAreAsShortAsTheyAreRare) {
+  constexpr uint64_t kMost = uint64_t{1} << (2 * 16 - 5);
+  EXPECT_EQ(gramLengthFor(31, 0), 16);
+  EXPECT_EQ(gramLengthFor(31, kMost), 16);
+  EXPECT_EQ(gramLengthFor(31, kMost + 1), 17);
+  EXPECT_EQ(gramLengthFor(31, 4 * kMost), 17);
+  EXPECT_EQ(gramLengthFor(31, 4 * kMost + 1), 18);
+  EXPECT_EQ(gramLengthFor(32, uint64_t{1} << 40), 23);
+  EXPECT_EQ(gramLengthFor(16, uint64_t{1} << 40), 16);
+  EXPECT_EQ(gramLengthFor(19, uint64_t{1} << 40), 19);
+}
+
+TEST(GramFilter, ABuiltOneTellsItsGrams) {
+  GramFilter filter;
+  filter.build(31, 1000);
+  EXPECT_EQ(filter.gramLength(), 16);
+  EXPECT_EQ(filter.gramsOfKmer(), 16U);
+  filter.build(16, 1000);
+  EXPECT_EQ(filter.gramLength(), 16);
+  EXPECT_EQ(filter.gramsOfKmer(), 1U);
+}
+
+// Lengths of a k-mer and of its grams.
+class StridesOf : public testing::TestWithParam<std::pair<int, int>> {
  protected:
-  int kmer_ = GetParam();
-  std::size_t grams_ = gramsOf(kmer_);
+  int kmer_ = GetParam().first;
+  int gramLength_ = GetParam().second;
+  std::size_t grams_ = gramsOf(kmer_, gramLength_);
 };
 
 TEST_P(StridesOf, AreAsFewAsRuleAllWindowsOut) {
   for (std::size_t from = 0; from < 40; from += 13) {
     for (std::size_t to = from + 1; to < from + 100; ++to) {
-      const Strides strides(from, to, kmer_);
+      const Strides strides(from, to, grams_);
       EXPECT_EQ(strides.size(), (to - from + grams_ - 1) / grams_) << from << " " << to;
       std::size_t n = 0;
       for (std::size_t window = from; window < to; ++window) {
@@ -48,8 +68,8 @@ TEST_P(StridesOf, AreTheSameOnBothStrandsButForTheMiddleOne) {
   for (std::size_t from = 0; from < kWindows; ++from) {
     for (std::size_t to = from + 1; to <= kWindows; ++to) {
       if (to - from < grams_ && (from == 0) == (to == kWindows)) continue;  // either end will do
-      const Strides strides(from, to, kmer_);
-      const Strides turned(kWindows - to, kWindows - from, kmer_);
+      const Strides strides(from, to, grams_);
+      const Strides turned(kWindows - to, kWindows - from, grams_);
       ASSERT_EQ(strides.size(), turned.size());
       for (std::size_t n = 0; n < strides.size(); ++n) {
         const std::size_t other = kWindows + grams_ - 2 - turned[turned.size() - 1 - n];
@@ -65,23 +85,24 @@ TEST_P(StridesOf, AllHaveTheOneWrongBaseOfTheWindows) {
   constexpr std::size_t kWindows = 70;
   for (std::size_t wrong = 0; wrong < kWindows + length - 1; ++wrong) {
     const std::size_t from = wrong < length ? 0 : wrong - length + 1;
-    const Strides strides(from, std::min(wrong + 1, kWindows), kmer_);
+    const Strides strides(from, std::min(wrong + 1, kWindows), grams_);
     for (std::size_t n = 0; n < strides.size(); ++n) {
       EXPECT_LE(strides[n], wrong);
-      EXPECT_LT(wrong, strides[n] + static_cast<std::size_t>(gramLength(kmer_))) << wrong;
+      EXPECT_LT(wrong, strides[n] + static_cast<std::size_t>(gramLength_)) << wrong;
     }
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(KmerLengths, StridesOf, testing::Values(16, 19, 21, 24, 31, 32));
+INSTANTIATE_TEST_SUITE_P(Lengths, StridesOf,
+                         testing::Values(std::pair{16, 16}, std::pair{17, 16}, std::pair{21, 16},
+                                         std::pair{21, 17}, std::pair{24, 16}, std::pair{31, 16},
+                                         std::pair{31, 20}, std::pair{32, 16}, std::pair{32, 32}));
 
 class AddedGrams : public testing::TestWithParam<int> {
  protected:
-  AddedGrams() { filter_.build(kAdded); }
+  AddedGrams() { filter_.build(32, kAdded); }
 
-  Gram randomGram() {
-    return {random_() & ((uint64_t{1} << (2 * gramLength(GetParam()))) - 1), GetParam()};
-  }
+  Gram randomGram() { return {random_() >> (64 - 2 * GetParam()), GetParam()}; }
 
   static constexpr int kAdded = 20000;
   GramFilter filter_;
@@ -109,7 +130,7 @@ TEST_P(AddedGrams, OthersAndTheirReverseComplementsAreMostlyDenied) {
   EXPECT_LT(held, kAdded / 10);
 }
 
-INSTANTIATE_TEST_SUITE_P(KmerLengths, AddedGrams, testing::Values(16, 19, 21, 24, 31, 32));
+INSTANTIATE_TEST_SUITE_P(GramLengths, AddedGrams, testing::Values(16, 17, 20, 32));
 
 }  // namespace
 }  // namespace velk::test

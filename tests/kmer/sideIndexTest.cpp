@@ -165,14 +165,17 @@ TEST_F(SideIndexTest, EveryPlaceOfARepeatKnowsOfItsReverseComplement) {
 TEST_F(SideIndexTest, TheFilterKnowsTheGramsOfEveryKmer) {
   for (const int kmer : {16, 19, 21, 24, 31, 32}) {
     Kmer = kmer;
-    const uint64_t gramBits = (uint64_t{1} << (2 * gramLength(kmer))) - 1;
     for (unsigned seed = 0; seed < 5; ++seed) {
       load(tangledAssembly(seed));
+      if (seed == 4) indexAsLarge();
+      const GramFilter& filter = sideIndex.filter();
+      const int length = filter.gramLength();
+      const uint64_t gramBits = (uint64_t{1} << (2 * length)) - 1;
       for (uint64_t slot = 0; slot < kmerHash->size; ++slot) {
         if (is_entity_null(kmerHash->nul_flag, slot)) continue;
         const uint64_t key = kmerHash->array[slot].bitSeq;
-        for (std::size_t g = 0; g < gramsOf(kmer); ++g) {
-          EXPECT_TRUE(sideIndex.filter().mayHold(Gram(key >> (2 * g) & gramBits, kmer)));
+        for (std::size_t g = 0; g < filter.gramsOfKmer(); ++g) {
+          EXPECT_TRUE(filter.mayHold(Gram(key >> (2 * g) & gramBits, length)));
         }
       }
       releaseAssembly();
@@ -266,7 +269,7 @@ TEST_F(SideIndexTest, BytesForTellsAboutWhatItTakes) {
   double taken = 0;
   for (int n = 0; n < 3; ++n) {
     failAllocationAfter(n);
-    EXPECT_THROW(sideIndex.make(scaffoldInfo, scaffoldSum, kmers), std::bad_alloc) << n;
+    EXPECT_THROW(sideIndex.make(scaffoldInfo, scaffoldSum, 31, kmers), std::bad_alloc) << n;
     failNoAllocation();
     sideIndex.release();
     taken += static_cast<double>(deniedBytes());

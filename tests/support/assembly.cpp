@@ -5,6 +5,7 @@
 
 #include "contig/contig.h"
 #include "kmer/fetchKmers.h"
+#include "kmer/fillIndex.h"
 #include "kmer/hashSet.h"
 #include "streaming/readBuffer.h"
 
@@ -74,6 +75,14 @@ void AssemblyTest::load(const std::vector<TestScaffold>& scaffolds) {
   kmerHash = init_hashset(1024, LoadFactor);
   FetchKmers1(kmerHash, scaffoldInfo, scaffoldSum);
   readSumInEachGap = new int[gaps]();
+}
+
+void AssemblyTest::indexAsLarge() {
+  constexpr uint64_t kKmers = (uint64_t{1} << 27) + 1;
+  free_hash(kmerHash);
+  kmerHash = init_hashset(1024, LoadFactor);
+  sideIndex.make(scaffoldInfo, scaffoldSum, Kmer, kKmers);
+  fillIndex(kmerHash, {scaffoldInfo, scaffoldSum, kKmers, true});
 }
 
 void AssemblyTest::allocateRows(int workers) {
