@@ -130,13 +130,17 @@ std::size_t KmerWalk::passAbsent(std::size_t from, std::size_t to, std::size_t m
   if (!sideIndex.isMade() || packed_ == nullptr) return std::min(to, from + most);
   const std::size_t grams = sideIndex.filter().gramsOfKmer();
   const std::size_t last = to - 1;
-  std::size_t held = from;  // the grams in [at, held) are held
-  std::size_t at = from;
   const Strides strides(from, to, grams);
+  // The grams below the first stride are also those of the window before, and those above the last
+  // one are those of the window behind. The index mostly holds these windows, so nothing is lost
+  // when those grams are taken as held.
+  std::size_t held = from == 0 ? 0 : strides[0];  // the grams in [at, held) are held
+  const std::size_t beyond = strides[strides.size() - 1] + 1;
+  std::size_t at = from;
   std::size_t n = 0;
   while (at < to && most > 0) {
     while (strides[n] < at) ++n;
-    const std::size_t end = at + grams;
+    const std::size_t end = std::min(at + grams, beyond);
     const std::size_t absent = absentGram(std::max(at, held), strides[n], end);
     if (absent == end) {
       held = end;
