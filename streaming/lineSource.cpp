@@ -16,13 +16,7 @@ constexpr std::size_t kPlainBlock = 256 << 10;  // bytes
 
 PlainLineSource::PlainLineSource(const std::string& file) : file_(file), blocks_(kPlainBlock) {}
 
-bool PlainLineSource::startRecord() {
-  if (atEnd_) return false;
-  skipLine();
-  return true;
-}
-
-void PlainLineSource::keepLine(std::string& entry) {
+void PlainLineSource::keepPieces(std::string& entry) {
   if (atEnd_) return;
   entry.clear();
   do {
@@ -30,7 +24,7 @@ void PlainLineSource::keepLine(std::string& entry) {
   } while (!pieceEndsLine_ && !atEnd_);
 }
 
-void PlainLineSource::skipLine() {
+void PlainLineSource::skipPieces() {
   while (!atEnd_) {
     nextPiece();
     if (pieceEndsLine_) return;
