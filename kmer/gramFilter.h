@@ -27,8 +27,8 @@ constexpr bool hasGrams(int kmer) {
 }
 
 /// Bases in a gram of a filter for so many k-mers: short, to rule out many k-mers, and long enough
-/// to be rare, where a k-mer is: one of 32 random grams at most is theirs. REQUIRES: hasGrams(kmer),
-/// kmers <= kMaxSlots.
+/// to be rare, where a k-mer is: one of 32 random grams at most is theirs. REQUIRES:
+/// hasGrams(kmer), kmers <= kMaxSlots.
 constexpr int gramLengthFor(int kmer, uint64_t kmers) {
   int length = kShortestGram;
   while (length < kmer && uint64_t{1} << (LEN_TO_BITLEN * length) < 32 * kmers) ++length;

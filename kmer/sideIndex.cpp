@@ -54,7 +54,8 @@ class GramRing {
   uint64_t word_ = 0;  // the next bases, from its highest bits on
   std::size_t fetched_ = 0;
   std::array<Placed, 64> ring_;
-  static_assert(kGramsAhead + gramsOf(DATA_LEN, kShortestGram) <= std::tuple_size_v<decltype(ring_)>);
+  static_assert(kGramsAhead + gramsOf(DATA_LEN, kShortestGram) <=
+                std::tuple_size_v<decltype(ring_)>);
 };
 
 // Marks that several threads change at the same time are read and written as this.

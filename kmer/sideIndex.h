@@ -20,8 +20,8 @@ namespace velk {
 
 class SideIndex {
  public:
-  /// Makes it, empty, for `kmers` k-mers of the model. REQUIRES: hasGrams(kmer). Throws std::bad_alloc without memory, and is
-  /// to be released then.
+  /// Makes it, empty, for `kmers` k-mers of the model. REQUIRES: hasGrams(kmer). Throws
+  /// std::bad_alloc without memory, and is to be released then.
   void make(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer, uint64_t kmers);
 
   /// Releases its memory: it is not made any more.
