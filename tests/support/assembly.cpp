@@ -77,12 +77,11 @@ void AssemblyTest::load(const std::vector<TestScaffold>& scaffolds) {
   readSumInEachGap = new int[gaps]();
 }
 
-void AssemblyTest::indexAsLarge() {
-  constexpr uint64_t kKmers = (uint64_t{1} << 27) + 1;
+void AssemblyTest::indexAsOneOf(uint64_t kmers) {
   free_hash(kmerHash);
   kmerHash = init_hashset(1024, LoadFactor);
-  sideIndex.make(scaffoldInfo, scaffoldSum, Kmer, kKmers);
-  fillIndex(kmerHash, {scaffoldInfo, scaffoldSum, kKmers, true});
+  sideIndex.make(scaffoldInfo, scaffoldSum, Kmer, kmers);
+  fillIndex(kmerHash, {scaffoldInfo, scaffoldSum, kmers, true});
 }
 
 void AssemblyTest::allocateRows(int workers) {
