@@ -1,10 +1,11 @@
 // A small filter in front of the hash set: it tells most k-mers that are found nowhere.
 //
-// It holds the grams (shorter k-mers; where k is 16, the k-mers) of the indexed k-mers. A gram that
-// it does not hold rules out every k-mer around it, so a few questions settle the k-mers over a
-// wrong base: with grams of 16 bases two where k is 30 to 32, four where it is 20 to 22. A Bloom
-// filter (B. H. Bloom, 1970) in blocks of one cache line; a gram and its reverse complement share a
-// block. Built once with the index; read without locks by the workers.
+// It holds the grams of the indexed k-mers: shorter k-mers, or the k-mers themselves where they are
+// no longer than a gram has to be. A gram that it does not hold rules out every k-mer around it, so
+// a few questions settle the k-mers over a wrong base: with grams of 16 bases two where k is 30 to
+// 32, four where it is 20 to 22. A Bloom filter (B. H. Bloom, 1970) in blocks of one cache line; a
+// gram and its reverse complement share a block. Built once with the index; read without locks by
+// the workers.
 #pragma once
 
 #include <algorithm>
@@ -42,9 +43,10 @@ constexpr std::size_t gramsOf(int kmer, int gramLength) {
 
 /// The grams to ask for first where no window (k-mer offset) in [from, to) of a read is thought to
 /// be in the index: the fewest whose absence rules all of them out. Where a single wrong base
-/// spoils just these windows, every gram asked for has that base, and the strides of the other
-/// strand are the same grams turned round, but for the middle one of an odd number, which may be
-/// its neighbour. REQUIRES: from < to, fewer windows than 32 bits count, grams (in a window) > 0.
+/// spoils just these windows, and they are no fewer than a window has grams, every gram asked for
+/// has that base, and the strides of the other strand are the same grams turned round, but for the
+/// middle one of an odd number, which may be its neighbour. REQUIRES: from < to, fewer windows than
+/// 32 bits count, grams (in a window) > 0.
 class Strides {
  public:
   constexpr Strides(std::size_t from, std::size_t to, std::size_t grams)
@@ -82,7 +84,7 @@ struct Gram {
   /// bases: packed, `length` of them.
   Gram(uint64_t bases, int length) : forward(bases), reversed(reversedKey(bases, length)) {}
 
-  /// The gram one base on: it ends with the base of that code.
+  /// The gram one base on: it ends with the base of that code. REQUIRES: length < DATA_LEN.
   void roll(uint64_t code, int length) {
     const int bits = LEN_TO_BITLEN * length;
     forward = (forward << LEN_TO_BITLEN | code) & ((uint64_t{1} << bits) - 1);

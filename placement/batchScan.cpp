@@ -188,6 +188,7 @@ class Share {
   int t_;            // the worker
   int64_t entries_;  // in the share
   Scout scout_;
+  // As many as a power of two, for the sake of entry().
   std::array<Entry, std::bit_ceil(std::size_t{kSteps + 1})> scouted_{};
 };
 
