@@ -130,19 +130,13 @@ std::size_t KmerWalk::passAbsent(std::size_t from, std::size_t to, std::size_t m
   if (!sideIndex.isMade() || packed_ == nullptr) return std::min(to, from + most);
   const std::size_t grams = sideIndex.filter().gramsOfKmer();
   const std::size_t last = to - 1;
-  const Strides strides(from, to, grams);
-  // The grams below the first stride are those of the window before, too, and those above the last
-  // one those of the window behind. Where the index holds these windows it would be in vain to ask
-  // for their grams, and where it does not, a look-up tells as much as a question: they are taken
-  // as held. No window is before the first one of a read, nor behind its last.
-  std::size_t held = from == 0 ? 0 : strides[0];  // the grams in [at, held) are held
-  const std::size_t beyond =
-      to == buffers_.passed.windows() ? last + grams : strides[strides.size() - 1] + 1;
+  std::size_t held = from;  // the grams in [at, held) are held
   std::size_t at = from;
+  const Strides strides(from, to, grams);
   std::size_t n = 0;
   while (at < to && most > 0) {
     while (strides[n] < at) ++n;
-    const std::size_t end = std::min(at + grams, beyond);
+    const std::size_t end = at + grams;
     const std::size_t absent = absentGram(std::max(at, held), strides[n], end);
     if (absent == end) {
       held = end;

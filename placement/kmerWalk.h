@@ -40,8 +40,6 @@ class WindowSet {
     words_.assign(windows / 64 + 1, 0);
   }
 
-  std::size_t windows() const { return windows_; }
-
   void insert(std::size_t window) { words_[window / 64] |= uint64_t{1} << (window % 64); }
 
   /// Inserts the windows [from, to).
