@@ -16,7 +16,13 @@ constexpr std::size_t kPlainBlock = 256 << 10;  // bytes
 
 PlainLineSource::PlainLineSource(const std::string& file) : file_(file), blocks_(kPlainBlock) {}
 
-void PlainLineSource::keepPieces(std::string& entry) {
+bool PlainLineSource::startRecord() {
+  if (atEnd_) return false;
+  skipLine();
+  return true;
+}
+
+void PlainLineSource::keepLine(std::string& entry) {
   if (atEnd_) return;
   entry.clear();
   do {
@@ -24,7 +30,7 @@ void PlainLineSource::keepPieces(std::string& entry) {
   } while (!pieceEndsLine_ && !atEnd_);
 }
 
-void PlainLineSource::skipPieces() {
+void PlainLineSource::skipLine() {
   while (!atEnd_) {
     nextPiece();
     if (pieceEndsLine_) return;

@@ -30,44 +30,19 @@ class PlainLineSource {
   bool open() { return blocks_.open(file_); }
 
   /// Reads the first line of a record. Returns false, reading nothing, once the end was met.
-  bool startRecord() {
-    if (atEnd_) return false;
-    skipLine();
-    return true;
-  }
+  bool startRecord();
 
   /// Reads a line into `entry` (inout): the line; or nothing when the file has just ended; or, when
   /// its end was met before, `entry` as it was.
-  void keepLine(std::string& entry) {
-    std::string_view line;
-    if (takeWhole(line)) {
-      entry.assign(line);
-    } else {
-      keepPieces(entry);
-    }
-  }
+  void keepLine(std::string& entry);
 
   /// Reads over a line.
-  void skipLine() {
-    std::string_view line;
-    if (!takeWhole(line)) skipPieces();
-  }
+  void skipLine();
 
   /// Ends the reading of the file.
   void finish() {}
 
  private:
-  // Takes the next line (out) out of the block, if its end is in there, as mostly.
-  bool takeWhole(std::string_view& line) {
-    const std::size_t newline = block_.find('\n');
-    if (newline == std::string_view::npos) return false;
-    line = block_.substr(0, newline);
-    block_.remove_prefix(newline + 1);
-    return true;
-  }
-
-  void keepPieces(std::string& entry);
-  void skipPieces();
   std::string_view nextPiece();
 
   std::string file_;
