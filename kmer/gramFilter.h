@@ -45,16 +45,15 @@ constexpr std::size_t gramsOf(int kmer, int gramLength) {
 /// be in the index: the fewest whose absence rules all of them out. Where a single wrong base
 /// spoils just these windows, and they are no fewer than a window has grams, every gram asked for
 /// has that base, and the strides of the other strand are the same grams turned round, but for the
-/// middle one of an odd number, which may be its neighbour. REQUIRES: from < to, fewer windows than
-/// 32 bits count, grams (in a window) > 0.
+/// middle one of an odd number, which may be its neighbour. REQUIRES: from < to,
+/// grams (in a window) > 0.
 class Strides {
  public:
   constexpr Strides(std::size_t from, std::size_t to, std::size_t grams)
       : grams_(grams),
         first_(from != 0 || to - from >= grams_ ? from + grams_ - 1 : to - 1),
         last_(std::max(first_, to - 1)) {
-    const auto between = static_cast<uint32_t>(last_ - first_ + grams_ - 1);
-    count_ = 1 + between / static_cast<uint32_t>(grams_);
+    count_ = 1 + (last_ - first_ + grams_ - 1) / grams_;
   }
 
   constexpr std::size_t size() const { return count_; }

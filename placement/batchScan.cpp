@@ -137,7 +137,7 @@ class Share {
   }
 
  private:
-  static constexpr int64_t kSteps = 8;
+  static constexpr int64_t kSteps = 9;
 
   Entry& entry(int64_t e) { return scouted_[static_cast<std::size_t>(e) % scouted_.size()]; }
 
@@ -162,18 +162,22 @@ class Share {
     const auto look = [&](Scouting& s, const std::string& bases) { scout_.look(s, bases); };
     const auto ask = [&](Scouting& s, const std::string& bases) { scout_.ask(s, bases); };
     const auto find = [&](Scouting& s, const std::string& bases) { scout_.find(s, bases); };
+    const auto findAgain = [&](Scouting& s, const std::string& bases) {
+      scout_.findAgain(s, bases);
+    };
     const auto compare = [&](Scouting& s, const std::string& bases) { scout_.compare(s, bases); };
     forRead(e, lead, approach);
     forRead(e - 1, lead, look);
     forRead(e - 2, lead, ask);
     forRead(e - 3, lead, find);
+    forRead(e - 4, lead, findAgain);
     if (readsB == nullptr) {
-      forRead(e - 4, lead, compare);
+      forRead(e - 5, lead, compare);
       return;
     }
-    forRead(e - 4, lead, [&](Scouting& s, const std::string& bases) {
-      // One that does so on its own strand is placed by its first k-mer, whose slot is known.
-      if (isTurned || !runsAsExpected(s)) scout_.compare(s, bases);
+    forRead(e - 5, lead, [&](Scouting& s, const std::string& bases) {
+      // One that does so with its first k-mer is placed by that, whose slot is known.
+      if (isTurned || !runsAsExpected(s) || s.window != 0) scout_.compare(s, bases);
     });
     forRead(e - 3, other, approach);
     forRead(e - 4, other, [&](Scouting& s, const std::string& bases) {
@@ -182,7 +186,8 @@ class Share {
     });
     forRead(e - 5, other, ask);
     forRead(e - 6, other, find);
-    forRead(e - 7, other, compare);
+    forRead(e - 7, other, findAgain);
+    forRead(e - 8, other, compare);
   }
 
   int t_;            // the worker

@@ -47,6 +47,17 @@ std::size_t WindowSet::firstContained(std::size_t from, std::size_t to) const {
   return to;
 }
 
+std::size_t WindowSet::lastContained(std::size_t from, std::size_t to) const {
+  to = std::min(to, windows_);
+  for (std::size_t end = to; end > from; end = (end - 1) / 64 * 64) {
+    const uint64_t contained = words_[(end - 1) / 64] << (63 - (end - 1) % 64);
+    if (contained == 0) continue;
+    const std::size_t at = end - 1 - static_cast<std::size_t>(std::countl_zero(contained));
+    return at >= from ? at : to;
+  }
+  return to;
+}
+
 WalkBuffers& KmerWalk::buffersOfThread() {
   if (threadBuffers == nullptr) threadBuffers = new WalkBuffers;
   return *threadBuffers;
@@ -64,27 +75,68 @@ void KmerWalk::takeStrands(const std::array<Strand, 4>& strands) {
 // Makes `read` the one in hand, and passes over what is known of its windows. Returns its strand;
 // null when nothing is known.
 const Strand* KmerWalk::takeUp(const std::string& read) {
-  for (const Strand& strand : buffers_.strands) {
-    if (strand.bases != &read) continue;
-    const Scouted& known = *strand.scouted;
-    packed_ = &known.packed;
-    turnedLength_ = strand.isTurned ? read.size() : 0;
-    if (known.hasRun) {
-      known.run.isReversed == strand.isTurned ? expectRun(read.size(), known.run)
-                                              : passReverse(read.size(), known.run);
-    }
-    return &strand;
+  const std::size_t windows = windowsOf(read);
+  buffers_.passed.reset(windows);
+  buffers_.expected.reset(windows);
+  buffers_.askedFirst.reset(read.size());
+  const auto* const strand =
+      std::find_if(buffers_.strands.begin(), buffers_.strands.end(),
+                   [&](const Strand& known) { return known.bases == &read; });
+  if (strand == buffers_.strands.end()) {
+    packed_ = buffers_.packed.fill(read) ? &buffers_.packed : nullptr;
+    turnedLength_ = 0;
+    hasRun_ = false;
+    if (asksFilter()) askFirst(0, windows);
+    return nullptr;
   }
-  packed_ = buffers_.packed.fill(read) ? &buffers_.packed : nullptr;
-  turnedLength_ = 0;
-  return nullptr;
+  packed_ = &strand->scouted->packed;
+  turnedLength_ = strand->isTurned ? read.size() : 0;
+  hasRun_ = strand->scouted->hasRun;
+  if (hasRun_) {
+    takeUpRun(read.size(), strand->scouted->run, strand->isTurned);
+  } else {
+    askFirst(0, windows);
+  }
+  return strand;
 }
 
-// Passes over the windows that lie where the refused `hit` lies.
+// Takes up where the read in hand, of this length, or its reverse complement runs.
+void KmerWalk::takeUpRun(std::size_t length, const Run& run, bool isTurned) {
+  const auto kmer = static_cast<std::size_t>(kmer_);
+  const std::size_t windows = length - kmer + 1;
+  if (run.isReversed == isTurned) {
+    expectRun(length, run);
+    run.forEachSpoiled(length, kmer, [&](std::size_t from, std::size_t to) { askFirst(from, to); });
+  } else {
+    passReverse(length, run);
+    run.forEachSpoiled(length, kmer, [&](std::size_t from, std::size_t to) {
+      askFirst(windows - to, windows - from);
+    });
+  }
+}
+
+// Has those grams asked for first whose absence rules all of the windows [from, to) out; or the
+// first of them, as far as the walk looks ahead: behind those any gram is as good.
+void KmerWalk::askFirst(std::size_t from, std::size_t to) {
+  const std::size_t near = std::min(to, from + kLongestStretch);
+  const Strides strides(from, near, sideIndex.filter().gramsOfKmer());
+  for (std::size_t n = 0; n < strides.size(); ++n) buffers_.askedFirst.insert(strides[n]);
+}
+
+// Passes over the windows that lie where the refused `hit` lies. Where nothing else was known of
+// the read, it is known now which windows a wrong base spoils.
 void KmerWalk::passDiagonal(const std::string& read, const Hit& hit) {
   const std::string& contig = scaffoldInfo[hit.scaffold].contigsInfo[hit.contig].contigSeq;
+  const bool isFirstKnown = asksFilter() && !hasRun_;
+  if (isFirstKnown) buffers_.askedFirst.reset(read.size());
+  std::size_t settled = 0;
   forEachStretch(contig, read, hit.offset, static_cast<std::size_t>(kmer_),
-                 [&](std::size_t from, std::size_t to) { buffers_.passed.insertRange(from, to); });
+                 [&](std::size_t from, std::size_t to) {
+                   buffers_.passed.insertRange(from, to);
+                   if (isFirstKnown && settled < from) askFirst(settled, from);
+                   settled = to;
+                 });
+  if (isFirstKnown && settled < windowsOf(read)) askFirst(settled, windowsOf(read));
 }
 
 // Passes over the windows that lie on the diagonal of a k-mer which occurs more than once, found
@@ -124,44 +176,36 @@ bool KmerWalk::mayHoldGram(std::size_t gram) const {
 }
 
 // Passes over those of the windows [from, to) that have a gram which the filter does not hold,
-// until `most` are left. Returns the end of the windows settled. Asks in strides: the last gram of
-// a window, if it is not held, settles as many windows as it is in.
+// until `most` are left. Returns the end of the windows settled.
 std::size_t KmerWalk::passAbsent(std::size_t from, std::size_t to, std::size_t most) {
-  if (!sideIndex.isMade() || packed_ == nullptr) return std::min(to, from + most);
-  const std::size_t grams = sideIndex.filter().gramsOfKmer();
-  const std::size_t last = to - 1;
-  std::size_t held = from;  // the grams in [at, held) are held
+  if (!asksFilter()) return std::min(to, from + most);
   std::size_t at = from;
-  const Strides strides(from, to, grams);
-  std::size_t n = 0;
   while (at < to && most > 0) {
-    while (strides[n] < at) ++n;
-    const std::size_t end = at + grams;
-    const std::size_t absent = absentGram(std::max(at, held), strides[n], end);
+    const std::size_t end = at + sideIndex.filter().gramsOfKmer();
+    const std::size_t absent = absentGram(at, end);
     if (absent == end) {
-      held = end;
       ++at;
       --most;
       continue;
     }
-    held = strides[n] + 1;
-    const std::size_t settled = std::min(absent, last) + 1;
+    const std::size_t settled = std::min(absent + 1, to);
     buffers_.passed.insertRange(at, settled);
     at = settled;
   }
   return at;
 }
 
-// A gram of [from, end) that the filter does not hold; `end` when it may hold all. `first` is asked
-// first, then those below it, as the higher ones settle more, then those above.
-std::size_t KmerWalk::absentGram(std::size_t from, std::size_t first, std::size_t end) const {
-  for (std::size_t gram = first + 1; gram > from; --gram) {
-    if (!mayHoldGram(gram - 1)) return gram - 1;
+// A gram of [from, end), those of a window, that the filter does not hold; `end` when the window is
+// to be looked up. A gram settles as many windows from this one on as it is in, so the last are
+// asked first, but for one that is thought to have a wrong base, and then one at half the distance
+// from the first. The last gram and the first have all bases of the window between them.
+std::size_t KmerWalk::absentGram(std::size_t from, std::size_t end) const {
+  std::size_t gram = buffers_.askedFirst.lastContained(from, end);
+  if (gram != end && !mayHoldGram(gram)) return gram;
+  for (gram = end - 1; mayHoldGram(gram); gram = from + (gram - from) / 2) {
+    if (gram == from) return end;
   }
-  for (std::size_t gram = std::max(first + 1, from); gram < end; ++gram) {
-    if (!mayHoldGram(gram)) return gram;
-  }
-  return end;
+  return gram;
 }
 
 // Expects the windows of a read of this length that are the contig's in its run.
@@ -172,7 +216,7 @@ void KmerWalk::expectRun(std::size_t length, const Run& run) {
 }
 
 // Passes over those windows of a read of this length whose reverse complements are the contig's in
-// the run of its reverse complement, and are not in the index.
+// the run of its reverse complement, and are not in the index; it expects the others.
 void KmerWalk::passReverse(std::size_t length, const Run& run) {
   const std::size_t windows = length - static_cast<std::size_t>(kmer_) + 1;
   const Hit& along = run.hit;
@@ -187,7 +231,8 @@ void KmerWalk::passReverse(std::size_t length, const Run& run) {
                          return;
                        }
                        for (std::size_t w = from; w < to; ++w) {
-                         if (!mayHold(w, w + 1)) buffers_.passed.insert(windows - 1 - w);
+                         WindowSet& known = mayHold(w, w + 1) ? buffers_.expected : buffers_.passed;
+                         known.insert(windows - 1 - w);
                        }
                      });
 }

@@ -9,9 +9,12 @@
 //      over that do so, too: none of them is a unique hit.
 //   3. Where the reverse complement of a read is known to run along a contig (placement/scout.h),
 //      the read's k-mers are reverse complements of the contig's; those that the index does not
-//      hold are passed over. Where the read itself is known to run, the filter is not asked.
-//   4. A gram that the gram filter does not hold passes over every k-mer around it.
-//   5. The others are looked up in groups whose memory is fetched together.
+//      hold are passed over, and the filter is not asked for the others. Nor is it where the read
+//      itself is known to run.
+//   4. A gram that the gram filter does not hold passes over every k-mer around it: none of them is
+//      in the index. Where it is known which bases are wrong, grams with one are asked for first.
+//   5. The others are looked up in groups whose memory is fetched together, and shown in the order
+//      of the read.
 #pragma once
 
 #include <algorithm>
@@ -55,6 +58,9 @@ class WindowSet {
   /// The first window of [from, to) that is in the set; `to` without one.
   std::size_t firstContained(std::size_t from, std::size_t to) const;
 
+  /// The last window of [from, to) that is in the set; `to` without one.
+  std::size_t lastContained(std::size_t from, std::size_t to) const;
+
  private:
   std::size_t windows_ = 0;
   std::vector<uint64_t> words_;
@@ -70,9 +76,10 @@ struct WalkBuffers {
     SlotProbe probe;
   };
 
-  WindowSet passed;    // windows that need no look-up
-  WindowSet expected;  // windows that are in the index, as far as is known
-  PackedBases packed;  // a read of which nothing is known, if it has bases alone
+  WindowSet passed;      // windows that need no look-up
+  WindowSet expected;    // windows that are in the index, as far as is known
+  WindowSet askedFirst;  // grams that tell of windows which are not thought to be in the index
+  PackedBases packed;    // a read of which nothing is known, if it has bases alone
   std::array<Pending, kLargestGroup> pending;
   std::array<Strand, 4> strands;  // that are known
 };
@@ -117,12 +124,16 @@ class KmerWalk {
   const Strand* takeUp(const std::string& read);
   uint64_t keyAt(std::string_view read, std::size_t window) const;
   bool mayHoldGram(std::size_t gram) const;
-  std::size_t absentGram(std::size_t from, std::size_t first, std::size_t end) const;
+  std::size_t absentGram(std::size_t from, std::size_t end) const;
   std::size_t passAbsent(std::size_t from, std::size_t to, std::size_t most);
   void passDiagonal(const std::string& read, const Hit& hit);
   bool passRepeats(std::string_view read, const Entity& found, std::size_t window);
+  void askFirst(std::size_t from, std::size_t to);
+  void takeUpRun(std::size_t length, const Run& run, bool isTurned);
   void expectRun(std::size_t length, const Run& run);
   void passReverse(std::size_t length, const Run& run);
+
+  bool asksFilter() const { return sideIndex.isMade() && packed_ != nullptr; }
 
   std::size_t windowsOf(std::string_view read) const {
     return read.size() - static_cast<std::size_t>(kmer_) + 1;
@@ -133,14 +144,13 @@ class KmerWalk {
   // The read in hand, if it has bases alone; or the one whose reverse complement that is.
   const PackedBases* packed_ = nullptr;
   std::size_t turnedLength_ = 0;  // of the read in hand, if it is turned round; else 0
+  bool hasRun_ = false;           // whether it, or its reverse complement, is known to run
   WalkBuffers& buffers_ = buffersOfThread();
 };
 
 template <class Visit>
 void KmerWalk::uniqueHits(const std::string& read, int64_t& i, Visit visit) {
   const std::size_t windows = windowsOf(read);
-  buffers_.passed.reset(windows);
-  buffers_.expected.reset(windows);
   const Strand* const strand = takeUp(read);
   if (visitFirst(read, strand, i, visit) == Outcome::kStopped) return;
   // A hit mostly settles all that follows it, so one k-mer is tried at a time, and more only where

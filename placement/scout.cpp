@@ -1,6 +1,7 @@
 #include "placement/scout.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "contig/contig.h"
 #include "kmer/fetchKmers.h"
@@ -15,7 +16,9 @@ constexpr std::size_t kCacheLine = 64;
 constexpr std::size_t kMostFetched = 1000;  // windows; of more, the first have gone from the cache
 
 void fetchBases(std::string_view bases) {
+  if (bases.empty()) return;
   for (std::size_t at = 0; at < bases.size(); at += kCacheLine) fetchLine(&bases[at]);
+  fetchLine(&bases.back());
 }
 
 const std::string& contigOf(const Hit& hit) {
@@ -113,38 +116,39 @@ void Scout::find(Scouting& read, std::string_view bases) const {
   fetchGram(read.packed, middleGram(lastWindow(bases) / 2));
 }
 
+void Scout::findAgain(Scouting& read, std::string_view bases) const {
+  if (!read.hasBasesAlone || read.isFound) return;
+  finish(read, bases);
+  if (!read.isFound) begin(read, lastWindow(bases) / 2);
+}
+
 void Scout::compare(Scouting& read, const std::string& bases) const {
   if (!read.hasBasesAlone) return;
   if (!read.isFound) finish(read, bases);
-  // A base is wrong in the first k-mer and in the last: rare enough to wait for the memory.
-  if (!read.isFound && begin(read, lastWindow(bases) / 2)) finish(read, bases);
   if (read.isFound) findDifferences(read, bases);
   fetchForWalk(read, bases);
 }
 
 // Has fetched what the walk asks for: the slot of the first k-mer of what runs, and what the filter
-// says of the windows before, between and behind.
+// says of the windows that are not the contig's.
 void Scout::fetchForWalk(const Scouting& read, std::string_view bases) const {
   const std::size_t windows = lastWindow(bases) + 1;
-  std::size_t settled = 0;  // windows of what runs
-  if (read.hasRun) {
-    const bool isReversed = read.run.isReversed;
-    const auto kmer = static_cast<std::size_t>(kmer_);
-    read.run.forEachStretch(bases.size(), kmer, [&](std::size_t from, std::size_t to) {
-      if (settled == 0) {
-        const uint64_t key = read.packed.at(isReversed ? windows - 1 - from : from, kmer_);
-        startProbe(index_, isReversed ? reversedKey(key, kmer_) : key);  // for what it fetches
-      }
-      isReversed ? fetchStrides(read.packed, windows - from, windows - settled)
-                 : fetchStrides(read.packed, settled, from);
-      settled = to;
-    });
-    if (isReversed) {
-      fetchStrides(read.packed, 0, windows - settled);
-      return;
-    }
+  if (!read.hasRun) {
+    fetchStrides(read.packed, 0, windows);
+    return;
   }
-  fetchStrides(read.packed, settled, windows);
+  const bool isReversed = read.run.isReversed;
+  const auto kmer = static_cast<std::size_t>(kmer_);
+  bool isFirst = true;
+  read.run.forEachStretch(bases.size(), kmer, [&](std::size_t from, std::size_t) {
+    if (!std::exchange(isFirst, false)) return;
+    const uint64_t key = read.packed.at(isReversed ? windows - 1 - from : from, kmer_);
+    startProbe(index_, isReversed ? reversedKey(key, kmer_) : key);  // for what it fetches
+  });
+  read.run.forEachSpoiled(bases.size(), kmer, [&](std::size_t from, std::size_t to) {
+    isReversed ? fetchStrides(read.packed, windows - to, windows - from)
+               : fetchStrides(read.packed, from, to);
+  });
 }
 
 // Lays what runs along its contig; it is no run where it differs too much.

@@ -1,7 +1,7 @@
 // Runs ahead of the scan of a batch, has the memory fetched that placing a read will ask for, and
 // finds out what the k-mer walk of the read need not.
 //
-// A worker has one, and takes a read through five steps, one entry apart, so that what a step
+// A worker has one, and takes a read through six steps, one entry apart, so that what a step
 // asks for has come when the next one needs it.
 #pragma once
 
@@ -44,9 +44,13 @@ class Scout {
   /// fetched; or the slots of the read's last k-mer, when the first is not in the index.
   void find(Scouting& read, std::string_view bases) const;
 
-  /// 5. Finds where it runs by its middle k-mer, when neither end did; compares it there, and has
-  /// fetched what the walk will ask for: the slot of the first k-mer that runs, and what the filter
-  /// says of those that do not.
+  /// 5. The same by the last k-mer; or has the slots fetched of the middle one, when the last is
+  /// not in the index either.
+  void findAgain(Scouting& read, std::string_view bases) const;
+
+  /// 6. The same by the middle k-mer. Compares the read with where it runs, and has fetched what
+  /// the walk will ask for: the slot of the first k-mer that runs, and what the filter says of
+  /// those that do not.
   void compare(Scouting& read, const std::string& bases) const;
 
  private:

@@ -49,11 +49,29 @@ class Run {
       stretch(from, differences_[i]);
       from = differences_[i] + 1;
     }
-    const int64_t reach = static_cast<int64_t>(contigLength) - hit.offset;
-    stretch(from, static_cast<std::size_t>(std::min(static_cast<int64_t>(length), reach)));
+    stretch(from, std::min(length, reach()));
+  }
+
+  /// Calls onSpoiled(from, to) for the windows, of what runs, that one difference or one end of the
+  /// contig keeps from being the contig's: every other window than the stretches' is in one of them
+  /// or in several. length: bases of the read. REQUIRES: length >= kmer.
+  template <class OnSpoiled>
+  void forEachSpoiled(std::size_t length, std::size_t kmer, OnSpoiled onSpoiled) const {
+    const std::size_t windows = length - kmer + 1;
+    const auto spoiled = [&](std::size_t first, std::size_t end) {
+      onSpoiled(first < kmer ? 0 : first - kmer + 1, std::min(end, windows));
+    };
+    if (hit.offset < 0) spoiled(0, static_cast<std::size_t>(-hit.offset));
+    for (std::size_t i = 0; i < count_; ++i) spoiled(differences_[i], differences_[i] + 1);
+    if (reach() < length) spoiled(reach(), windows);
   }
 
  private:
+  // Bases of what runs up to the end of the contig.
+  std::size_t reach() const {
+    return static_cast<std::size_t>(static_cast<int64_t>(contigLength) - hit.offset);
+  }
+
   std::array<std::size_t, kMostDifferences> differences_;
   std::size_t count_ = 0;
 };

@@ -42,6 +42,7 @@ class OtherStrand : public PlacementTest {
       if (chance(40)) piece[below(piece.size())] = "ACGT"[below(4)];
       bases.insert(below(bases.size() + 1), piece);
     }
+    if (chance(10)) bases += plainReverseComplement(bases);
     if (chance(25)) spoil(bases);
     pool_.push_back(bases);
     return bases;
@@ -79,6 +80,7 @@ class OtherStrand : public PlacementTest {
     scout.look(known, bases);
     scout.ask(known, bases);
     scout.find(known, bases);
+    scout.findAgain(known, bases);
     if (chance(90)) scout.compare(known, bases);
     // The reverse complement of a letter that is no base is one.
     const bool areBases = read.find_first_not_of("ACGTacgt") == std::string::npos;

@@ -8,7 +8,8 @@ namespace velk::test {
 namespace {
 
 constexpr std::size_t kMostBases = 650;  // of an assembly; its index then does not grow
-constexpr std::size_t kBatch = 12;       // reads, and pairs
+// Reads, and pairs; more for each of four workers than it scouts at a time.
+constexpr std::size_t kBatch = 70;
 constexpr double kNoNumber = std::numeric_limits<double>::quiet_NaN();
 
 class Maker {
@@ -52,6 +53,7 @@ class Maker {
   PlainSettings settings() {
     PlainSettings made;
     made.kmer = chance(4) ? number(0, 2) : chance(60) ? number(6, 20) : number(3, 40);
+    if (chance(4)) made.kmer = number(41, 70);
     if (chance(25)) {
       made.overRatio =
           oneOf<double>({0, 0.05, 0.25, 0.5, 0.5, 0.75, 1, 2.5, -1, kNoNumber, 1e300, 1e9});
@@ -103,6 +105,7 @@ class Maker {
       made.insert(random_() % (made.size() + 1), copied);
     }
     if (chance(6)) made += made;
+    if (chance(6)) made += plainReverseComplement(made);
     if (chance(6)) made.insert(made.size() / 2, std::string(12, base()));
     if (chance(10)) blemish(made);
     return made;

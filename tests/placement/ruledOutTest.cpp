@@ -48,6 +48,7 @@ class RuledOut : public PlacementTest, public testing::WithParamInterface<int> {
     scout.look(known_, read);
     scout.ask(known_, read);
     scout.find(known_, read);
+    scout.findAgain(known_, read);
     scout.compare(known_, read);
     turnedBases(known_, read);
   }

@@ -30,6 +30,7 @@ class ScoutTest : public PlacementTest, public testing::WithParamInterface<int> 
     scout.look(scouted_, read);
     scout.ask(scouted_, read);
     scout.find(scouted_, read);
+    scout.findAgain(scouted_, read);
     scout.compare(scouted_, read);
     return scouted_;
   }
@@ -96,6 +97,30 @@ TEST_P(ScoutTest, WhereItDiffers) {
   expectRun(withMismatches(readAt(x, 20, 150), places), false, 0, 20, {{0, 40}, {52, 150}});
   places.push_back(60);
   EXPECT_FALSE(scouted(withMismatches(readAt(x, 20, 150), places)).hasRun);
+}
+
+TEST_P(ScoutTest, AWindowIsTheContigsOrSpoiled) {
+  const std::string inside = readAt(x, 20, 150);
+  for (const std::string& read :
+       {inside, withMismatches(inside, {31, 40, 90}), withMismatches(inside, {2, 3, 148}),
+        withMismatches(readAt(y, 200, 150), {60, 95}),
+        withMismatches(readAt(y, -60, 150), {62, 115}),
+        reverseComplement(withMismatches(readAt(y, 220, 150), {50}))}) {
+    const Scouted& known = scouted(read);
+    ASSERT_TRUE(known.hasRun) << read;
+    const std::size_t windows = read.size() - kmer_ + 1;
+    std::vector<int> isContigs(windows);
+    std::vector<int> isSpoiled(windows);
+    const auto mark = [](std::vector<int>& marks) {
+      return [&](std::size_t from, std::size_t to) {
+        for (std::size_t w = from; w < to; ++w) marks.at(w) = 1;
+      };
+    };
+    known.run.forEachStretch(read.size(), kmer_, mark(isContigs));
+    known.run.forEachSpoiled(read.size(), kmer_, mark(isSpoiled));
+    for (std::size_t w = 0; w < windows; ++w)
+      EXPECT_EQ(isContigs[w] + isSpoiled[w], 1) << read << w;
+  }
 }
 
 TEST_P(ScoutTest, NothingOfOtherReads) {

@@ -16,6 +16,13 @@ std::size_t firstWith(const std::vector<bool>& flags, bool value, std::size_t fr
   return from;
 }
 
+std::size_t lastWith(const std::vector<bool>& flags, bool value, std::size_t from, std::size_t to) {
+  for (std::size_t at = to; at > from; --at) {
+    if (flags[at - 1] == value) return at - 1;
+  }
+  return to;
+}
+
 TEST(WindowSet, AgreesWithARowOfFlags) {
   std::mt19937 random(1);
   WindowSet set;
@@ -38,6 +45,7 @@ TEST(WindowSet, AgreesWithARowOfFlags) {
         ASSERT_EQ(set.firstMissing(at), firstWith(flags, false, at, windows));
         const std::size_t to = at + random() % (windows - at + 1);
         ASSERT_EQ(set.firstContained(at, to), firstWith(flags, true, at, to));
+        ASSERT_EQ(set.lastContained(at, to), lastWith(flags, true, at, to));
       }
       ASSERT_EQ(set.firstMissing(windows), windows);
     }
