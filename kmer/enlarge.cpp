@@ -13,6 +13,16 @@ namespace {
 
 constexpr uint64_t kLargestDoubling = 0x3FFFFFFF;  // slots; from here on a table grows by this many
 
+constexpr uint64_t kAhead =
+    32;  // slots between the entity that is moved and one that is fetched for
+
+// Has fetched what is read and written when the entity of this key is put into its home slot.
+void fetchNewPlace(const HashSet& set, uint64_t key) {
+  const uint64_t slot = homeSlot(set, key);
+  fetchSlots(set, slot);
+  fetchLine(&set.nul_flag[slot / 8]);
+}
+
 // Moves the entities of the first `oldSize` slots to where the table's new size wants them.
 // `oldFilled` and `moved` are the old bitmaps; a slot is marked in `moved` when its entity left it.
 void rehash(HashSet* set, uint64_t oldSize, const uint8_t* oldFilled, uint8_t* moved) {
@@ -25,6 +35,7 @@ void rehash(HashSet* set, uint64_t oldSize, const uint8_t* oldFilled, uint8_t* m
     if (is_entity_delete(moved, i)) set->array[i] = Entity{};
   }
   for (uint64_t i = 0; i < oldSize; ++i) {
+    if (isWaiting(i + kAhead)) fetchNewPlace(*set, set->array[i + kAhead].bitSeq);
     if (!isWaiting(i)) continue;
     Entity inHand = std::exchange(set->array[i], Entity{});
     set_entity_delete(moved, i);
