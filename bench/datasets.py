@@ -104,3 +104,5 @@ GROWTH = (
     Dataset("genome 20 Mb", 20_000_000, 500_000, 160_000, 160_000, 150, 0.01, False),
     Dataset("genome 80 Mb", 80_000_000, 500_000, 160_000, 160_000, 150, 0.01, False),
 )
+
+USUAL_GROWTH = (GROWTH[1], 2)  # the row of GROWTH, data and threads, by which the others are divided

@@ -66,14 +66,24 @@ void equalBases(benchmark::State& state) {
 }
 BENCHMARK(equalBases);
 
-void checkOnContig(benchmark::State& state) {
+using Check = int (*)(const std::string& contig, const std::string& read, int64_t offset);
+
+// A read on a contig, or a third of it over the left or the right end.
+void check(benchmark::State& state, Check check, const std::string& before,
+           const std::string& after) {
   makeWorld();
   std::mt19937_64 random(8);
   const std::string& contig = contigOf(random).contigSeq;
-  const std::string read = contig.substr(500, kRead);
-  for (auto _ : state) benchmark::DoNotOptimize(MapRead2Contig(contig, read, 500));
+  const std::string laid = before + contig + after;
+  const auto overLeft = static_cast<int64_t>(before.size());
+  const std::size_t first = before.empty() ? contig.size() + after.size() - kRead : 0;
+  const std::string read = laid.substr(first, kRead);
+  const int64_t offset = static_cast<int64_t>(first) - overLeft;
+  for (auto _ : state) benchmark::DoNotOptimize(check(contig, read, offset));
 }
-BENCHMARK(checkOnContig);
+BENCHMARK_CAPTURE(check, onContig, MapRead2Contig, "", "");
+BENCHMARK_CAPTURE(check, overLeftEnd, MapRead2Rcontig, std::string(kRead / 3, 'A'), "");
+BENCHMARK_CAPTURE(check, overRightEnd, MapRead2Lcontig, "", std::string(kRead / 3, 'A'));
 
 void reverseComplementOfRead(benchmark::State& state) {
   std::mt19937_64 random(9);

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Measures velk on made data and prints one table, each row a ratio within this run.
+"""Measures velk on made data and prints one table, and one of how the cost grows, each row with a
+ratio within this run.
 
     table.py --programs FOLDER --data FOLDER [--scales small,medium,large] [--rounds N]
              [--mapper-rounds N] [--threads N] [--no-growth]
@@ -16,7 +17,7 @@ import statistics
 import subprocess
 import sys
 
-from datasets import BYTES_PER_SLOT, GROWTH, SCALES, Dataset, slots
+from datasets import BYTES_PER_SLOT, GROWTH, SCALES, USUAL_GROWTH, Dataset, slots
 from measure import Rounds, options_parser, warm_memory
 
 
@@ -123,13 +124,15 @@ def growth_rows(programs, folder, options):
         for data, threads, rounds in rows:
             for name in ("none", "plain"):  # the latter last: its records are counted
                 rounds.run({name: velk_command(programs, data, f"{name}.lib", threads)}, 1)
-    print("\n| Data | threads | streaming | ns a read | found |\n|---|---|---|---|---|")
-    for data, threads, rounds in rows:
-        streaming = rounds.beyond("plain", "none")
+    print("\n| Data | threads | streaming | ns a read | ratio | found |\n|---|---|---|---|---|---|")
+    costs = [rounds.beyond("plain", "none") / data.reads() for data, _, rounds in rows]
+    usual = next(cost for cost, (data, threads, _) in zip(costs, rows)
+                 if (data, threads) == USUAL_GROWTH)
+    for cost, (data, threads, _) in zip(costs, rows):
         with open(data.path("found.fa"), encoding="ascii") as found:
             records = sum(line.startswith(">") for line in found)
-        print(f"| {data.name} | {threads} | {streaming:.2f} s |"
-              f" {streaming / data.reads() * 1e9:.0f} | {records} |")
+        print(f"| {data.name} | {threads} | {cost * data.reads():.2f} s | {cost * 1e9:.0f} |"
+              f" {cost / usual:.2f} | {records} |")
 
 
 def main():

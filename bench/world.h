@@ -35,7 +35,7 @@ std::vector<std::string> edgeReads();
 /// Random reads.
 std::vector<std::string> foreignReads();
 
-/// Keys of their k-mers, shuffled.
+/// Keys of every eighth of their k-mers, shuffled.
 std::vector<uint64_t> keysOf(const std::vector<std::string>& reads);
 
 }  // namespace velk::bench

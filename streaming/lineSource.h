@@ -1,7 +1,7 @@
 // The two line sources under the readers: plain files and gzip files.
 //
-// They offer the same four operations, and differ where users of the kinds have always met them
-// differ. What must not be made equal:
+// They offer the same operations. Where their results differ users have always met them so, and
+// must go on to. What must not be made equal:
 //   - the end of a file. A plain source knows its end only once a read has met it, so a file that
 //     ends with a newline starts one record more, whose sequence entry keeps what it held
 //     (Readers.PlainFileEndingWithNewlineRepeatsTheSlot). A gzip source tries the first line.
