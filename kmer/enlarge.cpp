@@ -13,8 +13,8 @@ namespace {
 
 constexpr uint64_t kLargestDoubling = 0x3FFFFFFF;  // slots; from here on a table grows by this many
 
-constexpr uint64_t kAhead =
-    32;  // slots between the entity that is moved and one that is fetched for
+// Slots between the entity that is moved and the one whose new place is fetched.
+constexpr uint64_t kAhead = 32;
 
 // Has fetched what is read and written when the entity of this key is put into its home slot.
 void fetchNewPlace(const HashSet& set, uint64_t key) {

@@ -150,7 +150,8 @@ class Share {
   }
 
   // Takes entry e through the first step, and those before it on, an entry a step. The read that is
-  // tried first leads: where that runs as the first try expects it, the other is not looked after.
+  // tried first leads: where its first or last k-mer tells that it runs as the first try expects
+  // it, the other is not looked after.
   void step(int64_t e) {
     const bool isTurned = turnsPairs();
     const auto lead = isTurned ? &Entry::b : &Entry::a;

@@ -48,7 +48,6 @@ std::size_t WindowSet::firstContained(std::size_t from, std::size_t to) const {
 }
 
 std::size_t WindowSet::lastContained(std::size_t from, std::size_t to) const {
-  to = std::min(to, windows_);
   for (std::size_t end = to; end > from; end = (end - 1) / 64 * 64) {
     const uint64_t contained = words_[(end - 1) / 64] << (63 - (end - 1) % 64);
     if (contained == 0) continue;
@@ -85,18 +84,13 @@ const Strand* KmerWalk::takeUp(const std::string& read) {
   if (strand == buffers_.strands.end()) {
     packed_ = buffers_.packed.fill(read) ? &buffers_.packed : nullptr;
     turnedLength_ = 0;
-    hasRun_ = false;
-    if (asksFilter()) askFirst(0, windows);
+    knowsSpoiled_ = false;
     return nullptr;
   }
   packed_ = &strand->scouted->packed;
   turnedLength_ = strand->isTurned ? read.size() : 0;
-  hasRun_ = strand->scouted->hasRun;
-  if (hasRun_) {
-    takeUpRun(read.size(), strand->scouted->run, strand->isTurned);
-  } else {
-    askFirst(0, windows);
-  }
+  knowsSpoiled_ = strand->scouted->hasRun;
+  if (knowsSpoiled_) takeUpRun(read.size(), strand->scouted->run, strand->isTurned);
   return strand;
 }
 
@@ -115,28 +109,29 @@ void KmerWalk::takeUpRun(std::size_t length, const Run& run, bool isTurned) {
   }
 }
 
-// Has those grams asked for first whose absence rules all of the windows [from, to) out; or the
-// first of them, as far as the walk looks ahead: behind those any gram is as good.
+// Has those grams asked for first whose absence rules all of the windows [from, to) out, as the
+// scout has them fetched.
 void KmerWalk::askFirst(std::size_t from, std::size_t to) {
-  const std::size_t near = std::min(to, from + kLongestStretch);
-  const Strides strides(from, near, sideIndex.filter().gramsOfKmer());
+  const std::size_t foreseen = std::min(to, from + kMostForeseen);
+  const Strides strides(from, foreseen, sideIndex.filter().gramsOfKmer());
   for (std::size_t n = 0; n < strides.size(); ++n) buffers_.askedFirst.insert(strides[n]);
 }
 
-// Passes over the windows that lie where the refused `hit` lies. Where nothing else was known of
-// the read, it is known now which windows a wrong base spoils.
+// Passes over the windows that lie where the refused `hit` lies. Where nothing was known of the
+// read, the first hit tells which of its windows are spoiled.
 void KmerWalk::passDiagonal(const std::string& read, const Hit& hit) {
   const std::string& contig = scaffoldInfo[hit.scaffold].contigsInfo[hit.contig].contigSeq;
-  const bool isFirstKnown = asksFilter() && !hasRun_;
-  if (isFirstKnown) buffers_.askedFirst.reset(read.size());
+  const bool tellsSpoiled = asksFilter() && !knowsSpoiled_;
+  if (tellsSpoiled) buffers_.askedFirst.reset(read.size());
   std::size_t settled = 0;
   forEachStretch(contig, read, hit.offset, static_cast<std::size_t>(kmer_),
                  [&](std::size_t from, std::size_t to) {
                    buffers_.passed.insertRange(from, to);
-                   if (isFirstKnown && settled < from) askFirst(settled, from);
+                   if (tellsSpoiled && settled < from) askFirst(settled, from);
                    settled = to;
                  });
-  if (isFirstKnown && settled < windowsOf(read)) askFirst(settled, windowsOf(read));
+  if (tellsSpoiled && settled < windowsOf(read)) askFirst(settled, windowsOf(read));
+  knowsSpoiled_ = true;
 }
 
 // Passes over the windows that lie on the diagonal of a k-mer which occurs more than once, found
@@ -197,12 +192,13 @@ std::size_t KmerWalk::passAbsent(std::size_t from, std::size_t to, std::size_t m
 
 // A gram of [from, end), those of a window, that the filter does not hold; `end` when the window is
 // to be looked up. A gram settles as many windows from this one on as it is in, so the last are
-// asked first, but for one that is thought to have a wrong base, and then one at half the distance
-// from the first. The last gram and the first have all bases of the window between them.
+// asked first, but for one that is asked before all others, and then one at half the distance from
+// the first. The last gram and the first have all bases of the window between them.
 std::size_t KmerWalk::absentGram(std::size_t from, std::size_t end) const {
-  std::size_t gram = buffers_.askedFirst.lastContained(from, end);
-  if (gram != end && !mayHoldGram(gram)) return gram;
-  for (gram = end - 1; mayHoldGram(gram); gram = from + (gram - from) / 2) {
+  const std::size_t telling = buffers_.askedFirst.lastContained(from, end);
+  if (telling + 1 < end && !mayHoldGram(telling)) return telling;
+  std::size_t gram = end - 1;
+  for (; mayHoldGram(gram); gram = from + (gram - from) / 2) {
     if (gram == from) return end;
   }
   return gram;

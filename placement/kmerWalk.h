@@ -34,7 +34,7 @@ namespace velk {
 /// What the visitor of a hit says: look at the next hit, or end the walk.
 enum class Walk { kGoOn, kStop };
 
-/// A set of the windows (k-mer offsets) of one read.
+/// A set of the windows (k-mer offsets) of one read; or of its grams.
 class WindowSet {
  public:
   /// Makes it the empty set of `windows` windows.
@@ -58,7 +58,7 @@ class WindowSet {
   /// The first window of [from, to) that is in the set; `to` without one.
   std::size_t firstContained(std::size_t from, std::size_t to) const;
 
-  /// The last window of [from, to) that is in the set; `to` without one.
+  /// The last window of [from, to) that is in the set; `to` without one. REQUIRES: to <= windows.
   std::size_t lastContained(std::size_t from, std::size_t to) const;
 
  private:
@@ -144,7 +144,7 @@ class KmerWalk {
   // The read in hand, if it has bases alone; or the one whose reverse complement that is.
   const PackedBases* packed_ = nullptr;
   std::size_t turnedLength_ = 0;  // of the read in hand, if it is turned round; else 0
-  bool hasRun_ = false;           // whether it, or its reverse complement, is known to run
+  bool knowsSpoiled_ = false;     // whether it is known which of its windows wrong bases spoil
   WalkBuffers& buffers_ = buffersOfThread();
 };
 
@@ -153,6 +153,7 @@ void KmerWalk::uniqueHits(const std::string& read, int64_t& i, Visit visit) {
   const std::size_t windows = windowsOf(read);
   const Strand* const strand = takeUp(read);
   if (visitFirst(read, strand, i, visit) == Outcome::kStopped) return;
+  if (asksFilter() && !knowsSpoiled_) askFirst(0, windows);
   // A hit mostly settles all that follows it, so one k-mer is tried at a time, and more only where
   // there was none.
   std::size_t most = 1;

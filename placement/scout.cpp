@@ -13,7 +13,6 @@ namespace velk {
 namespace {
 
 constexpr std::size_t kCacheLine = 64;
-constexpr std::size_t kMostFetched = 1000;  // windows; of more, the first have gone from the cache
 
 void fetchBases(std::string_view bases) {
   if (bases.empty()) return;
@@ -162,7 +161,7 @@ void Scout::findDifferences(Scouting& read, const std::string& bases) const {
 
 // Has fetched what the filter says when no window of [from, to) is in the index.
 void Scout::fetchStrides(const PackedBases& packed, std::size_t from, std::size_t to) const {
-  to = std::min(to, from + kMostFetched);
+  to = std::min(to, from + kMostForeseen);
   if (from >= to) return;
   const Strides strides(from, to, sideIndex.filter().gramsOfKmer());
   for (std::size_t n = 0; n < strides.size(); ++n) fetchGram(packed, strides[n]);

@@ -1,8 +1,8 @@
 // Runs ahead of the scan of a batch, has the memory fetched that placing a read will ask for, and
 // finds out what the k-mer walk of the read need not.
 //
-// What it finds is so: bases were compared, and slots were looked up. What it does not find, or is
-// not asked for, the walk finds out itself. So no answer depends on it.
+// What it hands on to the walk has been looked up, or compared base by base. What it does not find
+// the walk finds out itself. So no answer depends on it.
 //
 // A worker has one, and takes a read through six steps, one entry apart, so that what a step
 // asks for has come when the next one needs it.

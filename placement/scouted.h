@@ -10,6 +10,10 @@
 
 namespace velk {
 
+/// Windows of a stretch for which memory is fetched ahead; of more, the first have gone from the
+/// cache when they are asked for.
+inline constexpr std::size_t kMostForeseen = 1000;
+
 /// A place in the model at which one of its k-mers lays a read, or its reverse complement.
 struct Hit {
   uint64_t scaffold;  // index in scaffoldInfo

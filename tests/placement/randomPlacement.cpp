@@ -8,8 +8,8 @@ namespace velk::test {
 namespace {
 
 constexpr std::size_t kMostBases = 650;  // of an assembly; its index then does not grow
-// Reads, and pairs; more for each of four workers than it scouts at a time.
-constexpr std::size_t kBatch = 70;
+// Reads, and pairs; four workers have more each than they scout at a time.
+constexpr int kMostEntries = 70;
 constexpr double kNoNumber = std::numeric_limits<double>::quiet_NaN();
 
 class Maker {
@@ -22,7 +22,7 @@ class Maker {
     const int scaffolds = number(1, 2);
     for (int s = 0; s < scaffolds; ++s) addScaffold();
     tieParameters();
-    for (std::size_t k = 0; k < kBatch; ++k) {
+    for (int entries = number(1, kMostEntries); entries > 0; --entries) {
       made_.reads.push_back(read());
       if (chance(6)) blemish(made_.reads.back());
       addPair();

@@ -104,7 +104,8 @@ TEST_P(ScoutTest, AWindowIsTheContigsOrSpoiled) {
   for (const std::string& read :
        {inside, withMismatches(inside, {31, 40, 90}), withMismatches(inside, {2, 3, 148}),
         withMismatches(readAt(y, 200, 150), {60, 95}),
-        withMismatches(readAt(y, -60, 150), {62, 115}),
+        withMismatches(readAt(y, -60, 150), {62, 115}), readAt(y, -60, 420),
+        withMismatches(inside, {40, 41, 42, 43, 44, 45, 46, 47, 48, 49, 50, 51}),
         reverseComplement(withMismatches(readAt(y, 220, 150), {50}))}) {
     const Scouted& known = scouted(read);
     ASSERT_TRUE(known.hasRun) << read;
@@ -113,6 +114,7 @@ TEST_P(ScoutTest, AWindowIsTheContigsOrSpoiled) {
     std::vector<int> isSpoiled(windows);
     const auto mark = [](std::vector<int>& marks) {
       return [&](std::size_t from, std::size_t to) {
+        ASSERT_LT(from, to);
         for (std::size_t w = from; w < to; ++w) marks.at(w) = 1;
       };
     };
