@@ -137,58 +137,32 @@ class Share {
   }
 
  private:
-  static constexpr int64_t kSteps = 9;
+  static constexpr int64_t kSteps = 6;
 
   Entry& entry(int64_t e) { return scouted_[static_cast<std::size_t>(e) % scouted_.size()]; }
 
-  // Calls scout(read, bases) for one of the reads of entry e, if there is such an entry.
+  // Calls scout(read, bases) for the reads of entry e, if there is such an entry.
   template <class Step>
-  void forRead(int64_t e, Scouting Entry::*side, Step scout) {
+  void forReads(int64_t e, Step scout) {
     if (e < 0 || e >= entries_) return;
-    const std::string* const reads = side == &Entry::a ? readsA : readsB;
-    scout(entry(e).*side, reads[bufferIndex(e)]);
+    const int64_t j = bufferIndex(e);
+    scout(entry(e).a, readsA[j]);
+    if (readsB != nullptr) scout(entry(e).b, readsB[j]);
   }
 
-  // Takes entry e through the first step, and those before it on, an entry a step. The read that is
-  // tried first leads: where its first or last k-mer tells that it runs as the first try expects
-  // it, the other is not looked after.
+  // Takes entry e through the first step, and those before it on, an entry a step.
   void step(int64_t e) {
-    const bool isTurned = turnsPairs();
-    const auto lead = isTurned ? &Entry::b : &Entry::a;
-    const auto other = isTurned ? &Entry::a : &Entry::b;
-    const auto runsAsExpected = [&](const Scouting& s) {
-      return s.hasBasesAlone && s.isFound && s.isUnique && s.run.isReversed == isTurned;
-    };
-    const auto approach = [](Scouting&, const std::string& bases) { Scout::approach(bases); };
-    const auto look = [&](Scouting& s, const std::string& bases) { scout_.look(s, bases); };
-    const auto ask = [&](Scouting& s, const std::string& bases) { scout_.ask(s, bases); };
-    const auto find = [&](Scouting& s, const std::string& bases) { scout_.find(s, bases); };
-    const auto findAgain = [&](Scouting& s, const std::string& bases) {
-      scout_.findAgain(s, bases);
-    };
-    const auto compare = [&](Scouting& s, const std::string& bases) { scout_.compare(s, bases); };
-    forRead(e, lead, approach);
-    forRead(e - 1, lead, look);
-    forRead(e - 2, lead, ask);
-    forRead(e - 3, lead, find);
-    forRead(e - 4, lead, findAgain);
-    if (readsB == nullptr) {
-      forRead(e - 5, lead, compare);
-      return;
-    }
-    forRead(e - 5, lead, [&](Scouting& s, const std::string& bases) {
-      // One that does so with its first k-mer is placed by that, whose slot is known.
-      if (isTurned || !runsAsExpected(s) || s.window != 0) scout_.compare(s, bases);
+    using Bases = const std::string&;
+    forReads(e, [](Scouting&, Bases bases) { Scout::approach(bases); });
+    forReads(e - 1, [&](Scouting& s, Bases bases) { scout_.look(s, bases); });
+    forReads(e - 2, [&](Scouting& s, Bases bases) { scout_.ask(s, bases); });
+    forReads(e - 3, [&](Scouting& s, Bases bases) { scout_.find(s, bases); });
+    forReads(e - 4, [&](Scouting& s, Bases bases) { scout_.findAgain(s, bases); });
+    forReads(e - 5, [&](Scouting& s, Bases bases) {
+      // The read that is tried first is mostly placed where its first k-mer lies.
+      const bool isTriedFirst = readsB != nullptr && !turnsPairs() && &s == &entry(e - 5).a;
+      if (!isTriedFirst || !s.runsByFirstKmer()) scout_.compare(s, bases);
     });
-    forRead(e - 3, other, approach);
-    forRead(e - 4, other, [&](Scouting& s, const std::string& bases) {
-      Scout::skip(s);
-      if (!runsAsExpected(entry(e - 4).*lead)) look(s, bases);
-    });
-    forRead(e - 5, other, ask);
-    forRead(e - 6, other, find);
-    forRead(e - 7, other, findAgain);
-    forRead(e - 8, other, compare);
   }
 
   int t_;            // the worker

@@ -212,7 +212,7 @@ void KmerWalk::expectRun(std::size_t length, const Run& run) {
 }
 
 // Passes over those windows of a read of this length whose reverse complements are the contig's in
-// the run of its reverse complement, and are not in the index; it expects the others.
+// the run of its reverse complement, and are not in the index.
 void KmerWalk::passReverse(std::size_t length, const Run& run) {
   const std::size_t windows = length - static_cast<std::size_t>(kmer_) + 1;
   const Hit& along = run.hit;
@@ -227,8 +227,7 @@ void KmerWalk::passReverse(std::size_t length, const Run& run) {
                          return;
                        }
                        for (std::size_t w = from; w < to; ++w) {
-                         WindowSet& known = mayHold(w, w + 1) ? buffers_.expected : buffers_.passed;
-                         known.insert(windows - 1 - w);
+                         if (!mayHold(w, w + 1)) buffers_.passed.insert(windows - 1 - w);
                        }
                      });
 }

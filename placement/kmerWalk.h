@@ -9,8 +9,7 @@
 //      over that do so, too: none of them is a unique hit.
 //   3. Where the reverse complement of a read is known to run along a contig (placement/scout.h),
 //      the read's k-mers are reverse complements of the contig's; those that the index does not
-//      hold are passed over, and the filter is not asked for the others. Nor is it where the read
-//      itself is known to run.
+//      hold are passed over. Where the read itself is known to run, the filter is not asked.
 //   4. A gram that the gram filter does not hold passes over every k-mer around it: none of them is
 //      in the index. Where it is known which bases are wrong, grams with one are asked for first.
 //   5. The others are looked up in groups whose memory is fetched together, and shown in the order

@@ -24,6 +24,9 @@ struct Scouting : Scouted {
   std::array<bool, 2> isBegun{};
   bool isFound = false;   // whether `run` tells where it seems to run
   bool isUnique = false;  // whether the k-mer that tells it occurs once only
+
+  /// Whether its first k-mer tells that it runs, on its own strand, and nowhere else.
+  bool runsByFirstKmer() const { return isFound && isUnique && !run.isReversed && window == 0; }
 };
 
 class Scout {
