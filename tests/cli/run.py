@@ -1,28 +1,34 @@
 #!/usr/bin/env python3
 """Runs command-line cases of velk and compares all that a run leaves behind, byte for byte.
 
-    run.py --velk PATH [--rewrite] CASE_FOLDER...
+    run.py --velk PATH [--rewrite] CASE_FILE...
 
-A case folder holds
-    cmd            a line for sh, in which `velk` is the program
-    input/         the files of the folder that cmd runs in
-    setup          lines for sh that prepare that folder further (optional)
-    expect/status  the exit status
-    expect/stdout, expect/stderr   what the run says; nothing when absent
-    expect/files/  every file that the run creates or changes
+A case begins with a comment, what it is about; then follow sections (tests/support/sections.py):
 
-No other file may be new, gone or changed. --rewrite makes the expectations of what is seen; read
-every line of them before you keep them.
+    --- command          lines for sh, in which `velk` is the program
+    --- setup            lines for sh that prepare the folder that the command runs in (optional)
+    --- input NAME       a file of that folder, there before `setup`
+    --- status N         the exit status
+    --- stdout           what the run says; nothing when absent
+    --- stderr
+    --- output NAME      every file that the run creates or changes
+
+No other file may be new, gone or changed. Contents that many cases share stand in shared.txt: a
+heading `input s.fa = scaffold` takes the one of that name and has no text below it. --rewrite makes
+the expectations of what is seen; read every line of them before you keep them.
 """
 import argparse
 import difflib
 import os
 import pathlib
 import re
-import shutil
 import subprocess
 import sys
 import tempfile
+
+FOLDER = pathlib.Path(__file__).resolve().parent
+sys.path.insert(0, str(FOLDER.parent / "support"))
+import sections  # noqa: E402
 
 SECONDS = 300
 
@@ -34,6 +40,33 @@ OPEN_TEXTS = [
     (rb"Line: \d+(. Function: (?:init_hashset|enlarge_hashset|splitScaffold)\b"
      rb"|\tFunction: InitialScaffold\b)", rb"Line: N\1"),
 ]
+
+SHARED = {name: sections.decoded(text) for name, text in sections.read(FOLDER / "shared.txt")[1]}
+
+
+class Case:
+    """What a case file says: scripts as text, all else as bytes."""
+
+    def __init__(self, path):
+        self.comment, self.given = sections.read(path)
+        self.scripts = {"setup": ""}
+        self.inputs = {}
+        self.outputs = {}
+        self.said = {"stdout": b"", "stderr": b""}
+        for heading, text in self.given:
+            kind, _, rest = heading.partition(" ")
+            name, _, shared = rest.partition(" = ")
+            if kind in ("command", "setup"):
+                self.scripts[kind] = text
+            elif kind == "status":
+                self.said[kind] = name.encode()
+            elif kind in ("stdout", "stderr"):
+                self.said[kind] = sections.decoded(text)
+            elif kind in ("input", "output"):
+                into = self.inputs if kind == "input" else self.outputs
+                into[name] = SHARED[shared] if shared else sections.decoded(text)
+            else:
+                raise ValueError(f"{path}: {heading!r} is no heading")
 
 
 def normalised(text):
@@ -56,23 +89,28 @@ def tree(folder):
     return found
 
 
+def prepare(case, folder, options):
+    for name, content in case.inputs.items():
+        (folder / name).write_bytes(content)
+    subprocess.run(["sh", "-e", "-c", case.scripts["setup"]], check=True, **options)
+
+
 def run(case, velk):
     """Runs the case in a folder of its own. Returns the folder before, after and what was said."""
     with tempfile.TemporaryDirectory(prefix="velk-cli-") as temporary:
         programs, folder = pathlib.Path(temporary, "bin"), pathlib.Path(temporary, "run")
         programs.mkdir()
-        (programs / "velk").symlink_to(velk.resolve())
         folder.mkdir()
-        if (case / "input").is_dir():
-            shutil.copytree(case / "input", folder, symlinks=True, dirs_exist_ok=True)
+        (programs / "velk").symlink_to(velk.resolve())
+        command = programs / "command"
+        command.write_text(case.scripts["command"])
         environment = {**os.environ, "LC_ALL": "C", "PATH": f"{programs}:{os.environ['PATH']}"}
         options = {"cwd": folder, "env": environment, "stdin": subprocess.DEVNULL,
                    "timeout": SECONDS}
-        if (case / "setup").exists():
-            subprocess.run(["sh", "-e", case.resolve() / "setup"], check=True, **options)
+        prepare(case, folder, options)
         before = tree(folder)
-        ended = subprocess.run(["sh", case.resolve() / "cmd"], capture_output=True, **options)
-        said = {"status": b"%d\n" % ended.returncode, "stdout": normalised(ended.stdout),
+        ended = subprocess.run(["sh", command], capture_output=True, **options)
+        said = {"status": b"%d" % ended.returncode, "stdout": normalised(ended.stdout),
                 "stderr": normalised(ended.stderr)}
         return before, tree(folder), said
 
@@ -86,14 +124,12 @@ def show_difference(name, expected, actual):
 
 def passes(case, velk):
     before, after, said = run(case, velk)
-    expect = case / "expect"
     good = True
     for name, actual in said.items():
-        expected = (expect / name).read_bytes() if (expect / name).exists() else b""
-        if actual != expected:
-            show_difference(name, expected, actual)
+        if actual != case.said[name]:
+            show_difference(name, case.said[name], actual)
             good = False
-    wanted = {**before, **tree(expect / "files")}
+    wanted = {**before, **{name: ("file", content) for name, content in case.outputs.items()}}
     for name in sorted(wanted.keys() | after.keys()):
         expected, actual = (side.get(name, ("nothing", b"")) for side in (wanted, after))
         if actual != expected:
@@ -103,31 +139,38 @@ def passes(case, velk):
     return good
 
 
-def rewrite(case, velk):
-    before, after, said = run(case, velk)
-    shutil.rmtree(case / "expect", ignore_errors=True)
-    seen = {name: text for name, text in said.items() if text}
+def expectations(before, after, said):
+    """The sections that tell what was seen."""
+    yield f"status {said['status'].decode()}", ""
+    for name in ("stdout", "stderr"):
+        if said[name]:
+            yield name, sections.encoded(said[name])
     for name, (kind, content) in after.items():
         if kind == "file" and before.get(name) != (kind, content):
-            seen[f"files/{name}"] = content
-    for name, text in seen.items():
-        path = case / "expect" / name
-        path.parent.mkdir(parents=True, exist_ok=True)
-        path.write_bytes(text)
+            shared = [known for known in SHARED if SHARED[known] == content]
+            yield (f"output {name} = {shared[0]}", "") if shared else (
+                f"output {name}", sections.encoded(content))
+
+
+def rewrite(case, velk, path):
+    kept = [section for section in case.given
+            if section[0].split()[0] in ("command", "setup", "input")]
+    sections.write(path, case.comment, kept + list(expectations(*run(case, velk))))
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--velk", type=pathlib.Path, required=True)
     parser.add_argument("--rewrite", action="store_true")
-    parser.add_argument("cases", type=pathlib.Path, nargs="+", metavar="CASE_FOLDER")
+    parser.add_argument("cases", type=pathlib.Path, nargs="+", metavar="CASE_FILE")
     arguments = parser.parse_args()
     failed = 0
-    for case in arguments.cases:
+    for path in arguments.cases:
+        case = Case(path)
         if arguments.rewrite:
-            rewrite(case, arguments.velk)
+            rewrite(case, arguments.velk, path)
         elif not passes(case, arguments.velk):
-            print(f"FAILED: {case}")
+            print(f"FAILED: {path}")
             failed += 1
     return 1 if failed else 0
 

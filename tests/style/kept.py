@@ -18,7 +18,7 @@ def text_of(path):
 
 
 def existing_tests(root):
-    tests = {f"cli.{path.parent.name}" for path in (root / "tests/cli").glob("*/cmd")}
+    tests = {f"cli.{path.stem}" for path in (root / "tests/cli").glob("*.case")}
     for path in (root / "tests").rglob("*.cpp"):
         for suite, name in re.findall(r"\b(?:TYPED_)?TEST(?:_[FP])?\((\w+),\s*(\w+)\)",
                                       path.read_text()):
