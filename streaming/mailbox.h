@@ -7,8 +7,9 @@
 //
 // While any mailbox holds 1 the workers own the read buffer, bufferNum, insertLength and threadNum
 // (read only, but for the in-place turn of large-insert pairs in a worker's own share) and each its
-// own row; while all hold 0 the main thread owns everything. Workers poll every 2 microseconds, the
-// main thread every 10. There are no locks: the two accessors below are all the synchronisation.
+// own row; while all hold 0 the main thread owns everything. Workers sleep until the first signal
+// is sent, then they poll every 2 microseconds, the main thread every 10. There are no locks: the
+// two accessors below are all the synchronisation.
 #pragma once
 
 #include <atomic>

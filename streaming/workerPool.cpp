@@ -19,6 +19,7 @@ namespace velk {
 namespace {
 
 std::atomic<bool> memoryRanOut = false;  // set by a worker, before its mailbox says idle
+std::atomic<int> isAnyMailSent = 0;      // 1 from the first sendSignal() on
 
 void makePass(int t) {
   try {
@@ -27,6 +28,13 @@ void makePass(int t) {
     foundReadNum[t] = 0;
     memoryRanOut = true;
   }
+}
+
+// Where a worker's thread begins: asleep until the first mail is sent. Workers that polled already
+// would take time from the main thread while it creates the others and reads the first batch.
+void* startThread(void* threadId_p) {
+  isAnyMailSent.wait(0, std::memory_order_acquire);
+  return thread_routine(threadId_p);
 }
 
 bool allIdle() {
@@ -51,9 +59,10 @@ void startWorkers(int workers) {
   allocateWorkerArrays(workers);
   // Row by row with its worker: too large a number of workers fails at the system's limit of
   // threads before it takes the memory of their rows.
+  isAnyMailSent = 0;
   for (int t = 0; t < workers; ++t) {
     allocateRow(t, workers);
-    const int error = pthread_create(&threads[t], nullptr, thread_routine, &threadId[t]);
+    const int error = pthread_create(&threads[t], nullptr, startThread, &threadId[t]);
     if (error != 0) {
       fatal(kMemoryError, "[ERROR]: can't create worker thread " + std::to_string(t) + ": " +
                               std::strerror(error) + "\n");
@@ -80,6 +89,8 @@ void sendSignal(int SIG) {
   // Every worker must hear the last signal, also when no read file told threadNum their number.
   const int addressed = SIG == 1 ? threadNum : thread_num;
   for (int t = 0; t < addressed; ++t) setMailbox(t, SIG);
+  isAnyMailSent.store(1, std::memory_order_release);
+  isAnyMailSent.notify_all();
   if (SIG == 1) {
     do {
       usleep(kMainPollMicroseconds);

@@ -8,9 +8,10 @@
 
 namespace velk {
 
-/// Allocates the arrays and rows of `workers` workers and starts the workers, idle. Asks to have
-/// them and the calling thread scheduled as SCHED_BATCH, unless the user chose another policy.
-/// Exits with status 2 after "[ERROR]: can't create worker thread N: REASON" when one won't start.
+/// Allocates the arrays and rows of `workers` workers and starts the workers, which sleep until the
+/// first sendSignal() and from then on poll as thread_routine() does. Asks to have them and the
+/// calling thread scheduled as SCHED_BATCH, unless the user chose another policy. Exits with status
+/// 2 after "[ERROR]: can't create worker thread N: REASON" when one won't start.
 void startWorkers(int workers);
 
 /// A worker's life: polls its mailbox, makes a pass for every 1, ends on any value but 0 and 1.

@@ -239,6 +239,22 @@ TEST_F(WorkerPool, PollsAtTheFixedIntervals) {
   EXPECT_EQ(pollsSeen(), expected);
 }
 
+// Some hundred workers that poll would keep the processors from the main thread.
+TEST_F(WorkerPool, WorkersSleepUntilTheFirstSignal) {
+  constexpr useconds_t kManyPolls = 20000;  // microseconds
+  std::vector<std::string> reads = {singleRead(0, 1)};
+  for (int round = 0; round < 2; ++round) {  // a pool that is started anew sleeps anew
+    watchPolls();
+    start(3);
+    usleep(kManyPolls);
+    EXPECT_FALSE(pollsSeen().contains(kWorkerPollMicroseconds));
+    handOver(reads, 3);
+    usleep(kManyPolls);
+    EXPECT_TRUE(pollsSeen().contains(kWorkerPollMicroseconds));
+    stop();
+  }
+}
+
 TEST_F(WorkerPool, ThreadsAreScheduledAsBatch) {
   const sched_param unused{};
   if (sched_setscheduler(0, SCHED_OTHER, &unused) != 0) {
@@ -263,6 +279,15 @@ TEST_F(WorkerPool, WorkerThatCannotBeCreatedEndsTheRun) {
       },
       ExitedWithCode(2),
       Eq("[ERROR]: can't create worker thread 0: Resource temporarily unavailable\n"));
+}
+
+TEST_F(WorkerPool, ExitWhileWorkersSleepIsClean) {
+  EXPECT_EXIT(
+      {
+        start(3);
+        std::exit(0);
+      },
+      ExitedWithCode(0), Eq(""));
 }
 
 TEST_F(WorkerPool, ExitWhileWorkersPollIsClean) {
