@@ -12,6 +12,7 @@
 #include "check/refusal.h"
 #include "check/report.h"
 #include "check/survey.h"
+#include "driver/standardDescriptors.h"
 
 namespace velk::check {
 namespace {
@@ -46,6 +47,7 @@ Advice check(Survey& survey) {
 }
 
 int run(int argc, char** argv) {
+  openStandardDescriptors();
   Survey survey;
   survey.arguments = parseArguments(argc, argv);
   if (survey.arguments.listFindings) {

@@ -9,6 +9,7 @@
 #include "driver/fatal.h"
 #include "driver/gapReport.h"
 #include "driver/outputFile.h"
+#include "driver/standardDescriptors.h"
 #include "driver/textInput.h"
 #include "driver/velk.h"
 #include "kmer/fetchKmers.h"
@@ -122,6 +123,7 @@ int run(int argc, char** argv) {
 }  // namespace velk
 
 int main(int argc, char** argv) {
+  velk::openStandardDescriptors();
   // A write that these would kill the run for fails with a message instead.
   ::signal(SIGPIPE, SIG_IGN);
   ::signal(SIGXFSZ, SIG_IGN);

@@ -116,6 +116,16 @@ class CommandLine(unittest.TestCase):
         self.assertEqual(ended.returncode, 3)
         self.assertIn("can't write the report", ended.stderr)
 
+    def test_closed_descriptors(self):
+        for closed in range(8):
+            shut = " ".join(f"{number}>&-" for number in range(3) if closed >> number & 1)
+            ended = subprocess.run(["sh", "-c", f'"$@" {shut}', "sh", PROGRAM, *RUN],
+                                   cwd=self.folder, capture_output=True, text=True, check=False,
+                                   timeout=300)
+            self.assertEqual(ended.returncode, 3 if closed & 2 else 0, shut)
+            self.assertEqual(ended.stderr, "velk-check: can't write the report\n"
+                             if closed & 6 == 2 else "", shut)
+
     def test_names_that_are_no_utf8_leave_json_valid(self):
         (self.folder / "reads.lib").write_bytes(b"[LIB]\nf=reads\xff.fa\n")
         report = json.loads(self.run_check("--json", *RUN).stdout)

@@ -15,7 +15,7 @@ FAULTS = {**{call: ERRORS for call in ("openat", "read", "write", "writev", "clo
                                        "clone", "newfstatat", "lseek")},
           **{call: ("ENOMEM",) for call in ("mmap", "mprotect")},
           "clock_nanosleep": ("EINTR",)}
-# The first call of main(): all before it are the loader's.
+# An early call of main(): all in front of it that may fail are the loader's.
 MAIN = "rt_sigaction(SIGPIPE"
 
 Call = collections.namedtuple("Call", "name number text")  # number: from 1, the loader's included
