@@ -8,9 +8,13 @@
 
 namespace velk {
 
-void writeGapReport() {
+std::string gapReportFile() {
   // KEPT: with contig input the stem is empty and the report is ".gapsinfo" (cli contig_input)
-  const std::string gapInfoOutput = scaffold_file + ".gapsinfo";
+  return scaffold_file + ".gapsinfo";
+}
+
+void writeGapReport() {
+  const std::string gapInfoOutput = gapReportFile();
   LocalOutput gapInfoOutFile;
   if (!openOutput(gapInfoOutFile, gapInfoOutput)) {
     fatal(kUserError, "Can't open output file: " + gapInfoOutput + "\n");

@@ -2,10 +2,15 @@
 // Called once by the driver, after the workers have been joined. Format: doc/formats.md.
 #pragma once
 
+#include <string>
+
 namespace velk {
 
-/// Writes the gap report of `scaffoldInfo` and `readSumInEachGap` to `scaffold_file` + ".gapsinfo".
-/// Exits with status 1 when the report cannot be opened or written.
+/// The name of the gap report of this run's inputs.
+std::string gapReportFile();
+
+/// Writes the gap report of `scaffoldInfo` and `readSumInEachGap` to gapReportFile(). Exits with
+/// status 1 when the report cannot be opened or written.
 void writeGapReport();
 
 }  // namespace velk

@@ -40,6 +40,15 @@ void protectInputs(const Lib* libs, int libSum) {
   }
 }
 
+// Opens the output, which may not be the gap report either: that would be told only at the end of
+// the run.
+void openFoundReads() {
+  const bool hasReport = !scaffold_file.empty() || !contig_file.empty();
+  if (hasReport) protectFile(gapReportFile());
+  if (!openOutput(fout, out_file)) fatal(kUserError, "Fail creat file: " + out_file + "\n");  // sic
+  if (hasReport) unprotectFile(gapReportFile());
+}
+
 // Loads the assembly from -s or, without it, from -c. Returns the number of gaps.
 uint64_t loadSequences() {
   uint64_t gapSum = 0;
@@ -95,7 +104,7 @@ int run(int argc, char** argv) {
   int libSum = 0;
   Loadlib(lib_file, libs, libSum);
   protectInputs(libs, libSum);
-  if (!openOutput(fout, out_file)) fatal(kUserError, "Fail creat file: " + out_file + "\n");  // sic
+  openFoundReads();
 
   const uint64_t gapSum = loadSequences();
   FetchKmers1(kmerHash, scaffoldInfo, scaffoldSum);

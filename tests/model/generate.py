@@ -246,7 +246,7 @@ def oddities(plan):
             if r.random() < 0.5:
                 plan.files.setdefault(name, b"left from an earlier run\n")
     if r.random() < 0.05:
-        plan.out = r.choice(["./found.fa", "out/found.fa", "link.fa"])
+        plan.out = r.choice(["./found.fa", "out/found.fa", "link.fa", plan.sequence + ".gapsinfo"])
         if plan.out == "out/found.fa":
             plan.directories.append("out")
         if plan.out == "link.fa":

@@ -66,7 +66,10 @@ def drive(world, p, argv):
 
     libs = library.load(world, p)
     read_files = [name for lib in libs for name in lib.read_files()]
-    world.refuse_same_file(p.out_file, [p.lib_file, p.scaffold_file, p.contig_file] + read_files)
+    protected = [p.lib_file, p.scaffold_file, p.contig_file] + read_files
+    if p.scaffold_file or p.contig_file:
+        protected.append(p.scaffold_file + b".gapsinfo")
+    world.refuse_same_file(p.out_file, protected)
     found_file = world.disk.create(p.out_file)
     if found_file is None:
         world.end(1, b"Fail creat file: ", p.out_file, b"\n")
