@@ -2,6 +2,7 @@
 #include <string_view>
 
 #include "contig/contig.h"
+#include "contig/otherKind.h"
 #include "driver/fatal.h"
 #include "driver/textInput.h"
 
@@ -24,8 +25,10 @@ uint32_t contignum(const std::string& file) {
     endRun(kInputError);
   }
   uint32_t headers = 0;
+  bool isTold = false;
   for (std::string line; input.readLine(line);) {
     if (line.starts_with('>')) ++headers;
+    if (headers == 0 && !isTold) isTold = warnOfOtherKind(file, line, input.lineNumber() == 1);
   }
   return headers;
 }

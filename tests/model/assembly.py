@@ -1,5 +1,6 @@
 """Scaffolds, contigs and gaps, from a scaffold FASTA or from a contig FASTA."""
 
+import itertools
 import re
 
 import number
@@ -61,6 +62,22 @@ def cut_third(world, file, line_number, line):
     return line[2:]
 
 
+COMPRESSIONS = [(b"\x1f\x8b", b"gzip"), (b"BZh", b"bzip2"), (b"\xfd7zXZ", b"xz"),
+                (b"\x28\xb5\x2f\xfd", b"zstd")]
+
+
+def warn_of_other_kind(world, file, lines):
+    for start, name in COMPRESSIONS:
+        if lines and lines[0].startswith(start):
+            world.say(b"[WARNING]: ", file, b" is compressed (", name,
+                      b"), but scaffolds are read as plain text\n")
+            return
+    in_front = itertools.takewhile(lambda line: not line.startswith(b">"), lines)
+    if any(b"[LIB]" in line for line in in_front):
+        world.say(b"[WARNING]: ", file, b" is a library file in the place of the scaffolds, "
+                  b"-l and -s may be swapped\n")
+
+
 def load_scaffolds(world, parameters, inputs):
     """Count, read and split the scaffolds; write the two side files.
 
@@ -73,6 +90,7 @@ def load_scaffolds(world, parameters, inputs):
         world.stdout += b"Fail to load file " + file + b"\n"
         world.end(255)
     lines = lines_of(world.read(file))
+    warn_of_other_kind(world, file, lines)
     scaffold_sum = sum(line.startswith(b">") for line in lines)
     assembly.scaffolds = [Scaffold() for _ in range(scaffold_sum)]
     world.say(b"Scaffold Initialization finished!\n")
