@@ -8,7 +8,7 @@
   build_packages=(g++ cmake ninja-build zlib1g-dev)
   check_packages=(libcli11-dev nlohmann-json3-dev)
   test_packages=(libgtest-dev librapidcheck-dev python3 patch strace mandoc zsh)
-  style_packages=(clang-format clang-tidy cppcheck shellcheck)
+  style_packages=(clang-format clang-tidy cppcheck shellcheck codespell)
   fuzz_packages=(clang libclang-rt-14-dev)
   coverage_packages=(gcovr)
   bench_packages=(libcli11-dev libbenchmark-dev python3 patch seqtk minimap2)
