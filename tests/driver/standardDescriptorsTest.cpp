@@ -45,6 +45,15 @@ bool opensExactly(unsigned subset) {
   return good && open("/dev/zero", O_RDONLY) > STDERR_FILENO;
 }
 
+// Lets no file be opened until the process ends, when gcc's counters are written.
+void forbidFiles() {
+  static rlimit before;
+  getrlimit(RLIMIT_NOFILE, &before);
+  const rlimit none{0, before.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &none);
+  std::atexit([] { setrlimit(RLIMIT_NOFILE, &before); });
+}
+
 TEST(StandardDescriptors, EverySubsetThatIsClosedIsOpenedOnTheNullDevice) {
   for (unsigned subset = 0; subset < 8; ++subset) {
     EXPECT_EXIT(std::_Exit(opensExactly(subset) ? 0 : 1), ExitedWithCode(0), "")
@@ -69,8 +78,7 @@ TEST(StandardDescriptors, NullDeviceThatCannotBeOpenedEndsTheRun) {
   EXPECT_EXIT(
       {
         close(STDIN_FILENO);
-        const rlimit none{};
-        setrlimit(RLIMIT_NOFILE, &none);
+        forbidFiles();
         openStandardDescriptors();
       },
       ExitedWithCode(1), "^\\[ERROR\\]: can't open /dev/null: Too many open files\n$");
