@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "driver/fatal.h"
+#include "driver/velk.h"
 #include "streaming/gzipDamage.h"
 
 namespace velk {
@@ -64,6 +65,8 @@ bool GzipLineSource::open() {
   if (!input_.open(file_)) {
     reportGzipDamage(file_, std::strerror(errno));
     isAtEnd_ = true;
+  } else if (thread_num > 1) {
+    input_.inflateAhead();
   }
   return true;
 }

@@ -52,7 +52,9 @@ class PlainLineSource {
   bool atEnd_ = false;
 };
 
-/// Lines of a gzip file (or of a plain one under a gzip name), at most 1023 bytes at a time.
+/// Lines of a gzip file (or of a plain one under a gzip name), at most 1023 bytes at a time. It is
+/// inflated ahead by a thread of its own, but with one worker in place: that keeps one processor
+/// busy, and no more was asked for.
 class GzipLineSource {
  public:
   static constexpr std::size_t kLongestPiece = 1023;  // bytes

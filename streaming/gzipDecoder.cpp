@@ -1,0 +1,166 @@
+#include "streaming/gzipDecoder.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace velk {
+namespace {
+
+constexpr std::size_t kRawBlock = 128 << 10;  // bytes
+constexpr std::string_view kMagic = "\x1f\x8b";
+constexpr std::size_t kField = 4;  // bytes of the checksum, and of the length behind it
+constexpr std::string_view kCut = "unexpected end of file";
+
+// The number in the first kField bytes of a trailer's field, lowest byte first.
+uint32_t numberIn(std::string_view bytes) {
+  uint32_t number = 0;
+  for (std::size_t i = 0; i < kField; ++i) {
+    number |= uint32_t{static_cast<unsigned char>(bytes[i])} << 8 * i;
+  }
+  return number;
+}
+
+}  // namespace
+
+GzipDecoder::GzipDecoder() : blocks_(kRawBlock), inflater_(makeInflater()) {}
+
+bool GzipDecoder::open(const std::string& file) {
+  return blocks_.open(file);
+}
+
+std::size_t GzipDecoder::read(std::span<char> room) {
+  std::size_t made = 0;
+  while (made < room.size() && state_ != State::kEnd) made += step(room.subspan(made));
+  return made;
+}
+
+// Goes on by what the state asks for. Returns the number of bytes put into the room.
+std::size_t GzipDecoder::step(std::span<char> room) {
+  switch (state_) {
+    case State::kBetweenMembers:
+      startMember();
+      return 0;
+    case State::kInHeader:
+      readHeader();
+      return 0;
+    case State::kInMember:
+      return inflateSome(room);
+    case State::kInTrailer:
+      checkTrailer();
+      return 0;
+    case State::kPlain:
+      return takePlain(room);
+    case State::kPadding:
+      skipPadding();
+      return 0;
+    case State::kEnd:
+      return 0;
+  }
+  return 0;
+}
+
+// Adds the next block behind the raw bytes not yet used; keeps before these what an inflater may
+// give back. Returns false at the end of the file.
+bool GzipDecoder::refill() {
+  const std::size_t kept = std::min(position_, Inflater::kReachBack);
+  input_.erase(0, position_ - kept);
+  position_ = kept;
+  const std::string_view block = blocks_.next();
+  input_ += block;
+  return !block.empty();
+}
+
+// Returns whether there are `count` raw bytes at hand, or can be read.
+bool GzipDecoder::haveBytes(std::size_t count) {
+  while (rest().size() < count) {
+    if (!refill()) return false;
+  }
+  return true;
+}
+
+// Decides by the next two bytes what follows.
+void GzipDecoder::startMember() {
+  if (haveBytes(kMagic.size()) && rest().starts_with(kMagic)) {
+    header_.start();
+    isFirstMember_ = false;
+    state_ = State::kInHeader;
+  } else if (blocks_.error() != 0) {
+    endFile("");
+  } else {
+    state_ = isFirstMember_ ? State::kPlain : State::kPadding;
+  }
+}
+
+void GzipDecoder::readHeader() {
+  if (!haveBytes(1)) return endFile(kCut);
+  std::string_view input = rest();
+  header_.take(input);
+  position_ = input_.size() - input.size();
+  if (!header_.damage().empty()) return endWith(header_.damage());
+  if (!header_.isWhole()) return;
+  inflater_->start();
+  length_ = 0;
+  state_ = State::kInMember;
+}
+
+std::size_t GzipDecoder::inflateSome(std::span<char> room) {
+  const Inflater::Step step = inflater_->inflate(rest(), room);
+  position_ = input_.size() - step.unused;
+  length_ += static_cast<uint32_t>(step.made);
+  if (step.state == Inflater::State::kEnded) {
+    state_ = State::kInTrailer;
+  } else if (step.state == Inflater::State::kDamaged) {
+    endWith("invalid compressed data");
+  } else if (step.made == 0 && !haveBytes(1)) {
+    endFile(kCut);
+  }
+  return step.made;
+}
+
+void GzipDecoder::checkTrailer() {
+  const bool isWhole = haveBytes(2 * kField);
+  const std::string_view trailer = rest();
+  if (trailer.size() >= kField && numberIn(trailer) != inflater_->checksum()) {
+    endWith("incorrect data check");
+  } else if (!isWhole) {
+    endFile(kCut);
+  } else if (numberIn(trailer.substr(kField)) != length_) {
+    endWith("incorrect length check");
+  } else {
+    position_ += 2 * kField;
+    state_ = State::kBetweenMembers;
+  }
+}
+
+std::size_t GzipDecoder::takePlain(std::span<char> room) {
+  if (!haveBytes(1)) {
+    endFile("");
+    return 0;
+  }
+  const std::string_view bytes = rest().substr(0, room.size());
+  std::copy(bytes.begin(), bytes.end(), room.begin());
+  position_ += bytes.size();
+  return bytes.size();
+}
+
+void GzipDecoder::skipPadding() {
+  do {
+    if (rest().find_first_not_of('\0') != std::string_view::npos) {
+      return endWith("trailing bytes after the last member");
+    }
+    position_ = input_.size();
+  } while (refill());
+  endFile("");
+}
+
+void GzipDecoder::endWith(std::string_view damage) {
+  damage_ = damage;
+  state_ = State::kEnd;
+}
+
+// Ends where the file gives no more bytes: with `damage`, unless it could not be read.
+void GzipDecoder::endFile(std::string_view damage) {
+  endWith(blocks_.error() != 0 ? std::strerror(blocks_.error()) : damage);
+}
+
+}  // namespace velk

@@ -1,0 +1,62 @@
+// A gzip file turned into its inflated bytes, member after member, and what is wrong with the file.
+//
+// A file that does not begin as a gzip file is handed out as it stands. All that inflates is handed
+// out before damage ends the bytes; NUL bytes behind the last member are padding, anything else
+// there is damage. One thread at a time. Format: RFC 1952.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "streaming/blockReader.h"
+#include "streaming/gzipHeader.h"
+#include "streaming/inflater.h"
+
+namespace velk {
+
+class GzipDecoder {
+ public:
+  /// Throws std::bad_alloc when there is no memory, as read() does.
+  GzipDecoder();
+
+  /// Opens `file`. Returns false, with errno set, when that fails.
+  bool open(const std::string& file);
+
+  /// Puts the next inflated bytes into `room` and returns their number, which is smaller than the
+  /// room only when the bytes have ended. REQUIRES: the room is not empty.
+  std::size_t read(std::span<char> room);
+
+  /// Returns what is wrong with the file, empty as long as nothing was met.
+  const std::string& damage() const { return damage_; }
+
+ private:
+  enum class State { kBetweenMembers, kInHeader, kInMember, kInTrailer, kPlain, kPadding, kEnd };
+
+  std::string_view rest() const { return std::string_view(input_).substr(position_); }
+  bool refill();
+  bool haveBytes(std::size_t count);
+  std::size_t step(std::span<char> room);
+  void startMember();
+  void readHeader();
+  std::size_t inflateSome(std::span<char> room);
+  void checkTrailer();
+  std::size_t takePlain(std::span<char> room);
+  void skipPadding();
+  void endWith(std::string_view damage);
+  void endFile(std::string_view damage);
+
+  BlockReader blocks_;
+  State state_ = State::kBetweenMembers;
+  bool isFirstMember_ = true;
+  std::string input_;         // raw bytes, those not yet used from position_ on
+  std::size_t position_ = 0;  // in input_
+  GzipHeader header_;
+  std::unique_ptr<Inflater> inflater_;
+  uint32_t length_ = 0;  // of the member's bytes so far, as the trailer has it
+  std::string damage_;
+};
+
+}  // namespace velk
