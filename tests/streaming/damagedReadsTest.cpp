@@ -3,8 +3,8 @@
 #include <cstdlib>
 
 #include "streaming/gzipDamage.h"
+#include "tests/streaming/gzipWays.h"
 #include "tests/streaming/readerKinds.h"
-#include "tests/streaming/streamingTest.h"
 
 namespace velk::test {
 namespace {
@@ -27,7 +27,7 @@ std::string damaged(const std::string& file, const std::string& reason) {
   return "[ERROR]: damaged gzip file: " + file + ": " + reason + "\n";
 }
 
-class DamagedReads : public StreamingTest {
+class DamagedReads : public GzipWayTest {
  protected:
   static ReaderRun run(const std::string& reader, const std::string& fileB = "",
                        std::size_t limit = 10) {
@@ -35,11 +35,13 @@ class DamagedReads : public StreamingTest {
   }
 };
 
-TEST_F(DamagedReads, NoneIsRememberedAtFirst) {
+INSTANTIATE_GZIP_WAYS(DamagedReads);
+
+TEST_P(DamagedReads, NoneIsRememberedAtFirst) {
   EXPECT_EXIT(std::exit(gzipDamageSeen() ? 1 : 0), ExitedWithCode(0), Eq(""));
 }
 
-TEST_F(DamagedReads, ReportedAndRemembered) {
+TEST_P(DamagedReads, ReportedAndRemembered) {
   EXPECT_EXIT(
       {
         reportGzipDamage("one.gz", "some reason");
@@ -48,7 +50,7 @@ TEST_F(DamagedReads, ReportedAndRemembered) {
       ExitedWithCode(1), Eq("[ERROR]: damaged gzip file: one.gz: some reason\n"));
 }
 
-TEST_F(DamagedReads, WholeFilesLeaveNoTrace) {
+TEST_P(DamagedReads, WholeFilesLeaveNoTrace) {
   writeGzip("one.gz", ">\nAC\n");
   writeGzip("two.gz", ">\nGT\n");
   EXPECT_EXIT(
@@ -60,7 +62,7 @@ TEST_F(DamagedReads, WholeFilesLeaveNoTrace) {
       ExitedWithCode(0), Eq("bufferNum: 1\n"));
 }
 
-TEST_F(DamagedReads, CutFileGivesWhatInflates) {
+TEST_P(DamagedReads, CutFileGivesWhatInflates) {
   write("one.gz", withoutTrailer(gzipped(">\nAC\n>\nGT\n")));
   const ReaderRun result = run("LoadSEfa_gz");
   EXPECT_EQ(result.batches, (Batches{{{"AC", "GT"}, {}}}));
@@ -69,12 +71,12 @@ TEST_F(DamagedReads, CutFileGivesWhatInflates) {
   EXPECT_TRUE(gzipDamageSeen());
 }
 
-TEST_F(DamagedReads, PartOfALineCountsAsALine) {
+TEST_P(DamagedReads, PartOfALineCountsAsALine) {
   write("one.gz", withoutTrailer(gzipped(">\nAC\n>\nGTCA")));
   EXPECT_EQ(run("LoadSEfa_gz").batches, (Batches{{{"AC", "GTC"}, {}}}));
 }
 
-TEST_F(DamagedReads, EveryGzipReaderNamesTheDamageBeforeTheLastBatch) {
+TEST_P(DamagedReads, EveryGzipReaderNamesTheDamageBeforeTheLastBatch) {
   for (const ReaderKind& kind : kReaderKinds) {
     if (!kind.isGzip) continue;
     SCOPED_TRACE(kind.name);
@@ -93,7 +95,7 @@ TEST_F(DamagedReads, EveryGzipReaderNamesTheDamageBeforeTheLastBatch) {
   }
 }
 
-TEST_F(DamagedReads, DamageInTheRestOfTheLongerMateFileIsMet) {
+TEST_P(DamagedReads, DamageInTheRestOfTheLongerMateFileIsMet) {
   writeGzip("one.gz", ">\nAC\n");
   write("two.gz", withWrongLength(gzipped(">\nGT\n>\nCC\n>\nTT\n")));
   EXPECT_EQ(run("LoadPEfa_gz", "two.gz").messages,
@@ -105,7 +107,7 @@ TEST_F(DamagedReads, DamageInTheRestOfTheLongerMateFileIsMet) {
             damaged("one.gz", "trailing bytes after the last member") + "bufferNum: 1\n");
 }
 
-TEST_F(DamagedReads, AtTheEndTheFirstFileComesFirst) {
+TEST_P(DamagedReads, AtTheEndTheFirstFileComesFirst) {
   const std::string text = ">\nAC\n";
   write("one.gz", gzipped(text) + "x");
   write("two.gz", withWrongLength(gzipped(text)));
@@ -114,7 +116,7 @@ TEST_F(DamagedReads, AtTheEndTheFirstFileComesFirst) {
                 damaged("two.gz", "incorrect length check") + "bufferNum: 1\n");
 }
 
-TEST_F(DamagedReads, DamageIsNamedWhenItIsMet) {
+TEST_P(DamagedReads, DamageIsNamedWhenItIsMet) {
   // The second file breaks off in the first record, the first one much later.
   std::string many;
   for (int i = 0; i < 200000; ++i) many.append(">\n").append(std::to_string(i)).append("\n");
@@ -126,7 +128,7 @@ TEST_F(DamagedReads, DamageIsNamedWhenItIsMet) {
                                  damaged("one.gz", "incorrect length check") + "bufferNum: 1\n");
 }
 
-TEST_F(DamagedReads, DamageInsideARecordIsNamedBeforeTheBatchThatHoldsIt) {
+TEST_P(DamagedReads, DamageInsideARecordIsNamedBeforeTheBatchThatHoldsIt) {
   write("one.gz", withoutTrailer(gzipped("@\nAC\n+\nII\n@\nGT\n")));
   const ReaderRun result = run("LoadSEfq_gz", "", 2);
   EXPECT_EQ(result.batches, (Batches{{{"AC", "GT"}, {}}}));
@@ -134,7 +136,7 @@ TEST_F(DamagedReads, DamageInsideARecordIsNamedBeforeTheBatchThatHoldsIt) {
             damaged("one.gz", "unexpected end of file") + "bufferNum: 2\nFind reads finished!\n");
 }
 
-TEST_F(DamagedReads, SecondMateFileThatCannotBeOpened) {
+TEST_P(DamagedReads, SecondMateFileThatCannotBeOpened) {
   writeGzip("one.gz", ">\nAC\n>\nGT\n");
   const ReaderRun result = run("LoadPEfa_gz", "missing.gz");
   EXPECT_EQ(result.batches, Batches{});
@@ -142,14 +144,14 @@ TEST_F(DamagedReads, SecondMateFileThatCannotBeOpened) {
   EXPECT_TRUE(gzipDamageSeen());
 }
 
-TEST_F(DamagedReads, SecondMateFileThatCannotBeOpenedAndDamageInTheFirst) {
+TEST_P(DamagedReads, SecondMateFileThatCannotBeOpenedAndDamageInTheFirst) {
   write("one.gz", gzipped("@\nAC\n+\nII\n") + "x");
   EXPECT_EQ(run("LoadPEfq_gz", "missing").messages,
             damaged("missing", "No such file or directory") +
                 damaged("one.gz", "trailing bytes after the last member"));
 }
 
-TEST_F(DamagedReads, SecondMateFileThatIsAFolder) {
+TEST_P(DamagedReads, SecondMateFileThatIsAFolder) {
   writeGzip("one.gz", ">\nAC\n");
   std::filesystem::create_directory("folder");
   const ReaderRun result = run("LoadPEfa_gz", "folder");
@@ -157,7 +159,7 @@ TEST_F(DamagedReads, SecondMateFileThatIsAFolder) {
   EXPECT_EQ(result.messages, damaged("folder", "Is a directory"));
 }
 
-TEST_F(DamagedReads, RunGoesOnWithTheNextFile) {
+TEST_P(DamagedReads, RunGoesOnWithTheNextFile) {
   write("one.gz", withoutTrailer(gzipped(">\nAC\n")));
   write("next", ">\nGT");
   run("LoadSEfa_gz");

@@ -1,5 +1,6 @@
 #include "tests/streaming/failingCalls.h"
 
+#include <pthread.h>
 #include <sys/types.h>
 #include <zlib.h>
 
@@ -13,6 +14,7 @@ int readsLeft = kNever;  // until one fails
 int readError = 0;
 int inflateResult = Z_OK;
 bool failsInflateInit = false;
+bool failsThreads = false;
 
 }  // namespace
 
@@ -21,7 +23,11 @@ extern "C" {
 ssize_t __real_read(int descriptor, void* bytes, std::size_t count);
 int __real_inflate(z_streamp stream, int flush);
 int __real_inflateInit2_(z_streamp stream, int windowBits, const char* version, int streamSize);
+int __real_pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
+                          void* (*routine)(void*), void* argument);
 ssize_t __wrap_read(int descriptor, void* bytes, std::size_t count);
+int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
+                          void* (*routine)(void*), void* argument);
 int __wrap_inflate(z_streamp stream, int flush);
 int __wrap_inflateInit2_(z_streamp stream, int windowBits, const char* version, int streamSize);
 
@@ -39,6 +45,11 @@ int __wrap_inflateInit2_(z_streamp stream, int windowBits, const char* version, 
   if (failsInflateInit) return Z_MEM_ERROR;
   return __real_inflateInit2_(stream, windowBits, version, streamSize);
 }
+
+int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
+                          void* (*routine)(void*), void* argument) {
+  return failsThreads ? EAGAIN : __real_pthread_create(thread, attributes, routine, argument);
+}
 }
 
 namespace velk::test {
@@ -54,6 +65,10 @@ void failInflate(int result) {
 
 void failInflateInit(bool fails) {
   failsInflateInit = fails;
+}
+
+void failThreads(bool fails) {
+  failsThreads = fails;
 }
 
 }  // namespace velk::test

@@ -1,4 +1,4 @@
-// Makes read(), inflate() and inflateInit2() of the test program fail on demand.
+// Makes read(), inflate(), inflateInit2() and pthread_create() of the test program fail on demand.
 #pragma once
 
 namespace velk::test {
@@ -11,5 +11,8 @@ void failInflate(int result);
 
 /// Whether inflateInit2() fails with Z_MEM_ERROR from now on.
 void failInflateInit(bool fails);
+
+/// Whether pthread_create() fails with EAGAIN from now on.
+void failThreads(bool fails);
 
 }  // namespace velk::test

@@ -1,8 +1,7 @@
 // Damaged gzip files: every byte that inflates is handed out, and the damage has a name.
 #include "streaming/gzipInput.h"
 
-#include "tests/streaming/gzipMembers.h"
-#include "tests/streaming/streamingTest.h"
+#include "tests/streaming/gzipWays.h"
 
 namespace velk::test {
 namespace {
@@ -11,7 +10,7 @@ constexpr const char* kCut = "unexpected end of file";
 constexpr const char* kTrailing = "trailing bytes after the last member";
 constexpr std::size_t kTrailer = 8;  // bytes: checksum and length
 
-class GzipDamage : public StreamingTest {
+class GzipDamage : public GzipWayTest {
  protected:
   // Three members, the middle one of several deflate symbols.
   const std::string texts_[3] = {">1\nACGTACGTTGCA\n", randomBases(600, 5) + "\n", ">2\nTTGACA\n"};
@@ -21,9 +20,22 @@ class GzipDamage : public StreamingTest {
     bytes[at] = static_cast<char>(static_cast<unsigned char>(bytes[at]) ^ mask);
     return bytes;
   }
+
+  // What is handed out of a file: `before`, and behind it of the damaged `member` all that zlib
+  // makes of it. ISA-L may stop elsewhere in the damaged block, but hands out those before it.
+  static void expectPart(const std::string& bytes, const std::string& before,
+                         const std::string& member) {
+    if (isZlib()) {
+      EXPECT_TRUE(bytes == before + inflatedPart(member));
+    } else {
+      EXPECT_TRUE(bytes.starts_with(before + inflatedBlocks(member)));
+    }
+  }
 };
 
-TEST_F(GzipDamage, FileCutAtEveryByte) {
+INSTANTIATE_GZIP_WAYS(GzipDamage);
+
+TEST_P(GzipDamage, FileCutAtEveryByte) {
   std::string before;  // the members before the cut one
   std::string text;
   for (int i = 0; i < 3; ++i) {
@@ -36,7 +48,8 @@ TEST_F(GzipDamage, FileCutAtEveryByte) {
       } else if (cut == 1) {
         EXPECT_EQ(inflated, (Inflated{text, kTrailing}));
       } else {
-        EXPECT_EQ(inflated, (Inflated{text + inflatedPart(part), kCut}));
+        EXPECT_EQ(inflated.damage, kCut);
+        expectPart(inflated.bytes, text, part);
       }
     }
     before += members_[i];
@@ -45,7 +58,18 @@ TEST_F(GzipDamage, FileCutAtEveryByte) {
   }
 }
 
-TEST_F(GzipDamage, LargeFileCutInItsSecondBlock) {
+// ISA-L looks up two or three letters at a time, and knows no part of them.
+TEST_P(GzipDamage, AllButTwoBytesBeforeACut) {
+  for (std::size_t cut = 2; cut < members_[1].size(); ++cut) {
+    const std::string part = members_[1].substr(0, cut);
+    const std::string bytes = inflateFile(part).bytes;
+    const std::string most = inflatedPart(part);
+    EXPECT_TRUE(most.starts_with(bytes)) << cut;
+    EXPECT_GE(bytes.size() + 2, most.size()) << cut;
+  }
+}
+
+TEST_P(GzipDamage, LargeFileCutInItsSecondBlock) {
   const std::string bytes = noise(300000, 6);
   const std::string member = gzipped(bytes);
   const Inflated inflated = inflateFile(member.substr(0, 200000));
@@ -55,18 +79,18 @@ TEST_F(GzipDamage, LargeFileCutInItsSecondBlock) {
 }
 
 // A few bytes of such a file stand for more than a block of output: none of it is lost.
-TEST_F(GzipDamage, MuchOutputFromTheLastBytesBeforeTheCut) {
+TEST_P(GzipDamage, MuchOutputFromTheLastBytesBeforeTheCut) {
   const std::string member = gzipped(std::string(300000, 'A'));
   for (std::size_t cut = 2; cut < member.size(); ++cut) {
     const std::string part = member.substr(0, cut);
     const Inflated inflated = inflateFile(part);
     EXPECT_EQ(inflated.damage, kCut) << cut;
-    EXPECT_TRUE(inflated.bytes == inflatedPart(part)) << cut;
+    expectPart(inflated.bytes, "", part);
   }
 }
 
 // No byte can be changed unseen, but for the fields of the header that say nothing of the content.
-TEST_F(GzipDamage, EveryBitFlipped) {
+TEST_P(GzipDamage, EveryBitFlipped) {
   const std::string text = texts_[0] + texts_[1];
   const std::string file = members_[0] + members_[1];
   for (std::size_t at = 0; at < file.size(); ++at) {
@@ -78,18 +102,22 @@ TEST_F(GzipDamage, EveryBitFlipped) {
         EXPECT_EQ(inflated, (Inflated{changed, ""}));  // no gzip file at all
       } else if (inflated.damage.empty()) {
         EXPECT_EQ(inflated.bytes, text);
+      } else if (at < members_[0].size()) {
+        expectPart(inflated.bytes, "", changed.substr(0, members_[0].size()));
+      } else {
+        expectPart(inflated.bytes, texts_[0], changed.substr(members_[0].size()));
       }
     }
   }
 }
 
-TEST_F(GzipDamage, ModificationTimeAndSystemAreNotLookedAt) {
+TEST_P(GzipDamage, ModificationTimeAndSystemAreNotLookedAt) {
   for (const std::size_t at : {4u, 5u, 6u, 7u, 8u, 9u}) {
     EXPECT_EQ(inflateFile(flipped(members_[0], at, 0xff)), (Inflated{texts_[0], ""}));
   }
 }
 
-TEST_F(GzipDamage, BrokenHeaders) {
+TEST_P(GzipDamage, BrokenHeaders) {
   EXPECT_EQ(inflateFile(flipped(members_[0], 2, 0xff)),
             (Inflated{"", "unknown compression method"}));
   EXPECT_EQ(inflateFile(flipped(members_[0], 3, 0x80)), (Inflated{"", "unknown header flags set"}));
@@ -97,13 +125,13 @@ TEST_F(GzipDamage, BrokenHeaders) {
             (Inflated{texts_[0], "unknown compression method"}));
 }
 
-TEST_F(GzipDamage, BrokenDeflateData) {
+TEST_P(GzipDamage, BrokenDeflateData) {
   constexpr std::size_t kHeader = 10;  // bytes
   EXPECT_EQ(inflateFile(members_[0].substr(0, kHeader) + '\x07'),
-            (Inflated{"", "invalid block type"}));
+            (Inflated{"", "invalid compressed data"}));
 }
 
-TEST_F(GzipDamage, WrongChecksum) {
+TEST_P(GzipDamage, WrongChecksum) {
   for (std::size_t i = 0; i < 4; ++i) {
     const std::size_t at = members_[0].size() - kTrailer + i;
     const Inflated expected{texts_[0], "incorrect data check"};
@@ -113,7 +141,7 @@ TEST_F(GzipDamage, WrongChecksum) {
   }
 }
 
-TEST_F(GzipDamage, WrongLength) {
+TEST_P(GzipDamage, WrongLength) {
   for (std::size_t i = 4; i < kTrailer; ++i) {
     const std::size_t at = members_[0].size() - kTrailer + i;
     EXPECT_EQ(inflateFile(flipped(members_[0], at, 0x10)),
@@ -121,7 +149,7 @@ TEST_F(GzipDamage, WrongLength) {
   }
 }
 
-TEST_F(GzipDamage, TrailingBytes) {
+TEST_P(GzipDamage, TrailingBytes) {
   const Inflated expected{texts_[0], kTrailing};
   EXPECT_EQ(inflateFile(members_[0] + "x"), expected);
   EXPECT_EQ(inflateFile(members_[0] + "\x1f"), expected);
@@ -132,7 +160,7 @@ TEST_F(GzipDamage, TrailingBytes) {
   EXPECT_EQ(inflateFile(members_[0] + "\n" + std::string(400000, '\0')), expected);
 }
 
-TEST_F(GzipDamage, FolderInsteadOfAFile) {
+TEST_P(GzipDamage, FolderInsteadOfAFile) {
   std::filesystem::create_directory("folder");
   GzipInput input;
   ASSERT_TRUE(input.open("folder"));

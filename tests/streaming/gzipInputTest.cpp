@@ -1,8 +1,7 @@
 // The bytes of whole gzip files, however they are cut into members and blocks.
 #include "streaming/gzipInput.h"
 
-#include "tests/streaming/gzipMembers.h"
-#include "tests/streaming/streamingTest.h"
+#include "tests/streaming/gzipWays.h"
 
 namespace velk::test {
 namespace {
@@ -10,7 +9,7 @@ namespace {
 constexpr std::size_t kRawBlock = 131072;       // bytes that GzipInput reads at once
 constexpr std::size_t kInflatedBlock = 262144;  // bytes that it hands out at once
 
-class GzipBytes : public StreamingTest {
+class GzipBytes : public GzipWayTest {
  protected:
   static void expectWhole(const std::string& file, const std::string& bytes) {
     const Inflated inflated = inflateFile(file);
@@ -21,22 +20,24 @@ class GzipBytes : public StreamingTest {
   }
 };
 
-TEST_F(GzipBytes, OneMember) {
+INSTANTIATE_GZIP_WAYS(GzipBytes);
+
+TEST_P(GzipBytes, OneMember) {
   expectWhole(gzipped(">1\nACGT\n"), ">1\nACGT\n");
 }
 
-TEST_F(GzipBytes, SeveralMembers) {
+TEST_P(GzipBytes, SeveralMembers) {
   expectWhole(gzipped("AC") + gzipped("G\nT") + gzipped("T\n"), "ACG\nTT\n");
 }
 
-TEST_F(GzipBytes, EmptyMembers) {
+TEST_P(GzipBytes, EmptyMembers) {
   expectWhole(gzipped(""), "");
   expectWhole(gzipped("") + gzipped("AC\n"), "AC\n");
   expectWhole(gzipped("AC\n") + gzipped("") + gzipped("") + gzipped("GT\n"), "AC\nGT\n");
   expectWhole(gzipped("AC\n") + gzipped(""), "AC\n");
 }
 
-TEST_F(GzipBytes, MemberBoundaryAroundTheEndOfABlock) {
+TEST_P(GzipBytes, MemberBoundaryAroundTheEndOfABlock) {
   // From the whole trailer of the first member in the second block to the whole header of the
   // second member in the first block.
   const std::string first = noise(kRawBlock - 300, 1);
@@ -48,14 +49,14 @@ TEST_F(GzipBytes, MemberBoundaryAroundTheEndOfABlock) {
   }
 }
 
-TEST_F(GzipBytes, MemberThatEndsWithABlockAndTheFile) {
+TEST_P(GzipBytes, MemberThatEndsWithABlockAndTheFile) {
   const std::string bytes = noise(kRawBlock - 300, 2);
   expectWhole(memberOfSize(bytes, kRawBlock), bytes);
   const std::string more = noise(2 * kRawBlock - 400, 3);
   expectWhole(memberOfSize(more, 2 * kRawBlock), more);
 }
 
-TEST_F(GzipBytes, OutputAroundOneBlock) {
+TEST_P(GzipBytes, OutputAroundOneBlock) {
   for (const std::size_t size : {kInflatedBlock - 1, kInflatedBlock, kInflatedBlock + 1}) {
     const std::string bytes(size, 'A');
     expectWhole(gzipped(bytes), bytes);
@@ -63,46 +64,46 @@ TEST_F(GzipBytes, OutputAroundOneBlock) {
   }
 }
 
-TEST_F(GzipBytes, OutputOfManyBlocks) {
+TEST_P(GzipBytes, OutputOfManyBlocks) {
   const std::string even(5 * kInflatedBlock + 17, 'G');  // much output from little input
   expectWhole(gzipped(even), even);
   const std::string uneven = noise(3 * kInflatedBlock + 17, 4);
   expectWhole(gzipped(uneven) + gzipped(even), uneven + even);
 }
 
-TEST_F(GzipBytes, PlainContent) {
+TEST_P(GzipBytes, PlainContent) {
   expectWhole(">1\nACGT\n", ">1\nACGT\n");
   const std::string large = std::string(3 * kRawBlock + 5, 'C') + "\n";
   expectWhole(large, large);
   expectWhole(std::string(kRawBlock, 'C'), std::string(kRawBlock, 'C'));
 }
 
-TEST_F(GzipBytes, PlainContentStaysPlainToItsEnd) {
+TEST_P(GzipBytes, PlainContentStaysPlainToItsEnd) {
   const std::string file = ">1\nAC\n" + gzipped("GT\n");
   expectWhole(file, file);
 }
 
-TEST_F(GzipBytes, FileOfOneByte) {
+TEST_P(GzipBytes, FileOfOneByte) {
   expectWhole("A", "A");
   expectWhole("\x1f", "\x1f");
   expectWhole(std::string(1, '\0'), std::string(1, '\0'));
 }
 
-TEST_F(GzipBytes, EmptyFile) {
+TEST_P(GzipBytes, EmptyFile) {
   expectWhole("", "");
 }
 
-TEST_F(GzipBytes, NulPadding) {
+TEST_P(GzipBytes, NulPadding) {
   expectWhole(gzipped("AC\n") + std::string(1, '\0'), "AC\n");
   expectWhole(gzipped("AC\n") + std::string(512, '\0'), "AC\n");
   expectWhole(gzipped("AC\n") + std::string(3 * kRawBlock, '\0'), "AC\n");
 }
 
-TEST_F(GzipBytes, OptionalHeaderFields) {
+TEST_P(GzipBytes, OptionalHeaderFields) {
   expectWhole(memberOfSize("ACGT\n", 3000) + memberOfSize("AC\n", 300000), "ACGT\nAC\n");
 }
 
-TEST_F(GzipBytes, FileThatCannotBeOpened) {
+TEST_P(GzipBytes, FileThatCannotBeOpened) {
   GzipInput input;
   EXPECT_FALSE(input.open("missing.gz"));
   EXPECT_EQ(errno, ENOENT);

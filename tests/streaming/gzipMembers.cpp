@@ -38,10 +38,11 @@ std::string memberWithName(std::string text, std::string name) {
 
 }  // namespace
 
-Inflated inflateFile(const std::string& content) {
+Inflated inflateFile(const std::string& content, bool isAhead) {
   std::ofstream("input.gz", std::ios::binary) << content;
   GzipInput input;
   EXPECT_TRUE(input.open("input.gz"));
+  if (isAhead) input.inflateAhead();
   Inflated result;
   for (std::string_view bytes = input.next(); !bytes.empty(); bytes = input.next()) {
     result.bytes += bytes;
@@ -65,6 +66,29 @@ std::string inflatedPart(const std::string& member) {
   output.resize(output.size() - stream.avail_out);
   inflateEnd(&stream);
   return output;
+}
+
+std::string inflatedBlocks(const std::string& member) {
+  std::string input = member;
+  std::string output(800000, '\0');
+  std::size_t whole = 0;
+  z_stream stream{};
+  inflateInit2(&stream, kGzip);
+  stream.next_in = bytesOf(input);
+  stream.avail_in = static_cast<uInt>(input.size());
+  stream.next_out = bytesOf(output);
+  stream.avail_out = static_cast<uInt>(output.size());
+  int result = Z_OK;
+  while (result == Z_OK) {
+    result = inflate(&stream, Z_BLOCK);
+    constexpr int kBehindBlock = 128;  // zlib's mark in data_type
+    if (result == Z_STREAM_END || (result == Z_OK && (stream.data_type & kBehindBlock) != 0)) {
+      whole = output.size() - stream.avail_out;
+    }
+  }
+  EXPECT_NE(stream.avail_out, 0u) << "member too large for this function";
+  inflateEnd(&stream);
+  return output.substr(0, whole);
 }
 
 std::string memberOfSize(const std::string& text, std::size_t size) {

@@ -13,11 +13,15 @@ struct Inflated {
   bool operator==(const Inflated&) const = default;
 };
 
-/// Reads the file `content` through a GzipInput.
-Inflated inflateFile(const std::string& content);
+/// Reads the file `content` through a GzipInput, in place or ahead.
+Inflated inflateFile(const std::string& content, bool isAhead);
 
 /// What zlib makes of the beginning `member` of a gzip member before it runs out of input.
 std::string inflatedPart(const std::string& member);
+
+/// What zlib makes of the blocks at the beginning of a gzip member that are whole; the member may
+/// be damaged, or cut behind its header. The rest is no more than one block.
+std::string inflatedBlocks(const std::string& member);
 
 /// `text` as a gzip member of `size` bytes, padded in its header.
 /// REQUIRES: size is large enough for the member with a one-letter name.

@@ -2,8 +2,7 @@
 #include "streaming/lineSource.h"
 
 #include "streaming/gzipDamage.h"
-#include "tests/streaming/gzipMembers.h"
-#include "tests/streaming/streamingTest.h"
+#include "tests/streaming/gzipWays.h"
 
 namespace velk::test {
 namespace {
@@ -12,7 +11,7 @@ constexpr std::size_t kPlainBlock = 262144;  // bytes that a plain source reads 
 
 class PlainLines : public StreamingTest {};
 
-class GzipLines : public StreamingTest {
+class GzipLines : public GzipWayTest {
  protected:
   // The kept lines of a file: the first `skipped` lines are read over.
   static std::vector<std::string> linesOf(const std::string& text, int count, int skipped = 0) {
@@ -25,6 +24,8 @@ class GzipLines : public StreamingTest {
     return lines;
   }
 };
+
+INSTANTIATE_GZIP_WAYS(GzipLines);
 
 using Lines = std::vector<std::string>;
 
@@ -110,21 +111,21 @@ TEST_F(PlainLines, MissingFile) {
   EXPECT_FALSE(source.open());
 }
 
-TEST_F(GzipLines, BeyondTheLastLineTheLastLine) {
+TEST_P(GzipLines, BeyondTheLastLineTheLastLine) {
   EXPECT_EQ(linesOf("AC\n\nGT\n", 5), (Lines{"AC", "", "GT", "GT", "GT"}));
   EXPECT_EQ(linesOf("AC\nGT\n", 2, 2), (Lines{"GT", "GT"}));
 }
 
-TEST_F(GzipLines, LastLineWithoutNewlineLosesItsLastCharacter) {
+TEST_P(GzipLines, LastLineWithoutNewlineLosesItsLastCharacter) {
   EXPECT_EQ(linesOf("AC\nGTT", 3), (Lines{"AC", "GT", "GT"}));
   EXPECT_EQ(linesOf("AC\nG", 3), (Lines{"AC", "", ""}));
 }
 
-TEST_F(GzipLines, BufferStartsEmpty) {
+TEST_P(GzipLines, BufferStartsEmpty) {
   EXPECT_EQ(linesOf("", 2), (Lines{"", ""}));
 }
 
-TEST_F(GzipLines, LongLinesComeInPieces) {
+TEST_P(GzipLines, LongLinesComeInPieces) {
   const auto bases = [](std::size_t count) { return std::string(count, 'A'); };
   EXPECT_EQ(linesOf(bases(1022) + "\nCC\n", 2), (Lines{bases(1022), "CC"}));
   // Of a piece of 1023 bases the last base is lost, and the newline is a line of its own.
@@ -137,7 +138,7 @@ TEST_F(GzipLines, LongLinesComeInPieces) {
   EXPECT_EQ(linesOf(bases(1023), 2), (Lines{bases(1022), bases(1022)}));
 }
 
-TEST_F(GzipLines, LineEndsForTheReadAtItsFirstNulByte) {
+TEST_P(GzipLines, LineEndsForTheReadAtItsFirstNulByte) {
   using namespace std::string_literals;
   EXPECT_EQ(linesOf("ACG\0TT\nCC\n"s, 2), (Lines{"AC", "CC"}));
   EXPECT_EQ(linesOf("\0TT\nCC\n"s, 2), (Lines{"", "CC"}));
@@ -146,7 +147,7 @@ TEST_F(GzipLines, LineEndsForTheReadAtItsFirstNulByte) {
   EXPECT_EQ(linesOf("ACGTACGT\nCC\n\0\n"s, 3), (Lines{"ACGTACGT", "CC", ""}));
 }
 
-TEST_F(GzipLines, LinesAcrossMembersAndBlocks) {
+TEST_P(GzipLines, LinesAcrossMembersAndBlocks) {
   write("lines.gz", gzipped("AC") + gzipped("") + gzipped("GT\nCC") + gzipped("\n"));
   GzipLineSource source("lines.gz");
   ASSERT_TRUE(source.open());
@@ -168,7 +169,7 @@ TEST_F(GzipLines, LinesAcrossMembersAndBlocks) {
   EXPECT_TRUE(joined == text);
 }
 
-TEST_F(GzipLines, StartRecordTellsTheEnd) {
+TEST_P(GzipLines, StartRecordTellsTheEnd) {
   writeGzip("lines.gz", "AC\nGT");
   GzipLineSource source("lines.gz");
   ASSERT_TRUE(source.open());
@@ -178,7 +179,7 @@ TEST_F(GzipLines, StartRecordTellsTheEnd) {
   EXPECT_EQ(source.line(), "GT") << "a read that returns nothing leaves the buffer";
 }
 
-TEST_F(GzipLines, FinishReadsTheRestAndNamesItsDamage) {
+TEST_P(GzipLines, FinishReadsTheRestAndNamesItsDamage) {
   const std::string text = randomBases(100, 1) + "\n" + noise(500000, 2);
   const std::string whole = gzipped(text);
   write("lines.gz", whole.substr(0, whole.size() - 4) + "\x01\x02\x03\x04");
@@ -192,7 +193,7 @@ TEST_F(GzipLines, FinishReadsTheRestAndNamesItsDamage) {
   EXPECT_TRUE(gzipDamageSeen());
 }
 
-TEST_F(GzipLines, FinishOfAWholeFileSaysNothing) {
+TEST_P(GzipLines, FinishOfAWholeFileSaysNothing) {
   writeGzip("lines.gz", "AC\nGT\n");
   const CapturedErrors errors;
   GzipLineSource source("lines.gz");
@@ -202,7 +203,7 @@ TEST_F(GzipLines, FinishOfAWholeFileSaysNothing) {
   EXPECT_FALSE(source.startRecord());
 }
 
-TEST_F(GzipLines, MissingFileCountsAsDamagedAndHasNoLines) {
+TEST_P(GzipLines, MissingFileCountsAsDamagedAndHasNoLines) {
   const CapturedErrors errors;
   GzipLineSource source("missing.gz");
   EXPECT_TRUE(source.open());

@@ -1,0 +1,124 @@
+// The libraries that inflate, through their one face: a stream in pieces of all sizes.
+#include "streaming/inflater.h"
+
+#include <zlib.h>
+
+#include "tests/streaming/gzipWays.h"
+
+namespace velk::test {
+namespace {
+
+using State = Inflater::State;
+
+class Inflating : public StreamingTest, public ::testing::WithParamInterface<InflateLibrary> {
+ protected:
+  Inflating() { inflateLibrary = GetParam(); }
+  ~Inflating() override { inflateLibrary = usualLibrary_; }
+
+  // The deflate stream of a text: a gzip member without header and trailer.
+  static std::string deflated(const std::string& text) {
+    constexpr std::size_t kHeader = 10;  // bytes
+    constexpr std::size_t kTrailer = 8;
+    const std::string member = gzipped(text);
+    return member.substr(kHeader, member.size() - kHeader - kTrailer);
+  }
+
+  static uint32_t checksumOf(const std::string& text) {
+    return static_cast<uint32_t>(
+        crc32(0, reinterpret_cast<const Bytef*>(text.data()), static_cast<uInt>(text.size())));
+  }
+
+  struct Result {
+    State state = State::kGoesOn;
+    std::string bytes;
+    std::size_t used = 0;  // bytes of the input
+  };
+
+  // Feeds `input` in pieces of `piece` bytes and takes the output in pieces of `room` bytes.
+  static Result inflateBy(Inflater& inflater, const std::string& input, std::size_t piece,
+                          std::size_t room) {
+    Result result;
+    std::string block(room, '\0');
+    std::size_t given = 0;
+    while (result.state == State::kGoesOn) {
+      given = std::min(input.size(), result.used + piece);
+      const std::string_view part =
+          std::string_view(input).substr(result.used, given - result.used);
+      const Inflater::Step step = inflater.inflate(part, block);
+      result.state = step.state;
+      result.bytes += block.substr(0, step.made);
+      const std::size_t before = result.used;
+      result.used = given - step.unused;
+      if (result.used == before && step.made == 0) break;
+    }
+    return result;
+  }
+
+ private:
+  InflateLibrary usualLibrary_ = inflateLibrary;
+};
+
+INSTANTIATE_TEST_SUITE_P(All, Inflating, ::testing::ValuesIn(inflateLibraries()),
+                         [](const auto& library) {
+                           return library.param == InflateLibrary::kZlib ? "Zlib" : "Isal";
+                         });
+
+TEST_P(Inflating, TheEndIsFoundToTheByteHoweverTheStreamIsCut) {
+  const std::unique_ptr<Inflater> inflater = makeInflater();
+  const std::string texts[] = {"", "A", randomBases(700, 1) + "\n", std::string(40000, 'C'),
+                               noise(3000, 2)};
+  for (const std::string& text : texts) {
+    const std::string stream = deflated(text);
+    for (std::size_t piece : {1u, 2u, 3u, 7u, 8u, 9u, 100u, 5000u}) {
+      for (std::size_t room : {1u, 5u, 64u, 50000u}) {
+        SCOPED_TRACE(::testing::Message() << text.size() << ", " << piece << ", " << room);
+        inflater->start();
+        const Result result = inflateBy(*inflater, stream + "not of the stream", piece, room);
+        EXPECT_EQ(result.state, State::kEnded);
+        EXPECT_EQ(result.used, stream.size());
+        EXPECT_TRUE(result.bytes == text);
+        EXPECT_EQ(inflater->checksum(), checksumOf(text));
+      }
+    }
+  }
+}
+
+TEST_P(Inflating, CutStreamGoesOn) {
+  const std::unique_ptr<Inflater> inflater = makeInflater();
+  inflater->start();
+  const std::string stream = deflated(randomBases(5000, 3));
+  const Result result = inflateBy(*inflater, stream.substr(0, stream.size() / 2), 100, 1000);
+  EXPECT_EQ(result.state, State::kGoesOn);
+  EXPECT_EQ(result.used, stream.size() / 2);
+}
+
+TEST_P(Inflating, DamageIsFoundAndLeavesNoTraceInTheNextStream) {
+  const std::unique_ptr<Inflater> inflater = makeInflater();
+  const std::string text = randomBases(5000, 4);
+  const std::string stream = deflated(text);
+  const std::string damaged[] = {"\x07", std::string("\x01\x05\x00\x00\x00", 5),
+                                 std::string("\x03\x02\x00\x00\x00", 5)};
+  for (const std::string& input : damaged) {
+    inflater->start();
+    EXPECT_EQ(inflateBy(*inflater, input, input.size(), 10000).state, State::kDamaged);
+    inflater->start();
+    const Result next = inflateBy(*inflater, stream, 1000, 10000);
+    EXPECT_EQ(next.state, State::kEnded);
+    EXPECT_TRUE(next.bytes == text);
+    EXPECT_EQ(inflater->checksum(), checksumOf(text));
+  }
+}
+
+// A stream may name no byte before its own first one, not even where those of another stand.
+TEST_P(Inflating, StreamThatReachesBackBehindItsBeginning) {
+  const std::unique_ptr<Inflater> inflater = makeInflater();
+  inflater->start();
+  inflateBy(*inflater, deflated(std::string(1000, 'A')), 1000, 2000);
+  inflater->start();
+  // One block of the fixed code: length 3, distance 1.
+  EXPECT_EQ(inflateBy(*inflater, std::string("\x03\x02\x00\x00\x00", 5), 5, 2000).state,
+            State::kDamaged);
+}
+
+}  // namespace
+}  // namespace velk::test
