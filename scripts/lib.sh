@@ -6,6 +6,7 @@
 {
   root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
   build_packages=(g++ cmake ninja-build zlib1g-dev)
+  isal_packages=(libisal-dev)  # velk inflates faster with it, and does without
   check_packages=(libcli11-dev nlohmann-json3-dev)
   test_packages=(libgtest-dev librapidcheck-dev python3 patch strace mandoc zsh)
   style_packages=(clang-format clang-tidy cppcheck shellcheck codespell)
@@ -21,6 +22,7 @@ probe_of() {
     ninja-build) echo ninja ;;
     clang) echo clang++ ;;
     zlib1g-dev) echo /usr/include/zlib.h ;;
+    libisal-dev) echo /usr/include/isa-l.h ;;
     libbenchmark-dev) echo /usr/include/benchmark/benchmark.h ;;
     libcli11-dev) echo /usr/include/CLI/CLI.hpp ;;
     nlohmann-json3-dev) echo /usr/include/nlohmann/json.hpp ;;

@@ -1,30 +1,33 @@
 """The twelve kinds of read files, three records each, and ways to damage them."""
 
+import itertools
 import random
+import struct
 import zlib
 
 CONTIG, GAP, READ, INSERT = 120, 40, 40, 110  # bases
 SCAFFOLDS = "s.fa"
 ARGUMENTS = ["-l", "a.lib", "-s", SCAFFOLDS, "-o", "found.fa", "-m", "1000", "-r", str(READ)]
+THREADS = 2  # gzip files are inflated in place on one, ahead on more
 LAYOUTS = ("mates", "interleaved", "single")
 
 
 class Kind:
-    """A run with one kind of read file: name -> bytes in `files`; `damaged` names what to damage."""
+    """A run with one kind of read file."""
 
     def __init__(self, layout, fasta, packed):
         self.name = "%s %s%s" % (layout, "FASTA" if fasta else "FASTQ", ", gzip" if packed else "")
         self.packed = packed
+        self.fasta = fasta
+        self.record_lines = (2 if fasta else 4) * (2 if layout == "interleaved" else 1)
         texts, library = read_texts(layout, fasta, ".gz" if packed else "")
         self.texts = texts  # name -> bytes, as they are before compression
         self.fixed = {"a.lib": library, SCAFFOLDS: scaffolds()}
 
-    def files(self, damaged="", content=b""):
-        """All input files, one of them with another content."""
+    def files(self, changed=None):
+        """All input files, name -> bytes, some of them with another content."""
         reads = {name: member(text) if self.packed else text for name, text in self.texts.items()}
-        if damaged:
-            reads[damaged] = content
-        return {**self.fixed, **reads}
+        return {**self.fixed, **reads, **(changed or {})}
 
 
 def all_kinds():
@@ -77,14 +80,19 @@ def flipped(packed, at, bit):
 
 
 def damages(kind):
-    """(what, name of the file, its bytes) of every damaged form of the kind's files."""
+    """(what, {name: bytes}) of every damaged form of the kind's files."""
     for name, text in kind.texts.items():
         if not kind.packed:
             for length in range(len(text)):
-                yield "cut to %d bytes" % length, name, text[:length]
+                yield "cut to %d bytes" % length, {name: text[:length]}
             continue
-        for what, content in packed_damages(text):
-            yield what, name, content
+        for what, content in itertools.chain(packed_damages(text), boundary_damages(text),
+                                             header_damages(text), many_members(text)):
+            yield what, {name: content}
+        for what, content in late_damages(kind, text):
+            yield what, {name: content}
+    if kind.packed and len(kind.texts) == 2:
+        yield from both_damaged(kind)
 
 
 def packed_damages(text):
@@ -114,6 +122,76 @@ def packed_damages(text):
     yield "empty member in front", empty + whole
     yield "empty member in the middle", first + empty + second
     yield "empty members around", empty + first + second + empty
+
+
+def boundary_damages(text):
+    """A member for every few bytes: cut at each boundary and beside it, and bytes there flipped."""
+    parts = [member(text[at:at + 9]) for at in range(0, len(text), 9)]
+    whole = b"".join(parts)
+    for boundary in itertools.accumulate(map(len, parts)):
+        for length in {boundary - 8, boundary - 1, boundary, boundary + 1, boundary + 10}:
+            yield "cut to %d bytes, boundary %d" % (length, boundary), whole[:length]
+        for at in range(boundary - 9, min(boundary + 11, len(whole))):
+            yield "byte %d flipped, boundary %d" % (at, boundary), flipped(whole, at, at % 8)
+
+
+def full_header(size):
+    """A header with all fields, among them one that tells the member's size, as bgzip's does."""
+    extra = b"BC" + struct.pack("<HH", 2, size & 0xFFFF) + b"xy\3\0\0\x1f\x8b"
+    header = b"\x1f\x8b\x08\x1f" + struct.pack("<IBB", 1700000000, 2, 3) \
+        + struct.pack("<H", len(extra)) + extra + b"reads of 1.fq\0" + b"a comment,\nof two lines\0"
+    return header + struct.pack("<H", zlib.crc32(header) & 0xFFFF)
+
+
+def header_damages(text):
+    half = len(text) // 2
+    parts = [member(text[:half])[10:], member(text[half:])[10:]]
+    headers = [full_header(len(part)) for part in parts]
+    whole = headers[0] + parts[0] + headers[1] + parts[1]
+    yield "all header fields", whole
+    for start, header in ((0, headers[0]), (len(headers[0] + parts[0]), headers[1])):
+        for at in range(start, start + len(header)):
+            yield "all header fields, cut to %d bytes" % at, whole[:at]
+            yield "all header fields, byte %d flipped" % at, flipped(whole, at, at % 8)
+
+
+def many_members(text):
+    """Thousands of members, most of them empty."""
+    empty = member(b"")
+    parts = [member(text[at:at + 1]) + empty * 8 for at in range(len(text))]
+    whole = b"".join(parts)
+    yield "%d members" % (9 * len(text)), whole
+    r = random.Random(len(text))
+    for at in sorted(r.randrange(2, len(whole)) for _ in range(12)):
+        yield "many members, cut to %d bytes" % at, whole[:at]
+        yield "many members, byte %d flipped" % at, flipped(whole, at, at % 8)
+
+
+def late_damages(kind, text):
+    """Behind megabytes of reads that are too short to be searched for: more than is inflated ahead."""
+    if len(kind.texts) == 2:
+        return  # reads at the same place of the other file are the mates
+    r = random.Random(5)
+    short = "".join(record(i, "".join(r.choices("ACGT", k=20)), kind.fasta) for i in range(90000))
+    front = text + short.encode() + text
+    packed = b"".join(member(front[at:at + 65280], 6) for at in range(0, len(front), 65280))
+    last = member(text)
+    yield "late, whole", packed + last
+    for at in (len(packed) // 2, len(packed) * 9 // 10, len(packed) - 6, len(packed) - 1):
+        yield "late, cut to %d bytes" % at, packed[:at]
+        yield "late, byte %d flipped" % at, flipped(packed, at, 2) + last
+    for at in (1, 3, len(last) // 2, len(last) - 5):
+        yield "late, cut in the last member, %d" % at, packed + last[:at]
+        yield "late, byte %d of the last member flipped" % at, packed + flipped(last, at, 3)
+
+
+def both_damaged(kind):
+    """Damage of both mate files, at places that have nothing to do with each other."""
+    r = random.Random(6)
+    one, two = (list(packed_damages(text)) for text in kind.texts.values())
+    for _ in range(300):
+        first, second = r.choice(one), r.choice(two)
+        yield "both: %s; %s" % (first[0], second[0]), dict(zip(kind.texts, (first[1], second[1])))
 
 
 def packed_with(packed, at, field):

@@ -8,22 +8,32 @@ import re
 import zlib
 
 MAGIC = b"\x1f\x8b"
+# Reasons around the compressed data; those within it have one name.
+FRAME_REASONS = {"unknown compression method", "unknown header flags set", "header crc mismatch",
+                 "incorrect data check", "incorrect length check"}
 
 
-def gunzip(data):
-    """(content, reason of the damage or None) of a file; without the magic it is plain."""
+def gunzip(data, to_block=False):
+    """(content, reason of the damage or None) of a file; without the magic it is plain.
+
+    to_block: of a damaged member only the blocks before the damaged one.
+    """
     if data[:2] != MAGIC:
         return data, None
     content = b""
     while True:
+        before = content
         member = zlib.decompressobj(31)
         try:
             content += member.decompress(data)
         except zlib.error as error:
             reason = re.sub(r"^Error -?\d+ while decompressing data: ", "", str(error))
-            return content + before_damage(data), reason.encode()
+            if reason not in FRAME_REASONS:
+                reason = "invalid compressed data"
+            return before + before_damage(data, to_block), reason.encode()
         if not member.eof:
-            return content, b"unexpected end of file"
+            return before + before_damage(data, True) if to_block else content, \
+                b"unexpected end of file"
         data = member.unused_data
         if data[:2] == MAGIC:
             continue
@@ -171,13 +181,15 @@ def read_block(bits, literals, distances, out):
             out.append(out[-distance])
 
 
-def before_damage(data):
-    """What a corrupt member holds up to the damage."""
+def before_damage(data, to_block=False):
+    """What a corrupt member holds up to the damage, or to the block that has it."""
     out = bytearray()
+    blocks = b""
     try:
         bits = Bits(data, header_end(data))
         last = 0
         while not last:
+            blocks = bytes(out)
             last = bits.take(1)
             kind = bits.take(2)
             if kind == 0:
@@ -192,6 +204,7 @@ def before_damage(data):
                 read_block(bits, *read_dynamic(bits), out)
             else:
                 raise Damage()
+        blocks = bytes(out)
     except (Damage, IndexError, ValueError):
         pass
-    return bytes(out)
+    return blocks if to_block else bytes(out)

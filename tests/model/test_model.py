@@ -4,6 +4,7 @@ import gzip
 import os
 import tempfile
 import unittest
+import zlib
 
 import assembly
 import generate
@@ -293,6 +294,20 @@ class Damage(unittest.TestCase):
         for level in (0, 1, 9):
             text = b">r\n" + b"ACGTTGCA" * 40 + bytes(range(256))
             self.assertEqual(gunzip.before_damage(gzip.compress(text, level)), text)
+            self.assertEqual(gunzip.before_damage(gzip.compress(text, level), True), text)
+
+    def test_blocks_before_the_damaged_one(self):
+        packer = zlib.compressobj(9, zlib.DEFLATED, 31)
+        first = packer.compress(b">r1\nACGT\n") + packer.flush(zlib.Z_FULL_FLUSH)
+        packed = first + packer.compress(b">r2\nTTGA\n") + packer.flush()
+        whole = gzip.compress(b">r0\nCC\n")
+        for damaged, reason in ((packed[:-12], b"unexpected end of file"),
+                                (first + b"\xff" + packed[len(first) + 1:],
+                                 b"invalid compressed data")):
+            self.assertEqual(gunzip.gunzip(whole + damaged, to_block=True),
+                             (b">r0\nCC\n>r1\nACGT\n", reason))
+        self.assertEqual(gunzip.gunzip(whole + whole[:-1], to_block=True),
+                         (b">r0\nCC\n" * 2, b"unexpected end of file"))
 
 
 class Generator(unittest.TestCase):
