@@ -6,14 +6,13 @@
 {
   root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
   build_packages=(g++ cmake ninja-build zlib1g-dev)
-  isal_packages=(libisal-dev)  # velk inflates faster with it, and does without
   check_packages=(libcli11-dev nlohmann-json3-dev)
-  test_packages=(libgtest-dev librapidcheck-dev python3 patch strace mandoc zsh)
+  test_packages=(libisal-dev libgtest-dev librapidcheck-dev python3 patch strace mandoc zsh)
   style_packages=(clang-format clang-tidy cppcheck shellcheck codespell)
   fuzz_packages=(clang libclang-rt-14-dev)
   coverage_packages=(gcovr)
-  bench_packages=(libcli11-dev libbenchmark-dev python3 patch seqtk minimap2)
-  package_packages=(dpkg-dev lintian debootstrap)
+  bench_packages=(libisal-dev libcli11-dev libbenchmark-dev python3 patch seqtk minimap2 tabix isal)
+  package_packages=(libisal-dev dpkg-dev lintian debootstrap)
 }
 
 # What tells that a package is there: a command, or a file of it.
@@ -24,6 +23,8 @@ probe_of() {
     zlib1g-dev) echo /usr/include/zlib.h ;;
     libisal-dev) echo /usr/include/isa-l.h ;;
     libbenchmark-dev) echo /usr/include/benchmark/benchmark.h ;;
+    tabix) echo bgzip ;;
+    isal) echo igzip ;;
     libcli11-dev) echo /usr/include/CLI/CLI.hpp ;;
     nlohmann-json3-dev) echo /usr/include/nlohmann/json.hpp ;;
     libgtest-dev) echo /usr/include/gtest/gtest.h ;;

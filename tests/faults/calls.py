@@ -17,6 +17,7 @@ FAULTS = {**{call: ERRORS for call in ("openat", "read", "write", "writev", "clo
           "clock_nanosleep": ("EINTR",)}
 # An early call of main(): all in front of it that may fail are the loader's.
 MAIN = "rt_sigaction(SIGPIPE"
+RAW_BLOCK = 128 << 10  # bytes of a gzip file that are read at once
 
 Call = collections.namedtuple("Call", "name number text")  # number: from 1, the loader's included
 
@@ -82,6 +83,38 @@ def one(bench, scenario, call, error):
     return (bench.judge(scenario, ended), ended) if met else None
 
 
+def inject_ahead(bench, pool, table):
+    """Threads beside the workers that cannot be started, and files that cannot be read on while they
+    are inflated ahead."""
+    scenario = runs.ahead(bench)
+    reads = [name for name in scenario.files if name.endswith(".gz")]
+    threads = sum(call.name == "clone3" for call in calls_of(bench, scenario))
+    injections = [("clone3", "thread %d of %d, and later ones" % (number, threads), (), "EAGAIN",
+                   "%d+" % number) for number in range(threads - len(reads) + 1, threads + 1)]
+    for name in reads:
+        last = len(scenario.files[name]) // RAW_BLOCK + 2
+        injections += [("read", "read %d of %s" % (number, name), ("-P", name), "EIO", str(number))
+                       for number in range(1, last + 1)]
+
+    def run(injection):
+        call, _, paths, error, when = injection
+        log = tempfile.mktemp(dir=bench.folder)
+        inject = "inject=%s:error=%s:when=%s" % (call, error, when)
+        ended = bench.run(scenario, strace(log, *paths, "-e", "trace=" + call, "-e", inject))
+        with open(log, errors="replace") as file:
+            met = "(INJECTED)" in file.read()
+        os.unlink(log)
+        return met, ended
+
+    for (call, what, *_), (met, ended) in zip(injections, pool.map(run, injections)):
+        outcome = bench.judge(scenario, ended)
+        if call == "clone3" and outcome != runs.RIGHT or call == "read" and outcome == runs.RIGHT:
+            outcome = runs.WRONG
+        if not met:
+            raise SystemExit("%s: %s was not met" % (scenario.name, what))
+        table.add(call + ", ahead", "%s: %s" % (scenario.name, what), outcome, ended)
+
+
 def inject(bench, pool, table, short):
     if not is_allowed():
         print("SKIPPED: failing system calls, strace is missing or may not trace here", flush=True)
@@ -97,3 +130,4 @@ def inject(bench, pool, table, short):
         for (call, error), outcome in zip(faults, outcomes):
             if outcome:
                 table.add(call.name, "%s, %s with %s" % (scenario.name, call.text, error), *outcome)
+    inject_ahead(bench, pool, table)

@@ -196,6 +196,17 @@ def small(bench, contig_input, paired, packed):
     return scenario
 
 
+def ahead(bench):
+    """A run of mate files that take several reads of the system, and more than is inflated ahead:
+    behind the pairs stand many that are too short to be searched for."""
+    scenario = small(bench, False, True, True)
+    r = random.Random(10)
+    short = fastq([bases(r, 20) for _ in range(60000)])
+    files = {name: content + gzip.compress(short, 1, mtime=0) if name.endswith(".gz") else content
+             for name, content in scenario.files.items()}
+    return Scenario("pairs inflated ahead", files, scenario.argv)
+
+
 def refused(bench):
     """A run that must not begin: its output is one of its inputs, under another name."""
     scenario = small(bench, False, False, False)
