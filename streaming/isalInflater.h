@@ -16,7 +16,10 @@ class IsalInflater : public Inflater {
   uint32_t checksum() const override { return stream_.crc; }
 
  private:
+  std::size_t takeHeldBack(std::span<char> room);
+
   inflate_state stream_;
+  bool isDamaged_ = false;
 };
 
 }  // namespace velk

@@ -1,7 +1,8 @@
 // The readers. Input: a byte for the format (even FASTA, odd FASTQ), one for the length of a batch,
-// one for the length of a system read, for gzip files three more (see gzipFile()), then the text;
-// of mate files the second one stands behind a form feed.
-// VELK_FUZZ_GZIP and VELK_FUZZ_FILES (1, 2, or 0 for both mates in one file) choose the readers.
+// one for the length of a system read, for gzip files three more (see GzipMaker; the first says,
+// too, whether they are inflated ahead), then the text; of mate files the second one stands behind
+// a form feed. VELK_FUZZ_GZIP and VELK_FUZZ_FILES (1, 2, or 0 for both mates in one file) choose
+// the readers.
 #include <sys/types.h>
 
 #include <algorithm>
@@ -9,6 +10,7 @@
 #include <string>
 #include <string_view>
 
+#include "driver/velk.h"
 #include "streaming/readBuffer.h"
 #include "streaming/readers.h"
 #include "tests/fuzz/fuzz.h"
@@ -154,6 +156,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   GzipMaker maker{0, 0, 0};
   if (kGzip) {
     maker.way = input.next();
+    if (maker.way >= 32) velk::thread_num = 2;  // inflates ahead
     maker.members = static_cast<std::size_t>(input.next());
     maker.place = static_cast<std::size_t>(input.next());
   }

@@ -69,6 +69,20 @@ TEST_P(GzipDamage, AllButTwoBytesBeforeACut) {
   }
 }
 
+// What is inflated before the damage is met may have no room in the block that is handed out.
+TEST_P(GzipDamage, DamageBehindTheEndOfABlock) {
+  constexpr std::size_t kBlock = 262144;  // bytes that are handed out at once
+  for (std::size_t missing : {0u, 1u, 2u, 100u, 500u, 599u, 600u, 601u, 700u}) {
+    const std::string front(kBlock - missing, 'C');
+    // Two blocks, the second of no type that there is.
+    std::string damaged("\x1f\x8b\x08\0\0\0\0\0\0\x03\0\x58\x02\xa7\xfd", 15);
+    damaged += texts_[1].substr(0, 600) + "\x07";
+    const Inflated inflated = inflateFile(gzipped(front) + damaged);
+    EXPECT_EQ(inflated.damage, "invalid compressed data");
+    EXPECT_TRUE(inflated.bytes == front + texts_[1].substr(0, 600)) << missing;
+  }
+}
+
 TEST_P(GzipDamage, LargeFileCutInItsSecondBlock) {
   const std::string bytes = noise(300000, 6);
   const std::string member = gzipped(bytes);
