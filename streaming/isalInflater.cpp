@@ -25,6 +25,7 @@ Inflater::Step IsalInflater::inflate(std::string_view input, std::span<char> roo
   if (!isDamaged_) isDamaged_ = isal_inflate(&stream_) != ISAL_DECOMP_OK;
   Step step{State::kGoesOn, room.size() - stream_.avail_out, stream_.avail_in};
   if (isDamaged_) {
+    step.unused = 0;  // ISA-L does not count it then, and avail_in may be less than nothing
     step.made += takeHeldBack(room.subspan(step.made));
     if (stream_.tmp_out_processed == stream_.tmp_out_valid) step.state = State::kDamaged;
   } else if (stream_.block_state == ISAL_BLOCK_FINISH) {

@@ -109,6 +109,21 @@ TEST_P(Inflating, DamageIsFoundAndLeavesNoTraceInTheNextStream) {
   }
 }
 
+// ISA-L counts less than no input left of this one when it comes in pieces.
+TEST_P(Inflating, DamageAtTheEndOfAPiece) {
+  const std::string input(
+      "\x73\x28\x32\xe4\x72\x74\x67\x47\xae\x6d\x2e\x4f\x24\xc0\xe5\x40\x41\x42\x41\x40\x40\x40"
+      "\x1f",
+      23);
+  for (const std::size_t room : {std::size_t{4}, std::size_t{100}}) {
+    const std::unique_ptr<Inflater> inflater = makeInflater();
+    inflater->start();
+    const Result result = inflateBy(*inflater, input, input.size(), room);
+    EXPECT_EQ(result.state, State::kDamaged);
+    EXPECT_LE(result.used, input.size());
+  }
+}
+
 // A stream may name no byte before its own first one, not even where those of another stand.
 TEST_P(Inflating, StreamThatReachesBackBehindItsBeginning) {
   const std::unique_ptr<Inflater> inflater = makeInflater();
