@@ -22,7 +22,10 @@ uint32_t numberIn(std::string_view bytes) {
 
 }  // namespace
 
-GzipDecoder::GzipDecoder() : blocks_(kRawBlock), inflater_(makeInflater()) {}
+GzipDecoder::GzipDecoder() : blocks_(kRawBlock), inflater_(makeInflater()) {
+  // A block, what is left when it is read, and what an inflater may look at behind it.
+  input_.reserve(kRawBlock + 2 * Inflater::kReachBack + Inflater::kReachOn);
+}
 
 bool GzipDecoder::open(const std::string& file) {
   return blocks_.open(file);

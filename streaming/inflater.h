@@ -22,12 +22,16 @@ class Inflater {
   struct Step {
     State state;
     std::size_t made;  // bytes put into the room
-    std::size_t
-        unused;  // bytes at the end of the input that are not of the stream, or not yet read
+    // Bytes at the end of the input that are not of the stream, or not yet read; without a meaning
+    // once it is damaged.
+    std::size_t unused;
   };
 
   /// How far `unused` may reach back behind the beginning of an input, when the stream has ended.
   static constexpr std::size_t kReachBack = 8;  // bytes
+
+  /// How far behind the end of an input there must be memory to look at, whatever it holds.
+  static constexpr std::size_t kReachOn = 64;  // bytes
 
   Inflater() = default;
   Inflater(const Inflater&) = delete;
