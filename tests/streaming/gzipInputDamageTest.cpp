@@ -109,6 +109,7 @@ TEST_P(GzipDamage, EveryBitFlipped) {
   const std::string file = members_[0] + members_[1];
   for (std::size_t at = 0; at < file.size(); ++at) {
     for (unsigned mask = 1; mask < 0x100; mask <<= 1) {
+      if (GetParam().isAhead && mask != 1U << at % 8) continue;  // a thread for each is much
       SCOPED_TRACE(::testing::Message() << "byte " << at << ", mask " << mask);
       const std::string changed = flipped(file, at, mask);
       const Inflated inflated = inflateFile(changed);

@@ -32,25 +32,40 @@ class Ahead : public GzipWayTest {
     return input;
   }
 
-  static std::string many() { return noise(3 * kRing * kBlock + 5, 1); }
+  // More than the ring holds; made once, as sanitizers take long to.
+  static const std::string& many() {
+    static const std::string bytes = noise((kRing + 3) * kBlock + 5, 1);
+    return bytes;
+  }
+
+  static const std::string& manyPacked() {
+    static const std::string file = gzipped(many());
+    return file;
+  }
 };
 
-INSTANTIATE_GZIP_WAYS(Ahead);
+std::vector<GzipWay> waysAhead() {
+  std::vector<GzipWay> ways = gzipWays();
+  std::erase_if(ways, [](const GzipWay& way) { return !way.isAhead; });
+  return ways;
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Ahead, ::testing::ValuesIn(waysAhead()),
+                         ::testing::PrintToStringParamName());
 
 TEST_P(Ahead, HelperThatIsFasterThanItsReader) {
-  const std::string bytes = noise((kRing + 3) * kBlock + 5, 2);
-  const auto input = openAhead(gzipped(bytes));
+  const auto input = openAhead(manyPacked());
   std::string got;
   for (std::string_view block = input->next(); !block.empty(); block = input->next()) {
     if (got.size() < 3 * kBlock) rest();
     got += block;
   }
-  EXPECT_TRUE(got == bytes);
+  EXPECT_TRUE(got == many());
 }
 
 TEST_P(Ahead, BlockStaysUntilTheNextIsAskedFor) {
-  const std::string bytes = many();
-  const auto input = openAhead(gzipped(bytes));
+  const std::string& bytes = many();
+  const auto input = openAhead(manyPacked());
   const std::string_view first = input->next();
   rest();
   EXPECT_TRUE(first == bytes.substr(0, kBlock));
@@ -67,8 +82,8 @@ TEST_P(Ahead, FilesOfWholeRings) {
 }
 
 TEST_P(Ahead, ReaderThatStopsAnywhere) {
-  const std::string file = gzipped(many());
-  for (const std::size_t blocks : {std::size_t{0}, std::size_t{1}, kRing, 2 * kRing}) {
+  const std::string& file = manyPacked();
+  for (const std::size_t blocks : {std::size_t{0}, std::size_t{1}, kRing, kRing + 2}) {
     for (const bool rests : {false, true}) {
       const auto input = openAhead(file);
       for (std::size_t i = 0; i < blocks; ++i) EXPECT_EQ(input->next().size(), kBlock);
@@ -78,8 +93,8 @@ TEST_P(Ahead, ReaderThatStopsAnywhere) {
 }
 
 TEST_P(Ahead, DamageInALaterBlockIsToldBehindAllBlocksBefore) {
-  const std::string bytes = noise(2 * kRing * kBlock, 3);
-  std::string file = gzipped(bytes) + gzipped("ACGT\n");
+  const std::string& bytes = many();
+  std::string file = manyPacked() + gzipped("ACGT\n");
   file.back() = '\x7f';  // the length
   const auto input = openAhead(file);
   std::string got;
@@ -94,7 +109,7 @@ TEST_P(Ahead, DamageInALaterBlockIsToldBehindAllBlocksBefore) {
 TEST_P(Ahead, ManyMembers) {
   std::string file;
   std::string text;
-  for (int i = 0; i < 5000; ++i) {
+  for (int i = 0; i < 2000; ++i) {
     const std::string record = ">" + std::to_string(i) + "\n" + randomBases(80, 1) + "\n";
     file += gzipped(record) + (i % 7 == 0 ? gzipped("") : "");
     text += record;
@@ -105,10 +120,10 @@ TEST_P(Ahead, ManyMembers) {
 }
 
 TEST_P(Ahead, TwoFilesSideBySide) {
-  const std::string a = many();
-  const std::string b = noise(2 * kRing * kBlock + 9, 7);
+  const std::string& a = many();
+  const std::string b = noise(kRing * kBlock + 9, 7);
   std::ofstream("other.gz", std::ios::binary) << gzipped(b);
-  const auto first = openAhead(gzipped(a));
+  const auto first = openAhead(manyPacked());
   GzipInput second;
   ASSERT_TRUE(second.open("other.gz"));
   second.inflateAhead();
@@ -127,7 +142,7 @@ TEST_P(Ahead, TwoFilesSideBySide) {
 
 // The run may end while a helper works, sleeps on a full ring, or has come to the end.
 TEST_P(Ahead, RunThatEndsEarly) {
-  for (const std::string& file : {gzipped(many()), gzipped("ACGT\n")}) {
+  for (const std::string& file : {manyPacked(), gzipped("ACGT\n")}) {
     for (const bool rests : {false, true}) {
       EXPECT_EXIT(
           {
@@ -142,7 +157,7 @@ TEST_P(Ahead, RunThatEndsEarly) {
 }
 
 TEST_P(Ahead, RunThatAnotherThreadEnds) {
-  const std::string file = gzipped(many());
+  const std::string& file = manyPacked();
   EXPECT_EXIT(
       {
         const auto input = openAhead(file);
