@@ -25,6 +25,7 @@ InflateAhead::~InflateAhead() {
 
 bool InflateAhead::start() {
   isRunning_ = pthread_create(&helper_, nullptr, runHelper, this) == 0;
+  if (isRunning_) pthread_setname_np(helper_, "inflate");  // for lists of threads
   return isRunning_;
 }
 
