@@ -33,12 +33,12 @@ bool GzipDecoder::open(const std::string& file) {
 
 std::size_t GzipDecoder::read(std::span<char> room) {
   std::size_t made = 0;
-  while (made < room.size() && state_ != State::kEnd) made += step(room.subspan(made));
+  while (made < room.size() && state_ != State::kEnd) made += goOn(room.subspan(made));
   return made;
 }
 
 // Goes on by what the state asks for. Returns the number of bytes put into the room.
-std::size_t GzipDecoder::step(std::span<char> room) {
+std::size_t GzipDecoder::goOn(std::span<char> room) {
   switch (state_) {
     case State::kBetweenMembers:
       startMember();

@@ -38,7 +38,7 @@ class GzipDecoder {
   std::string_view rest() const { return std::string_view(input_).substr(position_); }
   bool refill();
   bool haveBytes(std::size_t count);
-  std::size_t step(std::span<char> room);
+  std::size_t goOn(std::span<char> room);
   void startMember();
   void readHeader();
   std::size_t inflateSome(std::span<char> room);

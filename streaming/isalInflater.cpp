@@ -5,7 +5,6 @@
 namespace velk {
 
 // inflate_state has 90 kB that need no value.
-// NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
 IsalInflater::IsalInflater() {
   isal_inflate_init(&stream_);
   stream_.crc_flag = ISAL_GZIP_NO_HDR;  // deflate alone, and the CRC-32 of what it makes
