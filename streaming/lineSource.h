@@ -52,9 +52,9 @@ class PlainLineSource {
   bool atEnd_ = false;
 };
 
-/// Lines of a gzip file (or of a plain one under a gzip name), at most 1023 bytes at a time. It is
-/// inflated ahead by a thread of its own, but with one worker in place: that keeps one processor
-/// busy, and no more was asked for.
+/// Lines of a gzip file (or of a plain one under a gzip name), at most 1023 bytes at a time. A
+/// thread of its own inflates the file ahead; with one worker it is done in place, and one
+/// processor is busy.
 class GzipLineSource {
  public:
   static constexpr std::size_t kLongestPiece = 1023;  // bytes
