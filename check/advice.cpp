@@ -7,16 +7,14 @@
 
 #include "check/machine.h"
 #include "check/readTiming.h"
-#include "check/tableAdvice.h"
 #include "driver/velk.h"
-#include "kmer/hashSet.h"
+#include "kmer/tableSize.h"
 
 namespace velk::check {
 namespace {
 
-constexpr double kTight = 0.8;              // of the free memory
-constexpr uint64_t kOversized = 100000000;  // bytes that are worth a note
-constexpr uint64_t kHeaderLength = 40;      // bytes of the header of a found read, about
+constexpr double kTight = 0.8;          // of the free memory
+constexpr uint64_t kHeaderLength = 40;  // bytes of the header of a found read, about
 
 std::string quoted(const std::string& word) {
   const bool isPlain = !word.empty() && std::all_of(word.begin(), word.end(), [](unsigned char c) {
@@ -29,16 +27,15 @@ std::string quoted(const std::string& word) {
   return text + "'";
 }
 
-// The given command line with other values of -m and -r.
-std::string commandOf(const Survey& survey, uint64_t slots, int longestRead) {
+// The given command line with another value of -r.
+std::string commandOf(const Survey& survey, int longestRead) {
   std::string command = "velk";
   const std::vector<std::string>& words = survey.arguments.velk;
   for (std::size_t i = 0; i + 1 < words.size(); i += 2) {
     if (!words[i].starts_with('-')) break;
-    if (words[i][1] == 'm' || words[i][1] == 'r') continue;
+    if (words[i][1] == 'r') continue;
     command += " " + words[i] + " " + quoted(words[i + 1]);
   }
-  command += " -m " + std::to_string(slots);
   return longestRead > 0 ? command + " -r " + std::to_string(longestRead) : command;
 }
 
@@ -72,20 +69,17 @@ uint64_t foundBytes(const Survey& survey) {
   return static_cast<uint64_t>(bytes);
 }
 
-void checkTable(Survey& survey, const Advice& advice) {
-  const uint64_t slots = finalSlots(initSize, survey.distinctKmers, LoadFactor);
-  const std::string text =
-      "-m " + std::to_string(initSize) + ", needed are " + std::to_string(advice.slots) + " slots";
-  if (slots != slotsFor(initSize)) {
-    survey.findings.add("table-grows", {}, text + ", it grows to " + std::to_string(slots));
-  } else if (advice.asGiven.asked > advice.memory.asked + kOversized) {
-    survey.findings.add("table-oversized", {}, text);
-  }
+// Of a table that is made, checkArguments has looked at the size.
+void checkTable(Survey& survey) {
+  const TableCourse course = courseOfTable(initSize, LoadFactor, survey.distinctKmers);
+  if (course.sizes.empty() || !course.isTooLarge) return;
+  survey.findings.add("table-refused", {},
+                      "with this -f it grows beyond " + std::to_string(course.sizes.back()) +
+                          " slots for " + std::to_string(survey.distinctKmers) + " k-mers");
 }
 
 void checkMemory(Survey& survey, const Advice& advice) {
-  const MemoryEstimate& memory = advice.asGiven;
-  const uint64_t needed = memory.peak - memory.table + memory.asked;
+  const uint64_t needed = advice.memory.peak;
   const uint64_t free = freeMemory();
   const std::string text = std::to_string(needed / 1000000) + " MB needed, " +
                            std::to_string(free / 1000000) + " MB free";
@@ -118,17 +112,11 @@ Advice advise(Survey& survey) {
   Advice advice;
   if (survey.distinctKmers == 0) return advice;
   advice.isKnown = true;
-  advice.slots = slotsToAskFor(survey.distinctKmers, LoadFactor);
   advice.longestRead = longestPairedRead(survey);
-  advice.command = commandOf(survey, advice.slots, advice.longestRead);
-  advice.memory = estimateMemory(survey, advice.slots, LoadFactor);
-  advice.asGiven = estimateMemory(survey, initSize, LoadFactor);
-  for (const float loadFactor : {0.5F, 0.75F, 0.9F}) {
-    const uint64_t slots = slotsToAskFor(survey.distinctKmers, loadFactor);
-    advice.choices.push_back({loadFactor, slots, estimateMemory(survey, slots, loadFactor).peak});
-  }
+  advice.command = commandOf(survey, advice.longestRead);
+  advice.memory = estimateMemory(survey);
   estimateTime(survey, advice);
-  checkTable(survey, advice);
+  checkTable(survey);
   checkMemory(survey, advice);
   std::vector<DiskNeed> needs = {{out_file, foundBytes(survey)}};
   if (!scaffold_file.empty()) needs.push_back({scaffold_file, advice.memory.assembly});

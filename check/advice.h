@@ -10,24 +10,14 @@
 
 namespace velk::check {
 
-/// The run at another load factor.
-struct LoadChoice {
-  float loadFactor;
-  uint64_t slots;  // -m
-  uint64_t peak;   // bytes
-};
-
 struct Advice {
-  bool isKnown = false;    // whether there is anything to base advice on
-  std::string command;     // to be pasted into a shell
-  uint64_t slots = 0;      // -m
-  int longestRead = 0;     // -r, bases
-  MemoryEstimate memory;   // with these
-  MemoryEstimate asGiven;  // with the -m that was given
+  bool isKnown = false;  // whether there is anything to base advice on
+  std::string command;   // to be pasted into a shell
+  int longestRead = 0;   // -r, bases
+  MemoryEstimate memory;
   double indexSeconds = 0;
   double readSeconds = 0;  // reading and searching
   uint64_t diskBytes = 0;
-  std::vector<LoadChoice> choices;
 };
 
 /// An output and its bytes.

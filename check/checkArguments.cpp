@@ -8,7 +8,7 @@
 
 #include "check/survey.h"
 #include "driver/velk.h"
-#include "kmer/hashSet.h"
+#include "kmer/tableSize.h"
 
 namespace velk::check {
 namespace {
@@ -50,7 +50,7 @@ void checkRange(Survey& survey) {
   refuse(Kmer < 0, "-k must be at least 0");
   refuse(CuttEdge < 0, "-C must be at least 0");
   refuse(readLen < 0, "-r must be at least 0");
-  if (initSize > kMaxSlots) {
+  if (slotsFor(initSize) > kMaxSlots) {
     findings.add("table-refused", kCommandLine, "-m " + std::to_string(initSize));
   }
   if (Kmer > DATA_LEN) findings.add("kmer-over-32", kCommandLine, "-k " + std::to_string(Kmer));

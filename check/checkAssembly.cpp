@@ -10,8 +10,6 @@
 #include "check/survey.h"
 #include "contig/contig.h"
 #include "driver/velk.h"
-#include "kmer/fetchKmers.h"
-#include "kmer/hashSet.h"
 
 namespace velk::check {
 namespace {
@@ -112,7 +110,6 @@ void checkContigs(Survey& survey, uint64_t basesOfFile) {
   uint64_t longest = 0;
   uint64_t ofScaffold = 0;
   uint32_t scaffold = 0;
-  bool isBeyond = scaffoldSum > kScaffolds;
   forEachPart(
       [&](int64_t length) {
         ++gaps[length];
@@ -124,7 +121,6 @@ void checkContigs(Survey& survey, uint64_t basesOfFile) {
         scaffold = i;
         survey.longestScaffold = std::max(survey.longestScaffold, ofScaffold += length);
         longest = std::max(longest, length);
-        isBeyond = isBeyond || scaffoldInfo[i].contigsSum > kContigs || length > kOffsets;
         ofModel += length;
         if (static_cast<int64_t>(length) >= CONTIGLEN) bases += length;
       });
@@ -136,11 +132,6 @@ void checkContigs(Survey& survey, uint64_t basesOfFile) {
       static_cast<double>(dropped) > kDroppedShare * static_cast<double>(basesOfFile)) {
     survey.findings.add("cutoff-drops-contigs", {assemblyFile()},
                         shareText(dropped, basesOfFile) + " of the bases");
-  }
-  if (isBeyond) {
-    survey.findings.add("fields-exceeded", {assemblyFile()},
-                        std::to_string(scaffoldSum) + " scaffolds, longest contig " +
-                            std::to_string(longest) + " bases");
   }
   const bool cutsNone = int64_t{2} * (int64_t{readLen} + CuttEdge) > static_cast<int64_t>(longest);
   if (CuttEdge > 0 && (scaffold_file.empty() || cutsNone)) {

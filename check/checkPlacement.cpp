@@ -7,7 +7,7 @@
 #include "check/survey.h"
 #include "contig/contig.h"
 #include "driver/velk.h"
-#include "kmer/hashSet.h"
+#include "kmer/tableSize.h"
 #include "placement/Read2Scaf.h"
 
 namespace velk::check {

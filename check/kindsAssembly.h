@@ -55,8 +55,6 @@ inline constexpr auto kKindsAssembly = std::to_array<Kind>({
      "velk takes them as they stand; hardly any mate fits into such a gap", "nothing"},
     {"nothing-indexed", Level::kError, "no contig has a k-mer in the index",
      "the run ends well and finds nothing", "give a smaller -L or -k"},
-    {"fields-exceeded", Level::kNote, "an assembly beyond the fields of the look-up table",
-     "hits take a little longer to place; the reads found are the same", "nothing"},
 });
 
 }  // namespace velk::check

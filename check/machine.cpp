@@ -42,12 +42,6 @@ uint64_t freeMemory() {
   return std::min(availableMemory(), ofGroup);
 }
 
-bool hasHugePages() {
-  std::ifstream input("/sys/kernel/mm/transparent_hugepage/enabled");
-  std::string words;
-  return std::getline(input, words) && words.find("[never]") == std::string::npos;
-}
-
 Disk diskOf(const std::string& file) {
   const std::filesystem::path parent = std::filesystem::path(file).parent_path();
   const std::string folder = parent.empty() ? "." : parent.string();

@@ -9,9 +9,6 @@ namespace velk::check {
 /// Bytes of memory that a program may take now, within the limit of its control group.
 uint64_t freeMemory();
 
-/// Whether the system backs large tables with huge pages.
-bool hasHugePages();
-
 struct Disk {
   uint64_t device;  // tells file systems apart
   uint64_t free;    // bytes

@@ -1,23 +1,19 @@
 #include "check/memoryModel.h"
 
 #include <algorithm>
-#include <cmath>
 
-#include "check/machine.h"
-#include "check/tableAdvice.h"
 #include "contig/contig.h"
 #include "driver/velk.h"
-#include "kmer/hashSet.h"
-#include "kmer/sideIndex.h"
+#include "kmer/buckets.h"
+#include "kmer/seedIndex.h"
+#include "kmer/seeds.h"
 
 namespace velk::check {
 namespace {
 
 constexpr uint64_t kProgram = 5 << 20;      // code, libraries and buffers of files, bytes
 constexpr uint64_t kPerThread = 100 << 10;  // stack and heap of a worker, bytes
-constexpr uint64_t kSmallPage = 4 << 10;
-constexpr uint64_t kHugePage = 2 << 20;
-constexpr uint64_t kFirstRow = 1024;  // records that a row of results begins with
+constexpr uint64_t kFirstRow = 1024;        // records that a row of results begins with
 constexpr uint64_t kRowEntry = 5 * sizeof(uint64_t);
 
 // What a string of `length` bytes takes on the heap.
@@ -26,15 +22,6 @@ uint64_t heapBytes(uint64_t length) {
   constexpr uint64_t kHead = 8;     // bytes in front of a piece of the heap
   if (length <= kInside) return 0;
   return std::max<uint64_t>((length + 1 + kHead + 15) / 16 * 16, 32);
-}
-
-// The part of `slots` slots that is in use when `kmers` of them, spread evenly, are filled.
-uint64_t bytesInUse(uint64_t slots, uint64_t kmers) {
-  const uint64_t page = hasHugePages() ? kHugePage : kSmallPage;
-  const auto bytes = static_cast<double>(slots * sizeof(Entity));
-  const double pages = std::max(1.0, bytes / static_cast<double>(page));
-  const double untouched = std::exp(-static_cast<double>(kmers) / pages);
-  return static_cast<uint64_t>(bytes * (1 - untouched));
 }
 
 uint64_t assemblyBytes() {
@@ -46,16 +33,6 @@ uint64_t assemblyBytes() {
     }
   }
   return bytes;
-}
-
-uint64_t contigBases() {
-  uint64_t bases = 0;
-  for (uint32_t i = 0; i < scaffoldSum; ++i) {
-    for (uint32_t j = 0; j < scaffoldInfo[i].contigsSum; ++j) {
-      bases += scaffoldInfo[i].contigsInfo[j].contigSeq.size();
-    }
-  }
-  return bases;
 }
 
 // Rows of results for `found` records of reads of `length` bases, shared by the workers.
@@ -87,22 +64,33 @@ uint64_t batchBytes(const Survey& survey) {
 
 }  // namespace
 
-MemoryEstimate estimateMemory(const Survey& survey, uint64_t initSlots, float loadFactor) {
+uint64_t contigBases() {
+  uint64_t bases = 0;
+  for (uint32_t i = 0; i < scaffoldSum; ++i) {
+    for (uint32_t j = 0; j < scaffoldInfo[i].contigsSum; ++j) {
+      bases += scaffoldInfo[i].contigsInfo[j].contigSeq.size();
+    }
+  }
+  return bases;
+}
+
+uint64_t indexBytes(uint64_t kmers, uint64_t bases) {
+  constexpr double kBytesPerBase = 0.5;  // of the packed text, with two marks a base
+  const Seeds seeds(std::clamp(Kmer, 1, DATA_LEN), kmers);
+  const double places = 2.0 / (seeds.offsets() + 1) * static_cast<double>(kmers);
+  const double placesOfBucket =
+      SeedIndex::kSeedLoad * static_cast<double>(BucketShape::forPlacesBelow(bases).room);
+  return static_cast<uint64_t>(kBytesPerBase * static_cast<double>(bases) +
+                               sizeof(Bucket) / placesOfBucket * places);
+}
+
+MemoryEstimate estimateMemory(const Survey& survey) {
   MemoryEstimate estimate;
-  const uint64_t slots = finalSlots(initSlots, survey.distinctKmers, loadFactor);
-  const bool grows = slots != slotsFor(initSlots);
-  const uint64_t bitmap = slots / 8;
-  estimate.asked = slots * sizeof(Entity) + 2 * bitmap;
-  // A grown table is written to its end; of a new one's two bitmaps only one is ever written to.
-  estimate.table = grows ? slots * sizeof(Entity) + 2 * bitmap
-                         : bytesInUse(slots, survey.distinctKmers) + bitmap;
+  estimate.index = indexBytes(survey.kmers, contigBases());
   estimate.assembly = assemblyBytes();
-  if (hasGrams(Kmer)) estimate.side = SideIndex::bytesFor(survey.kmers, contigBases());
-  const uint64_t growth = grows ? bitmap : 0;  // the old bitmaps, half as large
   estimate.batch = batchBytes(survey);
   estimate.peak = kProgram + static_cast<uint64_t>(std::max(thread_num, 1)) * kPerThread +
-                  estimate.table + estimate.assembly + estimate.side +
-                  std::max(growth, estimate.batch);
+                  estimate.index + estimate.assembly + estimate.batch;
   return estimate;
 }
 

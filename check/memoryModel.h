@@ -8,16 +8,23 @@
 namespace velk::check {
 
 struct MemoryEstimate {
-  uint64_t table = 0;     // look-up table and its bitmaps, bytes in use
-  uint64_t asked = 0;     // the same as far as it is asked of the system
+  uint64_t index = 0;     // of the contigs' k-mers, bytes
   uint64_t assembly = 0;  // contigs, gaps and names
-  uint64_t side = 0;      // filter in front of the table
   uint64_t batch = 0;     // a batch of reads, and what is found in it
   uint64_t peak = 0;      // all of it at its highest
 };
 
-/// The estimate for the run of `survey` with these values of -m and -f.
+/// The bases of all contigs of the assembly.
+uint64_t contigBases();
+
+/// The bytes that the index takes for so many k-mers, counted as often as they occur, of contigs of
+/// so many bases in all: the packed text, and the places of the seeds. Two windows in w + 1 begin
+/// with a new seed, where a seed has w places in a window. Repeats and letters that are no bases
+/// take more.
+uint64_t indexBytes(uint64_t kmers, uint64_t bases);
+
+/// The estimate for the run of `survey`.
 /// REQUIRES: the assembly is loaded and its k-mers are counted.
-MemoryEstimate estimateMemory(const Survey& survey, uint64_t initSlots, float loadFactor);
+MemoryEstimate estimateMemory(const Survey& survey);
 
 }  // namespace velk::check

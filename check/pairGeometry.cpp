@@ -10,10 +10,11 @@
 namespace velk::check {
 namespace {
 
-std::optional<ReadPlace> placeOnStrand(const std::string& read, bool isReverse) {
+std::optional<ReadPlace> placeOnStrand(Engine& engine, const std::string& read, bool isReverse) {
   std::optional<ReadPlace> place;
-  int64_t i = 0;
-  KmerWalk(*kmerHash, Kmer).uniqueHits(read, i, [&](const Hit& hit) {
+  Engine::Prepared nothingKnown;
+  auto windows = engine.windows(nothingKnown, read, isReverse);
+  visitUniqueHits(windows, [&](const Hit& hit) {
     const std::string& contig = scaffoldInfo[hit.scaffold].contigsInfo[hit.contig].contigSeq;
     const int64_t end = hit.offset + static_cast<int64_t>(read.size());
     const bool isInside = hit.offset >= 0 && end <= static_cast<int64_t>(contig.size());
@@ -55,13 +56,13 @@ uint64_t longestLikely(std::vector<uint64_t> inserts) {
 
 }  // namespace
 
-std::optional<ReadPlace> placeOfRead(const std::string& read) {
+std::optional<ReadPlace> placeOfRead(Engine& engine, const std::string& read) {
   if (read.size() < static_cast<std::size_t>(Kmer)) return std::nullopt;
   if (read.find('N') != std::string::npos) return std::nullopt;
-  if (std::optional<ReadPlace> place = placeOnStrand(read, false)) return place;
+  if (std::optional<ReadPlace> place = placeOnStrand(engine, read, false)) return place;
   std::string reversed(read.size(), 'A');
   ReverseComplementSeq(reversed, read);
-  return placeOnStrand(reversed, true);
+  return placeOnStrand(engine, reversed, true);
 }
 
 PairGeometry::PairGeometry(std::vector<uint64_t> contigLengths)

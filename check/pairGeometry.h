@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "check/survey.h"
+#include "placement/engine.h"
 
 namespace velk::check {
 
@@ -20,8 +21,8 @@ struct ReadPlace {
 };
 
 /// Returns the place of `read` on a contig, on either strand, that velk would accept; none without
-/// one. REQUIRES: the run's index is built.
-std::optional<ReadPlace> placeOfRead(const std::string& read);
+/// one. `engine`: engineOfRun().
+std::optional<ReadPlace> placeOfRead(Engine& engine, const std::string& read);
 
 /// What is seen of the pairs of a library, one after the other.
 class PairGeometry {

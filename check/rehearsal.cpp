@@ -7,12 +7,14 @@
 
 #include "check/hyperLogLog.h"
 #include "check/machine.h"
+#include "check/memoryModel.h"
 #include "check/pairGeometry.h"
 #include "check/progress.h"
-#include "check/tableAdvice.h"
 #include "contig/contig.h"
 #include "driver/velk.h"
+#include "kmer/contigWindows.h"
 #include "kmer/fetchKmers.h"
+#include "kmer/hashSet.h"
 #include "kmer/rollingKey.h"
 #include "placement/Read2Scaf.h"
 #include "streaming/readBuffer.h"
@@ -21,7 +23,8 @@ namespace velk::check {
 namespace {
 
 constexpr uint64_t kLongIndexing = 3000000;  // k-mers, from which on it takes a second or so
-constexpr uint64_t kBytesPerKmer = 96;       // of free memory asked for before one is indexed
+constexpr double kShareOfFree = 0.25;        // of the free memory, that the index may take
+constexpr float kRoomy = 0.75F;              // load factor of a table with two slots a k-mer
 
 using Clock = std::chrono::steady_clock;
 
@@ -66,6 +69,13 @@ class ModelPart {
   uint32_t whole_ = 0;
 };
 
+// The k-mers, of all these, whose index takes no more than a part of the free memory.
+uint64_t affordedKmers(uint64_t kmers) {
+  const double each =
+      static_cast<double>(indexBytes(kmers, contigBases())) / static_cast<double>(kmers);
+  return static_cast<uint64_t>(kShareOfFree * static_cast<double>(freeMemory()) / each);
+}
+
 template <class OnContig>
 void forEachContig(OnContig onContig) {
   for (uint32_t i = 0; i < scaffoldSum; ++i) {
@@ -105,10 +115,10 @@ bool countKmers(Survey& survey) {
 double buildIndex(Survey& survey, uint64_t mostKmers) {
   uint64_t indexed = 0;
   {
-    const ModelPart part(std::min(mostKmers, freeMemory() / kBytesPerKmer));
+    const ModelPart part(std::min(mostKmers, affordedKmers(survey.kmers)));
     indexed = part.kmers();
     survey.isExact = part.isAll();
-    kmerHash = init_hashset(slotsToAskFor(indexed, LoadFactor), LoadFactor);
+    kmerHash = newKmerHash(2 * indexed, kRoomy);
     Progress progress("indexing", indexed);
     if (indexed >= kLongIndexing) progress.show();
     const Clock::time_point start = Clock::now();
@@ -120,6 +130,7 @@ double buildIndex(Survey& survey, uint64_t mostKmers) {
 }
 
 void measurePairs(Survey& survey) {
+  Engine engine = engineOfRun();
   std::vector<uint64_t> lengths;
   forEachContig([&](const ContigInfo& contig) {
     if (windowsOf(contig) > 0) lengths.push_back(contig.contigSeq.size());
@@ -130,8 +141,8 @@ void measurePairs(Survey& survey) {
       if (input.library != static_cast<int>(library) || !input.isReadable) continue;
       Progress progress("placing pairs", input.b.size());
       for (std::size_t i = 0; i < input.b.size(); ++i) {
-        const std::optional<ReadPlace> one = placeOfRead(input.a[i]);
-        const std::optional<ReadPlace> other = one ? placeOfRead(input.b[i]) : std::nullopt;
+        const std::optional<ReadPlace> one = placeOfRead(engine, input.a[i]);
+        const std::optional<ReadPlace> other = one ? placeOfRead(engine, input.b[i]) : std::nullopt;
         if (other) geometry.add(*one, *other);
         progress.update(i);
       }

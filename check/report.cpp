@@ -87,17 +87,12 @@ void printAdvice(std::ostream& output, const Survey& survey, const Advice& advic
   output << "Command line to run"
          << (survey.findings.highest() == Level::kError ? ", the errors mended" : "") << "\n    "
          << advice.command << "\n\n"
-         << "    -m: room for " << survey.distinctKmers << " different k-mers"
-         << (survey.isExact ? "" : " (estimated, rounded up)") << ", so the table never grows\n"
-         << "    memory: " << megabytes(memory.peak) << " at the peak (table "
-         << megabytes(memory.table) << ", assembly " << megabytes(memory.assembly) << ", filter "
-         << megabytes(memory.side) << ", reads " << megabytes(memory.batch) << "); as given "
-         << megabytes(advice.asGiven.peak) << "\n    at other load factors:";
-  for (const LoadChoice& choice : advice.choices) {
-    output << (&choice == &advice.choices.front() ? " -f " : "; -f ") << choice.loadFactor << " -m "
-           << choice.slots << " " << megabytes(choice.peak);
-  }
-  output << "\n    time, by a short sample: " << duration(advice.indexSeconds) << " for the index, "
+         << "    k-mers: " << survey.distinctKmers << " different ones"
+         << (survey.isExact ? "" : " (estimated, rounded up)") << "\n"
+         << "    memory: " << megabytes(memory.peak) << " at the peak (index "
+         << megabytes(memory.index) << ", assembly " << megabytes(memory.assembly) << ", reads "
+         << megabytes(memory.batch) << ")\n";
+  output << "    time, by a short sample: " << duration(advice.indexSeconds) << " for the index, "
          << duration(advice.readSeconds) << " for the reads\n    disk: about "
          << megabytes(advice.diskBytes) << "\n\n";
 }

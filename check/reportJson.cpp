@@ -33,27 +33,18 @@ Json libraryJson(const Survey& survey, std::size_t i) {
 
 Json memoryJson(const MemoryEstimate& memory) {
   return {{"peak", memory.peak},
-          {"table", memory.table},
+          {"index", memory.index},
           {"assembly", memory.assembly},
-          {"filter", memory.side},
           {"reads", memory.batch}};
 }
 
 Json adviceJson(const Survey& survey, const Advice& advice) {
-  Json choices = Json::array();
-  for (const LoadChoice& choice : advice.choices) {
-    choices.push_back(
-        {{"load_factor", choice.loadFactor}, {"m", choice.slots}, {"peak", choice.peak}});
-  }
   return {{"command", advice.command},
-          {"m", advice.slots},
           {"r", advice.longestRead},
           {"kmers", survey.kmers},
           {"distinct_kmers", survey.distinctKmers},
           {"is_exact", survey.isExact},
           {"memory_bytes", memoryJson(advice.memory)},
-          {"memory_bytes_as_given", memoryJson(advice.asGiven)},
-          {"load_factors", choices},
           {"seconds", {{"index", advice.indexSeconds}, {"reads", advice.readSeconds}}},
           {"disk_bytes", advice.diskBytes}};
 }

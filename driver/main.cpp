@@ -13,7 +13,6 @@
 #include "driver/textInput.h"
 #include "driver/velk.h"
 #include "kmer/fetchKmers.h"
-#include "kmer/hashSet.h"
 #include "libinfo/libinfo.h"
 #include "streaming/gzipDamage.h"
 #include "streaming/library.h"
@@ -85,7 +84,7 @@ void findReads(Lib*& libs, int libSum) {
 void releaseIndex() {
   std::cerr << "kmerHash->count: " << kmerHash->count << "\n"
             << "kmerHash->size: " << kmerHash->size << "\n";
-  free_hash(kmerHash);
+  freeKmerHash(kmerHash);
   kmerHash = nullptr;
 }
 
@@ -96,7 +95,7 @@ int run(int argc, char** argv) {
   std::cerr << "initSize=" << initSize << "\n"
             << "OverRatio=" << OverRatio << "\n"
             << "ContigLen=" << CONTIGLEN << "\n";
-  kmerHash = init_hashset(initSize, LoadFactor);
+  kmerHash = newKmerHash(initSize, LoadFactor);
   if (noptions != argc) fatal(kInputError, "Please check input!\n");
   checkParameters();
 

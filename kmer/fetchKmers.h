@@ -1,44 +1,33 @@
-// Fills the k-mer hash set from the contigs, and finds a hit's place again.
+// The run's index, as the driver knows it: made, filled from the contigs, released.
 //
-// The driver calls FetchKmers1 once, after the scaffold model is loaded and before any worker
-// exists; workers call placeOf for every unique hit.
+// The driver calls newKmerHash first, FetchKmers1 once, after the scaffold model is loaded and
+// before any worker exists, and freeKmerHash at the end. One of two engines stands behind it,
+// chosen when velk is built: fetchKmersFast.cpp, or fetchKmersPlain.cpp with the macro
+// VELK_PLAIN_ENGINE. Both leave the same messages, and the same `count` and `size`.
 #pragma once
 
 #include <cstdint>
 
 #include "contig/contig.h"
 #include "kmer/hashSet.h"
-#include "kmer/kmerPlace.h"
-#include "kmer/sideIndex.h"
 
 namespace velk {
 
-/// The number of k-mers of a contig that are indexed, counted in 32 bits; 0 for a contig shorter
-/// than CONTIGLEN or Kmer.
-uint32_t windowsOf(const ContigInfo& contig);
+extern HashSet* kmerHash;  // null: the set of the run, written by the driver
 
-/// Calls onContig(i, j, contig, windows) for every contig that has k-mers in the index, in order.
-template <class OnContig>
-void forEachIndexed(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, OnContig onContig) {
-  for (uint32_t i = 0; i < scaffoldSum; ++i) {
-    for (uint32_t j = 0; j < scaffoldInfo[i].contigsSum; ++j) {
-      const ContigInfo& contig = scaffoldInfo[i].contigsInfo[j];
-      if (const uint32_t windows = windowsOf(contig); windows != 0) onContig(i, j, contig, windows);
-    }
-  }
-}
+/// Returns the run's set as init_hashset makes it; with the fast engine its numbers alone, without
+/// an array. Exits with status 1 after init_hashset's out-of-memory message when there is no memory
+/// for it, or when no table may have so many slots.
+HashSet* newKmerHash(uint64_t initSize, float loadFactor);
 
-/// Adds every k-mer of every contig of at least CONTIGLEN bases to `kmerHash`, forward strand only,
-/// in the order scaffold, contig, offset. A k-mer that occurs again keeps its first place and loses
-/// its `unique` bit. Also makes and fills `sideIndex`, and notes whether the model outgrows an
-/// entity's fields. Uses the threads that the run has (kmer/fillIndex.h).
+/// Indexes every k-mer of every contig of at least CONTIGLEN bases, forward strand only, in the
+/// order scaffold, contig, offset. A k-mer that occurs again keeps its first place and is not
+/// unique any more. Sets `count`, `size` and `max`, and writes two lines for each growth. Contigs
+/// must stay as they are until freeKmerHash. Exits with status 1 after enlarge_hashset's
+/// out-of-memory message when there is no memory, or when the table would grow beyond kMaxSlots.
 void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum);
 
-extern SideIndex& sideIndex;  // empty: beside the run's hash set, built by FetchKmers1
-
-/// Returns the place of `hit`, a filled slot of the run's hash set whose `unique` bit is set. In an
-/// assembly whose indexes outgrow an entity's fields it is the one indexed place that agrees with
-/// the fields' low bits and holds this k-mer; else the fields themselves, at no cost.
-KmerPlace placeOf(const Entity& hit);
+/// Releases the set, and what FetchKmers1 made for it.
+void freeKmerHash(HashSet* kmerHash);
 
 }  // namespace velk

@@ -58,6 +58,10 @@ constexpr auto packWordBest = packWord;
 
 }  // namespace
 
+bool packBases(const char* letters, uint64_t& word) {
+  return packWordBest(letters, word);
+}
+
 bool PackedBases::fill(std::string_view bases) {
   return fillBy(packWordBest, bases);
 }

@@ -10,6 +10,9 @@
 
 namespace velk {
 
+/// Packs 32 letters as Seq2Kmer does. Returns false, and a word of no use, when one is no base.
+bool packBases(const char* letters, uint64_t& word);
+
 class PackedBases {
  public:
   /// Packs `bases`. Returns false, and leaves nothing of use, when a letter among them is no base.

@@ -1,4 +1,4 @@
-// The memory of the index: bitmaps and zeroed arrays, on huge pages.
+// The memory of the index: zeroed arrays, on huge pages.
 #pragma once
 
 #include <sys/mman.h>
@@ -16,14 +16,6 @@ inline void adviseHugePages(void* start, uint64_t bytes) {
   const auto first = (reinterpret_cast<uintptr_t>(start) + kPage - 1) / kPage * kPage;
   const auto end = (reinterpret_cast<uintptr_t>(start) + bytes) / kPage * kPage;
   if (first < end) madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);
-}
-
-/// Returns a bitmap of `size` clear bits, to be released with free(); null without memory.
-inline uint8_t* newBitmap(uint64_t size) {
-  const uint64_t bytes = size / 8 + 1;
-  void* const bitmap = std::calloc(bytes, 1);
-  if (bitmap != nullptr) adviseHugePages(bitmap, bytes);
-  return static_cast<uint8_t*>(bitmap);
 }
 
 /// A large array of zeroed values, aligned as T asks, on huge pages where there are any.

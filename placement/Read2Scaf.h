@@ -1,20 +1,25 @@
 // Read placement: whether, and where, a read or a read pair falls at a gap.
 //
-// A worker calls FindReads once per batch; it filters and orients the reads and calls
-// checkSingleRead, checkForwardRead and checkReverseRead, which anchor a read by its k-mers,
-// confirm the anchor base by base and write found-read records (streaming/readBuffer.h). Everything
-// here runs on the workers: the hash set, the scaffold model and the run parameters are only read,
-// and worker t writes nothing but its own row of records, its own foundReadNum and, for large
-// inserts, its own share of the read buffer.
+// A worker calls FindReads once per batch. These functions are thin faces over the run's globals;
+// what they do stands in placement/batchScan.h (a batch), placement/place.h (one read or pair) and
+// placement/verdict.h (one hit). Everything here runs on the workers: the index, the scaffold model
+// and the run parameters are only read, and worker t writes nothing but its own row of records
+// (streaming/readBuffer.h), its own foundReadNum and, for large inserts, its own share of the read
+// buffer.
 #pragma once
 
 #include <cstdint>
 #include <string>
 
+#include "placement/placementOptions.h"
+
 namespace velk {
 
 /// Pairs of larger inserts, in bases, point outwards and are turned round before they are tried.
 inline constexpr int kLongestShortInsert = 1000;
+
+/// The options of placement as the run's globals have them now.
+PlacementOptions optionsOfRun();
 
 /// Scans worker t's share (entries t, t + threadNum, ...) of the current batch and stores the
 /// number of records it wrote in foundReadNum[t].

@@ -1,12 +1,11 @@
+#include "placement/edgeCheck.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
-#include "driver/velk.h"
-#include "placement/Read2Scaf.h"
 #include "placement/countEqual.h"
-#include "placement/gapRecord.h"
-#include "placement/reverseComplement.h"
+#include "placement/lengths.h"
 
 namespace velk {
 namespace {
@@ -19,14 +18,15 @@ int cutToInt(double value) {
   return static_cast<int>(std::clamp(value, kLowest, kHighest));
 }
 
-// Whether `same` equal bases are the share of `compared` that a placement asks for.
-bool isEqualEnough(int64_t same, int64_t compared, double least) {
-  return static_cast<double>(same) / static_cast<double>(compared) >= least;
+// Whether `same` equal bases are the share of `compared` that is asked for.
+Refusal checkShare(int64_t same, int64_t compared, const PlacementOptions& options) {
+  const double share = static_cast<double>(same) / static_cast<double>(compared);
+  return share >= options.mapCut ? Refusal::kNone : Refusal::kUnlike;
 }
 
 // The bases that a read must have on a contig; not cut off.
-double leastOverlap(const std::string& read) {
-  return static_cast<double>(read.size()) * OverRatio;
+double leastOverlap(const std::string& read, const PlacementOptions& options) {
+  return static_cast<double>(read.size()) * options.overRatio;
 }
 
 // The number of equal bases among `length`, of `contig` from contigStart and `read` from readStart.
@@ -39,42 +39,39 @@ int64_t countSame(const std::string& contig, int64_t contigStart, const std::str
 
 }  // namespace
 
-void ReverseComplementSeq(std::string& dest, const std::string& src) {
-  reverseComplement(dest.data(), src.data(), src.size());
-}
-
-void LongReverseComplement(std::string& a, std::string& b) {
-  a.swap(b);
-  reverseComplementInPlace(a.data(), a.size());
-  reverseComplementInPlace(b.data(), b.size());
-}
-
-int MapRead2Lcontig(const std::string& contig, const std::string& read, int64_t offset) {
-  if (lengthOf(contig) > lengthOf(read) + offset) return 0;
+Refusal checkOverRightEnd(const std::string& contig, const std::string& read, int64_t offset,
+                          const PlacementOptions& options) {
+  if (lengthOf(contig) > lengthOf(read) + offset) return Refusal::kInsideContig;
   const int64_t overlap = lengthOf(contig) - offset;
-  if (overlap < cutToInt(leastOverlap(read))) return 0;
-  const int64_t same = countSame(contig, offset, read, 0, overlap);
-  return isEqualEnough(same, overlap, mapCut) ? 1 : 0;
+  if (overlap < cutToInt(leastOverlap(read, options))) return Refusal::kShortOverlap;
+  return checkShare(countSame(contig, offset, read, 0, overlap), overlap, options);
 }
 
-int MapRead2Rcontig(const std::string& contig, const std::string& read, int64_t offset) {
+Refusal checkOverLeftEnd(const std::string& contig, const std::string& read, int64_t offset,
+                         const PlacementOptions& options) {
   const int64_t reach = lengthOf(read) + offset;
-  int64_t same = countSame(contig, 0, read, -offset, std::min(lengthOf(contig), reach));
-  const bool spansContig = lengthOf(contig) < reach;
-  if (spansContig && leastOverlap(read) > static_cast<double>(contig.size())) same = 0;
+  const int64_t compared = std::min(lengthOf(contig), reach);
   // KEPT: measured against the reach, also where only the contig's length could be compared
   // (MapRead2Rcontig.ShortContigIsMeasuredAgainstTheReach)
-  return isEqualEnough(same, reach, mapCut) ? 1 : 0;
+  const bool spansContig = lengthOf(contig) < reach;
+  if (spansContig && leastOverlap(read, options) > static_cast<double>(contig.size())) {
+    // It counts as one without an equal base, which is enough where none is asked for.
+    const bool isEnough = checkShare(0, reach, options) == Refusal::kNone;
+    return isEnough ? Refusal::kNone : Refusal::kShortOverlap;
+  }
+  return checkShare(countSame(contig, 0, read, -offset, compared), reach, options);
 }
 
-int MapRead2Contig(const std::string& contig, const std::string& read, int64_t offset) {
-  if (offset > 0 && leastOverlap(read) > static_cast<double>(lengthOf(contig) - offset)) return 0;
-  if (offset < 0 && leastOverlap(read) > static_cast<double>(offset + lengthOf(read))) return 0;
+Refusal checkOnContig(const std::string& contig, const std::string& read, int64_t offset,
+                      const PlacementOptions& options) {
+  const double least = leastOverlap(read, options);
+  const bool isShort = (offset > 0 && least > static_cast<double>(lengthOf(contig) - offset)) ||
+                       (offset < 0 && least > static_cast<double>(offset + lengthOf(read)));
+  if (isShort) return Refusal::kShortOverlap;
   const int64_t contigStart = std::max<int64_t>(offset, 0);
   const int64_t readStart = std::max<int64_t>(-offset, 0);
   const int64_t compared = std::min(lengthOf(contig) - contigStart, lengthOf(read) - readStart);
-  const int64_t same = countSame(contig, contigStart, read, readStart, compared);
-  return isEqualEnough(same, compared, mapCut) ? 1 : 0;
+  return checkShare(countSame(contig, contigStart, read, readStart, compared), compared, options);
 }
 
 }  // namespace velk

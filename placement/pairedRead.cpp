@@ -1,9 +1,8 @@
 #include <optional>
 
-#include "driver/velk.h"
-#include "placement/Read2Scaf.h"
-#include "placement/gapRecord.h"
-#include "placement/kmerWalk.h"
+#include "placement/edgeCheck.h"
+#include "placement/lengths.h"
+#include "placement/verdict.h"
 
 namespace velk {
 namespace {
@@ -31,8 +30,6 @@ struct MateGeometry {
   int64_t farMatePosition;   // position of the mate in the far gap
   bool mayRunOverRightEdge;  // whether the anchor may be recorded in the gap behind its contig
 };
-
-using Resolve = std::optional<MateGeometry> (*)(const Anchor&);
 
 // The mate lies behind the contig: the fragment begins with the anchor's first base. Nothing for
 // the last contig, which has no gap behind it.
@@ -96,55 +93,58 @@ bool reachesFarGap(const Anchor& anchor, const MateGeometry& mate, int readLengt
          mate.farMatePosition + anchor.mateLength > 0 && mate.farMatePosition < farGapLength;
 }
 
-// The body of both directions; `resolve` says where the mate of an anchor lies.
-void checkPairedRead(Resolve resolve, int64_t& i, const std::string& anchorRead,
-                     const std::string& mateRead, uint32_t& n, int t) {
-  KmerWalk(*kmerHash, Kmer).uniqueHits(anchorRead, i, [&](const Hit& hit) {
-    const ScaffoldInfo& info = scaffoldInfo[hit.scaffold];
-    const Anchor anchor{
-        info, hit.contig, hit.offset, lengthOf(anchorRead), lengthOf(mateRead), insertLength};
-    const std::optional<MateGeometry> mate = resolve(anchor);
-    if (!mate) return Walk::kGoOn;
-    const int64_t gapLength = gapBefore(info.contigsInfo[mate->gap]);
+// The records of the mate, in the gap next to the anchor's contig and in the one beyond.
+void addMate(Verdict& verdict, const Anchor& anchor, const MateGeometry& mate,
+             const PlacementOptions& options) {
+  const int64_t gapLength = gapBefore(anchor.contigAt(mate.gap));
+  const int64_t position = snapped(mate.matePosition, anchor.mateLength, gapLength, options.kmer);
+  if (-anchor.mateLength <= position && position <= gapLength) {
+    verdict.add(RecordKind::kMate, mate.gap, position, mate.matePosition);
+  }
+  if (reachesFarGap(anchor, mate, options.readLength)) {
+    verdict.add(RecordKind::kGapBeyond, mate.farGap, mate.farMatePosition);
+  }
+}
 
-    // KEPT: a large insert at a small gap gives up the whole pair
-    // (CheckForwardRead.LargeInsertAtASmallGapStopsTheWalk)
-    if (gapLength < BIGGAPLEN && insertLength > BIGGAPLEN) return Walk::kStop;
-    const ContigInfo& contig = info.contigsInfo[hit.contig];
-    if (MapRead2Contig(contig.contigSeq, anchorRead, hit.offset) == 0) return Walk::kGoOn;
-
-    const auto record = [&](const std::string& read, uint64_t contigBehind, int64_t position) {
-      recordAtGap(t, n, read, hit.scaffold, contigBehind, position);
-    };
-    const int64_t position = snapped(mate->matePosition, anchor.mateLength, gapLength, Kmer);
-    if (-anchor.mateLength <= position && position <= gapLength) {
-      record(mateRead, mate->gap, position);
-    }
-    if (reachesFarGap(anchor, *mate, readLen)) {
-      record(mateRead, mate->farGap, mate->farMatePosition);
-    }
-
-    const int64_t contigLength = lengthOf(contig.contigSeq);
-    const int64_t anchorEnd = anchor.length + hit.offset;
-    if (hit.offset > 0 && anchorEnd > contigLength && mate->mayRunOverRightEdge) {
-      record(anchorRead, hit.contig + 1, hit.offset - contigLength);
-    } else if (hit.offset < 0 && anchorEnd >= 1 && hit.contig >= 1) {
-      record(anchorRead, hit.contig, gapBefore(contig) + hit.offset);
-    }
-    return Walk::kStop;
-  });
+// The record of the anchor itself, if it reaches into a gap.
+void addAnchor(Verdict& verdict, const Anchor& anchor, bool mayRunOverRightEdge) {
+  const ContigInfo& contig = anchor.contigAt(anchor.contig);
+  const int64_t contigLength = lengthOf(contig.contigSeq);
+  const int64_t end = anchor.length + anchor.offset;
+  if (anchor.offset > 0 && end > contigLength && mayRunOverRightEdge) {
+    verdict.add(RecordKind::kAnchor, anchor.contig + 1, anchor.offset - contigLength);
+  } else if (anchor.offset < 0 && end >= 1 && anchor.contig >= 1) {
+    verdict.add(RecordKind::kAnchor, anchor.contig, gapBefore(contig) + anchor.offset);
+  }
 }
 
 }  // namespace
 
-void checkForwardRead(int64_t& i, const std::string& anchor, const std::string& mate, uint32_t& n,
-                      int t) {
-  checkPairedRead(forwardGeometry, i, anchor, mate, n, t);
-}
+Verdict judgePair(Direction direction, const Hit& hit, const std::string& anchorRead,
+                  int64_t mateLength, const ScaffoldInfo& info, const PlacementOptions& options) {
+  const Anchor anchor{info,       hit.contig,    hit.offset, lengthOf(anchorRead),
+                      mateLength, options.insert};
+  const std::optional<MateGeometry> mate =
+      direction == Direction::kForward ? forwardGeometry(anchor) : reverseGeometry(anchor);
+  Verdict verdict;
+  if (!mate) {
+    verdict.refusal = Refusal::kNoGap;
+    return verdict;
+  }
+  if (gapBefore(anchor.contigAt(mate->gap)) < options.bigGapLength &&
+      options.insert > options.bigGapLength) {
+    verdict.refusal = Refusal::kSmallGap;
+    return verdict;
+  }
+  const std::string& contig = anchor.contigAt(hit.contig).contigSeq;
+  verdict.refusal = checkOnContig(contig, anchorRead, hit.offset, options);
+  if (verdict.refusal != Refusal::kNone) return verdict;
 
-void checkReverseRead(int64_t& i, const std::string& anchor, const std::string& mate, uint32_t& n,
-                      int t) {
-  checkPairedRead(reverseGeometry, i, anchor, mate, n, t);
+  verdict.gap = mate->gap;
+  verdict.matePosition = mate->matePosition;
+  addMate(verdict, anchor, *mate, options);
+  addAnchor(verdict, anchor, mate->mayRunOverRightEdge);
+  return verdict;
 }
 
 }  // namespace velk

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 
 namespace velk {
 
@@ -11,6 +12,13 @@ void reverseComplement(char* target, const char* source, std::size_t length);
 
 /// Puts the reverse complement of the `length` characters at `letters` in their place.
 void reverseComplementInPlace(char* letters, std::size_t length);
+
+/// The reverse complement of `bases`.
+inline std::string reverseComplementOf(const std::string& bases) {
+  std::string made(bases.size(), 'A');
+  reverseComplement(made.data(), bases.data(), bases.size());
+  return made;
+}
 
 /// As reverseComplement, without what only some processors have.
 void reverseComplementPlainly(char* target, const char* source, std::size_t length);

@@ -30,11 +30,6 @@ def gaps_of(lengths):
     return scaffold(">scaffold3", bases)
 
 
-def long_contig(length):
-    unit = random_bases(10000, 31)
-    return scaffold(">scaffold3", (unit * (length // len(unit) + 1))[:length])
-
-
 def swallowed(w):
     w.files["s.fa"] = w.scaffold_text().replace(">scaffold2", ">scaffold3\n>scaffold2")
 
@@ -68,4 +63,3 @@ case("gap-placeholder", gaps_of([100] * 5), gaps_of([100] * 4))
 case("gap-negative", contigs(lambda w: w.contig_text().replace("\t120", "\t-120")),
      contigs(World.contig_text))
 case("nothing-indexed", option("-L", 2501), option("-L", 2500), near_also=["cutoff-drops-contigs"])
-case("fields-exceeded", long_contig((1 << 24) + 1), long_contig(1 << 24))

@@ -16,9 +16,9 @@ def free_memory():
     return free
 
 
-def table_of(share):
-    """-m for a table of a share of the free memory."""
-    return lambda w: option("-m", int(share * free_memory() / 16.25))(w)
+def threads_of(share):
+    """-t for threads that take a share of the free memory: stack, heap and a row of results each."""
+    return lambda w: option("-t", int(share * free_memory() / 135208))(w)
 
 
 case("option-missing", lambda w: w.options.pop("-o"))
@@ -42,10 +42,8 @@ case("output-unwritable", option("-o", "folder/out.fa"),
      lambda w: (option("-o", "folder/out.fa")(w), w.folders.append("folder")))
 case("output-exists", lambda w: w.files.update({"out.fa": "x"}),
      lambda w: w.files.update({"out.fasta": "x"}))
-case("table-grows", option("-m", 1000), option("-m", 20000))
-case("table-oversized", option("-m", 10000000), option("-m", 5000000))
 case("table-refused", option("-m", 2000000000000), option("-m", 20000))
-case("memory-short", table_of(1.3), table_of(0.6), also=["table-oversized"],
-     near_also=["table-oversized"])
-case("memory-tight", table_of(0.9), table_of(0.6), also=["table-oversized"],
-     near_also=["table-oversized"])
+case("memory-short", threads_of(1.3), threads_of(0.6), also=["threads-many"],
+     near_also=["threads-many"])
+case("memory-tight", threads_of(0.9), threads_of(0.6), also=["threads-many"],
+     near_also=["threads-many"])

@@ -72,16 +72,20 @@ class CommandLine(unittest.TestCase):
         self.assertEqual((report["advice"]["distinct_kmers"], report["advice"]["r"]), (8111, 100))
 
     def test_advised_command_line_is_good_advice(self):
-        report = json.loads(self.run_check("--json", "-m", "50", *RUN).stdout)
-        self.assertIn("table-grows", [finding["id"] for finding in report["findings"]])
+        report = json.loads(self.run_check("--json", "-r", "50", *RUN).stdout)
+        self.assertIn("reads-longer", [finding["id"] for finding in report["findings"]])
         words = shlex.split(report["advice"]["command"])
         self.assertEqual(words[0], "velk")
         report = json.loads(self.run_check("--json", *words[1:]).stdout)
-        self.assertNotIn("table-grows", [finding["id"] for finding in report["findings"]])
+        self.assertNotIn("reads-longer", [finding["id"] for finding in report["findings"]])
+
+    def test_growth_beyond_the_largest_table_is_foretold(self):
+        self.assertIn("-f", self.findings(*RUN, "-f", "1e-12")["table-refused"]["text"])
+        self.assertNotIn("table-refused", self.findings(*RUN, "-f", "1e-3"))
 
     def test_other_arguments_stay_in_the_advice(self):
         ended = self.run_check("--json", *RUN, "-t", "1", "-f", "0.9", "-M", "0.9")
-        self.assertIn(" -t 1 -f 0.9 -M 0.9 -m ", json.loads(ended.stdout)["advice"]["command"])
+        self.assertIn(" -t 1 -f 0.9 -M 0.9 -r ", json.loads(ended.stdout)["advice"]["command"])
 
     def test_names_are_quoted_in_the_advice(self):
         ended = self.run_check("--json", *RUN[:4], "-o", "it's found.fa")

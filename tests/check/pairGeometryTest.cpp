@@ -32,6 +32,7 @@ class PairGeometryTest : public test::AssemblyTest {
   PairMeasure measured(double mean, double spread, int pairs, Turn turn) {
     std::normal_distribution<double> lengths(mean, spread);
     PairGeometry geometry(lengths_);
+    Engine engine = engineOfRun();
     for (int i = 0; i < pairs; ++i) {
       const auto length = static_cast<std::size_t>(std::max(1.0 * kRead, lengths(random_)));
       std::string fragment = genome_.substr(random_() % (genome_.size() - length), length);
@@ -39,8 +40,8 @@ class PairGeometryTest : public test::AssemblyTest {
       std::string one = fragment.substr(0, kRead);
       std::string other = test::reverseComplement(fragment.substr(length - kRead));
       turn(one, other);
-      const auto a = placeOfRead(one);
-      const auto b = placeOfRead(other);
+      const auto a = placeOfRead(engine, one);
+      const auto b = placeOfRead(engine, other);
       if (a && b) geometry.add(*a, *b);
     }
     return geometry.measure();
@@ -92,18 +93,19 @@ TEST_F(PairGeometryTest, PairsOnDifferentContigsDoNotCount) {
 
 TEST_F(PairGeometryTest, PlacesOfReads) {
   const std::string read = genome_.substr(500, kRead);
-  const auto forward = placeOfRead(read);
+  Engine engine = engineOfRun();
+  const auto forward = placeOfRead(engine, read);
   ASSERT_TRUE(forward);
   EXPECT_EQ(forward->start, 500);
   EXPECT_EQ(forward->end, 600);
   EXPECT_FALSE(forward->isReverse);
-  const auto reverse = placeOfRead(test::reverseComplement(read));
+  const auto reverse = placeOfRead(engine, test::reverseComplement(read));
   ASSERT_TRUE(reverse);
   EXPECT_EQ(reverse->start, 500);
   EXPECT_TRUE(reverse->isReverse);
-  EXPECT_FALSE(placeOfRead(test::randomBases(kRead, 99)));
-  EXPECT_FALSE(placeOfRead(read.substr(0, 30)));
-  EXPECT_FALSE(placeOfRead("N" + read));
+  EXPECT_FALSE(placeOfRead(engine, test::randomBases(kRead, 99)));
+  EXPECT_FALSE(placeOfRead(engine, read.substr(0, 30)));
+  EXPECT_FALSE(placeOfRead(engine, "N" + read));
 }
 
 }  // namespace

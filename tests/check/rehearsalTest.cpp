@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "contig/contig.h"
-#include "kmer/hashSet.h"
+#include "kmer/fetchKmers.h"
 #include "tests/support/assembly.h"
 
 namespace velk::check {
@@ -16,7 +16,7 @@ class RehearsalTest : public test::AssemblyTest {
     const std::string twice = test::randomBases(10000, 1);
     load({{{twice}, {test::randomBases(8000, 2), 100}},
           {{test::randomBases(12000, 3)}, {twice, 50}, {test::randomBases(60, 4), 50}}});
-    free_hash(kmerHash);  // load() has made one
+    freeKmerHash(kmerHash);  // load() has made one
     kmerHash = nullptr;
   }
 

@@ -1,14 +1,15 @@
-// Placement, with its index and its walk, against the plain model. Input: placementInput.h.
-#include <algorithm>
+// Placement against the plain model: the given functions, and all that every engine tells a sink.
+// Input: placementInput.h.
 #include <string>
 #include <vector>
 
+#include "contig/contig.h"
 #include "driver/velk.h"
-#include "kmer/hashSet.h"
-#include "placement/kmerWalk.h"
-#include "streaming/readBuffer.h"
+#include "placement/batchScan.h"
 #include "tests/fuzz/fuzz.h"
 #include "tests/fuzz/placementInput.h"
+#include "tests/placement/engines.h"
+#include "tests/placement/eventSink.h"
 #include "tests/placement/placementTest.h"
 #include "tests/placement/plainPlacement.h"
 
@@ -16,7 +17,7 @@ namespace velk::fuzz {
 namespace {
 
 using test::Outcome;
-using test::PlainHit;
+using test::PlainEvent;
 using test::PlainPlacement;
 using test::TestRecord;
 
@@ -32,48 +33,55 @@ class Ground : public test::PlacementTest {
       compareRoutines(plain, input.first[k], input.second[k]);
       compareRoutines(plain, test::plainReverseComplement(input.first[k]), input.second[k]);
     }
+    plain.takeEvents();
+    compareEvents<PlainEngine>(input);
+#ifndef VELK_PLAIN_ENGINE
+    compareEvents<FastEngine>(input);
+    compareEvents<test::FastInGroups>(input);
+    compareEvents<test::FastUnprepared>(input);
+    compareEvents<test::FastPacked>(input);
+#endif
     compareBatches(plain, input);
   }
 
  private:
   void prepare(const PlacementInput& input) {
     setWorkers(input.workers);
-    Kmer = input.settings.kmer;
-    OverRatio = input.settings.overRatio;
-    mapCut = input.settings.mapCut;
-    readLen = input.settings.readLength;
-    CONTIGLEN = input.settings.shortestContig;
-    BIGGAPLEN = input.settings.bigGap;
-    insertLength = input.settings.insert;
+    makeParameters(input.settings);
     assemble(input.assembly);
   }
 
-  static std::vector<PlainHit> hitsOf(const std::string& read) {
-    std::vector<PlainHit> hits;
-    int64_t i = 0;
-    KmerWalk(*kmerHash, Kmer).uniqueHits(read, i, [&](const Hit& hit) {
-      hits.push_back(
-          {i, static_cast<int64_t>(hit.scaffold), static_cast<int64_t>(hit.contig), hit.offset});
-      return Walk::kGoOn;
-    });
-    return hits;
+  // What an engine tells of worker t's share of a batch.
+  template <class Engine>
+  static std::vector<PlainEvent> eventsOf(std::vector<std::string>& reads, std::string* mates,
+                                          std::size_t t, std::size_t workers) {
+    Engine engine = test::engineOver<Engine>();
+    test::EventSink sink;
+    const Batch batch{reads.data(),
+                      mates,
+                      static_cast<int64_t>(reads.size()),
+                      static_cast<int64_t>(t),
+                      static_cast<int64_t>(workers),
+                      scaffoldInfo,
+                      optionsOfRun()};
+    scanBatch(engine, batch, sink);
+    return sink.events();
   }
 
-  // The walk may leave out a hit at a place at which it has shown one, and no other.
-  static void compareHits(const std::vector<PlainHit>& plain, const std::vector<PlainHit>& shown) {
-    auto next = shown.begin();
-    for (const PlainHit& hit : plain) {
-      if (next != shown.end() && *next == hit) {
-        ++next;
-        continue;
-      }
-      const bool isShown = std::any_of(shown.begin(), next, [&](const PlainHit& earlier) {
-        return earlier.scaffold == hit.scaffold && earlier.contig == hit.contig &&
-               earlier.offset == hit.offset;
-      });
-      require(isShown, "the walk leaves out a hit");
+  template <class Engine>
+  static void compareEvents(PlacementInput input) {
+    PlainPlacement plain(input.assembly, input.settings);
+    const auto workers = static_cast<std::size_t>(input.workers);
+    std::vector<std::string> first = input.first;
+    std::vector<std::string> second = input.second;
+    for (std::size_t t = 0; t < workers; ++t) {
+      plain.scan(input.reads, t, workers);
+      require(plain.takeEvents() == eventsOf<Engine>(input.reads, nullptr, t, workers),
+              "a batch of single reads tells otherwise");
+      plain.scan(input.first, input.second, t, workers);
+      require(plain.takeEvents() == eventsOf<Engine>(first, second.data(), t, workers),
+              "a batch of pairs tells otherwise");
     }
-    require(next == shown.end(), "the walk shows a hit that is none");
   }
 
   template <class Model>
@@ -85,7 +93,6 @@ class Ground : public test::PlacementTest {
   static void compareRoutines(PlainPlacement& plain, const std::string& read,
                               const std::string& mate) {
     if (read.size() < static_cast<std::size_t>(Kmer)) return;
-    compareHits(plain.hitsOf(read), hitsOf(read));
     compare(
         single(read), [&](auto& records) { return plain.single(read, records); },
         "a single read is placed otherwise");

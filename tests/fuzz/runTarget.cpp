@@ -11,7 +11,7 @@
 
 #include "contig/contig.h"
 #include "driver/velk.h"
-#include "kmer/hashSet.h"
+#include "kmer/fetchKmers.h"
 #include "streaming/readBuffer.h"
 #include "streaming/workerPool.h"
 #include "tests/fuzz/fuzz.h"
@@ -81,7 +81,7 @@ void cleanUp() {
   delete[] readsA;
   delete[] readsB;
   readsA = readsB = nullptr;
-  if (kmerHash != nullptr) free_hash(kmerHash);
+  if (kmerHash != nullptr) freeKmerHash(kmerHash);
   kmerHash = nullptr;
   releaseScaffolds();
   delete[] readSumInEachGap;

@@ -56,6 +56,20 @@ void operator delete(void* memory, std::size_t /*size*/) noexcept {
   std::free(memory);
 }
 
+// The sanitizers' own would not come to the ones above.
+
+void* operator new[](std::size_t size) {
+  return operator new(size);
+}
+
+void operator delete[](void* memory) noexcept {
+  std::free(memory);
+}
+
+void operator delete[](void* memory, std::size_t /*size*/) noexcept {
+  std::free(memory);
+}
+
 namespace velk::test {
 
 void failAllocationAfter(int n) {

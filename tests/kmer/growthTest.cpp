@@ -4,6 +4,7 @@
 #include <cmath>
 #include <vector>
 
+#include "kmer/tableSize.h"
 #include "tests/kmer/hashSetFixture.h"
 
 namespace velk::test {
@@ -160,20 +161,6 @@ TEST(HashSet, EntityOfZeroBitsIsFoundUntilItIsDeleted) {
   int flag = 1;
   GetHashSet(set.get(), entityOf(0), flag);
   EXPECT_EQ(flag, 0);
-}
-
-TEST(HashSet, EntitiesAddedByProbesAreNotedAsFilledAfterwards) {
-  const OwnSet set = makeSet(70, 0.75F);
-  for (int i = 0; i < 2; ++i) {
-    for (uint64_t key = 0; key < 60; ++key) {
-      addBegun(set.get(), entityOf(key, 0), startProbe(*set, key));
-    }
-  }
-  EXPECT_EQ(set->count, 60U);
-  noteFilled(set.get());
-  EXPECT_EQ(brokenInvariant(*set), "");
-  EXPECT_EQ(find(set, 0).unique, 0U);
-  EXPECT_LT(get_hashset(set.get(), entityOf(0)), set->size);
 }
 
 TEST(HashSet, DeletedEntitiesAreLeftBehindByGrowth) {

@@ -49,19 +49,6 @@ TEST(HashSet, EntityIsTwoWordsOfBitFields) {
                           uint64_t{1} << 63);
 }
 
-TEST(HashSet, UniqueEntityTakesTheLowBitsOfItsPlace) {
-  for (const uint64_t outgrown : {uint64_t{0}, uint64_t{1}, uint64_t{0x12345}}) {
-    const KmerPlace place{outgrown << 20 | 0x81234, outgrown << 19 | 0x41235,
-                          outgrown << 24 | 0x812346};
-    const Entity entity = uniqueEntity(0x0123456789abcdef, place);
-    EXPECT_EQ(entity.bitSeq, 0x0123456789abcdefU);
-    EXPECT_EQ(entity.scaffoldNum, 0x81234U);
-    EXPECT_EQ(entity.contigNum, 0x41235U);
-    EXPECT_EQ(entity.startPos, 0x812346U);
-    EXPECT_EQ(entity.unique, 1U);
-  }
-}
-
 TEST(HashSet, NewSetIsEmpty) {
   const OwnSet set = makeSet(20, 0.5F);
   EXPECT_EQ(set->e_size, 16U);

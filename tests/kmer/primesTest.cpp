@@ -1,9 +1,9 @@
-// The sizing helpers of the hash set.
+// Which numbers of slots count as prime.
 #include <gtest/gtest.h>
 
 #include <cmath>
 
-#include "kmer/hashSet.h"
+#include "kmer/tableSize.h"
 
 namespace velk::test {
 namespace {

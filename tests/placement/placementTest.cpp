@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "contig/contig.h"
-#include "kmer/hashSet.h"
+#include "kmer/plainIndex.h"
 #include "placement/Read2Scaf.h"
 #include "streaming/readBuffer.h"
 
@@ -14,9 +14,13 @@ namespace {
 // Rows as small as those of a run with this many workers: 101 entries, 303 records.
 constexpr int kWorkersOfSmallRows = bufferSize / 100;
 
+constexpr uint64_t kSlots = 4096;  // of the plain engine's table, at first
+
 constexpr int64_t kNotSet = -77;  // a value of i that no walk returns
 
 }  // namespace
+
+HashSet* plainHash = nullptr;
 
 void PrintTo(const TestRecord& record, std::ostream* out) {
   *out << "{" << record.read << ", scaffold " << record.scaffold << ", contig "
@@ -51,16 +55,26 @@ PlacementTest::~PlacementTest() {
 }
 
 void PlacementTest::unload() {
-  releaseScaffolds();
-  if (kmerHash != nullptr) free_hash(kmerHash);
-  kmerHash = nullptr;
-  delete[] readSumInEachGap;
-  readSumInEachGap = nullptr;
+  releaseAssembly();
+  if (plainHash != nullptr) free_hash(plainHash);
+  plainHash = nullptr;
 }
 
 void PlacementTest::assemble(const std::vector<TestScaffold>& scaffolds) {
   unload();
   load(scaffolds);
+  plainHash = init_hashset(kSlots, LoadFactor);
+  addContigKmers(plainHash, scaffoldInfo, scaffoldSum);
+}
+
+void PlacementTest::makeParameters(const PlainSettings& settings) {
+  Kmer = settings.kmer;
+  OverRatio = settings.overRatio;
+  mapCut = settings.mapCut;
+  readLen = settings.readLength;
+  CONTIGLEN = settings.shortestContig;
+  BIGGAPLEN = settings.bigGap;
+  insertLength = settings.insert;
 }
 
 void PlacementTest::setWorkers(int workers) {

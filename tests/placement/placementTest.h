@@ -6,9 +6,15 @@
 #include <string>
 #include <vector>
 
+#include "kmer/hashSet.h"
+#include "tests/placement/plainPlacement.h"
 #include "tests/support/assembly.h"
 
 namespace velk::test {
+
+/// The plain engine's table of the assembly, whichever engine the run's functions take; null
+/// without an assembly. Written by PlacementTest.
+extern HashSet* plainHash;
 
 /// What a placement routine did with a read.
 struct Outcome {
@@ -31,9 +37,12 @@ class PlacementTest : public AssemblyTest {
   PlacementTest();
   ~PlacementTest() override;
 
-  /// Makes `scaffolds` the assembly, in place of an earlier one, indexed with the current Kmer and
-  /// CONTIGLEN.
+  /// Makes `scaffolds` the assembly, in place of an earlier one, indexed for both engines with the
+  /// current Kmer and CONTIGLEN.
   void assemble(const std::vector<TestScaffold>& scaffolds);
+
+  /// Makes these the run's parameters.
+  static void makeParameters(const PlainSettings& settings);
 
   /// Gives the test rows for `workers` workers in place of the earlier ones (it starts with one).
   void setWorkers(int workers);

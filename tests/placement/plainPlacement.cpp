@@ -1,7 +1,6 @@
 #include "tests/placement/plainPlacement.h"
 
 #include <cctype>
-#include <cmath>
 #include <utility>
 
 namespace velk::test {
@@ -9,10 +8,6 @@ namespace {
 
 int64_t lengthOf(const std::string& bases) {
   return static_cast<int64_t>(bases.size());
-}
-
-char baseAt(const std::string& bases, int64_t i) {
-  return bases.at(static_cast<std::size_t>(i));
 }
 
 bool isBase(char letter) {
@@ -51,17 +46,6 @@ std::string keyOf(const std::string& kmer) {
     key += letter;
   }
   return key;
-}
-
-int64_t cutOff(double value) {
-  if (std::isnan(value)) return 0;
-  if (value >= 2147483647.0) return 2147483647;
-  if (value <= -2147483648.0) return -2147483648LL;
-  return static_cast<int64_t>(value);
-}
-
-double share(int64_t same, int64_t of) {
-  return static_cast<double>(same) / static_cast<double>(of);
 }
 
 }  // namespace
@@ -116,76 +100,31 @@ std::vector<PlainHit> PlainPlacement::hitsOf(const std::string& read) const {
   return hits;
 }
 
-void PlainPlacement::record(const PlainHit& hit, int64_t right, const std::string& read,
-                            int64_t position, std::vector<TestRecord>& records) const {
+void PlainPlacement::record(const PlainHit& hit, const char* kind, int64_t right,
+                            const PlainRead& read, int64_t position, int64_t unmoved,
+                            std::vector<TestRecord>& records) {
   const auto front = static_cast<uint64_t>(right - 1);
-  records.push_back({read, static_cast<uint64_t>(hit.scaffold), front, position,
+  records.push_back({read.bases, static_cast<uint64_t>(hit.scaffold), front, position,
                      gapsBefore_.at(static_cast<std::size_t>(hit.scaffold)) + front,
                      static_cast<uint64_t>(contigAt(hit.scaffold, right).gapBefore)});
+  events_.push_back({std::string("record: ") + kind, read.origin, hit.scaffold, hit.contig,
+                     hit.offset, right, unmoved, records.back()});
 }
 
-// ---- the checks ---------------------------------------------------------------------------------
-
-bool PlainPlacement::agreesOverRightEnd(const std::string& contig, const std::string& read,
-                                        int64_t offset) {
-  if (lengthOf(contig) > lengthOf(read) + offset) return false;
-  const int64_t overlap = lengthOf(contig) - offset;
-  if (overlap < cutOff(static_cast<double>(read.size()) * settings_.overRatio)) {
-    meet("right end: short overlap");
-    return false;
-  }
-  int64_t same = 0;
-  for (int64_t j = 0; j < overlap; ++j) {
-    if (baseAt(contig, offset + j) == baseAt(read, j)) ++same;
-  }
-  return share(same, overlap) >= settings_.mapCut;
+void PlainPlacement::tellAnchor(const PlainHit& hit, const PlainRead& anchor, int64_t right,
+                                int64_t position) {
+  events_.push_back(
+      {"anchored", anchor.origin, hit.scaffold, hit.contig, hit.offset, right, position, {}});
 }
 
-bool PlainPlacement::agreesOverLeftEnd(const std::string& contig, const std::string& read,
-                                       int64_t offset) {
-  const int64_t reach = lengthOf(read) + offset;
-  int64_t same = 0;
-  if (lengthOf(contig) < reach) {
-    meet("left end: over a short contig");
-    for (int64_t j = 0; j < lengthOf(contig); ++j) {
-      if (baseAt(read, j - offset) == baseAt(contig, j)) ++same;
-    }
-    const double least = static_cast<double>(read.size()) * settings_.overRatio;
-    if (least > static_cast<double>(contig.size())) {
-      meet("left end: contig too short");
-      same = 0;
-    }
-  } else {
-    for (int64_t j = 0; j < reach; ++j) {
-      if (baseAt(read, j - offset) == baseAt(contig, j)) ++same;
-    }
+void PlainPlacement::refuse(const PlainHit& hit, const PlainRead& read, const std::string& reason) {
+  if (!refused_.insert({hit.scaffold, hit.contig, hit.offset}).second) {
+    meet("refused again");
+    return;
   }
-  return share(same, reach) >= settings_.mapCut;
-}
-
-bool PlainPlacement::agrees(const std::string& contig, const std::string& read,
-                            int64_t offset) const {
-  const int64_t contigLength = lengthOf(contig);
-  const int64_t readLength = lengthOf(read);
-  const double least = static_cast<double>(readLength) * settings_.overRatio;
-  if (offset > 0 && least > static_cast<double>(contigLength - offset)) return false;
-  if (offset < 0 && least > static_cast<double>(offset + readLength)) return false;
-  int64_t compared = 0;
-  int64_t contigStart = 0;
-  int64_t readStart = 0;
-  if (offset >= 0) {
-    contigStart = offset;
-    compared = contigLength - offset;
-    if (compared > readLength) compared = readLength;
-  } else {
-    readStart = -offset;
-    compared = contigLength - offset >= readLength ? offset + readLength : contigLength;
-  }
-  int64_t same = 0;
-  for (int64_t j = 0; j < compared; ++j) {
-    if (baseAt(contig, contigStart + j) == baseAt(read, readStart + j)) ++same;
-  }
-  return share(same, compared) >= settings_.mapCut;
+  meet("refused");
+  events_.push_back(
+      {"refused: " + reason, read.origin, hit.scaffold, hit.contig, hit.offset, -1, 0, {}});
 }
 
 // ---- the batch ----------------------------------------------------------------------------------
@@ -196,8 +135,9 @@ std::vector<TestRecord> PlainPlacement::scan(const std::vector<std::string>& rea
   for (std::size_t j = t; j < reads.size(); j += workers) {
     const std::string& read = reads[j];
     if (read.find('N') != std::string::npos || lengthOf(read) < settings_.kmer) continue;
-    if (single(read, records) != lengthOf(read) - settings_.kmer + 1) continue;
-    single(plainReverseComplement(read), records);
+    const auto entry = static_cast<int64_t>(j);
+    if (single({read, {entry, 0, false}}, records) != lengthOf(read) - settings_.kmer + 1) continue;
+    single({plainReverseComplement(read), {entry, 0, true}}, records);
   }
   return records;
 }
@@ -206,13 +146,18 @@ std::vector<TestRecord> PlainPlacement::scan(std::vector<std::string>& first,
                                              std::vector<std::string>& second, std::size_t t,
                                              std::size_t workers) {
   std::vector<TestRecord> records;
-  for (std::size_t j = t; j < first.size(); j += workers) scanPair(first[j], second[j], records);
+  for (std::size_t j = t; j < first.size(); j += workers) {
+    scanPair(static_cast<int64_t>(j), first[j], second[j], records);
+  }
   return records;
 }
 
-void PlainPlacement::scanPair(std::string& a, std::string& b, std::vector<TestRecord>& records) {
+void PlainPlacement::scanPair(int64_t entry, std::string& a, std::string& b,
+                              std::vector<TestRecord>& records) {
   if (a.find('N') != std::string::npos || b.find('N') != std::string::npos) return;
-  if (settings_.insert > 1000) {
+  // The reads of a pair that is rewritten are told as they were sequenced.
+  const bool isRewritten = settings_.insert > 1000;
+  if (isRewritten) {
     meet("batch: pair rewritten");
     const std::string oldA = a;
     a = plainReverseComplement(b);
@@ -221,16 +166,20 @@ void PlainPlacement::scanPair(std::string& a, std::string& b, std::vector<TestRe
   if (lengthOf(a) < settings_.kmer || lengthOf(b) < settings_.kmer) return;
   const int64_t endOfA = lengthOf(a) - settings_.kmer + 1;
   const int64_t endOfB = lengthOf(b) - settings_.kmer + 1;
-  const std::string turnedA = plainReverseComplement(a);
-  const std::string turnedB = plainReverseComplement(b);
+  const int mateOfA = isRewritten ? 1 : 0;
+  const int mateOfB = isRewritten ? 0 : 1;
+  const PlainRead asA(a, {entry, mateOfA, isRewritten});
+  const PlainRead turnedA(plainReverseComplement(a), {entry, mateOfA, !isRewritten});
+  const PlainRead asB(b, {entry, mateOfB, isRewritten});
+  const PlainRead turnedB(plainReverseComplement(b), {entry, mateOfB, !isRewritten});
   meet("batch: try 1");
-  if (forward(a, turnedB, records) != endOfA) return;
+  if (forward(asA, turnedB, records) != endOfA) return;
   meet("batch: try 2");
-  if (reverse(turnedB, a, records) != endOfB) return;
+  if (reverse(turnedB, asA, records) != endOfB) return;
   meet("batch: try 3");
-  if (reverse(turnedA, b, records) != endOfA) return;
+  if (reverse(turnedA, asB, records) != endOfA) return;
   meet("batch: try 4");
-  if (forward(b, turnedA, records) == endOfB) meet("batch: no try");
+  if (forward(asB, turnedA, records) == endOfB) meet("batch: no try");
 }
 
 }  // namespace velk::test

@@ -10,64 +10,75 @@ int64_t lengthOf(const std::string& bases) {
 
 }  // namespace
 
-int64_t PlainPlacement::single(const std::string& read, std::vector<TestRecord>& records) {
-  for (const PlainHit& hit : hitsOf(read)) {
+int64_t PlainPlacement::single(const PlainRead& read, std::vector<TestRecord>& records) {
+  refused_.clear();
+  for (const PlainHit& hit : hitsOf(read.bases)) {
     if (placeSingle(hit, read, records)) return hit.i;
   }
-  return lengthOf(read) - settings_.kmer + 1;
+  return lengthOf(read.bases) - settings_.kmer + 1;
 }
 
-int64_t PlainPlacement::forward(const std::string& anchor, const std::string& mate,
+int64_t PlainPlacement::forward(const PlainRead& anchor, const PlainRead& mate,
                                 std::vector<TestRecord>& records) {
-  for (const PlainHit& hit : hitsOf(anchor)) {
+  refused_.clear();
+  for (const PlainHit& hit : hitsOf(anchor.bases)) {
     if (placeForward(hit, anchor, mate, records)) return hit.i;
   }
-  return lengthOf(anchor) - settings_.kmer + 1;
+  return lengthOf(anchor.bases) - settings_.kmer + 1;
 }
 
-int64_t PlainPlacement::reverse(const std::string& anchor, const std::string& mate,
+int64_t PlainPlacement::reverse(const PlainRead& anchor, const PlainRead& mate,
                                 std::vector<TestRecord>& records) {
-  for (const PlainHit& hit : hitsOf(anchor)) {
+  refused_.clear();
+  for (const PlainHit& hit : hitsOf(anchor.bases)) {
     if (placeReverse(hit, anchor, mate, records)) return hit.i;
   }
-  return lengthOf(anchor) - settings_.kmer + 1;
+  return lengthOf(anchor.bases) - settings_.kmer + 1;
 }
 
-bool PlainPlacement::placeSingle(const PlainHit& hit, const std::string& read,
+bool PlainPlacement::placeSingle(const PlainHit& hit, const PlainRead& read,
                                  std::vector<TestRecord>& records) {
   const int64_t contigs =
       static_cast<int64_t>(assembly_.at(static_cast<std::size_t>(hit.scaffold)).size());
   const int64_t c = hit.contig;
   const TestContig& contig = contigAt(hit.scaffold, c);
   if (hit.offset > 0 && c < contigs - 1) {
-    if (!agreesOverRightEnd(contig.bases, read, hit.offset)) {
+    const std::string reason = overRightEnd(contig.bases, read.bases, hit.offset);
+    if (!reason.empty()) {
       meet("single: refused at the right end");
+      refuse(hit, read, reason);
       return false;
     }
     meet("single: placed at the right end");
-    record(hit, c + 1, read, hit.offset - lengthOf(contig.bases), records);
+    const int64_t position = hit.offset - lengthOf(contig.bases);
+    record(hit, "edge", c + 1, read, position, position, records);
     return true;
   }
   if (hit.offset < 0 && c >= 1) {
-    if (!agreesOverLeftEnd(contig.bases, read, hit.offset)) {
+    const std::string reason = overLeftEnd(contig.bases, read.bases, hit.offset);
+    if (!reason.empty()) {
       meet("single: refused at the left end");
+      refuse(hit, read, reason);
       return false;
     }
     meet("single: placed at the left end");
-    record(hit, c, read, hit.offset + contig.gapBefore, records);
+    const int64_t position = hit.offset + contig.gapBefore;
+    record(hit, "edge", c, read, position, position, records);
     return true;
   }
   meet(hit.offset == 0 ? "single: offset zero" : "single: no gap there");
+  refuse(hit, read, hit.offset == 0 ? "at the first base" : "no gap");
   return false;
 }
 
-bool PlainPlacement::placeForward(const PlainHit& hit, const std::string& anchor,
-                                  const std::string& mate, std::vector<TestRecord>& records) {
+bool PlainPlacement::placeForward(const PlainHit& hit, const PlainRead& anchor,
+                                  const PlainRead& mate, std::vector<TestRecord>& records) {
   const int64_t contigs =
       static_cast<int64_t>(assembly_.at(static_cast<std::size_t>(hit.scaffold)).size());
   const int64_t c = hit.contig;
   if (c == contigs - 1) {
     meet("forward: last contig");
+    refuse(hit, anchor, "no gap");
     return false;
   }
   const TestContig& contig = contigAt(hit.scaffold, c);
@@ -75,22 +86,26 @@ bool PlainPlacement::placeForward(const PlainHit& hit, const std::string& anchor
   const int64_t gap = contigAt(hit.scaffold, c + 1).gapBefore;
   const int64_t offset = hit.offset;
   const int64_t insert = settings_.insert;
-  const int64_t anchorLength = lengthOf(anchor);
-  const int64_t mateLength = lengthOf(mate);
+  const int64_t mateLength = lengthOf(mate.bases);
   const int64_t twoKmers = 2 * int64_t{settings_.kmer};
   const int64_t twoReads = 2 * int64_t{settings_.readLength};
 
   if (gap < settings_.bigGap && insert > settings_.bigGap) {
     meet("forward: guard");
+    refuse(hit, anchor, "small gap");
     return true;
   }
-  if (!agrees(contig.bases, anchor, offset)) {
+  const std::string reason = onContig(contig.bases, anchor.bases, offset);
+  if (!reason.empty()) {
     meet("forward: refused");
+    refuse(hit, anchor, reason);
     return false;
   }
   meet("forward: settled");
 
-  int64_t position = offset + insert - mateLength - length;
+  const int64_t unmoved = offset + insert - mateLength - length;
+  tellAnchor(hit, anchor, c + 1, unmoved);
+  int64_t position = unmoved;
   if (-twoKmers - mateLength < position && position <= -mateLength) {
     meet("forward: moved to the gap's start");
     position = -mateLength;
@@ -101,7 +116,7 @@ bool PlainPlacement::placeForward(const PlainHit& hit, const std::string& anchor
   }
   if (-mateLength <= position && position <= gap) {
     meet("forward: mate");
-    record(hit, c + 1, mate, position, records);
+    record(hit, "mate", c + 1, mate, position, unmoved, records);
   }
 
   if (c < contigs - 2) {
@@ -111,27 +126,21 @@ bool PlainPlacement::placeForward(const PlainHit& hit, const std::string& anchor
         offset + insert > length + gap + between &&
         offset + insert - mateLength < length + gap + between + farGap) {
       meet("forward: mate in the far gap");
-      record(hit, c + 2, mate, offset + insert - mateLength - length - gap - between, records);
+      const int64_t far = offset + insert - mateLength - length - gap - between;
+      record(hit, "gap beyond", c + 2, mate, far, far, records);
     }
   }
 
-  if (offset > 0 && anchorLength + offset > length) {
-    meet("forward: anchor over the right edge");
-    record(hit, c + 1, anchor, offset - length, records);
-  } else if (offset < 0 && anchorLength + offset >= 1 && c >= 1) {
-    meet("forward: anchor over the left edge");
-    record(hit, c, anchor, contig.gapBefore + offset, records);
-  }
+  recordForwardAnchor(hit, anchor, records);
   return true;
 }
 
-bool PlainPlacement::placeReverse(const PlainHit& hit, const std::string& anchor,
-                                  const std::string& mate, std::vector<TestRecord>& records) {
-  const uint32_t contigs =
-      static_cast<uint32_t>(assembly_.at(static_cast<std::size_t>(hit.scaffold)).size());
+bool PlainPlacement::placeReverse(const PlainHit& hit, const PlainRead& anchor,
+                                  const PlainRead& mate, std::vector<TestRecord>& records) {
   const int64_t c = hit.contig;
   if (c == 0) {
     meet("reverse: first contig");
+    refuse(hit, anchor, "no gap");
     return false;
   }
   const TestContig& contig = contigAt(hit.scaffold, c);
@@ -139,22 +148,27 @@ bool PlainPlacement::placeReverse(const PlainHit& hit, const std::string& anchor
   const int64_t gap = contig.gapBefore;
   const int64_t offset = hit.offset;
   const int64_t insert = settings_.insert;
-  const int64_t anchorLength = lengthOf(anchor);
-  const int64_t mateLength = lengthOf(mate);
+  const int64_t anchorLength = lengthOf(anchor.bases);
+  const int64_t mateLength = lengthOf(mate.bases);
   const int64_t twoKmers = 2 * int64_t{settings_.kmer};
   const int64_t twoReads = 2 * int64_t{settings_.readLength};
 
   if (gap < settings_.bigGap && insert > settings_.bigGap) {
     meet("reverse: guard");
+    refuse(hit, anchor, "small gap");
     return true;
   }
-  if (!agrees(contig.bases, anchor, offset)) {
+  const std::string reason = onContig(contig.bases, anchor.bases, offset);
+  if (!reason.empty()) {
     meet("reverse: refused");
+    refuse(hit, anchor, reason);
     return false;
   }
   meet("reverse: settled");
 
-  int64_t position = gap + offset + anchorLength - insert;
+  const int64_t unmoved = gap + offset + anchorLength - insert;
+  tellAnchor(hit, anchor, c, unmoved);
+  int64_t position = unmoved;
   if (-twoKmers - mateLength < position && position <= -mateLength) {
     meet("reverse: moved to the gap's start");
     position = -mateLength;
@@ -165,7 +179,7 @@ bool PlainPlacement::placeReverse(const PlainHit& hit, const std::string& anchor
   }
   if (-mateLength <= position && position <= gap) {
     meet("reverse: mate");
-    record(hit, c, mate, position, records);
+    record(hit, "mate", c, mate, position, unmoved, records);
   }
 
   if (c >= 2) {
@@ -176,22 +190,53 @@ bool PlainPlacement::placeReverse(const PlainHit& hit, const std::string& anchor
         offset + anchorLength + gap + between - insert < 0 &&
         insert - anchorLength - mateLength - offset - gap - between < farGap) {
       meet("reverse: mate in the far gap");
-      record(hit, c - 1, mate, farGap + between + gap + offset + anchorLength - insert, records);
+      const int64_t far = farGap + between + gap + offset + anchorLength - insert;
+      record(hit, "gap beyond", c - 1, mate, far, far, records);
     }
   }
 
+  recordReverseAnchor(hit, anchor, records);
+  return true;
+}
+
+void PlainPlacement::recordForwardAnchor(const PlainHit& hit, const PlainRead& anchor,
+                                         std::vector<TestRecord>& records) {
+  const int64_t c = hit.contig;
+  const TestContig& contig = contigAt(hit.scaffold, c);
+  const int64_t length = lengthOf(contig.bases);
+  const int64_t offset = hit.offset;
+  const int64_t anchorLength = lengthOf(anchor.bases);
+  if (offset > 0 && anchorLength + offset > length) {
+    meet("forward: anchor over the right edge");
+    record(hit, "anchor", c + 1, anchor, offset - length, offset - length, records);
+  } else if (offset < 0 && anchorLength + offset >= 1 && c >= 1) {
+    meet("forward: anchor over the left edge");
+    const int64_t inGap = contig.gapBefore + offset;
+    record(hit, "anchor", c, anchor, inGap, inGap, records);
+  }
+}
+
+void PlainPlacement::recordReverseAnchor(const PlainHit& hit, const PlainRead& anchor,
+                                         std::vector<TestRecord>& records) {
+  const uint32_t contigs =
+      static_cast<uint32_t>(assembly_.at(static_cast<std::size_t>(hit.scaffold)).size());
+  const int64_t c = hit.contig;
+  const TestContig& contig = contigAt(hit.scaffold, c);
+  const int64_t length = lengthOf(contig.bases);
+  const int64_t offset = hit.offset;
+  const int64_t anchorLength = lengthOf(anchor.bases);
   if (offset > 0 && anchorLength + offset > length) {
     if (static_cast<uint32_t>(c) < contigs - 2U) {
       meet("reverse: anchor over the right edge");
-      record(hit, c + 1, anchor, offset - length, records);
+      record(hit, "anchor", c + 1, anchor, offset - length, offset - length, records);
     } else {
       meet("reverse: anchor over the right edge of the last two");
     }
   } else if (offset < 0 && anchorLength + offset >= 1 && c >= 1) {
     meet("reverse: anchor over the left edge");
-    record(hit, c, anchor, contig.gapBefore + offset, records);
+    const int64_t inGap = contig.gapBefore + offset;
+    record(hit, "anchor", c, anchor, inGap, inGap, records);
   }
-  return true;
 }
 
 }  // namespace velk::test

@@ -1,56 +1,107 @@
-// The set of windows against a plain row of flags.
+// WindowSet against a row of flags.
+#include "placement/windowSet.h"
+
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <random>
 #include <vector>
-
-#include "placement/kmerWalk.h"
 
 namespace velk::test {
 namespace {
 
-std::size_t firstWith(const std::vector<bool>& flags, bool value, std::size_t from,
-                      std::size_t to) {
-  while (from < to && flags[from] != value) ++from;
-  return from;
-}
+using Flags = std::vector<bool>;
 
-std::size_t lastWith(const std::vector<bool>& flags, bool value, std::size_t from, std::size_t to) {
-  for (std::size_t at = to; at > from; --at) {
-    if (flags[at - 1] == value) return at - 1;
+std::size_t firstWith(const Flags& flags, std::size_t from, bool value) {
+  for (; from < flags.size(); ++from) {
+    if (flags[from] == value) return from;
   }
-  return to;
+  return flags.size();
 }
 
-TEST(WindowSet, AgreesWithARowOfFlags) {
-  std::mt19937 random(1);
+std::size_t lastMissing(const Flags& flags, std::size_t from) {
+  for (std::size_t window = from + 1; window > 0; --window) {
+    if (!flags[window - 1]) return window - 1;
+  }
+  return flags.size();
+}
+
+void compare(const WindowSet& set, const Flags& flags) {
+  ASSERT_EQ(set.size(), flags.size());
+  ASSERT_GE(64 * set.words(), flags.size());
+  for (std::size_t window = 0; window < flags.size(); ++window) {
+    ASSERT_EQ(set.contains(window), flags[window]) << window;
+    ASSERT_EQ(set.wordAt(window / 64) >> window % 64 & 1U, flags[window] ? 1U : 0U) << window;
+    ASSERT_EQ(set.firstMissing(window), firstWith(flags, window, false)) << window;
+    ASSERT_EQ(set.firstContained(window), firstWith(flags, window, true)) << window;
+    ASSERT_EQ(set.lastMissing(window), lastMissing(flags, window)) << window;
+  }
+  EXPECT_EQ(set.firstMissing(flags.size()), flags.size());
+  EXPECT_EQ(set.firstContained(flags.size()), flags.size());
+}
+
+class WindowSets : public testing::TestWithParam<std::size_t> {};
+
+TEST_P(WindowSets, EmptyAfterReset) {
   WindowSet set;
-  for (const std::size_t windows : {1UL, 2UL, 63UL, 64UL, 65UL, 70UL, 127UL, 128UL, 129UL, 300UL}) {
-    for (int round = 0; round < 200; ++round) {
-      set.reset(windows);
-      std::vector<bool> flags(windows, false);
-      for (auto inserts = random() % 6; inserts > 0; --inserts) {
-        const std::size_t from = random() % windows;
-        const std::size_t to = from + random() % (windows - from + 1);
-        set.insertRange(from, to);
-        std::fill(flags.begin() + static_cast<int>(from), flags.begin() + static_cast<int>(to),
-                  true);
-        const std::size_t one = random() % windows;
-        set.insert(one);
-        flags[one] = true;
-      }
-      for (std::size_t at = 0; at < windows; ++at) {
-        ASSERT_EQ(set.contains(at), flags[at]);
-        ASSERT_EQ(set.firstMissing(at), firstWith(flags, false, at, windows));
-        const std::size_t to = at + random() % (windows - at + 1);
-        ASSERT_EQ(set.firstContained(at, to), firstWith(flags, true, at, to));
-        ASSERT_EQ(set.lastContained(at, to), lastWith(flags, true, at, to));
-      }
-      ASSERT_EQ(set.firstMissing(windows), windows);
+  set.reset(300);
+  set.insertRange(0, 300);
+  set.reset(GetParam());
+  compare(set, Flags(GetParam()));
+}
+
+TEST_P(WindowSets, EveryRange) {
+  const std::size_t size = GetParam();
+  const std::size_t step = size > 70 ? 7 : 1;
+  for (std::size_t from = 0; from <= size; from += step) {
+    for (std::size_t to = 0; to <= size; to += step) {
+      WindowSet set;
+      set.reset(size);
+      set.insertRange(from, to);
+      Flags flags(size);
+      for (std::size_t window = from; window < to; ++window) flags[window] = true;
+      compare(set, flags);
+      if (HasFatalFailure()) return;
     }
   }
 }
+
+TEST_P(WindowSets, RandomChanges) {
+  const std::size_t size = GetParam();
+  if (size == 0) return;
+  std::mt19937 random(static_cast<unsigned>(size));
+  WindowSet set;
+  WindowSet other;
+  set.reset(size);
+  Flags flags(size);
+  for (int turn = 0; turn < 200 && !HasFatalFailure(); ++turn) {
+    const std::size_t window = random() % size;
+    switch (random() % 4) {
+      case 0:
+        set.insert(window);
+        flags[window] = true;
+        break;
+      case 1:
+        set.erase(window);
+        flags[window] = false;
+        break;
+      case 2: {
+        other.reset(size);
+        other.insert(window);
+        other.insert(size - 1);
+        set.insertAll(other);
+        flags[window] = flags[size - 1] = true;
+        break;
+      }
+      default:
+        set.insertWord(window / 64, uint64_t{1} << window % 64);
+        flags[window] = true;
+    }
+    compare(set, flags);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, WindowSets,
+                         testing::Values(0, 1, 2, 63, 64, 65, 127, 128, 129, 200));
 
 }  // namespace
 }  // namespace velk::test

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Checks that sources include downwards only: a file may include what stands on lower floors and,
-on its own floor, its own folder. Usage: floors.py ROOT"""
+on its own floor, its own folder; and that the plain engine, with which the fast one is compared,
+rests on nothing of it, not even through other headers. Usage: floors.py ROOT"""
 import pathlib
 import re
 import sys
@@ -9,13 +10,19 @@ import sys
 FLOORS = [
     ["driver"],
     ["libinfo", "contig", "kmer"],
-    ["kmer/fetchKmers", "kmer/fillIndex", "kmer/indexer", "kmer/sideIndex"],
+    ["kmer/contigText", "kmer/contigWindows", "kmer/fetchKmers", "kmer/fetchKmersFast",
+     "kmer/fetchKmersPlain", "kmer/plainIndex", "kmer/seedIndex", "kmer/seedIndexBuilder"],
     ["streaming/readBuffer"],
     ["placement"],
     ["streaming"],
     ["driver/gapReport", "driver/main"],
     ["check"],
 ]
+# The plain engine, and what both engines share; all else of these folders is the fast engine.
+PLAIN = ["kmer/enlarge", "kmer/fetchKmersPlain", "kmer/hashSet", "kmer/plainIndex"]
+SHARED = ["kmer/Sequence", "kmer/contigWindows", "kmer/fetchKmers", "kmer/kmerPlace",
+          "kmer/tableSize"]
+OF_ENGINES = ["kmer", "placement"]
 FLOOR_OF = {name: number for number, floor in enumerate(FLOORS) for name in floor}
 FOLDERS = sorted({name.split("/")[0] for name in FLOOR_OF})
 
@@ -25,12 +32,37 @@ def floor_of(file):
     return FLOOR_OF.get(file.rsplit(".", 1)[0], FLOOR_OF[file.split("/")[0]])
 
 
+def includes(path):
+    return re.findall(r'^\s*#\s*include\s*"(.*?)"', path.read_text(), re.MULTILINE)
+
+
+def reached(root, files):
+    """These files, and all that they include."""
+    seen = set()
+    waiting = list(files)
+    while waiting:
+        file = waiting.pop()
+        if file not in seen and (root / file).is_file():
+            seen.add(file)
+            waiting += includes(root / file)
+    return seen
+
+
+def engine_errors(root):
+    files = [path.relative_to(root).as_posix() for name in PLAIN for path in root.glob(name + ".*")]
+    missing = [f"{name}: no such source" for name in PLAIN + SHARED
+               if not list(root.glob(name + ".*"))]
+    return missing + [f"the plain engine includes {file}" for file in sorted(reached(root, files))
+                      if file.split("/")[0] in OF_ENGINES
+                      and file.rsplit(".", 1)[0] not in PLAIN + SHARED]
+
+
 def main(root):
     files = [path for folder in FOLDERS for path in sorted((root / folder).glob("**/*.[ch]*"))]
-    wrong = []
+    wrong = engine_errors(root)
     for path in files:
         file = path.relative_to(root).as_posix()
-        for included in re.findall(r'^\s*#\s*include\s*"(.*?)"', path.read_text(), re.MULTILINE):
+        for included in includes(path):
             if not (root / included).is_file() or included.split("/")[0] not in FOLDERS:
                 wrong.append(f'{file}: "{included}" is no path from the root to a source')
                 continue

@@ -5,8 +5,6 @@
 
 #include "contig/contig.h"
 #include "kmer/fetchKmers.h"
-#include "kmer/fillIndex.h"
-#include "kmer/hashSet.h"
 #include "streaming/readBuffer.h"
 
 namespace velk::test {
@@ -41,7 +39,7 @@ std::string reverseComplement(const std::string& bases) {
 
 void AssemblyTest::releaseAssembly() {
   releaseScaffolds();
-  if (kmerHash != nullptr) free_hash(kmerHash);
+  if (kmerHash != nullptr) freeKmerHash(kmerHash);
   kmerHash = nullptr;
   delete[] readSumInEachGap;
   readSumInEachGap = nullptr;
@@ -72,16 +70,9 @@ void AssemblyTest::load(const std::vector<TestScaffold>& scaffolds) {
       info.contigsInfo[j].frontGapNum = gaps++;
     }
   }
-  kmerHash = init_hashset(1024, LoadFactor);
+  kmerHash = newKmerHash(1024, LoadFactor);
   FetchKmers1(kmerHash, scaffoldInfo, scaffoldSum);
   readSumInEachGap = new int[gaps]();
-}
-
-void AssemblyTest::indexAsOneOf(uint64_t kmers) {
-  free_hash(kmerHash);
-  kmerHash = init_hashset(1024, LoadFactor);
-  sideIndex.make(scaffoldInfo, scaffoldSum, Kmer, kmers);
-  fillIndex(kmerHash, {scaffoldInfo, scaffoldSum, kmers, true});
 }
 
 void AssemblyTest::allocateRows(int workers) {

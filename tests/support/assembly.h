@@ -44,9 +44,6 @@ class AssemblyTest : public RunParametersTest {
   /// scaffolds), indexes it with the current Kmer and CONTIGLEN and allocates the gap counters.
   void load(const std::vector<TestScaffold>& scaffolds);
 
-  /// Indexes what was loaded anew, with the gram filter of an assembly of so many k-mers.
-  static void indexAsOneOf(uint64_t kmers);
-
   /// Releases what load() made, so that it can be called again.
   static void releaseAssembly();
 

@@ -1,0 +1,144 @@
+// Buckets: places in the text, hashed into cache lines.
+//
+// A bucket holds up to `room` places of 4 or 5 bytes and a tag of a byte for each: 6 bits of the
+// hash, so that mostly one place alone must be compared with the text, and the place's 2 highest
+// bits. Places of one hash stand in the order in which they were added, in the first buckets from
+// the home bucket on that had room; a bucket that is not full ends a search.
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+#include "kmer/prefetch.h"
+
+namespace velk {
+
+/// The upper half of a product of 64 bits each: `hash` scaled to [0, size).
+inline uint64_t scaledTo(uint64_t hash, uint64_t size) {
+  __extension__ using Wide = unsigned __int128;
+  // cppcheck-suppress shiftTooManyBits ; of 128
+  return static_cast<uint64_t>(Wide{hash} * size >> 64);
+}
+
+/// A hash of a packed k-mer or m-mer: two rounds of multiplying and folding, as in the finalisers
+/// of Steele, Lea and Flood, "Fast splittable pseudorandom number generators" (2014).
+inline uint64_t mixed(uint64_t key) {
+  key = (key ^ 0x5851F42D4C957F2DU) * 0x9E3779B97F4A7C15U;
+  key = (key ^ key >> 29) * 0xD6E8FEB86659FD93U;
+  return key ^ key >> 32;
+}
+
+inline constexpr unsigned kRegionBits = 8;  // of a hash, that choose a range of buckets
+
+/// How the places of a bucket lie.
+struct BucketShape {
+  std::size_t room;   // places of a bucket
+  std::size_t width;  // bytes of a place, without the bits in its tag
+
+  /// The shape for places below `end`.
+  static constexpr BucketShape forPlacesBelow(uint64_t end) {
+    return end <= uint64_t{1} << 34 ? BucketShape{12, 4} : BucketShape{10, 5};
+  }
+};
+
+// cppcheck-suppress noConstructor ; buckets are made zeroed
+class alignas(64) Bucket {
+ public:
+  static constexpr unsigned kTagBits = 6;
+
+  /// A bit for each place whose tag agrees with the hash, the first place lowest.
+  unsigned hits(uint64_t hash) const { return tagsLike(hash & kTagMask) & ((1U << count_) - 1); }
+
+  uint64_t place(unsigned i, BucketShape shape) const {
+    uint64_t bytes = 0;  // those of the place are the highest
+    std::memcpy(&bytes, bytes_ + shape.room + (i + 1) * shape.width - sizeof bytes, sizeof bytes);
+    return bytes >> (64 - 8 * shape.width) | uint64_t{bytes_[i]} >> kTagBits << 8 * shape.width;
+  }
+
+  bool isFull(BucketShape shape) const { return count_ == shape.room; }
+  unsigned count() const { return count_; }
+
+  /// REQUIRES: the bucket is not full.
+  void add(uint64_t place, uint64_t hash, BucketShape shape) {
+    const unsigned i = count_++;
+    bytes_[i] = static_cast<uint8_t>((hash & kTagMask) | place >> 8 * shape.width << kTagBits);
+    std::memcpy(bytes_ + shape.room + i * shape.width, &place, shape.width);
+  }
+
+  /// Set on a kind's first place only: all windows of the kind are in the second level. The later
+  /// places stay.
+  bool isHeavy(unsigned i) const { return heavy_ >> i & 1U; }
+  void setHeavy(unsigned i) { heavy_ = static_cast<uint16_t>(heavy_ | 1U << i); }
+
+  /// Whether a window with other letters than bases may have a key whose seed belongs here.
+  bool hasOdd() const { return hasOdd_ != 0; }
+  void setOdd() { __atomic_store_n(&hasOdd_, uint8_t{1}, __ATOMIC_RELAXED); }
+
+ private:
+  static constexpr uint64_t kTagMask = (1U << kTagBits) - 1;
+
+  unsigned tagsLike(uint64_t tag) const {
+#if defined(__SSE2__)
+    const __m128i tags = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes_));
+    const __m128i low = _mm_and_si128(tags, _mm_set1_epi8(static_cast<char>(kTagMask)));
+    const __m128i like = _mm_cmpeq_epi8(low, _mm_set1_epi8(static_cast<char>(tag)));
+    return static_cast<unsigned>(_mm_movemask_epi8(like));
+#else
+    unsigned like = 0;
+    for (unsigned i = 0; i < count_; ++i) like |= ((bytes_[i] & kTagMask) == tag ? 1U : 0U) << i;
+    return like;
+#endif
+  }
+
+  uint8_t count_;
+  uint8_t hasOdd_;
+  uint16_t heavy_;     // a bit for each place
+  uint8_t bytes_[60];  // tags, then places
+};
+static_assert(sizeof(Bucket) == 64);
+
+/// Buckets that belong together: a search that runs over their end goes on at their start.
+/// REQUIRES for a search: one of them is not full.
+template <class Bucket>
+struct Buckets {
+  Bucket* first;
+  uint64_t size;
+  BucketShape shape;
+
+  /// The highest bits of a hash choose the range (kRegionBits of them), those behind the bucket.
+  Bucket* home(uint64_t hash) const { return first + scaledTo(hash << kRegionBits, size); }
+  Bucket* next(Bucket* bucket) const { return bucket + 1 == first + size ? first : bucket + 1; }
+
+  /// Calls onHit(bucket, i, place) for every place whose tag agrees with the hash, in the order in
+  /// which they were added, until it returns true. Returns whether it did.
+  template <class OnHit>
+  bool anyHit(uint64_t hash, OnHit onHit) const {
+    for (Bucket* bucket = home(hash);; bucket = next(bucket)) {
+      for (unsigned hits = bucket->hits(hash); hits != 0; hits &= hits - 1) {
+        const auto i = static_cast<unsigned>(std::countr_zero(hits));
+        if (onHit(*bucket, i, bucket->place(i, shape))) return true;
+      }
+      if (!bucket->isFull(shape)) return false;
+    }
+  }
+
+  /// Adds a place behind all others of its hash. Returns the bucket that has it, as its last.
+  /// REQUIRES: one bucket is not full, also then.
+  Bucket* add(uint64_t place, uint64_t hash) const {
+    Bucket* bucket = home(hash);
+    while (bucket->isFull(shape)) bucket = next(bucket);
+    bucket->add(place, hash, shape);
+    return bucket;
+  }
+};
+
+using BucketRange = Buckets<Bucket>;
+using ConstBucketRange = Buckets<const Bucket>;
+
+}  // namespace velk

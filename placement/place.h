@@ -1,0 +1,85 @@
+// Placement of one read or of one pair, on one strand: walks over the read's unique hits, has each
+// judged and tells a sink what came of it.
+//
+// Read is one strand of a read:
+//   std::size_t size() const;      its number of bases
+//   const std::string& bases();    made when it is asked for
+//   const Origin& origin() const;  where it comes from
+//   Windows windows();             for the walk (placement/kmerWalk.h)
+#pragma once
+
+#include <set>
+#include <type_traits>
+
+#include "placement/sink.h"
+#include "placement/verdict.h"
+
+namespace velk {
+
+/// The diagonals of a sink that takes no refusals.
+struct NoDiagonals {};
+
+/// Visits the hits of `read` until one is accepted or ends the walk. judge(hit) is the verdict;
+/// accept(hit, verdict) takes one that is no refusal. Returns where the walk stopped.
+template <class Read, class Sink, class Judge, class Accept>
+int64_t walkAndTell(Read& read, Sink& sink, Judge judge, Accept accept) {
+  [[maybe_unused]] std::conditional_t<Sink::kTakesRefusals, std::set<Hit>, NoDiagonals> refused;
+  auto windows = read.windows();
+  return visitUniqueHits(windows, [&](const Hit& hit) {
+    if constexpr (Sink::kTakesRefusals) {
+      if (refused.contains(hit)) return Walk::kGoOn;
+    }
+    const Verdict verdict = judge(hit);
+    if (verdict.refusal == Refusal::kNone) {
+      accept(hit, verdict);
+      return Walk::kStop;
+    }
+    if constexpr (Sink::kTakesRefusals) {
+      sink.refused(Refused{read.origin(), hit, verdict.refusal});
+      refused.insert(hit);
+    }
+    // KEPT: a large insert at a small gap gives up the whole pair
+    // (CheckForwardRead.LargeInsertAtASmallGapStopsTheWalk)
+    return verdict.refusal == Refusal::kSmallGap ? Walk::kStop : Walk::kGoOn;
+  });
+}
+
+/// Places one read across a contig's end next to a gap: at most one record. Returns the window that
+/// placed it; the number of its windows when none did. REQUIRES: read.size() >= options.kmer.
+template <class Read, class Sink>
+int64_t placeSingle(Read& read, const ScaffoldInfo* scaffolds, const PlacementOptions& options,
+                    Sink& sink) {
+  const std::string& bases = read.bases();
+  return walkAndTell(
+      read, sink,
+      [&](const Hit& hit) { return judgeSingle(hit, bases, scaffolds[hit.scaffold], options); },
+      [&](const Hit& hit, const Verdict& verdict) {
+        sink.found(Found{read.origin(), hit, verdict.places[0]}, bases);
+      });
+}
+
+/// Walks over the anchor's hits. An accepted hit records the mate in the next gap and in the gap
+/// beyond, and the anchor, as far as each lies in one. Returns the window that settled the pair;
+/// the number of the anchor's windows when none did. REQUIRES: anchor.size() >= options.kmer; both
+/// on the strand on which they are expected.
+template <class Read, class Sink>
+int64_t placePair(Direction direction, Read& anchor, Read& mate, const ScaffoldInfo* scaffolds,
+                  const PlacementOptions& options, Sink& sink) {
+  const std::string& bases = anchor.bases();
+  const auto mateLength = static_cast<int64_t>(mate.size());
+  return walkAndTell(
+      anchor, sink,
+      [&](const Hit& hit) {
+        return judgePair(direction, hit, bases, mateLength, scaffolds[hit.scaffold], options);
+      },
+      [&](const Hit& hit, const Verdict& verdict) {
+        sink.anchored(Anchored{anchor.origin(), hit, verdict.gap, verdict.matePosition});
+        for (std::size_t r = 0; r < verdict.count; ++r) {
+          const GapPlace& place = verdict.places[r];
+          Read& read = place.kind == RecordKind::kAnchor ? anchor : mate;
+          sink.found(Found{read.origin(), hit, place}, read.bases());
+        }
+      });
+}
+
+}  // namespace velk

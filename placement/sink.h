@@ -1,0 +1,48 @@
+// What placement tells of every read, and to whom.
+//
+// A sink is a class with these members; it is a template argument, so that what it drops costs
+// nothing:
+//   static constexpr bool kTakesRefusals;         false: refused() is never called, nor needed
+//   void found(const Found&, const std::string& bases);   a record, and the bases to be recorded
+//   void anchored(const Anchored&);    an anchor was accepted; its records follow
+//   void refused(const Refused&);      once for every read, strand and diagonal
+#pragma once
+
+#include <cstdint>
+
+#include "placement/kmerWalk.h"
+#include "placement/verdict.h"
+
+namespace velk {
+
+/// Where a read that is tried comes from. Pairs that are turned round before they are tried are
+/// still told as they were sequenced.
+struct Origin {
+  int64_t entry;    // of the batch
+  int mate;         // 0: the entry's first read, 1: the second
+  bool isReversed;  // whether the reverse complement of the read as sequenced was tried
+};
+
+/// A record.
+struct Found {
+  Origin origin;   // of the read that is recorded
+  Hit hit;         // of the read itself, or of the mate's anchor
+  GapPlace place;  // in the scaffold of the hit
+};
+
+/// An anchor that was accepted, whether it or its mate is recorded or not.
+struct Anchored {
+  Origin origin;
+  Hit hit;
+  uint64_t gap;          // in which the mate must lie: the index of the contig behind it
+  int64_t matePosition;  // where in it, before the mate is moved to an end of the gap
+};
+
+/// A read that was refused on a diagonal.
+struct Refused {
+  Origin origin;
+  Hit hit;
+  Refusal reason;
+};
+
+}  // namespace velk

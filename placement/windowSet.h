@@ -1,0 +1,77 @@
+// A set of the windows (k-mer offsets) of one read.
+#pragma once
+
+#include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace velk {
+
+class WindowSet {
+ public:
+  /// Makes it the empty set of `windows` windows.
+  void reset(std::size_t windows) {
+    size_ = windows;
+    words_.assign(windows / 64 + 1, 0);
+  }
+
+  /// The number of windows that it may have.
+  std::size_t size() const { return size_; }
+
+  bool contains(std::size_t window) const { return words_[window / 64] >> window % 64 & 1U; }
+  void insert(std::size_t window) { words_[window / 64] |= uint64_t{1} << window % 64; }
+  void erase(std::size_t window) { words_[window / 64] &= ~(uint64_t{1} << window % 64); }
+
+  /// Inserts the windows [from, to).
+  void insertRange(std::size_t from, std::size_t to) {
+    while (from < to) {
+      const std::size_t end = std::min(to, (from / 64 + 1) * 64);
+      words_[from / 64] |= ~uint64_t{0} >> (64 - (end - from)) << from % 64;
+      from = end;
+    }
+  }
+
+  /// Inserts all windows of a set of the same size.
+  void insertAll(const WindowSet& other) {
+    for (std::size_t n = 0; n < words_.size(); ++n) words_[n] |= other.words_[n];
+  }
+
+  /// The windows from 64 n on, the first in the lowest bit; those behind the last are not in it.
+  uint64_t wordAt(std::size_t n) const { return words_[n]; }
+  std::size_t words() const { return words_.size(); }
+  void insertWord(std::size_t n, uint64_t windows) { words_[n] |= windows; }
+
+  /// The first window from `from` on that is not in the set; size() without one.
+  std::size_t firstMissing(std::size_t from) const { return first(from, ~uint64_t{0}); }
+
+  /// The first window from `from` on that is in the set; size() without one.
+  std::size_t firstContained(std::size_t from) const { return first(from, 0); }
+
+  /// The last window up to `from` that is not in the set; size() without one.
+  std::size_t lastMissing(std::size_t from) const {
+    for (std::size_t end = from + 1; end > 0; end = (end - 1) / 64 * 64) {
+      const uint64_t missing = ~words_[(end - 1) / 64] << (63 - (end - 1) % 64);
+      if (missing != 0) return end - 1 - static_cast<std::size_t>(std::countl_zero(missing));
+    }
+    return size_;
+  }
+
+ private:
+  // The first window from `from` on that is in the set, if its words are flipped by `flip`.
+  std::size_t first(std::size_t from, uint64_t flip) const {
+    for (std::size_t at = from; at < size_; at = (at / 64 + 1) * 64) {
+      const uint64_t found = (words_[at / 64] ^ flip) >> at % 64;
+      if (found != 0) {
+        return std::min(size_, at + static_cast<std::size_t>(std::countr_zero(found)));
+      }
+    }
+    return size_;
+  }
+
+  std::size_t size_ = 0;
+  std::vector<uint64_t> words_;
+};
+
+}  // namespace velk

@@ -1,0 +1,105 @@
+// The numbers of a hash set that is not there: lines, numbers and ends of the one that would be.
+#include "kmer/foretoldTable.h"
+
+#include <gtest/gtest.h>
+#include <rapidcheck.h>
+
+#include <cmath>
+
+#include "kmer/tableSize.h"
+#include "tests/kmer/failingAllocations.h"
+#include "tests/kmer/hashSetFixture.h"
+
+namespace velk::test {
+namespace {
+
+using ::testing::ExitedWithCode;
+using ::testing::MatchesRegex;
+
+constexpr const char* kInitMessage = "Out of memory! Line: [0-9]+[.] Function: init_hashset\n";
+constexpr const char* kEnlargeMessage =
+    "Out of memory! Line: [0-9]+[.] Function: enlarge_hashset[.]\n";
+
+OwnSet foretold(uint64_t slots, float loadFactor) {
+  return {newForetoldTable(slots, loadFactor), [](velk::HashSet* set) {
+            releaseForetoldTable(set);
+            return 1;
+          }};
+}
+
+TEST(ForetoldTable, NumbersAndLinesOfTheHashSet) {
+  EXPECT_TRUE(rc::check("any table", [] {
+    const auto slots = *rc::gen::inRange<uint64_t>(0, 5000);
+    const float loadFactor = *rc::gen::element(-1.0F, 0.0F, 0.01F, 0.3F, 0.75F, 0.97F,
+                                               std::nextafter(1.0F, 0.0F), 1.0F, std::nanf(""));
+    const auto keys = *rc::gen::inRange<uint64_t>(0, 20000);
+    const OwnSet real = makeSet(slots, loadFactor);
+    const OwnSet told = foretold(slots, loadFactor);
+    RC_ASSERT(told->size == real->size);
+    RC_ASSERT(told->max == real->max);
+    RC_ASSERT(told->count == 0U);
+    const std::string lines = messagesOf([&] {
+      for (uint64_t n = 0; n < keys; ++n) {
+        add_hashset(real.get(), entityOf(n * 0x9E3779B97F4A7C15U));
+      }
+    });
+    RC_ASSERT(messagesOf([&] { growForetoldTable(told.get(), keys); }) == lines);
+    RC_ASSERT(told->count == real->count);
+    RC_ASSERT(told->size == real->size);
+    RC_ASSERT(told->max == real->max);
+    RC_ASSERT(told->load_factor == real->load_factor);
+    RC_ASSERT(told->e_size == real->e_size);
+  }));
+}
+
+TEST(ForetoldTable, HugeOneTakesNoMemory) {
+  failAllocationAfter(0);  // of all that a set of this size takes
+  const OwnSet told = foretold(kMaxSlots - 1000, 0.75F);
+  failNoAllocation();
+  EXPECT_EQ(deniedBytes(), 0U);
+  EXPECT_EQ(told->size, slotsFor(kMaxSlots - 1000));
+  EXPECT_EQ(told->array, nullptr);
+  EXPECT_EQ(told->nul_flag, nullptr);
+  EXPECT_EQ(told->del_flag, nullptr);
+}
+
+TEST(ForetoldTable, NoMemoryForTheNumbers) {
+  EXPECT_EXIT(
+      {
+        failNewAfter(0);
+        newForetoldTable(10, 0.75F);
+      },
+      ExitedWithCode(1), MatchesRegex(kInitMessage));
+}
+
+TEST(ForetoldTable, NewOneAboveTheLargestFails) {
+  for (const uint64_t slots : {kMaxSlots, kMaxSlots + 1, uint64_t{1} << 60, UINT64_MAX}) {
+    EXPECT_EXIT(newForetoldTable(slots, 0.75F), ExitedWithCode(1), MatchesRegex(kInitMessage))
+        << slots;
+  }
+}
+
+TEST(ForetoldTable, GrowthAboveTheLargestTellsTheLastSizeFirst) {
+  EXPECT_EXIT(growForetoldTable(newForetoldTable(3, 5e-13F), 1), ExitedWithCode(1),
+              MatchesRegex(std::string("old set->size: 3\n") + kEnlargeMessage));
+  const std::string last = std::to_string(slotsFor(kMaxSlots - 1000));
+  EXPECT_EXIT(growForetoldTable(newForetoldTable(kMaxSlots - 1000, 0.75F), kMaxSlots - 1),
+              ExitedWithCode(1), MatchesRegex("old set->size: " + last + "\n" + kEnlargeMessage));
+}
+
+TEST(ForetoldTable, GrowthOnTheWayToTheEndIsTold) {
+  // the third key finds 1e12 slots at most, with room for two
+  const std::string first = std::to_string(courseOfTable(3, 2e-12F, 1).sizes.back());
+  const std::string second = std::to_string(courseOfTable(3, 2e-12F, 2).sizes.back());
+  EXPECT_EXIT(growForetoldTable(newForetoldTable(3, 2e-12F), 3), ExitedWithCode(1),
+              MatchesRegex("old set->size: 3\nnew set->size: " + first +
+                           "\nold set->size: " + first + "\nnew set->size: " + second +
+                           "\nold set->size: " + second + "\n" + kEnlargeMessage));
+}
+
+TEST(ForetoldTable, IndexWithoutMemoryFailsAsAGrowthDoes) {
+  EXPECT_EXIT(failForetoldTable(), ExitedWithCode(1), MatchesRegex(kEnlargeMessage));
+}
+
+}  // namespace
+}  // namespace velk::test

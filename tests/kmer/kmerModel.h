@@ -1,0 +1,62 @@
+// A second, naive account of which k-mers a scaffold model has and where, for comparison with the
+// seed index: every window is packed letter by letter and kept in a map.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "contig/contig.h"
+#include "kmer/kmerPlace.h"
+#include "kmer/seedIndex.h"
+
+namespace velk::test {
+
+using Assembly = std::vector<std::vector<std::string>>;  // the contigs of every scaffold
+
+/// A scaffold model with the k-mers that it has under the Kmer and CONTIGLEN of its making.
+class KmerModel {
+ public:
+  struct Known {
+    KmerPlace first;
+    uint64_t times;  // occurrences
+  };
+
+  enum Content { kWithKmers, kWithoutKmers };
+
+  /// Without its k-mers it is a scaffold model to build an index from, and no more.
+  explicit KmerModel(const Assembly& assembly, Content content = kWithKmers);
+
+  const ScaffoldInfo* scaffolds() const { return scaffolds_.data(); }
+  uint32_t size() const { return static_cast<uint32_t>(scaffolds_.size()); }
+
+  /// All k-mers, by key.
+  const std::unordered_map<uint64_t, Known>& kmers() const { return kmers_; }
+  uint64_t windows() const { return windows_; }
+  bool has(uint64_t key) const { return kmers_.contains(key); }
+
+  /// Builds the index of this model; whether it had the memory.
+  bool build(SeedIndex& index, int threads = 1, uint64_t placeBase = 0,
+             uint64_t leastWindows = 0) const;
+
+  /// What an index answers wrongly about a key, in words; empty when it is right.
+  std::string wrongAnswer(const SeedIndex& index, uint64_t key) const;
+
+  /// The first wrong answer about all keys, and about as many that are near to them: with one base
+  /// changed, the reverse complement, both, with a bit above the k-mer's own.
+  std::string firstWrongAnswer(const SeedIndex& index) const;
+
+ private:
+  void addKmers(const Assembly& assembly);
+
+  std::vector<std::vector<ContigInfo>> contigs_;  // of each scaffold
+  std::vector<ScaffoldInfo> scaffolds_;
+  std::unordered_map<uint64_t, Known> kmers_;
+  uint64_t windows_ = 0;
+};
+
+/// The reverse complement of `count` packed bases, base by base. REQUIRES: count <= 32.
+uint64_t modelOfReversing(uint64_t key, int count);
+
+}  // namespace velk::test

@@ -1,0 +1,147 @@
+// What the seed index takes on hard inputs, in bytes and in time, and what it does without memory.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <ctime>
+#include <string>
+#include <vector>
+
+#include "kmer/Sequence.h"
+#include "kmer/contigWindows.h"
+#include "kmer/seedIndex.h"
+#include "kmer/tableSize.h"
+#include "tests/kmer/failingAllocations.h"
+#include "tests/kmer/hardTexts.h"
+#include "tests/kmer/kmerModel.h"
+#include "tests/support/runParameters.h"
+
+namespace velk::test {
+namespace {
+
+constexpr uint64_t kSpare = 64 * 1024;  // bytes that an index may take whatever it holds
+
+// Bytes of the hash set that just holds so many keys: 16 a slot, and two bits.
+uint64_t tableBytes(uint64_t keys) {
+  constexpr float kLoadFactor = 0.75F;
+  auto slots = static_cast<uint64_t>(static_cast<double>(keys) / kLoadFactor);
+  while (mostOfNew(slotsFor(slots), kLoadFactor) < keys) slots = slotsFor(slots) + 1;
+  return slotsFor(slots) * 65 / 4;
+}
+
+class SeedIndexMemory : public RunParametersTest {
+ protected:
+  SeedIndexMemory() { CONTIGLEN = 0; }
+
+  static void expectNoMoreThanTheTable(int threads) {
+    for (const auto& [name, assembly] : hardTexts(100000)) {
+      for (Kmer = 1; Kmer <= DATA_LEN; ++Kmer) {
+        const KmerModel model(assembly, KmerModel::kWithoutKmers);
+        SeedIndex index;
+        ASSERT_TRUE(model.build(index, threads));
+        // Where keys come back often their table is small, and the text as long as ever.
+        const uint64_t text = index.text().bytes();
+        const bool isRepetitive = 4 * index.distinctKeys() < index.text().windows();
+        const uint64_t most = tableBytes(index.distinctKeys()) + (isRepetitive ? text : 0);
+        EXPECT_LE(index.bytes(), most + kSpare)
+            << name << ", k " << Kmer << ", keys " << index.distinctKeys() << ", text " << text;
+      }
+    }
+  }
+};
+
+TEST_F(SeedIndexMemory, NeverMoreThanTheTable) {
+  expectNoMoreThanTheTable(1);
+}
+
+TEST_F(SeedIndexMemory, NeverMoreThanTheTableByFourThreads) {
+  expectNoMoreThanTheTable(4);
+}
+
+TEST_F(SeedIndexMemory, TwentyThousandShortContigs) {
+  RandomAssemblies random(2);
+  std::vector<std::string> contigs(20000);
+  for (std::string& contig : contigs) contig = random.bases(33 + random.below(20));
+  Kmer = 31;
+  const KmerModel model({contigs});
+  SeedIndex index;
+  ASSERT_TRUE(model.build(index, 4));
+  EXPECT_EQ(index.distinctKeys(), model.kmers().size());
+  EXPECT_EQ(model.firstWrongAnswer(index), "");
+  EXPECT_LE(index.bytes(), tableBytes(index.distinctKeys()) + kSpare);
+}
+
+// Seconds of processor time that the build and a look-up of every window take.
+double secondsOf(const Assembly& assembly) {
+  const std::clock_t start = std::clock();
+  const KmerModel model(assembly, KmerModel::kWithoutKmers);
+  SeedIndex index;
+  EXPECT_TRUE(model.build(index));
+  const auto length = static_cast<std::size_t>(Kmer);
+  for (const auto& contigs : assembly) {
+    for (const std::string_view contig : contigs) {
+      for (std::size_t at = 0; at + length <= contig.size(); ++at) {
+        EXPECT_TRUE(index.placeOf(packedKmer(contig.substr(at, length))));
+      }
+    }
+  }
+  return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+}
+
+TEST_F(SeedIndexMemory, NoWindowTakesLong) {
+  constexpr std::size_t kLetters = 200000;
+  // Generous, for a sanitizer. A chain of a tenth of the windows would take some ten times as long.
+  constexpr double kSecondsOfWindow = 10e-6;
+  for (const auto& [name, assembly] : hardTexts(kLetters)) {
+    for (const int kmer : {9, 12, 31}) {
+      Kmer = kmer;
+      EXPECT_LT(secondsOf(assembly), kSecondsOfWindow * kLetters) << name << ", k " << kmer;
+    }
+  }
+}
+
+class FailingBuild : public SeedIndexMemory, public ::testing::WithParamInterface<int> {
+ protected:
+  // Denies the build its allocations one by one, until one has all that it asks for.
+  // fail: failAllocationAfter or failNewAfter. Returns how many builds had been denied.
+  static int denyOneByOne(const KmerModel& model, void (*fail)(int)) {
+    for (int n = 0;; ++n) {
+      SeedIndex index;
+      fail(n);
+      const bool isBuilt = model.build(index, GetParam());
+      failNoAllocation();
+      if (deniedBytes() == 0) {
+        EXPECT_TRUE(isBuilt);
+        return n;
+      }
+      if (isBuilt) {
+        // a thread less, or memory that is not needed
+        EXPECT_EQ(model.firstWrongAnswer(index), "") << "allocation " << n;
+      }
+      forgiven_ += isBuilt ? 1 : 0;
+    }
+  }
+
+  static int forgiven_;
+};
+int FailingBuild::forgiven_ = 0;
+
+TEST_P(FailingBuild, ReturnsFalse) {
+  RandomAssemblies random(3);
+  Kmer = 21;
+  std::string odd = random.bases(3000);
+  for (std::size_t at = 0; at < odd.size(); at += 100) odd[at] = 'N';
+  // heavy seeds, letters that are no bases, two pieces
+  const KmerModel model({{random.tandem(2000), odd}, {random.bases(70000)}});
+  forgiven_ = 0;
+  EXPECT_GT(denyOneByOne(model, failNewAfter), 100);
+  EXPECT_GE(denyOneByOne(model, failAllocationAfter), 3);  // text and both levels
+  if (GetParam() == 1) {
+    EXPECT_EQ(forgiven_, 0);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Threads, FailingBuild, ::testing::Values(1, 4));
+
+}  // namespace
+}  // namespace velk::test

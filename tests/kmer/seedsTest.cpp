@@ -1,0 +1,112 @@
+// The runs of windows that share a seed, against a search of every window.
+#include "kmer/seeds.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "tests/kmer/hardTexts.h"
+#include "tests/kmer/kmerModel.h"
+
+namespace velk::test {
+namespace {
+
+struct NaiveSeed {
+  uint64_t at;    // the first m-mer of the least rank
+  uint64_t kind;  // of it
+  bool isTied;    // whether the window holds another m-mer of this kind
+};
+
+uint64_t kindAt(const PackedBases& bases, uint64_t at, int m) {
+  const uint64_t mer = bases.at(at, m);
+  return std::min(mer, modelOfReversing(mer, m));
+}
+
+NaiveSeed seedOf(const PackedBases& bases, uint64_t window, int k, int m) {
+  NaiveSeed seed{window, kindAt(bases, window, m), false};
+  for (uint64_t at = window + 1; at <= window + static_cast<uint64_t>(k - m); ++at) {
+    const uint64_t kind = kindAt(bases, at, m);
+    if (kind == seed.kind) seed.isTied = true;
+    if (rankOf(kind) < rankOf(seed.kind)) seed = {at, kind, false};
+  }
+  return seed;
+}
+
+// Whether the runs of the windows [from, to) are those of the naive seeds.
+void expectRuns(const std::string& letters, const Seeds& seeds, uint64_t from, uint64_t to) {
+  PackedBases bases;
+  ASSERT_TRUE(bases.fill(letters));
+  uint64_t next = from;  // the first window of the next run
+  uint64_t before = ~uint64_t{0};
+  seeds.forEachRun(bases, from, to, [&](const SeedRun& run) {
+    ASSERT_EQ(run.first, next);
+    ASSERT_GE(run.last, run.first);
+    ASSERT_LT(run.last, to);
+    ASSERT_NE(run.at, before);  // a run is the longest stretch
+    for (uint64_t window = run.first; window <= run.last; ++window) {
+      const NaiveSeed seed = seedOf(bases, window, seeds.windowLength(), seeds.length());
+      ASSERT_EQ(run.at, seed.at) << "window " << window;
+      ASSERT_EQ(run.kind, seed.kind) << "window " << window;
+      ASSERT_TRUE(run.isTied || !seed.isTied) << "window " << window;
+      ASSERT_EQ(seeds.offsetIn(bases.at(window, seeds.windowLength())), seed.at - window);
+    }
+    next = run.last + 1;
+    before = run.at;
+  });
+  ASSERT_EQ(next, to);
+}
+
+TEST(Seeds, RunsOfEveryWindowLength) {
+  RandomAssemblies random(1);
+  for (int k = 1; k <= DATA_LEN; ++k) {
+    for (int n = 0; n < 12; ++n) {
+      SCOPED_TRACE(testing::Message() << "k " << k << ", text " << n);
+      const std::size_t length = static_cast<std::size_t>(k) + 1 + random.below(600);
+      const std::string letters = n % 3 == 0 ? random.tandem(length) : random.bases(length);
+      const Seeds seeds(k, n % 2 == 0 ? length : uint64_t{1} << random.below(45));
+      const uint64_t windows = length - static_cast<uint64_t>(k) + 1;
+      expectRuns(letters, seeds, 0, windows);
+      const uint64_t from = random.below(windows);
+      expectRuns(letters, seeds, from, from + 1 + random.below(windows - from));
+    }
+  }
+}
+
+TEST(Seeds, RunsOfOneLetter) {
+  for (const int k : {1, 2, 9, 10, 31, 32}) {
+    expectRuns(std::string(400, 'A'), Seeds(k, 400), 0, 401 - static_cast<uint64_t>(k));
+    expectRuns(std::string(400, 'T'), Seeds(k, 400), 0, 401 - static_cast<uint64_t>(k));
+  }
+}
+
+TEST(Seeds, LengthIsOddAndFits) {
+  for (int k = 1; k <= DATA_LEN; ++k) {
+    for (unsigned bits = 0; bits < 50; ++bits) {
+      const Seeds seeds(k, uint64_t{1} << bits);
+      ASSERT_EQ(seeds.length() % 2, 1);
+      ASSERT_LE(seeds.length(), std::min(k, kLongestMer));
+      ASSERT_GE(seeds.length(), std::min(k % 2 == 0 ? k - 1 : k, 9));
+      ASSERT_EQ(seeds.offsets(), k - seeds.length() + 1);
+    }
+  }
+}
+
+TEST(Seeds, ReverseComplementHasASeedOfTheSameKind) {
+  RandomAssemblies random(2);
+  for (int turn = 0; turn < 2000; ++turn) {
+    const int k = 1 + static_cast<int>(random.below(DATA_LEN));
+    const Seeds seeds(k, 1000);  // of 9 bases: only equal kinds tie
+    PackedBases bases;
+    ASSERT_TRUE(bases.fill(turn % 4 == 0 ? random.tandem(32) : random.bases(32)));
+    const uint64_t key = bases.at(0, k);
+    const uint64_t reversed = modelOfReversing(key, k);
+    const uint64_t seed = seeds.merAt(key, seeds.offsetIn(key));
+    ASSERT_EQ(seed, bases.at(static_cast<std::size_t>(seeds.offsetIn(key)), seeds.length()));
+    ASSERT_EQ(seeds.kindOf(seed), seeds.kindOf(seeds.merAt(reversed, seeds.offsetIn(reversed))));
+  }
+}
+
+}  // namespace
+}  // namespace velk::test

@@ -1,0 +1,185 @@
+// Which windows of a read are looked up: those that are left out are no hits, or lie where a hit
+// has been refused.
+#include "placement/candidateWindows.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <map>
+#include <set>
+
+#include "contig/contig.h"
+#include "kmer/Sequence.h"
+#include "kmer/plainIndex.h"
+#include "placement/prepareReads.h"
+#include "tests/placement/hardPlacement.h"
+#include "tests/placement/placementTest.h"
+
+namespace velk::test {
+namespace {
+
+// How much is known of a read before its windows are walked over.
+enum class Known { kNothing, kPacked, kAligned, kSifted };
+
+constexpr std::array<Known, 4> kAllKnown = {Known::kNothing, Known::kPacked, Known::kAligned,
+                                            Known::kSifted};
+
+class CandidateWindowsTest : public PlacementTest {
+ protected:
+  // The windows of a strand that are asked for when all hits are refused, in order.
+  std::vector<std::size_t> walk(std::string read, bool isReversed, Known known) {
+    PreparedRead prepared;
+    prepared.bases = &read;
+    PreparedRead* one = &prepared;
+    if (known >= Known::kPacked) packReads(*seedIndex, {&one, 1});
+    if (known >= Known::kAligned) alignReads(*seedIndex, {&one, 1});
+    if (known >= Known::kSifted) siftReads(*seedIndex, {&one, 1});
+    const std::string bases = isReversed ? plainReverseComplement(read) : read;
+    CandidateWindows windows(*seedIndex, Kmer, prepared, bases, isReversed, buffers_);
+    EXPECT_EQ(windows.count(), bases.size() - static_cast<std::size_t>(Kmer) + 1);
+    std::vector<std::size_t> asked;
+    refused_.clear();
+    for (std::size_t w = windows.first(); w < windows.count(); w = windows.after(w)) {
+      asked.push_back(w);
+      const auto place = windows.uniquePlaceOf(w);
+      const auto expected = hitAt(bases, w);
+      EXPECT_EQ(place.has_value(), expected.has_value()) << w;
+      if (!place || !expected) continue;
+      const Hit hit{place->scaffold, place->contig,
+                    static_cast<int64_t>(place->start) - static_cast<int64_t>(w)};
+      EXPECT_EQ(hit, *expected) << w;
+      refused_[w] = hit;
+      windows.noteRefused(hit);
+    }
+    return asked;
+  }
+
+  // The hit of a window by the plain index.
+  static std::optional<Hit> hitAt(const std::string& bases, std::size_t window) {
+    const PlainIndex index(*plainHash, scaffoldInfo, scaffoldSum, Kmer);
+    const std::string_view all = bases;
+    const auto answer =
+        index.placeOf(packedKmer(all.substr(window, static_cast<std::size_t>(Kmer))));
+    if (!answer || !answer->isUnique) return std::nullopt;
+    const KmerPlace& place = answer->first;
+    return Hit{place.scaffold, place.contig,
+               static_cast<int64_t>(place.start) - static_cast<int64_t>(window)};
+  }
+
+  // Checks every window that was not asked for.
+  void compareWalk(const std::string& read, bool isReversed, Known known) {
+    const std::vector<std::size_t> asked = walk(read, isReversed, known);
+    const std::string bases = isReversed ? plainReverseComplement(read) : read;
+    std::size_t next = 0;
+    std::set<Hit> refused;
+    for (std::size_t w = 0; w + static_cast<std::size_t>(Kmer) <= bases.size(); ++w) {
+      if (next < asked.size() && asked[next] == w) {
+        ++next;
+        ++met_["asked"];
+        if (refused_.contains(w)) refused.insert(refused_.at(w));
+        continue;
+      }
+      const auto hit = hitAt(bases, w);
+      ++met_[hit ? "left out: at a refused hit" : "left out: no hit"];
+      ASSERT_TRUE(!hit || refused.contains(*hit)) << "window " << w << " of " << bases;
+    }
+    ASSERT_EQ(next, asked.size());
+  }
+
+  CandidateWindows::Buffers buffers_;
+  std::map<std::size_t, Hit> refused_;  // of the last walk, by the window
+  std::map<std::string, int> met_;
+};
+
+TEST_F(CandidateWindowsTest, WindowsLeftOutAreNoHitsOrRefused) {
+  for (const Hard input : kHardInputs) {
+    for (const int kmer : kHardKmers) {
+      const RandomPlacement hard = hardPlacement(input, kmer, 11);
+      makeParameters(hard.settings);
+      assemble(hard.assembly);
+      for (const std::string& read : hard.reads) {
+        if (read.size() < static_cast<std::size_t>(kmer)) continue;
+        for (const Known known : kAllKnown) {
+          compareWalk(read, false, known);
+          compareWalk(read, true, known);
+          if (HasFailure()) return;
+        }
+      }
+    }
+  }
+  EXPECT_GE(met_["asked"], 100000);
+  EXPECT_GE(met_["left out: at a refused hit"], 50000);
+  EXPECT_GE(met_["left out: no hit"], 50000);
+}
+
+// ---- one skip each ------------------------------------------------------------------------------
+
+class OneSkip : public CandidateWindowsTest {
+ protected:
+  using Windows = std::vector<std::size_t>;
+
+  OneSkip() { assemble({{{x + repeat + y}, {z + repeat}}}); }
+
+  static Windows allOf(const std::string& read) {
+    Windows all(read.size() - static_cast<std::size_t>(Kmer) + 1);
+    for (std::size_t w = 0; w < all.size(); ++w) all[w] = w;
+    return all;
+  }
+
+  const std::string x = randomBases(300, 81);
+  const std::string y = randomBases(300, 82);
+  const std::string z = randomBases(300, 83);
+  const std::string repeat = randomBases(120, 84);
+  const std::string onX = readAt(x, 50, 100);
+};
+
+TEST_F(OneSkip, OneWindowOfADiagonal) {
+  for (const Known known : {Known::kPacked, Known::kAligned, Known::kSifted}) {
+    EXPECT_EQ(walk(onX, false, known), Windows{0});
+    EXPECT_EQ(walk(plainReverseComplement(onX), true, known), Windows{0});
+  }
+}
+
+TEST_F(OneSkip, BothSidesOfAWrongBase) {
+  const std::string read = withMismatches(onX, {40});
+  EXPECT_EQ(walk(read, false, Known::kSifted), Windows{0});
+  EXPECT_EQ(walk(withMismatches(onX, {10}), false, Known::kSifted), Windows{11});
+}
+
+TEST_F(OneSkip, NoneOfAStrayRead) {
+  const std::string stray = randomBases(100, 85);
+  for (const Known known : {Known::kPacked, Known::kAligned, Known::kSifted}) {
+    EXPECT_EQ(walk(stray, false, known), Windows{});
+    EXPECT_EQ(walk(stray, true, known), Windows{});
+  }
+}
+
+TEST_F(OneSkip, NoneOfARepeat) {
+  const std::string read = repeat.substr(10, 100);
+  EXPECT_EQ(walk(read, false, Known::kSifted), Windows{});
+  EXPECT_EQ(walk(plainReverseComplement(read), true, Known::kSifted), Windows{});
+}
+
+// Of the repeat's windows none, and one of those that reach out of it.
+TEST_F(OneSkip, BehindARepeat) {
+  const std::string read = repeat.substr(70) + y.substr(0, 50);
+  EXPECT_EQ(walk(read, false, Known::kSifted).size(), 1U);
+}
+
+TEST_F(OneSkip, NoneOfTheOtherStrand) {
+  EXPECT_EQ(walk(onX, true, Known::kSifted), Windows{});
+  EXPECT_EQ(walk(plainReverseComplement(onX), false, Known::kSifted), Windows{});
+}
+
+TEST_F(OneSkip, AllWindowsOfAReadWithAnotherLetter) {
+  std::string read = onX;
+  read[99] = 'R';
+  for (const Known known : kAllKnown) EXPECT_EQ(walk(read, false, known), allOf(read));
+}
+
+TEST_F(OneSkip, AllWindowsOfWhatIsNotPrepared) {
+  EXPECT_EQ(walk(onX, false, Known::kNothing), allOf(onX));
+}
+
+}  // namespace
+}  // namespace velk::test

@@ -1,0 +1,114 @@
+// The fast engine, with a count of what it knows of reads and of what its windows skip.
+#pragma once
+
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+
+#include "placement/fastEngine.h"
+
+namespace velk::test {
+
+/// How often each thing was met, by its name.
+using Meetings = std::map<std::string, int>;
+
+class WatchedWindows {
+ public:
+  WatchedWindows(const CandidateWindows& windows, Meetings& met) : windows_(windows), met_(met) {}
+
+  std::size_t count() const { return windows_.count(); }
+  std::size_t first() {
+    const std::size_t window = windows_.first();
+    if (window > 0) ++met_["skipped: first windows"];
+    return window;
+  }
+  std::size_t after(std::size_t window) {
+    const std::size_t next = windows_.after(window);
+    if (next > window + 1) ++met_["skipped: behind " + behind_];
+    return next;
+  }
+  std::optional<KmerPlace> uniquePlaceOf(std::size_t window) {
+    behind_ = "no hit";
+    return windows_.uniquePlaceOf(window);
+  }
+  void noteRefused(const Hit& hit) {
+    windows_.noteRefused(hit);
+    behind_ = "a refused hit";
+  }
+
+ private:
+  CandidateWindows windows_;
+  Meetings& met_;
+  std::string behind_;
+};
+
+class WatchedFast : public FastEngine {
+ public:
+  using Windows = WatchedWindows;
+
+  WatchedFast(const SeedIndex& index, int kmer, Meetings& met)
+      : FastEngine(index, kmer), watched_(index), met_(met) {}
+
+  void prepare(std::span<Prepared*> leads, std::span<Prepared*> others, bool isReversedFirst) {
+    FastEngine::prepare(leads, others, isReversedFirst);
+    for (const Prepared* read : leads) note(*read);
+    for (const Prepared* read : others) note(*read);
+    if (leads.size() < kGroup) ++met_["group: not full"];
+    if (isReversedFirst) ++met_["group: turned pairs"];
+  }
+
+  Windows windows(Prepared& read, const std::string& bases, bool isReversed) {
+    return {FastEngine::windows(read, bases, isReversed), met_};
+  }
+
+ private:
+  void note(const Prepared& read) const {
+    if (read.length > 1000) ++met_["read: long"];
+    ++met_[read.isPacked ? "read: packed" : "read: not packed"];
+    if (!read.isPacked) return;
+    ++met_[read.isSifted ? "read: sifted" : "read: left to its windows"];
+    if (read.isSifted && read.absent.firstContained(0) < read.windows)
+      ++met_["read: absent windows"];
+    noteSeeds(read);
+    noteAlignment(read);
+  }
+
+  void noteSeeds(const Prepared& read) const {
+    watched_.seeds().forEachRun(read.packed, 0, read.windows, [&](const SeedRun& run) {
+      if (run.isTied) ++met_["seed: tied"];
+      SeedIndex::LookUp lookUp =
+          watched_.begin(read.packed.at(run.first, watched_.text().windowLength()));
+      watched_.advance(lookUp);
+      if (lookUp.isHeavy) ++met_["seed: heavy"];
+      const SeedIndex::SeedLookUp seed = watched_.beginSeed(run);
+      if (!watched_.advanceSeed(seed)) {
+        ++met_["seed: not in the index"];
+      } else if (watched_.endSeed(seed, read.packed).absent != 0) {
+        ++met_["seed: windows ruled out by its places"];
+      }
+    });
+  }
+
+  void noteAlignment(const Prepared& read) const {
+    const Alignment& alignment = read.alignment;
+    if (!alignment.isThere()) return;
+    ++met_[alignment.diagonal().isReversed ? "alignment: reversed" : "alignment: forward"];
+    const WindowSet& matches = alignment.matches();
+    ++met_[matches.firstMissing(0) == matches.size() ? "alignment: of all windows"
+                                                     : "alignment: of some windows"];
+    WindowSet known;
+    known.reset(read.windows);
+    alignment.addRepeated(watched_.text(), known);
+    if (known.firstContained(0) < known.size()) ++met_["alignment: repeated windows"];
+    known.reset(read.windows);
+    alignment.addNotReversed(watched_.text(), known);
+    if (known.firstContained(0) < known.size()) ++met_["alignment: no reverse complements"];
+    if (known.firstMissing(0) < known.size()) ++met_["alignment: reverse complements, or others"];
+  }
+
+  const SeedIndex& watched_;
+  Meetings& met_;
+};
+
+}  // namespace velk::test
