@@ -6,8 +6,8 @@ import subprocess
 from dataclasses import dataclass, field
 
 BATCH = 500_000  # records in a batch of velk
-BYTES_PER_SLOT = 16.25
 PROGRAM = 10_000_000  # bytes: the program, and the reads found in a batch
+INDEX_BYTES = 1.4  # a base, of the index for k-mers of 31 bases; bench/indexSize.py measures them
 LOAD_FACTOR = 0.75
 
 
@@ -64,12 +64,11 @@ class Dataset:
         return contig_bases(self.path("scaffolds.fa"))
 
     def expected_peak(self):
-        """Bytes: the table, the assembly with what stands beside the table, a batch, the program."""
+        """Bytes: the assembly, the index, a batch, the program."""
         bases = self.bases()
         filled = min(BATCH, max(self.pairs, self.mates))
         batch = BATCH * 32 + filled * -(-(self.length + 9) // 16) * 16  # strings, bases on the heap
-        beside = 10 / 8  # a base: 8 bits of the gram filter, 2 marks
-        return int(BYTES_PER_SLOT * slots(bases) + bases * (1 + beside)) + 2 * batch + PROGRAM
+        return int(bases * (1 + INDEX_BYTES)) + 2 * batch + PROGRAM
 
 
 @functools.cache

@@ -1,7 +1,7 @@
-// Measures the building of the index against the memory's own floor: as many 16-byte writes, at
-// random places of a table of the same size, as there are k-mers.
+// Measures the building of the index against the least that a table of the k-mers would cost: as
+// many 16-byte writes, at random places of such a table, as there are k-mers.
 //
-// A second bare loop reads every place before it writes there, as an index has to that finds out
+// A second bare loop reads every place before it writes there, as a table has to that finds out
 // whether a slot is free. All start with a table that has no memory behind it yet. Prints, for each
 // of the rounds, the number of k-mers and the nanoseconds per k-mer of the index and of the loops,
 // the one that writes first.
@@ -15,8 +15,8 @@
 
 #include "contig/contig.h"
 #include "driver/velk.h"
+#include "kmer/contigWindows.h"
 #include "kmer/fetchKmers.h"
-#include "kmer/hashSet.h"
 #include "kmer/tableMemory.h"
 
 namespace velk::bench {
@@ -37,17 +37,22 @@ uint64_t kmersOfModel() {
   return kmers;
 }
 
-// What the loops do with a slot. Both write words: a loop that writes field by field may be split
-// into two that each go over the table. Returned is what has been read.
+// 16 bytes: a k-mer and its place.
+struct Slot {
+  uint64_t key;
+  uint64_t place;
+};
 
-uint64_t write(Entity& slot, uint64_t state, uint64_t i) {
-  slot = uniqueEntity(state, {0, 0, i});
+// What the loops do with a slot. Returned is what has been read.
+
+uint64_t write(Slot& slot, uint64_t state, uint64_t i) {
+  slot = {state, i};
   return 0;
 }
 
-uint64_t readAndWrite(Entity& slot, uint64_t state, uint64_t i) {
-  const uint64_t seen = slot.bitSeq;
-  slot = uniqueEntity(state, {0, 0, i});
+uint64_t readAndWrite(Slot& slot, uint64_t state, uint64_t i) {
+  const uint64_t seen = slot.key;
+  slot = {state, i};
   return seen;
 }
 
@@ -56,9 +61,9 @@ uint64_t readAndWrite(Entity& slot, uint64_t state, uint64_t i) {
 // memory can slow the loop down.
 template <class Work>
 void atRandom(uint64_t slots, uint64_t kmers, Work work) {
-  auto* table = static_cast<Entity*>(std::calloc(slots + 1, sizeof(Entity)));
+  auto* table = static_cast<Slot*>(std::calloc(slots + 1, sizeof(Slot)));
   if (table == nullptr) throw std::bad_alloc();
-  adviseHugePages(table, (slots + 1) * sizeof(Entity));
+  adviseHugePages(table, (slots + 1) * sizeof(Slot));
   __extension__ using Uint128 = unsigned __int128;
   uint64_t state = 1;
   uint64_t seen = 0;
@@ -78,12 +83,11 @@ void measure(const std::string& scaffolds, uint64_t slots, int rounds) {
   const double nanoseconds = 1e9 / static_cast<double>(kmers);
   for (int round = 0; round < rounds; ++round) {
     const double index = secondsOf([&] {
-      HashSet* set = init_hashset(slots, LoadFactor);
+      HashSet* set = newKmerHash(slots, LoadFactor);
       FetchKmers1(set, scaffoldInfo, scaffoldSum);
       slots = set->size;
-      free_hash(set);
+      freeKmerHash(set);
     });
-    sideIndex.release();
     const double writes = secondsOf([&] { atRandom(slots, kmers, write); });
     const double both = secondsOf([&] { atRandom(slots, kmers, readAndWrite); });
     std::cout << kmers << '\t' << index * nanoseconds << '\t' << writes * nanoseconds << '\t'

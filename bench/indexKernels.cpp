@@ -1,7 +1,8 @@
-// Kernels of the index: packing, hashing, the hash set.
+// Kernels of the index: packing, seeds, look-ups in the seed index; the plain engine's hash set.
 #include <benchmark/benchmark.h>
 
 #include <array>
+#include <memory>
 
 #include "bench/world.h"
 #include "driver/velk.h"
@@ -9,6 +10,7 @@
 #include "kmer/hashSet.h"
 #include "kmer/packedBases.h"
 #include "kmer/rollingKey.h"
+#include "kmer/seedIndex.h"
 
 namespace velk::bench {
 namespace {
@@ -54,7 +56,56 @@ void packAtOnce(benchmark::State& state) {
 }
 BENCHMARK(packAtOnce);
 
-// The hash set.
+// The seeds of a read, a window.
+
+void seedsOfRead(benchmark::State& state) {
+  makeWorld();
+  PackedBases packed;
+  packed.fill(interiorReads().front());
+  const std::size_t windows = kRead - static_cast<std::size_t>(Kmer) + 1;
+  for (auto _ : state) {
+    seedIndex->seeds().forEachRun(packed, 0, windows,
+                                  [](const SeedRun& run) { benchmark::DoNotOptimize(run.kind); });
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(windows));
+}
+BENCHMARK(seedsOfRead);
+
+// Look-ups in the seed index, a k-mer: of k-mers that it holds, or of others.
+
+void find(benchmark::State& state, std::vector<std::string> (*reads)()) {
+  makeWorld();
+  const std::vector<uint64_t> keys = keysOf(reads());
+  std::size_t at = 0;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(seedIndex->find(keys[at]));
+    at = at + 1 == keys.size() ? 0 : at + 1;
+  }
+}
+BENCHMARK_CAPTURE(find, hit, interiorReads);
+BENCHMARK_CAPTURE(find, miss, foreignReads);
+
+// The same, sixteen at a time, their memory prefetched.
+void findTogether(benchmark::State& state, std::vector<std::string> (*reads)()) {
+  makeWorld();
+  std::vector<uint64_t> keys = keysOf(reads());
+  std::array<SeedIndex::LookUp, 16> lookUps;
+  keys.resize(keys.size() / lookUps.size() * lookUps.size());
+  std::size_t at = 0;
+  for (auto _ : state) {
+    for (std::size_t i = 0; i < lookUps.size(); ++i) lookUps[i] = seedIndex->begin(keys[at + i]);
+    for (SeedIndex::LookUp& lookUp : lookUps) seedIndex->advance(lookUp);
+    for (const SeedIndex::LookUp& lookUp : lookUps) {
+      benchmark::DoNotOptimize(seedIndex->end(lookUp));
+    }
+    at = at + lookUps.size() == keys.size() ? 0 : at + lookUps.size();
+  }
+  state.SetItemsProcessed(state.iterations() * int64_t{lookUps.size()});
+}
+BENCHMARK_CAPTURE(findTogether, hit, interiorReads);
+BENCHMARK_CAPTURE(findTogether, miss, foreignReads);
+
+// The plain engine's hash set.
 
 void hashing(benchmark::State& state) {
   Entity entity{1, 0, 0, 0, 0};
@@ -79,33 +130,22 @@ void insert(benchmark::State& state) {
 }
 BENCHMARK(insert);
 
-void lookUpOneByOne(benchmark::State& state, std::vector<std::string> (*reads)()) {
+// Looks up the keys that a set holds, with `changed` bits.
+void lookUp(benchmark::State& state, uint64_t changed) {
   makeWorld();
-  const std::vector<uint64_t> keys = keysOf(reads());
+  std::vector<uint64_t> keys = keysOf(interiorReads());
+  const std::unique_ptr<HashSet, int (*)(HashSet*)> set(
+      init_hashset(keys.size() * 4 / 3, LoadFactor), free_hash);
+  for (const uint64_t key : keys) add_hashset(set.get(), {key, 0, 0, 0, 1});
+  for (uint64_t& key : keys) key ^= changed;
   std::size_t at = 0;
   for (auto _ : state) {
-    benchmark::DoNotOptimize(get_hashset(kmerHash, {keys[at], 0, 0, 0, 0}));
+    benchmark::DoNotOptimize(get_hashset(set.get(), {keys[at], 0, 0, 0, 0}));
     at = at + 1 == keys.size() ? 0 : at + 1;
   }
 }
-BENCHMARK_CAPTURE(lookUpOneByOne, hit, interiorReads);
-BENCHMARK_CAPTURE(lookUpOneByOne, miss, foreignReads);
-
-void lookUpInGroups(benchmark::State& state, std::vector<std::string> (*reads)()) {
-  makeWorld();
-  constexpr std::size_t kGroup = 16;
-  const std::vector<uint64_t> keys = keysOf(reads());
-  std::size_t at = 0;
-  std::array<SlotProbe, kGroup> probes;
-  for (auto _ : state) {
-    for (std::size_t i = 0; i < kGroup; ++i) probes[i] = startProbe(*kmerHash, keys[at + i]);
-    for (const SlotProbe& probe : probes) benchmark::DoNotOptimize(findBegun(*kmerHash, probe));
-    at = at + 2 * kGroup > keys.size() ? 0 : at + kGroup;
-  }
-  state.SetItemsProcessed(state.iterations() * int64_t{kGroup});
-}
-BENCHMARK_CAPTURE(lookUpInGroups, hit, interiorReads);
-BENCHMARK_CAPTURE(lookUpInGroups, miss, foreignReads);
+BENCHMARK_CAPTURE(lookUp, hit, 0);
+BENCHMARK_CAPTURE(lookUp, miss, uint64_t{1} << 63);  // above the bits of a k-mer of 31 bases
 
 }  // namespace
 }  // namespace velk::bench

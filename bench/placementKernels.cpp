@@ -1,18 +1,47 @@
-// Kernels of placement: the walk, a pass over a batch, the checks, reverse complements.
+// Kernels of placement: the preparing of reads, the walk, a pass over a batch, the checks, reverse
+// complements.
 #include <benchmark/benchmark.h>
 
+#include <array>
+#include <span>
 #include <tuple>
+#include <vector>
 
 #include "bench/simulate.h"
 #include "bench/world.h"
 #include "placement/Read2Scaf.h"
 #include "placement/countEqual.h"
+#include "placement/prepareReads.h"
 #include "streaming/readBuffer.h"
 
 namespace velk::bench {
 namespace {
 
-// The walk with its checks, a read on one strand.
+// The preparing of reads up to a step, sixteen at a time, a read.
+
+using Prepare = void (*)(const SeedIndex& index, std::span<PreparedRead*> reads);
+
+void prepare(benchmark::State& state, std::vector<Prepare> steps,
+             std::vector<std::string> (*reads)()) {
+  makeWorld();
+  std::vector<std::string> all = reads();
+  std::array<PreparedRead, 16> group;
+  std::array<PreparedRead*, group.size()> pointers;
+  for (std::size_t i = 0; i < group.size(); ++i) pointers[i] = &group[i];
+  std::size_t at = 0;
+  for (auto _ : state) {
+    for (std::size_t i = 0; i < group.size(); ++i) group[i].bases = &all[at + i];
+    for (const Prepare step : steps) step(*seedIndex, pointers);
+    at = (at + group.size()) % all.size();
+  }
+  state.SetItemsProcessed(state.iterations() * int64_t{group.size()});
+}
+BENCHMARK_CAPTURE(prepare, packed, {packReads}, interiorReads);
+BENCHMARK_CAPTURE(prepare, aligned, {packReads, alignReads}, interiorReads);
+BENCHMARK_CAPTURE(prepare, foreignSifted, {packReads, alignReads, siftReads}, foreignReads);
+BENCHMARK_CAPTURE(prepare, edgeSifted, {packReads, alignReads, siftReads}, edgeReads);
+
+// The walk with its checks, a read on one strand, of which nothing is prepared.
 
 void walk(benchmark::State& state, std::vector<std::string> (*reads)()) {
   makeWorld();

@@ -17,7 +17,7 @@ import statistics
 import subprocess
 import sys
 
-from datasets import BYTES_PER_SLOT, GROWTH, SCALES, USUAL_GROWTH, Dataset, slots
+from datasets import GROWTH, SCALES, USUAL_GROWTH, Dataset, slots
 from measure import Rounds, options_parser, warm_memory
 
 
@@ -105,13 +105,13 @@ def scale_rows(table, programs, data, options):
 
 
 def memory_rows(table, data, rounds):
-    bases = data.bases()
-    plain_formula = BYTES_PER_SLOT * slots(bases) + bases
-    full_formula = data.expected_peak()
     peak = max(rounds.peak("plain"), rounds.peak("gzip"))
-    for against, formula in (("16.25 B a slot, sequence", plain_formula), ("formula", full_formula)):
-        table.add(data.name, "peak memory", f"{peak / 1e6:.0f} MB", against, f"{formula / 1e6:.0f} MB",
-                  peak / formula)
+    against = [("formula", data.expected_peak())]
+    if rounds.costs["mapper"]:
+        against.append(("minimap2", max(rounds.peak("mapper"), rounds.peak("mapper gzip"))))
+    for name, other in against:
+        table.add(data.name, "peak memory", f"{peak / 1e6:.0f} MB", name, f"{other / 1e6:.0f} MB",
+                  peak / other)
 
 
 def growth_rows(programs, folder, options):

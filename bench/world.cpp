@@ -11,7 +11,6 @@
 #include "bench/simulate.h"
 #include "driver/velk.h"
 #include "kmer/fetchKmers.h"
-#include "kmer/hashSet.h"
 #include "kmer/rollingKey.h"
 #include "streaming/readBuffer.h"
 
@@ -48,7 +47,7 @@ struct World {
     uint64_t gaps = 0;
     InitialScaffold(scaffoldInfo, scaffolds, scaffoldSum);
     LoadScaffolds(scaffoldInfo, scaffolds, scaffoldSum, gaps);
-    kmerHash = init_hashset(kGenome * 4 / 3, LoadFactor);
+    kmerHash = newKmerHash(kGenome * 4 / 3, LoadFactor);
     FetchKmers1(kmerHash, scaffoldInfo, scaffoldSum);
     readSumInEachGap = new int[gaps]();
     allocateWorkerArrays(1);

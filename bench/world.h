@@ -24,7 +24,7 @@ const ContigInfo& contigOf(std::mt19937_64& random);
 
 std::string randomBases(std::mt19937_64& random, std::size_t length);
 
-// Reads, more than the caches keep the slots of; each makes the world.
+// Reads, more than the caches keep the index of; each makes the world.
 
 /// Reads from within contigs.
 std::vector<std::string> interiorReads();
