@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Inputs larger than the fields of velk's index, than 32 bits, and than any usual line.
+"""Inputs larger than the fields of a hash set's entry, than 32 bits, and than any usual line.
 
     large.py --velk PATH --folder DIR [CASE...]
 
@@ -20,10 +20,8 @@ FOUND = "found.fa"
 SCAFFOLDS = "scaffolds.fa"
 
 
-def arguments(case, assembly_option):
-    slots = len(case.assembly.bases) * 4 // 3  # the table need not grow
-    return ["-l", "reads.lib", *assembly_option, "-o", FOUND, "-t", "2", "-L", "50",
-            "-m", str(slots)]
+def arguments(assembly_option):
+    return ["-l", "reads.lib", *assembly_option, "-o", FOUND, "-t", "2", "-L", "50"]
 
 
 def check(case, outcome, report):
@@ -34,7 +32,7 @@ def check(case, outcome, report):
 
 
 def outcomes_of(case, name, velk):
-    outcome = run.run(velk, name, arguments(case, ("-s", SCAFFOLDS)), case.folder)
+    outcome = run.run(velk, name, arguments(("-s", SCAFFOLDS)), case.folder)
     check(case, outcome, SCAFFOLDS + ".gapsinfo")
     for ending, pieces in ((".contig", case.assembly.contig_file()),
                            (".contigPos", case.assembly.position_file())):
@@ -44,7 +42,7 @@ def outcomes_of(case, name, velk):
     if case.has_contig_run:
         os.remove(case.path(FOUND))
         again = run.run(velk, "the same, contigs as input",
-                        arguments(case, ("-c", SCAFFOLDS + ".contig")), case.folder)
+                        arguments(("-c", SCAFFOLDS + ".contig")), case.folder)
         check(case, again, ".gapsinfo")
         yield again
 
