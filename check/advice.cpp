@@ -5,10 +5,11 @@
 #include <map>
 #include <string_view>
 
-#include "check/machine.h"
 #include "check/readTiming.h"
 #include "driver/velk.h"
 #include "kmer/tableSize.h"
+#include "survey/machine.h"
+#include "survey/timeModel.h"
 
 namespace velk::check {
 namespace {
@@ -52,10 +53,32 @@ void estimateTime(const Survey& survey, Advice& advice) {
   advice.indexSeconds = survey.secondsPerKmer * static_cast<double>(survey.kmers);
   for (const ReadInput& input : survey.inputs) {
     if (!input.isReadable) continue;
-    const double searching = survey.secondsPerRead * (input.isPaired ? 2 : 1) / thread_num;
     advice.readSeconds +=
-        static_cast<double>(input.records) * (secondsToReadRecord(input) + searching);
+        survey::inputSeconds({input.records, input.isPaired, secondsToReadRecord(input)},
+                             survey.secondsPerRead, thread_num);
   }
+}
+
+// The bytes of the largest batch.
+uint64_t batchBytes(const Survey& survey) {
+  uint64_t most = 0;
+  for (const ReadInput& input : survey.inputs) {
+    if (!input.isReadable) continue;
+    survey::BatchShape shape;
+    shape.arePairs = input.isPaired;
+    shape.entries = input.records;
+    shape.readLength = static_cast<uint64_t>(input.stats.meanLength());
+    shape.foundPerRead = survey.foundPerRead;
+    shape.threads = thread_num;
+    most = std::max(most, survey::batchBytes(shape));
+  }
+  return most;
+}
+
+survey::MemoryEstimate estimateMemory(const Survey& survey) {
+  const survey::Scaffolds assembly = assemblyOfRun();
+  return survey::peakMemory(survey::indexBytes(Kmer, survey.kmers, survey::contigBases(assembly)),
+                            survey::assemblyBytes(assembly), batchBytes(survey), thread_num);
 }
 
 uint64_t foundBytes(const Survey& survey) {
@@ -80,7 +103,7 @@ void checkTable(Survey& survey) {
 
 void checkMemory(Survey& survey, const Advice& advice) {
   const uint64_t needed = advice.memory.peak;
-  const uint64_t free = freeMemory();
+  const uint64_t free = survey::freeMemory();
   const std::string text = std::to_string(needed / 1000000) + " MB needed, " +
                            std::to_string(free / 1000000) + " MB free";
   if (needed > free) {
@@ -96,7 +119,7 @@ void checkDiskSpace(Findings& findings, const std::vector<DiskNeed>& needs) {
   std::map<uint64_t, uint64_t> needed;  // by device
   std::map<uint64_t, uint64_t> free;
   for (const DiskNeed& need : needs) {
-    const Disk disk = diskOf(need.file);
+    const survey::Disk disk = survey::diskOf(need.file);
     needed[disk.device] += need.bytes;
     free[disk.device] = disk.free;
   }

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "check/memoryModel.h"
 #include "check/survey.h"
+#include "survey/memoryModel.h"
 
 namespace velk::check {
 
@@ -14,7 +14,7 @@ struct Advice {
   bool isKnown = false;  // whether there is anything to base advice on
   std::string command;   // to be pasted into a shell
   int longestRead = 0;   // -r, bases
-  MemoryEstimate memory;
+  survey::MemoryEstimate memory;
   double indexSeconds = 0;
   double readSeconds = 0;  // reading and searching
   uint64_t diskBytes = 0;

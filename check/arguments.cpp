@@ -5,10 +5,11 @@
 #include <memory>
 #include <string_view>
 
+#include "driver/options.h"
+
 namespace velk::check {
 namespace {
 
-constexpr std::string_view kVelkLetters = "lcsoOMCktrmLf";
 constexpr const char* kVersion = "velk-check 1.13";
 
 constexpr const char* kDescription =
@@ -57,7 +58,7 @@ std::vector<std::string> takeOwn(int argc, char** argv, Arguments& arguments) {
       own.push_back(argument);
       if (takesValue(argument) && i + 1 < argc) own.emplace_back(argv[++i]);
     } else if (argument.starts_with('-')) {
-      if (argument.size() < 2 || kVelkLetters.find(argument[1]) == std::string_view::npos) {
+      if (argument.size() < 2 || kindOfOption(argument[1]) == OptionKind::kNone) {
         throw UsageError("velk has no option " + argument);
       }
       if (i + 1 == argc) throw UsageError("option " + argument + " has no value");

@@ -4,9 +4,9 @@
 #include <cmath>
 #include <cstdlib>
 #include <limits>
-#include <string_view>
 
 #include "check/survey.h"
+#include "driver/options.h"
 #include "driver/velk.h"
 #include "kmer/tableSize.h"
 
@@ -33,23 +33,18 @@ void checkNumbers(Survey& survey) {
   const std::vector<std::string>& arguments = survey.arguments.velk;
   for (std::size_t i = 0; i + 1 < arguments.size(); i += 2) {
     if (!arguments[i].starts_with('-')) break;
-    const char letter = arguments[i][1];
-    const bool isReal = std::string_view("OMf").find(letter) != std::string_view::npos;
-    const bool isWhole = std::string_view("CktrmL").find(letter) != std::string_view::npos;
-    if ((!isReal && !isWhole) || isNumber(arguments[i + 1], isReal)) continue;
+    const OptionKind kind = kindOfOption(arguments[i][1]);
+    const bool mayBeAnything = kind == OptionKind::kText || kind == OptionKind::kNone;
+    if (mayBeAnything || isNumber(arguments[i + 1], kind == OptionKind::kReal)) continue;
     survey.findings.add("value-not-number", kCommandLine, arguments[i] + " " + arguments[i + 1]);
   }
 }
 
 void checkRange(Survey& survey) {
   Findings& findings = survey.findings;
-  const auto refuse = [&](bool isWrong, const char* text) {
-    if (isWrong) findings.add("value-refused", kCommandLine, text);
-  };
-  refuse(thread_num < 1, "-t must be at least 1");
-  refuse(Kmer < 0, "-k must be at least 0");
-  refuse(CuttEdge < 0, "-C must be at least 0");
-  refuse(readLen < 0, "-r must be at least 0");
+  for (const std::string& wrong : impossibleValues()) {
+    findings.add("value-refused", kCommandLine, wrong);
+  }
   if (slotsFor(initSize) > kMaxSlots) {
     findings.add("table-refused", kCommandLine, "-m " + std::to_string(initSize));
   }

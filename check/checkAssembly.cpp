@@ -9,6 +9,7 @@
 #include "check/refusal.h"
 #include "check/survey.h"
 #include "contig/contig.h"
+#include "contig/header.h"
 #include "driver/velk.h"
 
 namespace velk::check {
@@ -45,8 +46,7 @@ std::vector<std::string> idsOf(const std::vector<Header>& headers) {
     return ids;
   }
   for (const Header& header : headers) {
-    const std::string rest = header.line.substr(std::min<std::size_t>(header.line.size(), 9));
-    ids.push_back(rest.substr(0, rest.find('_')));
+    ids.push_back(scaffoldPart(header.line.substr(kScaffoldWord.size())));
   }
   return ids;
 }

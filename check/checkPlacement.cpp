@@ -6,6 +6,7 @@
 #include "check/rehearsal.h"
 #include "check/survey.h"
 #include "contig/contig.h"
+#include "driver/options.h"
 #include "driver/velk.h"
 #include "kmer/tableSize.h"
 #include "placement/Read2Scaf.h"
@@ -36,11 +37,11 @@ void checkOrientation(Survey& survey, std::size_t library, const Place& place) {
                              " pairs on one contig " + std::to_string(measure.inward) +
                              " point inwards, " + std::to_string(measure.outward) + " outwards, " +
                              std::to_string(measure.sameStrand) + " in one direction";
-  if (measure.sameStrand > std::max(measure.inward, measure.outward)) {
+  if (measure.orientation == survey::Orientation::kSameStrand) {
     findings.add("orientation-same", place, counts);
     return;
   }
-  const bool isOutward = measure.outward > measure.inward;
+  const bool isOutward = measure.orientation == survey::Orientation::kOutward;
   const std::string sizes = libraryText(library) + ": avg_ins is " + std::to_string(insert) +
                             ", measured " + std::to_string(std::lround(measure.insert));
   const bool isTurned = insert > 0 && isOutward != (insert > kLongestShortInsert);
@@ -53,8 +54,8 @@ void checkOrientation(Survey& survey, std::size_t library, const Place& place) {
                  counts + "; with avg_ins " + std::to_string(insert) + " velk expects " +
                      (isOutward ? "inwards" : "outwards"));
   }
-  const auto others =
-      static_cast<double>(measure.pairs() - std::max(measure.inward, measure.outward));
+  const uint64_t likeMost = isOutward ? measure.outward : measure.inward;
+  const auto others = static_cast<double>(measure.pairs() - likeMost);
   if (others > kMixed * static_cast<double>(measure.pairs())) {
     findings.add("orientation-mixed", place, counts);
   }
@@ -134,7 +135,7 @@ double expectedFinds(const Survey& survey, uint64_t searched) {
 }
 
 bool canIndex() {
-  return thread_num >= 1 && Kmer >= 1 && readLen >= 0 && CuttEdge >= 0 && initSize <= kMaxSlots;
+  return impossibleValues().empty() && Kmer >= 1 && initSize <= kMaxSlots;
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "check/readPass.h"
 #include "check/survey.h"
 #include "driver/velk.h"
+#include "streaming/readFileName.h"
 
 namespace velk::check {
 namespace {
@@ -17,7 +18,7 @@ bool checkFromOutside(Survey& survey, const std::string& file, uint64_t line, bo
                       bool readAsGzip) {
   Findings& findings = survey.findings;
   const Place place{file};
-  if (file.size() < 3 && !isSecond) {
+  if (file.size() < kShortestReadFileName && !isSecond) {
     findings.add("name-short", {lib_file, line}, "the read file name \"" + file + "\"");
     return false;
   }

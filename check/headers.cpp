@@ -7,6 +7,7 @@
 
 #include "check/progress.h"
 #include "check/readFile.h"
+#include "contig/header.h"
 #include "driver/textInput.h"
 #include "driver/velk.h"
 
@@ -56,11 +57,11 @@ std::string withoutReturn(const std::string& text) {
 std::string expectedId(const std::string& header) {
   const std::string line = withoutReturn(header);
   std::string word = line.substr(1, line.find_first_of(" \t") - 1);
-  if (word.starts_with("scaffold") || word.starts_with("Scaffold")) {
-    word.erase(0, std::string_view("scaffold").size());
+  if (word.starts_with(kScaffoldWord.substr(1)) || word.starts_with("Scaffold")) {
+    word.erase(0, kScaffoldWord.size() - 1);
     return scaffold_file.empty() ? word.substr(0, word.rfind('_')) : word;
   }
-  if (word.starts_with('C') && !scaffold_file.empty()) return line.substr(2);
+  if (word.starts_with('C') && !scaffold_file.empty()) return line.substr(kLetterWord.size());
   return word;
 }
 

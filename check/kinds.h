@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cassert>
 #include <cstddef>
 
 #include "check/kindsAssembly.h"
@@ -16,6 +17,7 @@ inline constexpr std::size_t kKindCount =
 
 /// Kind i, in the order command line, library file, read files, assembly. REQUIRES: i < kKindCount.
 constexpr const Kind& kindAt(std::size_t i) {
+  assert(i < kKindCount);
   if (i < kKindsCommand.size()) return kKindsCommand[i];
   i -= kKindsCommand.size();
   if (i < kKindsLibrary.size()) return kKindsLibrary[i];

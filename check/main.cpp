@@ -36,7 +36,6 @@ int finished(int status) {
 }
 
 Advice check(Survey& survey) {
-  const Quiet quiet;
   checkArguments(survey);
   checkLibrary(survey);
   checkOutputs(survey);
@@ -47,6 +46,8 @@ Advice check(Survey& survey) {
 }
 
 int run(int argc, char** argv) {
+  RefusingListener refusing;
+  const ListenerInUse inUse(refusing);
   openStandardDescriptors();
   Survey survey;
   survey.arguments = parseArguments(argc, argv);

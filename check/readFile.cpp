@@ -65,10 +65,6 @@ FileFacts factsOf(const std::string& file) {
   return facts;
 }
 
-bool isGzipName(const std::string& file) {
-  return file.ends_with(".gz");
-}
-
 double compressedShare(const std::string& file) {
   constexpr unsigned kEnough = 4U << 20;  // inflated bytes
   std::vector<char> bytes(kEnough);

@@ -20,9 +20,6 @@ struct FileFacts {
 /// Looks at `file`, without blocking on pipes.
 FileFacts factsOf(const std::string& file);
 
-/// Whether velk reads a file of this name as gzip.
-bool isGzipName(const std::string& file);
-
 /// How many compressed bytes stand for one inflated byte at the start of a gzip file; 1 of others.
 double compressedShare(const std::string& file);
 

@@ -6,6 +6,7 @@
 #include "check/progress.h"
 #include "check/readFile.h"
 #include "driver/velk.h"
+#include "streaming/readFileName.h"
 
 namespace velk::check {
 namespace {

@@ -5,6 +5,7 @@
 
 #include "check/readFile.h"
 #include "streaming/lineSource.h"
+#include "streaming/readFileName.h"
 
 namespace velk::check {
 namespace {

@@ -1,12 +1,11 @@
-// velk's own code at work inside velk-check: its messages are kept, its early ends become
+// velk's own code at work inside velk-check: its messages are dropped, its early ends become
 // exceptions.
-//
-// The linker puts a function of refusal.cpp in the place of velk's endRun() (check/CMakeLists.txt).
 #pragma once
 
-#include <iostream>
-#include <sstream>
 #include <string>
+#include <string_view>
+
+#include "driver/listener.h"
 
 namespace velk::check {
 
@@ -16,20 +15,11 @@ struct Refusal {
   std::string message;
 };
 
-/// Keeps standard error quiet, and its text for refusals, as long as it lives. One at a time.
-class Quiet {
+/// The listener of velk-check: it drops messages and throws Refusal.
+class RefusingListener final : public Listener {
  public:
-  Quiet();
-  ~Quiet();
-  Quiet(const Quiet&) = delete;
-  Quiet& operator=(const Quiet&) = delete;
-
-  /// The last line that was written.
-  std::string lastLine() const;
-
- private:
-  std::ostringstream text_;
-  std::streambuf* before_;
+  void say(std::string_view /*text*/) override {}
+  [[noreturn]] void end(ExitStatus status, std::string_view message) override;
 };
 
 }  // namespace velk::check

@@ -12,10 +12,10 @@ bool countKmers(Survey& survey);
 /// k-mers of 31 bases.
 inline constexpr uint64_t kMostIndexed = 100000000;
 
-/// Builds velk's index of the first contigs that hold `mostKmers` k-mers or, if the free memory is
-/// small, less, and fills in distinctKmers, isExact and secondsPerKmer. distinctKmers counts the
-/// whole assembly; where it is an estimate it is too large rather than too small. Returns the share
-/// of the k-mers that is indexed. REQUIRES: countKmers has answered true.
+/// Builds an index of the first contigs that hold `mostKmers` k-mers or, if the free memory is
+/// small, less, and fills in index, distinctKmers, isExact and secondsPerKmer. distinctKmers counts
+/// the whole assembly; where it is an estimate it is too large rather than too small. Returns the
+/// share of the k-mers that is indexed. REQUIRES: countKmers has answered true.
 double buildIndex(Survey& survey, uint64_t mostKmers = kMostIndexed);
 
 /// Fills survey.measures from the samples of all pairs. REQUIRES: the index is built.

@@ -83,7 +83,7 @@ void printLibraries(std::ostream& output, const Survey& survey) {
 
 void printAdvice(std::ostream& output, const Survey& survey, const Advice& advice) {
   if (!advice.isKnown) return;
-  const MemoryEstimate& memory = advice.memory;
+  const survey::MemoryEstimate& memory = advice.memory;
   output << "Command line to run"
          << (survey.findings.highest() == Level::kError ? ", the errors mended" : "") << "\n    "
          << advice.command << "\n\n"

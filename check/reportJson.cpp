@@ -31,7 +31,7 @@ Json libraryJson(const Survey& survey, std::size_t i) {
   return json;
 }
 
-Json memoryJson(const MemoryEstimate& memory) {
+Json memoryJson(const survey::MemoryEstimate& memory) {
   return {{"peak", memory.peak},
           {"index", memory.index},
           {"assembly", memory.assembly},

@@ -7,12 +7,16 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "check/arguments.h"
 #include "check/finding.h"
+#include "contig/contig.h"
 #include "libinfo/libinfo.h"
+#include "survey/boundedIndex.h"
+#include "survey/pairGeometry.h"
 
 namespace velk::check {
 
@@ -55,16 +59,7 @@ struct ReadInput {
   std::vector<std::string> b;  // second mates of the same pairs
 };
 
-/// The pairs of a library that lie on one contig.
-struct PairMeasure {
-  uint64_t inward = 0;   // pairs that point at each other
-  uint64_t outward = 0;  // pairs that point away from each other
-  uint64_t sameStrand = 0;
-  double insert = 0;  // median of the commonest kind, bases; 0 when there is none
-  double spread = 0;  // half of the range that holds the middle 68 % of these, bases
-
-  uint64_t pairs() const { return inward + outward + sameStrand; }
-};
+using survey::PairMeasure;
 
 struct Survey {
   Survey() = default;
@@ -80,14 +75,20 @@ struct Survey {
   std::vector<PairMeasure> measures;  // by library
   bool hasAssembly = false;           // the scaffold model is loaded
   uint64_t gapSum = 0;
-  uint64_t longestScaffold = 0;  // bases
-  uint64_t kmers = 0;            // indexed k-mers, counted as often as they occur
-  uint64_t distinctKmers = 0;    // of these, different ones
-  bool isExact = false;          // whether distinctKmers was counted
-  double secondsPerKmer = 0;     // to index one
-  double secondsPerRead = 0;     // to search one, on one thread
-  double foundPerRead = 0;       // records found for a read of the sample
+  uint64_t longestScaffold = 0;                 // bases
+  uint64_t kmers = 0;                           // indexed k-mers, counted as often as they occur
+  uint64_t distinctKmers = 0;                   // of these, different ones
+  bool isExact = false;                         // whether distinctKmers was counted
+  std::unique_ptr<survey::BoundedIndex> index;  // of the assembly, or of its first part
+  double secondsPerKmer = 0;                    // to index one
+  double secondsPerRead = 0;                    // to search one, on one thread
+  double foundPerRead = 0;                      // records found for a read of the sample
 };
+
+/// The assembly of the run.
+inline survey::Scaffolds assemblyOfRun() {
+  return {scaffoldInfo, scaffoldSum};
+}
 
 /// "3 of 10 (30.0 %)".
 std::string shareText(uint64_t count, uint64_t of);

@@ -1,19 +1,17 @@
 #include <algorithm>
-#include <iostream>
 
 #include "contig/contig.h"
 #include "contig/header.h"
 #include "driver/fatal.h"
+#include "driver/listener.h"
 #include "driver/textInput.h"
 #include "driver/velk.h"
 
 namespace velk {
 namespace {
 
-// The scaffold id of a header: from the tenth character up to the first '_' behind it.
 std::string idOf(const std::string& header, const TextInput& input) {
-  const std::string rest = idAfter(header, kScaffoldWord.size(), input, kInputError);
-  return rest.substr(0, rest.find('_'));
+  return scaffoldPart(idAfter(header, kScaffoldWord.size(), input, kInputError));
 }
 
 int gapLengthOf(const std::string& header) {
@@ -87,7 +85,7 @@ class ContigFiller {
 }  // namespace
 
 void CountscaftigNum(const std::string& file, ScaftigMap& scaftigNum) {
-  std::cerr << "Start to count contig number\n";
+  say("Start to count contig number\n");
   TextInput input = openContigs(file);
   for (std::string line; input.readLine(line);) {
     if (line.starts_with('>')) ++scaftigNum[idOf(line, input)];

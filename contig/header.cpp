@@ -13,6 +13,10 @@ std::string idAfter(const std::string& header, std::size_t dropped, const TextIn
   return header.substr(dropped);
 }
 
+std::string scaffoldPart(const std::string& contigId) {
+  return contigId.substr(0, contigId.find('_'));
+}
+
 void requireContigLength(std::size_t length, const std::string& file, const std::string& id,
                          ExitStatus status) {
   constexpr auto kLongest = static_cast<std::size_t>(std::numeric_limits<int32_t>::max());

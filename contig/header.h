@@ -13,6 +13,12 @@ namespace velk {
 /// What stands before the id in a header of this system's own.
 inline constexpr std::string_view kScaffoldWord = ">scaffold";
 
+/// The same in a header of a scaffold file that holds a C.
+inline constexpr std::string_view kLetterWord = ">C";
+
+/// The scaffold's id in what a contig's header holds behind kScaffoldWord: up to the first '_'.
+std::string scaffoldPart(const std::string& contigId);
+
 /// Returns `header`, the line that `input` read last, without its first `dropped` characters.
 /// Exits with `status` after an "[ERROR]: ..." message when it has fewer than these.
 std::string idAfter(const std::string& header, std::size_t dropped, const TextInput& input,

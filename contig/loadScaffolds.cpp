@@ -1,16 +1,15 @@
 #include <fstream>
-#include <iostream>
 
 #include "contig/contig.h"
 #include "contig/header.h"
+#include "contig/sideFiles.h"
 #include "driver/fatal.h"
+#include "driver/listener.h"
 #include "driver/outputFile.h"
 #include "driver/textInput.h"
 
 namespace velk {
 namespace {
-
-constexpr std::size_t kLetterLength = 2;  // ">C"
 
 bool contains(const std::string& line, const char* text) {
   return line.find(text) != std::string::npos;
@@ -23,7 +22,7 @@ std::string idAfterWord(const std::string& line, const TextInput& input) {
 
 // The id in a header that names it behind ">C"; nothing is cut at its end.
 std::string idAfterLetter(const std::string& line, const TextInput& input) {
-  return idAfter(line, kLetterLength, input, kHeaderError);
+  return idAfter(line, kLetterWord.size(), input, kHeaderError);
 }
 
 std::string idOfFirstHeader(const std::string& line, const TextInput& input) {
@@ -87,20 +86,20 @@ void LoadScaffolds(ScaffoldInfo* scaffoldInfo, std::string scaffoldFile, uint32_
                    uint64_t& gapSum) {
   TextInput input(scaffoldFile);
   if (!input.isOpen()) fatal(kUserError, "Can't open input file: " + scaffoldFile + "\n");
-  const std::string contigPosFile = scaffoldFile + ".contigPos";
+  const std::string contigPosFile = contigPositionsFileOf(scaffoldFile);
   LocalOutput contigPosOutfile;
   openSideFile(contigPosOutfile, contigPosFile);
   readScaffolds(input, scaffoldInfo, scaffoldSum, gapSum, contigPosOutfile);
   finishOutput(contigPosOutfile, contigPosFile);
 
   printContigs(scaffoldInfo, scaffoldSum, scaffoldFile);
-  std::cerr << "Print contigs finished!\n";
-  std::cerr << "Load scaffolds finished!\n";
+  say("Print contigs finished!\n");
+  say("Load scaffolds finished!\n");
 }
 
 void printContigs(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldNum,
                   const std::string& scaffoldFile) {
-  const std::string contigFile = scaffoldFile + ".contig";
+  const std::string contigFile = contigFileOf(scaffoldFile);
   LocalOutput output;
   openSideFile(output, contigFile);
   for (uint32_t i = 0; i < scaffoldNum; ++i) {

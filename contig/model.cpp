@@ -1,9 +1,10 @@
-#include <iostream>
+#include <string>
 #include <string_view>
 
 #include "contig/contig.h"
 #include "contig/otherKind.h"
 #include "driver/fatal.h"
+#include "driver/listener.h"
 #include "driver/textInput.h"
 
 namespace velk {
@@ -21,8 +22,7 @@ uint32_t contignum(const std::string& file) {
   TextInput input(file);
   if (!input.isOpen()) {
     // KEPT: this message goes to standard output (Contignum.UnopenableFileIsToldOnStandardOutput)
-    std::cout << "Fail to load file " << file << std::endl;
-    endRun(kInputError);
+    endOnOutput(kInputError, "Fail to load file " + file + "\n");
   }
   uint32_t headers = 0;
   bool isTold = false;
@@ -38,7 +38,7 @@ void InitialScaffold(ScaffoldInfo*& scaffoldInfo, const std::string& scaffoldFil
   scaffoldSum = contignum(scaffoldFile);
   scaffoldInfo =
       allocateArray<ScaffoldInfo>(scaffoldSum, {__LINE__, kFunction, kUserError, kSeparator});
-  std::cerr << "Scaffold Initialization finished!\n";
+  say("Scaffold Initialization finished!\n");
 }
 
 void InitialScaffold(ScaffoldInfo*& scaffoldInfo, ScaftigMap& scaftigNum, uint64_t& gapSum) {
@@ -54,7 +54,7 @@ void InitialScaffold(ScaffoldInfo*& scaffoldInfo, ScaftigMap& scaftigNum, uint64
     gapSum += info.contigsSum - 1;
     number = index++;
   }
-  std::cerr << "Scaffold Initialization finished!\n";
+  say("Scaffold Initialization finished!\n");
 }
 
 void releaseScaffolds() {

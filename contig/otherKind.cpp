@@ -1,7 +1,8 @@
 #include "contig/otherKind.h"
 
-#include <iostream>
 #include <string_view>
+
+#include "driver/listener.h"
 
 namespace velk {
 namespace {
@@ -23,13 +24,13 @@ constexpr Compression kCompressions[] = {
 bool warnOfOtherKind(const std::string& file, const std::string& line, bool isFirstLine) {
   for (const Compression& compression : kCompressions) {
     if (!isFirstLine || !line.starts_with(compression.start)) continue;
-    std::cerr << "[WARNING]: " << file << " is compressed (" << compression.name
-              << "), but scaffolds are read as plain text\n";
+    say("[WARNING]: " + file + " is compressed (" + std::string(compression.name) +
+        "), but scaffolds are read as plain text\n");
     return true;
   }
   if (line.find("[LIB]") == std::string::npos) return false;
-  std::cerr << "[WARNING]: " << file
-            << " is a library file in the place of the scaffolds, -l and -s may be swapped\n";
+  say("[WARNING]: " + file +
+      " is a library file in the place of the scaffolds, -l and -s may be swapped\n");
   return true;
 }
 

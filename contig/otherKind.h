@@ -6,7 +6,7 @@
 
 namespace velk {
 
-/// Prints a warning when the first line of `file` begins as a compressed file does, or when `line`,
+/// Tells a warning when the first line of `file` begins as a compressed file does, or when `line`,
 /// which no header precedes, opens a section of a library file. Returns whether it did.
 bool warnOfOtherKind(const std::string& file, const std::string& line, bool isFirstLine);
 

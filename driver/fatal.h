@@ -1,35 +1,25 @@
-// How a run ends early: the exit statuses, the two ways to die and the allocation helper.
+// How a run ends early: the ways to do so and the allocation helper.
 //
-// A failing run prints one message on standard error and exits at once, on the main thread; what
-// was written to its outputs before stays (driver/outputFile.h). Worker threads never call these
-// functions; streaming/workerPool.h says what happens when one of them runs out of memory.
+// A failing run tells its listener one message and the status, on the main thread, and ends there;
+// what was written to its outputs before stays (driver/outputFile.h). Worker threads never call
+// these functions; streaming/workerPool.h says what happens when one of them runs out of memory.
+// "Exits with status n" in a contract means such an end.
 #pragma once
 
 #include <cstddef>
-#include <iosfwd>
 #include <new>
 #include <string>
 #include <string_view>
 
+#include "driver/exitStatus.h"
+
 namespace velk {
 
-enum ExitStatus : int {
-  kSuccess = 0,
-  kUserError = 1,     // help, bad input, files that cannot be opened or written
-  kMemoryError = 2,   // allocation failures of the driver, the splitter and the read streaming
-  kHeaderError = 3,   // scaffold headers that cannot be understood
-  kInputError = 255,  // stray argument, unreadable library file, bad contig input
-};
-
-/// Standard error for a message about a failure: it is written even where an earlier message could
-/// not be.
-std::ostream& failureMessage();
-
-/// Ends the process with `status`; the one place where velk does so before the end of main().
-[[noreturn]] void endRun(int status);
-
-/// Writes `message` to standard error as it stands and exits with `status`.
+/// Ends the run with `message`, as it stands, and `status`.
 [[noreturn]] void fatal(ExitStatus status, std::string_view message);
+
+/// Ends the run with `status` after a text for standard output.
+[[noreturn]] void endOnOutput(ExitStatus status, std::string_view text);
 
 /// Ends the run with "[ERROR]: can't read FILE: REASON", status 1; the reason is errno's.
 [[noreturn]] void failReading(const std::string& file);

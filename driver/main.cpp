@@ -1,14 +1,18 @@
 // The run: one pass of the main thread through the stages, in a fixed order.
+#include <array>
+#include <cinttypes>
 #include <csignal>
+#include <cstdio>
 #include <exception>
-#include <iostream>
 #include <new>
 #include <string>
 
 #include "contig/contig.h"
 #include "driver/fatal.h"
 #include "driver/gapReport.h"
+#include "driver/listener.h"
 #include "driver/outputFile.h"
+#include "driver/runFiles.h"
 #include "driver/standardDescriptors.h"
 #include "driver/textInput.h"
 #include "driver/velk.h"
@@ -24,19 +28,7 @@ namespace {
 
 // Keeps every input named on the command line and in the libraries from being overwritten.
 void protectInputs(const Lib* libs, int libSum) {
-  protectFile(lib_file);
-  if (!scaffold_file.empty()) protectFile(scaffold_file);
-  if (!contig_file.empty()) protectFile(contig_file);
-  for (int i = 0; i < libSum; ++i) {
-    const Lib& lib = libs[i];
-    for (Len_t j = 0; j < lib.pfilenum; ++j) {
-      protectFile(lib.pairs[j].read1file);
-      protectFile(lib.pairs[j].read2file);
-    }
-    for (Len_t j = 0; j < lib.s2filenum; ++j) protectFile(lib.single2[j].readfile);
-    for (Len_t j = 0; j < lib.sfilenum; ++j) protectFile(lib.single[j].readfile);
-    for (Len_t j = 0; j < lib.qfilenum; ++j) protectFile(lib.singlequal[j].readfile);
-  }
+  for (const RunFile& input : inputsOfRun(libs, libSum)) protectFile(input.name);
 }
 
 // Opens the output, which may not be the gap report either: that would be told only at the end of
@@ -57,7 +49,7 @@ uint64_t loadSequences() {
     InitialScaffold(scaffoldInfo, scaffold_file, scaffoldSum);
     LoadScaffolds(scaffoldInfo, scaffold_file, scaffoldSum, gapSum);
   } else if (!contig_file.empty()) {
-    std::cerr << "Only set -c, load contig directly!\n";
+    say("Only set -c, load contig directly!\n");
     refusePipe(contig_file);
     ScaftigMap scaftigNum;
     CountscaftigNum(contig_file, scaftigNum);
@@ -73,28 +65,32 @@ uint64_t loadSequences() {
 // Streams all libraries through the workers.
 void findReads(Lib*& libs, int libSum) {
   startWorkers(thread_num);
-  std::cerr << thread_num << " threads created!\n";
-  std::cout.flush();
+  say(std::to_string(thread_num) + " threads created!\n");
   libread2gap(libs, libSum);
   sendSignal(2);
   releaseRows(thread_num);
-  std::cerr << "All the libs treated finish!\n";
+  say("All the libs treated finish!\n");
 }
 
 void releaseIndex() {
-  std::cerr << "kmerHash->count: " << kmerHash->count << "\n"
-            << "kmerHash->size: " << kmerHash->size << "\n";
+  say("kmerHash->count: " + std::to_string(kmerHash->count) + "\n" +
+      "kmerHash->size: " + std::to_string(kmerHash->size) + "\n");
   freeKmerHash(kmerHash);
   kmerHash = nullptr;
+}
+
+void sayParameters() {
+  std::array<char, 128> text{};  // of its own, as there may be no memory for a string
+  std::snprintf(text.data(), text.size(), "initSize=%" PRIu64 "\nOverRatio=%g\nContigLen=%d\n",
+                initSize, OverRatio, CONTIGLEN);
+  say(text.data());
 }
 
 int run(int argc, char** argv) {
   if (argc <= 1) usage();
   const int noptions = mGetOptions(argc, argv);
   if (lib_file.empty()) fatal(kUserError, "Please check input lib file!\n");
-  std::cerr << "initSize=" << initSize << "\n"
-            << "OverRatio=" << OverRatio << "\n"
-            << "ContigLen=" << CONTIGLEN << "\n";
+  sayParameters();
   kmerHash = newKmerHash(initSize, LoadFactor);
   if (noptions != argc) fatal(kInputError, "Please check input!\n");
   checkParameters();
@@ -107,22 +103,21 @@ int run(int argc, char** argv) {
 
   const uint64_t gapSum = loadSequences();
   FetchKmers1(kmerHash, scaffoldInfo, scaffoldSum);
-  std::cerr << "Fetch kmers finished!\n";
-  std::cout.flush();
-  std::cerr << "Initialize finished!\n";
+  say("Fetch kmers finished!\n");
+  say("Initialize finished!\n");
 
   readSumInEachGap = allocateArray<int>(gapSum, {294, "main", kMemoryError});
   findReads(libs, libSum);
   writeGapReport();
-  std::cerr << "Output gaps information done!\n";
+  say("Output gaps information done!\n");
 
   Libsclear(libs, libSum);
-  std::cerr << "lib clear done!\n";
+  say("lib clear done!\n");
   releaseIndex();
   releaseScaffolds();
   delete[] readSumInEachGap;
   readSumInEachGap = nullptr;
-  std::cerr << "Free resource done!\n";
+  say("Free resource done!\n");
   finishOutput(fout, out_file);
   return gzipDamageSeen() ? kUserError : kSuccess;
 }

@@ -1,5 +1,10 @@
+#include "driver/options.h"
+
+#include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <limits>
+#include <variant>
 
 #include "driver/velk.h"
 
@@ -14,54 +19,62 @@ float narrowed(double value) {
   return static_cast<float>(value);
 }
 
-// Stores `value` in the run parameter of option `letter`; returns false for an unknown letter.
-bool setParameter(char letter, const char* value) {
-  switch (letter) {
-    case 'l':
-      lib_file = value;
-      return true;
-    case 'c':
-      contig_file = value;
-      return true;
-    case 's':
-      scaffold_file = value;
-      return true;
-    case 'o':
-      out_file = value;
-      return true;
-    case 'O':
-      OverRatio = std::atof(value);
-      return true;
-    case 'M':
-      mapCut = std::atof(value);
-      return true;
-    case 'C':
-      CuttEdge = lenientInt(value);
-      return true;
-    case 'k':
-      Kmer = lenientInt(value);
-      return true;
-    case 't':
-      thread_num = lenientInt(value);
-      return true;
-    case 'r':
-      readLen = lenientInt(value);
-      return true;
-    case 'm':
-      initSize = static_cast<uint64_t>(std::strtol(value, nullptr, 10));
-      return true;
-    case 'L':
-      CONTIGLEN = lenientInt(value);
-      return true;
-    case 'f':
-      LoadFactor = narrowed(std::atof(value));
-      return true;
-    default:
-      return false;
-  }
+// The run parameters of the options; the type says how a value is read.
+using Parameter = std::variant<std::string*, int*, uint64_t*, double*, float*>;
+
+struct Option {
+  char letter;
+  Parameter parameter;
+};
+
+constexpr Option kOptions[] = {
+    {'l', &lib_file},   {'c', &contig_file}, {'s', &scaffold_file}, {'o', &out_file},
+    {'O', &OverRatio},  {'M', &mapCut},      {'C', &CuttEdge},      {'k', &Kmer},
+    {'t', &thread_num}, {'r', &readLen},     {'m', &initSize},      {'L', &CONTIGLEN},
+    {'f', &LoadFactor},
+};
+
+const Option* optionOf(char letter) {
+  const auto* const found =
+      std::find_if(std::begin(kOptions), std::end(kOptions),
+                   [&](const Option& option) { return option.letter == letter; });
+  return found == std::end(kOptions) ? nullptr : found;
 }
 
+// Stores a value as it stands on the command line.
+struct Storing {
+  const char* value;
+
+  void operator()(std::string* text) const { *text = value; }
+  void operator()(int* number) const { *number = lenientInt(value); }
+  void operator()(uint64_t* number) const {
+    *number = static_cast<uint64_t>(std::strtol(value, nullptr, 10));
+  }
+  void operator()(double* number) const { *number = std::atof(value); }
+  void operator()(float* number) const { *number = narrowed(std::atof(value)); }
+};
+
+// Stores `value` in the run parameter of option `letter`; returns false for an unknown letter.
+bool setParameter(char letter, const char* value) {
+  const Option* const option = optionOf(letter);
+  if (option != nullptr) std::visit(Storing{value}, option->parameter);
+  return option != nullptr;
+}
+
+struct KindOf {
+  OptionKind operator()(const std::string* /*text*/) const { return OptionKind::kText; }
+  OptionKind operator()(const int* /*number*/) const { return OptionKind::kWhole; }
+  OptionKind operator()(const uint64_t* /*number*/) const { return OptionKind::kWhole; }
+  OptionKind operator()(const double* /*number*/) const { return OptionKind::kReal; }
+  OptionKind operator()(const float* /*number*/) const { return OptionKind::kReal; }
+};
+
 }  // namespace
+
+OptionKind kindOfOption(char letter) {
+  const Option* const option = optionOf(letter);
+  return option == nullptr ? OptionKind::kNone : std::visit(KindOf{}, option->parameter);
+}
 
 int mGetOptions(int rgc, char** rgv) {
   int index = 1;

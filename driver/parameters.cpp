@@ -1,6 +1,7 @@
 #include <cstdlib>
 
 #include "driver/fatal.h"
+#include "driver/options.h"
 #include "driver/velk.h"
 
 namespace velk {
@@ -25,11 +26,18 @@ int lenientInt(const std::string& text) {
   return static_cast<int>(std::strtol(text.c_str(), nullptr, 10));
 }
 
+std::vector<std::string> impossibleValues() {
+  std::vector<std::string> wrong;
+  if (thread_num < 1) wrong.emplace_back("-t must be at least 1");
+  if (Kmer < 0) wrong.emplace_back("-k must be at least 0");
+  if (CuttEdge < 0) wrong.emplace_back("-C must be at least 0");
+  if (readLen < 0) wrong.emplace_back("-r must be at least 0");
+  return wrong;
+}
+
 void checkParameters() {
-  if (thread_num < 1) fatal(kUserError, "[ERROR]: -t must be at least 1\n");
-  if (Kmer < 0) fatal(kUserError, "[ERROR]: -k must be at least 0\n");
-  if (CuttEdge < 0) fatal(kUserError, "[ERROR]: -C must be at least 0\n");
-  if (readLen < 0) fatal(kUserError, "[ERROR]: -r must be at least 0\n");
+  const std::vector<std::string> wrong = impossibleValues();
+  if (!wrong.empty()) fatal(kUserError, "[ERROR]: " + wrong.front() + "\n");
 }
 
 }  // namespace velk

@@ -1,8 +1,9 @@
 #include "kmer/foretoldTable.h"
 
-#include <iostream>
+#include <string>
 
 #include "driver/fatal.h"
+#include "driver/listener.h"
 #include "kmer/tableSize.h"
 
 namespace velk {
@@ -22,11 +23,11 @@ HashSet* newForetoldTable(uint64_t initSize, float loadFactor) {
 void growForetoldTable(HashSet* set, uint64_t keys) {
   const TableCourse course = courseOfTable(set->size, set->load_factor, keys);
   for (std::size_t i = 1; i < course.sizes.size(); ++i) {
-    std::cerr << "old set->size: " << course.sizes[i - 1] << "\n"
-              << "new set->size: " << course.sizes[i] << "\n";
+    say("old set->size: " + std::to_string(course.sizes[i - 1]) + "\n");
+    say("new set->size: " + std::to_string(course.sizes[i]) + "\n");
   }
   if (course.isTooLarge) {
-    std::cerr << "old set->size: " << course.sizes.back() << "\n";
+    say("old set->size: " + std::to_string(course.sizes.back()) + "\n");
     failForetoldTable();
   }
   set->count = keys;

@@ -14,7 +14,7 @@ namespace velk {
 HashSet* newForetoldTable(uint64_t initSize, float loadFactor);
 
 /// Makes the numbers those of the set after `keys` different keys have been added, with the lines
-/// that add_hashset writes to standard error as it grows. REQUIRES: the set is new.
+/// that add_hashset tells as it grows. REQUIRES: the set is new.
 /// Exits as enlarge_hashset does without memory when the set would grow beyond kMaxSlots.
 void growForetoldTable(HashSet* set, uint64_t keys);
 

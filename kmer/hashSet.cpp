@@ -1,9 +1,10 @@
 #include "kmer/hashSet.h"
 
 #include <cstdlib>
-#include <iostream>
+#include <string>
 
 #include "driver/fatal.h"
+#include "driver/listener.h"
 #include "kmer/tableSize.h"
 
 namespace velk {
@@ -76,9 +77,9 @@ int add_hashset(HashSet* set, const Entity& entity) {
   } else if (set->count + 1 <= set->max) {
     fillSlot(set, slot, entity);
   } else {
-    std::cerr << "old set->size: " << set->size << "\n";
+    say("old set->size: " + std::to_string(set->size) + "\n");
     enlarge_hashset(set, 1);
-    std::cerr << "new set->size: " << set->size << "\n";
+    say("new set->size: " + std::to_string(set->size) + "\n");
     addAfterGrowth(set, entity);
   }
   return 1;

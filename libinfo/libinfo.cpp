@@ -1,12 +1,12 @@
 #include "libinfo/libinfo.h"
 
 #include <algorithm>
-#include <iostream>
 #include <limits>
 #include <memory>
 #include <vector>
 
 #include "driver/fatal.h"
+#include "driver/listener.h"
 #include "driver/textInput.h"
 #include "driver/velk.h"
 
@@ -58,23 +58,25 @@ void countFiles(const Lines& lines, Lib* libs) {
       });
 }
 
-// Prints the file counts of library i and allocates its arrays of file names.
+// Tells the file counts of library i and allocates its arrays of file names.
 void allocateNames(Lib& lib, int i) {
+  const std::string library = std::to_string(i);
   if (lib.sfilenum != 0) {
-    std::cerr << "single fa file number of lib " << i << " is " << lib.sfilenum << std::endl;
+    say("single fa file number of lib " + library + " is " + std::to_string(lib.sfilenum) + "\n");
     lib.single = new Single[lib.sfilenum];
   }
   if (lib.pfilenum != 0) {
-    std::cerr << "pair file number of lib " << i << " is " << lib.pfilenum << std::endl;
+    say("pair file number of lib " + library + " is " + std::to_string(lib.pfilenum) + "\n");
     lib.pairs = new Pair[lib.pfilenum];
   }
   if (lib.s2filenum != 0) {
-    std::cerr << "PE in single file number of lib " << i << " is " << lib.s2filenum << std::endl;
+    say("PE in single file number of lib " + library + " is " + std::to_string(lib.s2filenum) +
+        "\n");
     lib.single2 = new Single[lib.s2filenum];
   }
   if (lib.qfilenum != 0) {
     // KEPT: no blanks around "is" (Loadlib.PrintsTheFileCounts)
-    std::cerr << "single fq file number of lib " << i << "is" << lib.qfilenum << "\n";
+    say("single fq file number of lib " + library + "is" + std::to_string(lib.qfilenum) + "\n");
     singlequalArrays.push_back(std::make_unique<SingleQual[]>(lib.qfilenum));
     lib.singlequal = singlequalArrays.back().get();
   }
@@ -165,11 +167,11 @@ void Loadlib(const std::string& file, Lib*& libs, int& libsNum) {
   libsNum = 0;
   TextInput input(file);
   if (!input.isOpen()) fatal(kInputError, "Fail to open " + file + "\n");
-  std::cerr << "Starting load lib file " << file << std::endl;
+  say("Starting load lib file " + file + "\n");
 
   const Lines lines = readLines(input);
   libsNum = static_cast<int>(std::count_if(lines.begin(), lines.end(), isHeader));
-  std::cerr << "Find lib number: " << libsNum << std::endl;
+  say("Find lib number: " + std::to_string(libsNum) + "\n");
   libs = new Lib[static_cast<std::size_t>(libsNum)];
 
   countFiles(lines, libs);
@@ -179,13 +181,13 @@ void Loadlib(const std::string& file, Lib*& libs, int& libsNum) {
   forEachLine(
       lines, [&] { filler.nextSection(); },
       [&](const std::string& id, const std::string& value) { filler.store(id, value); });
-  std::cerr << "Lib file load finished!\n";
+  say("Lib file load finished!\n");
 
   MAXINSERT = filler.maxInsert();
   const int64_t bigGap = int64_t{readLen} + filler.maxSmallInsert();
   BIGGAPLEN = static_cast<int>(std::min<int64_t>(bigGap, std::numeric_limits<int>::max()));
-  std::cerr << "Max small insert is " << filler.maxSmallInsert()
-            << "\tbig gap length: " << BIGGAPLEN << "\t Max insert: " << MAXINSERT << std::endl;
+  say("Max small insert is " + std::to_string(filler.maxSmallInsert()) + "\tbig gap length: " +
+      std::to_string(BIGGAPLEN) + "\t Max insert: " + std::to_string(MAXINSERT) + "\n");
 }
 
 void releaseSingleQuals() {

@@ -52,7 +52,7 @@ struct Lib {
 
 /// Loads the library file `file`: sets `libs` to a new array of `libsNum` records (inout; release
 /// it with Libsclear), MAXINSERT to the largest avg_ins and BIGGAPLEN to readLen plus the largest
-/// avg_ins below MINLARGEINSERT. Progress goes to standard error.
+/// avg_ins below MINLARGEINSERT. Progress goes to the listener.
 /// Exits with status 255 after "Fail to open FILE" when the file cannot be opened, with status 1
 /// when it cannot be read.
 void Loadlib(const std::string& file, Lib*& libs, int& libsNum);

@@ -1,8 +1,6 @@
 #include "streaming/gzipDamage.h"
 
-#include <ostream>
-
-#include "driver/fatal.h"
+#include "driver/listener.h"
 
 namespace velk {
 namespace {
@@ -12,7 +10,7 @@ bool damageSeen = false;
 }  // namespace
 
 void reportGzipDamage(const std::string& file, const std::string& reason) {
-  failureMessage() << "[ERROR]: damaged gzip file: " << file << ": " << reason << "\n";
+  listener->complain("[ERROR]: damaged gzip file: " + file + ": " + reason + "\n");
   damageSeen = true;
 }
 

@@ -1,6 +1,7 @@
 #include "streaming/gzipDecoder.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 
 namespace velk {
@@ -32,6 +33,7 @@ bool GzipDecoder::open(const std::string& file) {
 }
 
 std::size_t GzipDecoder::read(std::span<char> room) {
+  assert(!room.empty());
   std::size_t made = 0;
   while (made < room.size() && state_ != State::kEnd) made += goOn(room.subspan(made));
   return made;

@@ -1,5 +1,7 @@
 #include "streaming/gzipInput.h"
 
+#include <cassert>
+
 namespace velk {
 namespace {
 
@@ -8,6 +10,7 @@ constexpr std::size_t kInflatedBlock = 256 << 10;  // bytes
 }  // namespace
 
 void GzipInput::inflateAhead() {
+  assert(block_ == nullptr && ahead_ == nullptr);
   ahead_ = std::make_unique<InflateAhead>(decoder_);
   if (!ahead_->start()) ahead_.reset();
 }

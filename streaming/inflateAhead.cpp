@@ -1,5 +1,6 @@
 #include "streaming/inflateAhead.h"
 
+#include <cassert>
 #include <new>
 
 namespace velk {
@@ -30,6 +31,7 @@ bool InflateAhead::start() {
 }
 
 std::string_view InflateAhead::next() {
+  assert(isRunning_);
   std::unique_lock lock(mutex_);
   if (freed_ != given_) {
     freed_ = given_;

@@ -2,24 +2,21 @@
 
 #include <algorithm>
 #include <ctime>
-#include <iostream>
 #include <optional>
 #include <utility>
 
 #include "driver/fatal.h"
+#include "driver/listener.h"
 #include "driver/textInput.h"
 #include "driver/velk.h"
 #include "streaming/gzipDamage.h"
 #include "streaming/lineSource.h"
 #include "streaming/readBuffer.h"
+#include "streaming/readFileName.h"
 #include "streaming/readers.h"
 
 namespace velk {
 namespace {
-
-bool isGzipName(const std::string& file) {
-  return file.ends_with(".gz");
-}
 
 // The look at a read file before it is streamed.
 struct FirstLine {
@@ -32,8 +29,7 @@ std::optional<FirstLine> firstLineOfGzip(const std::string& file) {
   refusePipe(file);
   GzipInput probe;
   if (!probe.open(file)) {
-    failureMessage() << "Can't open file: " << file << std::endl;
-    std::cout.flush();
+    listener->complain("Can't open file: " + file + "\n");
     return std::nullopt;
   }
   FirstLine first{'\0', ""};
@@ -71,17 +67,17 @@ void streamPairs(const std::string& fileA, const std::string& fileB, bool isFast
   if (fileB.empty()) {
     if (isFasta) {
       isGzip ? LoadPEfaPair_gz(fileA) : LoadPEfaPair(fileA);
-      std::cerr << "Load pair-end reads in *.pair format done!\n";
+      say("Load pair-end reads in *.pair format done!\n");
     } else {
       isGzip ? LoadPEfqPair_gz(fileA) : LoadPEfqPair(fileA);
-      std::cerr << "Load pari-end reads in *.pair format done!\n";  // sic
+      say("Load pari-end reads in *.pair format done!\n");  // sic
     }
   } else if (isFasta) {
     isGzip ? LoadPEfa_gz(fileA, fileB) : LoadPEfa(fileA, fileB);
-    std::cerr << "Load pair-end reads in *.fa format done!\n";
+    say("Load pair-end reads in *.fa format done!\n");
   } else {
     isGzip ? LoadPEfq_gz(fileA, fileB) : LoadPEfq(fileA, fileB);
-    std::cerr << "Load pair-end reads in *.fq format done!\n";
+    say("Load pair-end reads in *.fq format done!\n");
   }
 }
 
@@ -89,10 +85,10 @@ void streamSingles(const std::string& fileA, const std::string& fileB, bool isFa
   const bool isGzip = isGzipName(fileA);
   if (isFasta) {
     isGzip ? LoadSEfa_gz(fileA) : LoadSEfa(fileA, fileB);
-    std::cerr << "Load single-end reads in *.fa format done!\n";
+    say("Load single-end reads in *.fa format done!\n");
   } else {
     isGzip ? LoadSEfq_gz(fileA) : LoadSEfq(fileA, fileB);
-    std::cerr << "Load single-end reads in *.fq format done!\n";
+    say("Load single-end reads in *.fq format done!\n");
   }
 }
 
@@ -155,7 +151,7 @@ bool findPairs(const std::string& fileA, const std::string& fileB) {
 
 // Returns whether the file could be opened.
 bool findSingles(const std::string& fileA, const std::string& fileB) {
-  std::cerr << "load SE file:" << fileA << "!\n";
+  say("load SE file:" + fileA + "!\n");
   const std::optional<FirstLine> first =
       isGzipName(fileA) ? firstLineOfGzip(fileA)
                         : firstLineOfPlain(fileA, "[ERROR]: can't open input file\n");
@@ -168,70 +164,70 @@ bool findSingles(const std::string& fileA, const std::string& fileB) {
   }
   streamSingles(fileA, fileB, first->letter == '>');
   keepReads();
-  std::cerr << "load SE read finished!\n";
+  say("load SE read finished!\n");
   return true;
 }
 
 // Streams file j of its kind; `key` and `library` (from 1) name its place in the library file.
 void streamFile(std::string readFileA, std::string readFileB, Len_t j, const char* key,
                 int library) {
-  constexpr std::size_t kShortestName = 3;  // shorter ones cannot be looked at for ".gz"
-  if (readFileA.size() < kShortestName) {
+  if (readFileA.size() < kShortestReadFileName) {
     fatal(kUserError, "[ERROR]: read file name \"" + readFileA +
                           "\" is shorter than three characters, library " +
                           std::to_string(library) + ", key " + key + "\n");
   }
   FindReadsInGaps(readFileA, readFileB, thread_num);
-  std::cerr << "\tlibrary " << j + 1 << " done.\n";
+  say("\tlibrary " + std::to_string(j + 1) + " done.\n");
 }
 
 void streamLibrary(const Lib& lib, int library) {
   insertLength = lib.avg_ins;
   if (lib.pfilenum != 0) {
-    std::cerr << "\t processing pair-end read files in " << lib.pfilenum
-              << " librarys...\n";  // sic
+    say("\t processing pair-end read files in " + std::to_string(lib.pfilenum) +
+        " librarys...\n");  // sic
     for (Len_t j = 0; j < lib.pfilenum; ++j) {
       streamFile(lib.pairs[j].read1file, lib.pairs[j].read2file, j, "q1/f1", library);
     }
-    std::cerr << "\tprocessing pair-end read files done!\n";
+    say("\tprocessing pair-end read files done!\n");
   }
   if (lib.s2filenum != 0) {
-    std::cerr << "\tprocessing pair-end read files in " << lib.s2filenum
-              << " librarys...\n";  // sic
+    say("\tprocessing pair-end read files in " + std::to_string(lib.s2filenum) +
+        " librarys...\n");  // sic
     for (Len_t j = 0; j < lib.s2filenum; ++j) {
       streamFile(lib.single2[j].readfile, "", j, "p", library);
     }
-    std::cerr << "\tprocessing pair-end read files done!\n";
+    say("\tprocessing pair-end read files done!\n");
   }
   insertLength = 0;
   if (lib.sfilenum != 0) {
-    std::cerr << "\tprocessing single read files in " << lib.sfilenum << " librarys...\n";  // sic
+    say("\tprocessing single read files in " + std::to_string(lib.sfilenum) +
+        " librarys...\n");  // sic
     for (Len_t j = 0; j < lib.sfilenum; ++j) {
       streamFile(lib.single[j].readfile, "", j, "f", library);
     }
-    std::cerr << "\tprocessing single read files done!\n";
+    say("\tprocessing single read files done!\n");
   }
   if (lib.qfilenum != 0) {
-    std::cerr << "\tprocessing single qual read files in " << lib.qfilenum
-              << " librarys... \n";  // sic
+    say("\tprocessing single qual read files in " + std::to_string(lib.qfilenum) +
+        " librarys... \n");  // sic
     for (Len_t j = 0; j < lib.qfilenum; ++j) {
       streamFile(lib.singlequal[j].readfile, "", j, "q", library);
     }
-    std::cerr << "\tprocessing single read files done!\n";
+    say("\tprocessing single read files done!\n");
   }
 }
 
 }  // namespace
 
 void libread2gap(Lib*& libs, int libSum) {
-  std::cerr << "Starting to find reads for each gap in " << libSum << " librarys.\n";  // sic
+  say("Starting to find reads for each gap in " + std::to_string(libSum) + " librarys.\n");  // sic
   const std::time_t start = std::time(nullptr);
   for (int i = 0; i < libSum; ++i) {
-    std::cerr << "Processing library " << i + 1 << "...\n";
+    say("Processing library " + std::to_string(i + 1) + "...\n");
     streamLibrary(libs[i], i + 1);
   }
-  std::cerr << "Find reads in gaps done! There are " << totalFoundNum
-            << " reads found. Used time: " << std::time(nullptr) - start << "s.\n";
+  say("Find reads in gaps done! There are " + std::to_string(totalFoundNum) +
+      " reads found. Used time: " + std::to_string(std::time(nullptr) - start) + "s.\n");
   spareA.release();
   spareB.release();
 }
@@ -242,7 +238,7 @@ void FindReadsInGaps(std::string& readFileA, std::string& readFileB, int threadn
   const bool isOpened =
       insertLength != 0 ? findPairs(readFileA, readFileB) : findSingles(readFileA, readFileB);
   if (!isOpened) return;
-  std::cerr << foundNumInLib << " reads were found in gaps.\n";
+  say(std::to_string(foundNumInLib) + " reads were found in gaps.\n");
   totalFoundNum += foundNumInLib;
   foundNumInLib = 0;
 }

@@ -9,7 +9,7 @@
 namespace velk {
 
 /// Streams the files of libs[0] to libs[libSum - 1]: of each library the pairs, the one-file pairs,
-/// the single-end FASTA and the single-end FASTQ files. Progress goes to standard error.
+/// the single-end FASTA and the single-end FASTQ files. Progress goes to the listener.
 /// Exits with status 1 on a file that can't be opened (plain files only; a gzip file is skipped),
 /// is neither FASTA nor FASTQ, or whose name is shorter than three characters.
 void libread2gap(Lib*& libs, int libSum);

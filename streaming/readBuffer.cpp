@@ -30,8 +30,6 @@ std::ofstream fout;
 
 namespace {
 
-constexpr uint64_t kFirstRowSize = 1024;  // records
-
 uint64_t* rowSize = nullptr;  // [thread_num]: records that the row has room for by now
 
 // Gives an array of `size` entries room for `newSize`, its entries kept.

@@ -7,6 +7,7 @@
 
 #include <pthread.h>
 
+#include <cassert>
 #include <cstdint>
 #include <fstream>
 #include <string>
@@ -47,9 +48,13 @@ extern std::ofstream fout;      // the found-read FASTA, opened on out_file by t
 /// Records that one entry of the buffer can yield: a mate in each of two gaps, and the anchor.
 inline constexpr int kRecordsPerEntry = 3;
 
+/// Records that a row begins with room for. It doubles when it is full.
+inline constexpr uint64_t kFirstRowSize = 1024;
+
 /// Returns the largest share of a batch that one of `workers` workers receives.
 /// REQUIRES: workers >= 1.
 constexpr int threadBufSize(int workers) {
+  assert(workers >= 1);
   return bufferSize / workers + 1;
 }
 

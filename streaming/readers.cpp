@@ -1,9 +1,9 @@
 #include "streaming/readers.h"
 
 #include <algorithm>
-#include <iostream>
 
 #include "driver/fatal.h"
+#include "driver/listener.h"
 #include "streaming/lineSource.h"
 #include "streaming/readBuffer.h"
 #include "streaming/workerPool.h"
@@ -28,7 +28,7 @@ constexpr RecordShape kFastqPair{8, 2, 6};
 constexpr const char* kCannotOpenPairs = "[ERROR]: can't open pair-end read files\n";
 
 void handOver() {
-  std::cerr << "bufferNum: " << bufferNum << "\n";
+  say("bufferNum: " + std::to_string(bufferNum) + "\n");
   sendSignal(1);
   OutputBuffer();
 }
@@ -81,7 +81,7 @@ void streamTwoFiles(const std::string& fileA, const std::string& fileB, const Re
 template <class Source>
 void streamSingleReads(const std::string& file, const RecordShape& shape, const char* cannotOpen) {
   streamOneFile<Source>(file, shape, cannotOpen);
-  std::cerr << "Find reads finished!\n";
+  say("Find reads finished!\n");
 }
 
 void refuseMateFile(const std::string& readFileB) {

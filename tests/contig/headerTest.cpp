@@ -40,6 +40,13 @@ TEST(IdAfter, ShorterHeaderEndsTheRun) {
               Eq("[ERROR]: " + file + ", line 3: header too short to hold an id\n"));
 }
 
+TEST(ScaffoldPart, EndsAtTheFirstUnderscore) {
+  EXPECT_EQ(scaffoldPart("12_0\t30"), "12");
+  EXPECT_EQ(scaffoldPart("a_b_1"), "a");
+  EXPECT_EQ(scaffoldPart("12\t30"), "12\t30");
+  EXPECT_EQ(scaffoldPart("_1"), "");
+}
+
 TEST(ContigLength, LongestContigThatPlacementCanTell) {
   requireContigLength(2147483647, "f.fa", "7", kHeaderError);
   EXPECT_EXIT(requireContigLength(2147483648, "f.fa", "7", kHeaderError), ExitedWithCode(3),

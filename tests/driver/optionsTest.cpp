@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "driver/options.h"
 #include "driver/velk.h"
 #include "tests/driver/helpText.h"
 #include "tests/support/runParameters.h"
@@ -54,6 +55,19 @@ TEST_F(Options, EveryOptionSetsItsParameter) {
   EXPECT_EQ(0.625F, LoadFactor);
   EXPECT_EQ(900, BIGGAPLEN);
   EXPECT_EQ(0, MAXINSERT);
+}
+
+TEST_F(Options, KindsOfValues) {
+  for (const char letter : std::string("lcso")) EXPECT_EQ(kindOfOption(letter), OptionKind::kText);
+  for (const char letter : std::string("CktrmL")) {
+    EXPECT_EQ(kindOfOption(letter), OptionKind::kWhole) << letter;
+  }
+  for (const char letter : std::string("OMf")) EXPECT_EQ(kindOfOption(letter), OptionKind::kReal);
+  for (int letter = 0; letter < 256; ++letter) {
+    const bool isOption =
+        std::string("lcsoOMCktrmLf").find(static_cast<char>(letter)) != std::string::npos;
+    EXPECT_EQ(kindOfOption(static_cast<char>(letter)) != OptionKind::kNone, isOption) << letter;
+  }
 }
 
 TEST_F(Options, NoArgumentsChangeNothing) {

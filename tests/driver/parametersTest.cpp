@@ -5,7 +5,9 @@
 #include <climits>
 #include <cstdint>
 #include <string>
+#include <vector>
 
+#include "driver/options.h"
 #include "driver/velk.h"
 #include "tests/support/runParameters.h"
 
@@ -72,6 +74,15 @@ TEST_F(Parameters, OnlyTheFirstImpossibleValueIsTold) {
   Kmer = 0;
   EXPECT_EXIT(checkParameters(), ::testing::ExitedWithCode(1),
               ::testing::Eq("[ERROR]: -C must be at least 0\n"));
+}
+
+TEST_F(Parameters, ImpossibleValuesInTheOrderInWhichTheyAreLookedAt) {
+  EXPECT_TRUE(impossibleValues().empty());
+  readLen = CuttEdge = Kmer = -1;
+  thread_num = 0;
+  EXPECT_EQ(impossibleValues(),
+            (std::vector<std::string>{"-t must be at least 1", "-k must be at least 0",
+                                      "-C must be at least 0", "-r must be at least 0"}));
 }
 
 TEST(LenientInt, ReadsTheNumberInFront) {

@@ -91,7 +91,7 @@ void compare(std::string_view text) {
   static const MemoryFile kFile;
   kFile.fill(text);
   const Model model = modelOf(text);
-  const Said said;
+  Said said;
   ScaftigMap counts;
   uint64_t gapSum = 0;
   const int status = statusOf([&] {

@@ -8,16 +8,16 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "driver/listener.h"
 #include "driver/outputFile.h"
 
 namespace velk::fuzz {
 
-/// Thrown in place of the end of the process (driver/endRun.cpp).
+/// Thrown in place of the end of the process.
 struct RunEnded {
   int status;
 };
@@ -25,7 +25,8 @@ struct RunEnded {
 /// The status of an action that came to its own end.
 inline constexpr int kRanOn = -1;
 
-/// Does `action`. Returns the status with which it ended the run, or kRanOn.
+/// Does `action`. Returns the status with which it ended the run, or kRanOn. REQUIRES: a Said
+/// lives.
 template <class Action>
 int statusOf(Action action) {
   try {
@@ -72,22 +73,20 @@ int64_t numberIn(std::string_view text);
 /// The same, cut to 32 bits.
 int intIn(std::string_view text);
 
-/// Collects what is written to std::cerr and std::cout during its life.
-class Said {
+/// Collects what velk says during its life, and throws RunEnded where velk would end the process.
+class Said final : public Listener {
  public:
-  Said();
-  ~Said();
-  Said(const Said&) = delete;
-  Said& operator=(const Said&) = delete;
+  void say(std::string_view text) override { errors_ += text; }
+  [[noreturn]] void end(ExitStatus status, std::string_view message) override;
+  [[noreturn]] void endOnOutput(ExitStatus status, std::string_view text) override;
 
-  std::string errors() const { return errors_.str(); }
-  std::string output() const { return output_.str(); }
+  const std::string& errors() const { return errors_; }
+  const std::string& output() const { return output_; }
 
  private:
-  std::ostringstream errors_;
-  std::ostringstream output_;
-  std::streambuf* const savedErrors_;
-  std::streambuf* const savedOutput_;
+  std::string errors_;
+  std::string output_;
+  ListenerInUse inUse_{*this};
 };
 
 /// A file in memory that has a name.

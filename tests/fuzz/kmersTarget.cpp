@@ -117,7 +117,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   const int load = input.next();
   const std::string_view letters = input.rest().substr(0, kMostLetters);
   if (letters.size() < static_cast<std::size_t>(velk::Kmer)) return 0;
-  const Said said;
+  Said said;
   compareKeys(letters);
   comparePacked(letters);
   compareTable(letters, slots, static_cast<float>(load) / 64.0F);

@@ -119,7 +119,7 @@ void compare(std::string_view text) {
   static const MemoryFile kFile;
   kFile.fill(text);
   const Model model = modelOf(text);
-  const Said said;
+  Said said;
   Lib* libs = nullptr;
   int libSum = 0;
   require(statusOf([&] { Loadlib(kFile.name(), libs, libSum); }) == kRanOn,

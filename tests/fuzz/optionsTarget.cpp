@@ -91,7 +91,7 @@ void compare(std::vector<std::string>& arguments) {
   std::vector<char*> pointers;
   for (std::string& argument : arguments) pointers.push_back(argument.data());
   const Model model = modelOf(arguments);
-  const Said said;
+  Said said;
   int stoppedAt = 0;
   const int status = statusOf(
       [&] { stoppedAt = mGetOptions(static_cast<int>(pointers.size()), pointers.data()); });

@@ -129,7 +129,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   using namespace velk::fuzz;
   static Ground ground;
   startAfresh();
-  const Said said;
+  Said said;
   ground.compare(placementInput(Input(data, size)));
   return 0;
 }

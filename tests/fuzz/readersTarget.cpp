@@ -100,7 +100,7 @@ Run runReader(const ReadShape& shape, bool isFastq, const std::string& a, const 
   threadNum = 0;  // there are no workers
   Run run;
   handedOver = &run.batches;
-  const Said said;
+  Said said;
   require(statusOf([&] { readFiles(isFastq, a, b); }) == kRanOn, "a read file ends the run");
   run.messages = said.errors();
   readsA = readsB = nullptr;

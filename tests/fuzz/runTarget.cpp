@@ -101,7 +101,7 @@ Outcome run(const RunInput& input, const std::string& workers) {
   std::vector<char*> pointers;
   for (std::string& argument : arguments) pointers.push_back(argument.data());
 
-  const Said said;
+  Said said;
   int status = 0;
   const int ended =
       statusOf([&] { status = velkMain(static_cast<int>(pointers.size()), pointers.data()); });

@@ -131,7 +131,7 @@ void compare(std::string_view text) {
   static const std::string kName = kFolder.path("s.fa");
   writeFile(kName, text);
   const Model model = modelOf(text);
-  const Said said;
+  Said said;
   uint64_t gaps = 0;
   const int status = statusOf([&] {
     InitialScaffold(scaffoldInfo, kName, scaffoldSum);

@@ -15,7 +15,8 @@ FLOORS = [
     ["streaming/readBuffer"],
     ["placement"],
     ["streaming"],
-    ["driver/gapReport", "driver/main"],
+    ["survey"],
+    ["driver/gapReport", "driver/main", "driver/runFiles"],
     ["check"],
 ]
 # The plain engine, and what both engines share; all else of these folders is the fast engine.

@@ -1,12 +1,15 @@
-#include "check/pairGeometry.h"
+// Where reads lie, and what pairs on contigs of many lengths tell.
+#include "survey/pairGeometry.h"
 
 #include <gtest/gtest.h>
 
 #include <random>
 
+#include "driver/velk.h"
+#include "placement/Read2Scaf.h"
 #include "tests/support/assembly.h"
 
-namespace velk::check {
+namespace velk::survey {
 namespace {
 
 constexpr std::size_t kRead = 100;
@@ -20,19 +23,20 @@ class PairGeometryTest : public test::AssemblyTest {
       const std::size_t length = 2000 + random_() % 12000;
       const std::string contig = genome_.substr(start, length);
       scaffold.push_back({contig, kGap});
-      lengths_.push_back(contig.size());
       start += contig.size();
     }
     load({scaffold});
   }
+
+  static Scaffolds all() { return {scaffoldInfo, scaffoldSum}; }
 
   // The measure of pairs whose fragments have a normally spread length; of each the reads are
   // `turn`ed.
   template <class Turn>
   PairMeasure measured(double mean, double spread, int pairs, Turn turn) {
     std::normal_distribution<double> lengths(mean, spread);
-    PairGeometry geometry(lengths_);
-    Engine engine = engineOfRun();
+    const BoundedIndex index(FirstContigs(all(), 1000000), Kmer, 1);
+    PairSurvey survey(index, all(), optionsOfRun());
     for (int i = 0; i < pairs; ++i) {
       const auto length = static_cast<std::size_t>(std::max(1.0 * kRead, lengths(random_)));
       std::string fragment = genome_.substr(random_() % (genome_.size() - length), length);
@@ -40,11 +44,9 @@ class PairGeometryTest : public test::AssemblyTest {
       std::string one = fragment.substr(0, kRead);
       std::string other = test::reverseComplement(fragment.substr(length - kRead));
       turn(one, other);
-      const auto a = placeOfRead(engine, one);
-      const auto b = placeOfRead(engine, other);
-      if (a && b) geometry.add(*a, *b);
+      survey.add(one, other);
     }
-    return geometry.measure();
+    return survey.measure();
   }
 
   static void inwards(std::string& /*one*/, std::string& /*other*/) {}
@@ -57,7 +59,6 @@ class PairGeometryTest : public test::AssemblyTest {
   static constexpr std::size_t kGap = 200;
   std::mt19937 random_{11};
   std::string genome_;
-  std::vector<uint64_t> lengths_;
 };
 
 TEST_F(PairGeometryTest, InwardLibrary) {
@@ -85,28 +86,51 @@ TEST_F(PairGeometryTest, PairsOnOneStrand) {
 }
 
 TEST_F(PairGeometryTest, PairsOnDifferentContigsDoNotCount) {
-  PairGeometry geometry(lengths_);
+  PairGeometry geometry(indexedLengths(all()));
   geometry.add({0, 0, 0, 100, false}, {0, 1, 200, 300, true});
   geometry.add({0, 0, 0, 100, false}, {1, 0, 200, 300, true});
   EXPECT_EQ(geometry.measure().pairs(), 0U);
 }
 
+// A chimeric pair at the ends of the longest contig has one place where it fits, and says nothing.
+TEST_F(PairGeometryTest, ChimerasHaveNoSay) {
+  PairGeometry geometry({1000, 10000});
+  for (int i = 0; i < 90; ++i)
+    geometry.add({0, 0, i, i + 100, false}, {0, 0, i + 200, i + 300, true});
+  for (int i = 0; i < 10; ++i) geometry.add({0, 1, 0, 100, true}, {0, 1, 9900, 10000, false});
+  EXPECT_EQ(geometry.measure().orientation, Orientation::kInward);
+  EXPECT_EQ(geometry.measure().insert, 300);
+  geometry.add({0, 1, 0, 100, true}, {0, 1, 9900, 10000, false});
+  EXPECT_EQ(geometry.measure().orientation, Orientation::kOutward);
+}
+
+TEST_F(PairGeometryTest, NothingIsMeasuredOfFewPairs) {
+  PairGeometry geometry(indexedLengths(all()));
+  for (int i = 0; i < 99; ++i) geometry.add({0, 0, 0, 100, false}, {0, 0, 200, 300, true});
+  EXPECT_FALSE(geometry.measure().isMeasured());
+  geometry.add({0, 0, 0, 100, false}, {0, 0, 200, 300, false});
+  EXPECT_TRUE(geometry.measure().isMeasured());
+}
+
 TEST_F(PairGeometryTest, PlacesOfReads) {
   const std::string read = genome_.substr(500, kRead);
   Engine engine = engineOfRun();
-  const auto forward = placeOfRead(engine, read);
+  const auto placeOf = [&](const std::string& bases) {
+    return placeOfRead(engine, all(), optionsOfRun(), bases);
+  };
+  const auto forward = placeOf(read);
   ASSERT_TRUE(forward);
   EXPECT_EQ(forward->start, 500);
   EXPECT_EQ(forward->end, 600);
   EXPECT_FALSE(forward->isReverse);
-  const auto reverse = placeOfRead(engine, test::reverseComplement(read));
+  const auto reverse = placeOf(test::reverseComplement(read));
   ASSERT_TRUE(reverse);
   EXPECT_EQ(reverse->start, 500);
   EXPECT_TRUE(reverse->isReverse);
-  EXPECT_FALSE(placeOfRead(engine, test::randomBases(kRead, 99)));
-  EXPECT_FALSE(placeOfRead(engine, read.substr(0, 30)));
-  EXPECT_FALSE(placeOfRead(engine, "N" + read));
+  EXPECT_FALSE(placeOf(test::randomBases(kRead, 99)));
+  EXPECT_FALSE(placeOf(read.substr(0, 30)));
+  EXPECT_FALSE(placeOf("N" + read));
 }
 
 }  // namespace
-}  // namespace velk::check
+}  // namespace velk::survey
