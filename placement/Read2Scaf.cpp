@@ -1,41 +1,55 @@
 #include "placement/Read2Scaf.h"
 
+#include <utility>
+
 #include "contig/contig.h"
 #include "driver/velk.h"
+#include "kmer/fetchKmers.h"
 #include "placement/batchScan.h"
 #include "placement/edgeCheck.h"
 #include "placement/engine.h"
 #include "placement/place.h"
+#include "placement/readStrand.h"
 #include "placement/reverseComplement.h"
-#include "placement/rowSink.h"
+#include "placement/sink.h"
 #include "streaming/readBuffer.h"
 
 namespace velk {
 namespace {
 
-// A read as it is passed, of which nothing is known.
-class GivenRead {
+// velk's own sink: writes records to a worker's row and drops the rest.
+class RowSink {
  public:
-  GivenRead(Engine& engine, const std::string& bases) : engine_(engine), bases_(bases) {}
+  static constexpr bool kTakesRefusals = false;
 
-  std::size_t size() const { return bases_.size(); }
-  const std::string& bases() const { return bases_; }
-  const Origin& origin() const { return origin_; }
-  Engine::Windows windows() { return engine_.windows(unknown_, bases_, false); }
+  // Writes to row t from slot n on; n (inout) counts the row's records.
+  RowSink(int t, uint32_t& n, const ScaffoldInfo* scaffolds)
+      : t_(t), n_(n), scaffolds_(scaffolds) {}
+
+  void found(const Found& found, const std::string& bases) {
+    const auto& [kind, gap, position, unmoved] = found.place;
+    const ContigInfo& behind = scaffolds_[found.hit.scaffold].contigsInfo[gap];
+    recordFound(t_, n_, bases,
+                {found.hit.scaffold, gap - 1, position, behind.frontGapNum, behind.frontGapSize});
+  }
+
+  static void anchored(const Anchored&) {}
 
  private:
-  Engine& engine_;
-  const std::string& bases_;
-  Origin origin_{};
-  Engine::Prepared unknown_{};
+  int t_;
+  uint32_t& n_;
+  const ScaffoldInfo* scaffolds_;
 };
+
+using GivenRead = ReadStrand<Engine>;
 
 int64_t placeGiven(Direction direction, const std::string& anchor, const std::string& mate,
                    uint32_t& n, int t) {
   Engine engine = engineOfRun();
   RowSink sink(t, n, scaffoldInfo);
-  GivenRead anchorRead(engine, anchor);
-  GivenRead mateRead(engine, mate);
+  Engine::Prepared unknown;
+  GivenRead anchorRead(engine, unknown, anchor, {});
+  GivenRead mateRead(engine, unknown, mate, {});
   return placePair(direction, anchorRead, mateRead, scaffoldInfo, optionsOfRun(), sink);
 }
 
@@ -47,6 +61,14 @@ int asNumber(Refusal refusal) {
 
 PlacementOptions optionsOfRun() {
   return {Kmer, insertLength, BIGGAPLEN, readLen, mapCut, OverRatio};
+}
+
+Engine engineOfRun() {
+#ifdef VELK_PLAIN_ENGINE
+  return {PlainIndex(*kmerHash, scaffoldInfo, scaffoldSum, Kmer), Kmer};
+#else
+  return {*seedIndex, Kmer};
+#endif
 }
 
 void FindReads(int t) {
@@ -61,7 +83,8 @@ void FindReads(int t) {
 void checkSingleRead(int64_t& i, const std::string& read, uint32_t& n, int t) {
   Engine engine = engineOfRun();
   RowSink sink(t, n, scaffoldInfo);
-  GivenRead given(engine, read);
+  Engine::Prepared unknown;
+  GivenRead given(engine, unknown, read, {});
   i = placeSingle(given, scaffoldInfo, optionsOfRun(), sink);
 }
 
@@ -80,9 +103,11 @@ void ReverseComplementSeq(std::string& dest, const std::string& src) {
 }
 
 void LongReverseComplement(std::string& a, std::string& b) {
-  a.swap(b);
-  reverseComplementInPlace(a.data(), a.size());
-  reverseComplementInPlace(b.data(), b.size());
+  std::string ofA(a.size(), 'A');
+  ReverseComplementSeq(ofA, a);
+  a.resize(b.size());
+  ReverseComplementSeq(a, b);
+  b = std::move(ofA);
 }
 
 int MapRead2Lcontig(const std::string& contig, const std::string& read, int64_t offset) {

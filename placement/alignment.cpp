@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <bit>
-#include <string_view>
+#include <utility>
 
 namespace velk {
 namespace {
@@ -38,45 +38,23 @@ void forEachMismatch(const ContigText& text, const PackedBases& bases, const Dia
   }
 }
 
-// Prefetches `length` letters from `first` on, which may be negative, modulo 2^64.
-void prefetchLetters(std::string_view letters, uint64_t first, std::size_t length) {
-  constexpr std::size_t kCacheLine = 64;
-  const auto from = static_cast<int64_t>(first) < 0 ? 0 : std::min<uint64_t>(first, letters.size());
-  const std::string_view bases = letters.substr(from, length);
-  for (std::size_t at = 0; at < bases.size(); at += kCacheLine) prefetchLine(&bases[at]);
-  if (!bases.empty()) prefetchLine(&bases.back());
-}
-
 }  // namespace
 
-void Alignment::prefetch(const ContigText& text, const Diagonal& diagonal, std::size_t length,
-                         std::size_t window) {
-  const uint64_t start = diagonal.isReversed
-                             ? diagonal.origin + static_cast<uint64_t>(text.windowLength()) - length
-                             : diagonal.origin;
-  text.prefetchRange(start, start + length);
-  const std::size_t contig = text.contigOf(diagonal.positionOf(window));
-  prefetchLetters(text.letters(contig), start - text.contigs()[contig].start, length);
-}
-
-void Alignment::align(const ContigText& text, const PackedBases& bases, std::size_t length,
-                      const Diagonal& diagonal, std::size_t window) {
+void Alignment::align(const ContigText& text, const PackedBases& bases, const Diagonal& diagonal,
+                      std::size_t window) {
   isThere_ = true;
   diagonal_ = diagonal;
-  contig_ = text.contigOf(diagonal.positionOf(window));
-  const TextContig& contig = text.contigs()[contig_];
+  const uint64_t position = diagonal.positionOf(window);
+  const TextContig& contig = text.contigs()[text.contigOf(position)];
   const auto k = static_cast<std::size_t>(text.windowLength());
-  matches_.reset(length - k + 1);
+  matches_.reset(matches_.size());
 
   // 1. The windows that lie on windows of the contig.
-  const uint64_t position = diagonal.positionOf(window);
-  const uint64_t before = position - contig.firstWindow;
-  const uint64_t behind = contig.endWindow() - 1 - position;
-  const std::size_t from =
-      window - std::min<uint64_t>(window, diagonal.isReversed ? behind : before);
-  const std::size_t to =
-      window + 1 +
-      std::min<uint64_t>(matches_.size() - 1 - window, diagonal.isReversed ? before : behind);
+  uint64_t before = position - contig.firstWindow;
+  uint64_t behind = contig.endWindow() - 1 - position;
+  if (diagonal.isReversed) std::swap(before, behind);
+  const std::size_t from = window - std::min<uint64_t>(window, before);
+  const std::size_t to = std::min<uint64_t>(matches_.size(), window + 1 + behind);
   // 2. Without those that hold a mismatch.
   std::size_t matched = from;
   forEachMismatch(text, bases, diagonal, from, to + k - 1, [&](std::size_t base) {
@@ -91,25 +69,15 @@ void Alignment::align(const ContigText& text, const PackedBases& bases, std::siz
   }
 }
 
-// Adds the matches whose mark is set. marksAt(p): the marks of the 64 positions from p on.
-template <class MarksAt>
-void Alignment::addMarked(WindowSet& windows, MarksAt marksAt) const {
-  for (std::size_t n = 0; n < matches_.words(); ++n) {
-    const uint64_t word = matches_.wordAt(n);
-    if (word == 0) continue;
-    const uint64_t position = diagonal_.positionOf(64 * n);
-    const uint64_t marks =
-        diagonal_.isReversed ? reversedBits(marksAt(position - 63)) : marksAt(position);
-    windows.insertWord(n, word & marks);
-  }
-}
-
-void Alignment::addRepeated(const ContigText& text, WindowSet& windows) const {
-  addMarked(windows, [&](uint64_t p) { return text.repeatedMarksFrom(p); });
-}
-
-void Alignment::addNotReversed(const ContigText& text, WindowSet& windows) const {
-  addMarked(windows, [&](uint64_t p) { return ~text.reversedMarksFrom(p); });
+void Alignment::addMarked(const ContigText& text, Mark mark, WindowSet& windows) const {
+  const auto marksFrom = [&](uint64_t position) {
+    return mark == Mark::kRepeated ? text.repeatedMarksFrom(position)
+                                   : ~text.reversedMarksFrom(position);
+  };
+  windows.insertMarked(matches_, [&](std::size_t window) {
+    const uint64_t position = diagonal_.positionOf(window);
+    return diagonal_.isReversed ? reversedBits(marksFrom(position - 63)) : marksFrom(position);
+  });
 }
 
 }  // namespace velk

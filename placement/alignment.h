@@ -33,41 +33,40 @@ struct Diagonal {
 
 class Alignment {
  public:
-  /// Prefetches what align() compares, and the contig's letters there: the base checks read them.
-  /// length: bases of the read; window: one of it that lies on a window of the text.
-  static void prefetch(const ContigText& text, const Diagonal& diagonal, std::size_t length,
-                       std::size_t window);
+  /// Makes it one of a read of `windows` windows, and forgets on which it agrees.
+  void reset(std::size_t windows) {
+    isThere_ = false;
+    matches_.reset(windows);
+  }
 
-  /// Aligns a read of `length` bases on a diagonal that runs through `window`, one of the index.
-  void align(const ContigText& text, const PackedBases& bases, std::size_t length,
-             const Diagonal& diagonal, std::size_t window);
+  /// Aligns the read with the packed bases on a diagonal that runs through `window`, one of the
+  /// index. REQUIRES: reset.
+  void align(const ContigText& text, const PackedBases& bases, const Diagonal& diagonal,
+             std::size_t window);
 
-  void clear() { isThere_ = false; }
   bool isThere() const { return isThere_; }
   const Diagonal& diagonal() const { return diagonal_; }
 
   /// The windows that agree with a window of the index.
   const WindowSet& matches() const { return matches_; }
 
-  /// Those of the matches whose k-mer is repeated in the index.
-  void addRepeated(const ContigText& text, WindowSet& windows) const;
-
-  /// Those of the matches whose reverse complement is not in the index.
-  void addNotReversed(const ContigText& text, WindowSet& windows) const;
-
-  /// The place of a window among the matches.
-  KmerPlace placeOf(const ContigText& text, std::size_t window) const {
-    const TextContig& contig = text.contigs()[contig_];
-    return {contig.scaffold, contig.contig, diagonal_.positionOf(window) - contig.firstWindow};
+  /// Whether a window, or its reverse complement, agrees with the text.
+  bool agreesAt(std::size_t window, bool isReversed) const {
+    return diagonal_.isReversed == isReversed && matches_.contains(window);
   }
 
- private:
-  template <class MarksAt>
-  void addMarked(WindowSet& windows, MarksAt marksAt) const;
+  /// What the text's marks tell of the matches.
+  enum class Mark {
+    kRepeated,    // the k-mer occurs again in the index
+    kNotReversed  // its reverse complement is not in the index
+  };
 
+  /// Adds those of the matches that are marked so.
+  void addMarked(const ContigText& text, Mark mark, WindowSet& windows) const;
+
+ private:
   bool isThere_ = false;
   Diagonal diagonal_;
-  std::size_t contig_ = 0;  // number in the text
   WindowSet matches_;
 };
 

@@ -1,4 +1,6 @@
 // Every window of a read, packed letter by letter and looked up by itself.
+//
+// Index is a class with a member placeOf(key), as kmer/plainIndex.h has it.
 #pragma once
 
 #include <cstddef>
@@ -6,15 +8,15 @@
 #include <string_view>
 
 #include "kmer/Sequence.h"
-#include "kmer/plainIndex.h"
 #include "placement/kmerWalk.h"
 
 namespace velk {
 
+template <class Index>
 class AllWindows {
  public:
   /// REQUIRES: bases.size() >= kmer; the index and the bases outlive the windows.
-  AllWindows(const PlainIndex& index, std::string_view bases, int kmer)
+  AllWindows(const Index& index, std::string_view bases, int kmer)
       : index_(index), bases_(bases), kmer_(static_cast<std::size_t>(kmer)) {}
 
   std::size_t count() const { return bases_.size() - kmer_ + 1; }
@@ -30,7 +32,7 @@ class AllWindows {
   static void noteRefused(const Hit&) {}
 
  private:
-  const PlainIndex& index_;
+  const Index& index_;
   std::string_view bases_;
   std::size_t kmer_;
 };

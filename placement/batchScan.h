@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "contig/contig.h"
 #include "placement/Read2Scaf.h"
@@ -34,7 +35,7 @@ template <class Engine, class Sink>
 class BatchScan {
  public:
   BatchScan(Engine& engine, const Batch& batch, Sink& sink)
-      : engine_(engine), batch_(batch), sink_(sink) {}
+      : engine_(engine), batch_(batch), sink_(sink), a_(engine.group()), b_(engine.group()) {}
 
   /// Scans the share, entry by entry.
   void scan() {
@@ -49,99 +50,78 @@ class BatchScan {
  private:
   using Prepared = typename Engine::Prepared;
   using Strand = ReadStrand<Engine>;
-  using Group = std::array<Prepared, Engine::kGroup>;
 
   // Has a group of entries prepared, from this one on. Returns how many it has.
   std::size_t prepareFrom(int64_t first) {
-    std::array<Prepared*, Engine::kGroup> a;
-    std::array<Prepared*, Engine::kGroup> b;
     std::size_t count = 0;
-    for (; count < Engine::kGroup && first < batch_.entries; ++count, first += batch_.shares) {
+    for (; count < a_.size() && first < batch_.entries; ++count, first += batch_.shares) {
       a_[count].bases = &batch_.a[first];
-      a[count] = &a_[count];
-      if (!batch_.arePairs()) continue;
-      b_[count].bases = &batch_.b[first];
-      b[count] = &b_[count];
+      if (batch_.arePairs()) b_[count].bases = &batch_.b[first];
     }
-    const std::span<Prepared*> allOfA(a.data(), count);
-    const std::span<Prepared*> allOfB(b.data(), batch_.arePairs() ? count : 0);
-    if (batch_.areTurned()) {
-      engine_.prepare(allOfB, allOfA, true);
-    } else {
-      engine_.prepare(allOfA, allOfB, false);
-    }
+    const std::span<Prepared> a(a_.data(), count);
+    const std::span<Prepared> b(b_.data(), batch_.arePairs() ? count : 0);
+    const bool areTurned = batch_.areTurned();
+    engine_.prepare(areTurned ? b : a, areTurned ? a : b, areTurned);
     return count;
   }
 
-  bool containsN(const Prepared& read) const {
-    return !engine_.hasBasesAlone(read) && read.bases->find('N') != std::string::npos;
-  }
+  static bool containsN(const std::string& bases) { return bases.find('N') != std::string::npos; }
 
-  std::size_t kmer() const { return static_cast<std::size_t>(batch_.options.kmer); }
-
-  int64_t windowsOf(const Strand& read) const {
-    return static_cast<int64_t>(read.size() - kmer() + 1);
+  bool isShort(const std::string& bases) const {
+    return bases.size() < static_cast<std::size_t>(batch_.options.kmer);
   }
 
   // Each tries a strand and returns whether that settled the read, or the pair.
-  bool trySingle(Strand& read) {
-    return placeSingle(read, batch_.scaffolds, batch_.options, sink_) != windowsOf(read);
+  bool trySingle(Strand read) {
+    return isSettled(read, placeSingle(read, batch_.scaffolds, batch_.options, sink_));
   }
   bool tryPair(Direction direction, Strand& anchor, Strand& mate) {
-    return placePair(direction, anchor, mate, batch_.scaffolds, batch_.options, sink_) !=
-           windowsOf(anchor);
+    return isSettled(anchor,
+                     placePair(direction, anchor, mate, batch_.scaffolds, batch_.options, sink_));
+  }
+  bool isSettled(const Strand& read, int64_t stop) const {
+    return stop <= static_cast<int64_t>(read.size()) - batch_.options.kmer;
   }
 
   void scanSingle(int64_t entry, Prepared& read) {
-    if (containsN(read) || read.bases->size() < kmer()) return;
-    Strand forward(engine_, read, *read.bases, {entry, 0, false});
-    if (trySingle(forward)) return;
-    Strand reversed(engine_, read, {entry, 0, true});
-    trySingle(reversed);
+    const std::string& bases = batch_.a[entry];
+    if (containsN(bases) || isShort(bases)) return;
+    if (trySingle({engine_, read, bases, {entry, 0, false}})) return;
+    trySingle({engine_, read, bases, {entry, 0, true}, &rooms_[0]});
   }
 
+  // In a batch that is turned each read takes the other's place in the buffer, as its reverse
+  // complement.
   void scanPair(int64_t entry, Prepared& a, Prepared& b) {
-    if (containsN(a) || containsN(b)) return;
-    if (batch_.areTurned()) {
-      scanTurned(entry, a, b);
-      return;
-    }
-    if (a.bases->size() < kmer() || b.bases->size() < kmer()) return;
-    Strand forwardA(engine_, a, *a.bases, {entry, 0, false});
-    Strand reversedA(engine_, a, {entry, 0, true});
-    Strand forwardB(engine_, b, *b.bases, {entry, 1, false});
-    Strand reversedB(engine_, b, {entry, 1, true});
-    tryStrands(forwardA, reversedA, forwardB, reversedB);
-  }
+    std::string& first = batch_.a[entry];
+    std::string& second = batch_.b[entry];
+    if (containsN(first) || containsN(second)) return;
+    const bool isTurned = batch_.areTurned();
+    if (isTurned) LongReverseComplement(first, second);
+    if (isShort(first) || isShort(second)) return;
 
-  // Each read takes the other's place in the buffer, as its reverse complement.
-  void scanTurned(int64_t entry, Prepared& a, Prepared& b) {
-    std::string& first = *a.bases;
-    std::string& second = *b.bases;
-    LongReverseComplement(first, second);
-    if (first.size() < kmer() || second.size() < kmer()) return;
-    Strand forwardFirst(engine_, b, first, {entry, 1, true});
-    Strand reversedFirst(engine_, b, first, turnedBack_[0], {entry, 1, false});
-    Strand forwardSecond(engine_, a, second, {entry, 0, true});
-    Strand reversedSecond(engine_, a, second, turnedBack_[1], {entry, 0, false});
-    tryStrands(forwardFirst, reversedFirst, forwardSecond, reversedSecond);
-  }
+    const int mate = isTurned ? 1 : 0;
+    Prepared& firstRead = isTurned ? b : a;
+    Prepared& secondRead = isTurned ? a : b;
+    Strand forwardA(engine_, firstRead, first, {entry, mate, isTurned});
+    Strand reversedA(engine_, firstRead, first, {entry, mate, !isTurned}, &rooms_[0]);
+    Strand forwardB(engine_, secondRead, second, {entry, 1 - mate, isTurned});
+    Strand reversedB(engine_, secondRead, second, {entry, 1 - mate, !isTurned}, &rooms_[1]);
 
-  // Tries 1 and 2 read the fragment as a on the contig strand and b opposite, 3 and 4 the other way
-  // round. The first try that settles the pair ends it.
-  void tryStrands(Strand& a, Strand& reversedA, Strand& b, Strand& reversedB) {
-    if (tryPair(Direction::kForward, a, reversedB)) return;
-    if (tryPair(Direction::kReverse, reversedB, a)) return;
-    if (tryPair(Direction::kReverse, reversedA, b)) return;
-    tryPair(Direction::kForward, b, reversedA);
+    // Tries 1 and 2 read the fragment as the first read on the contig strand and the second one
+    // opposite, 3 and 4 the other way round. The first try that settles the pair ends it.
+    if (tryPair(Direction::kForward, forwardA, reversedB)) return;
+    if (tryPair(Direction::kReverse, reversedB, forwardA)) return;
+    if (tryPair(Direction::kReverse, reversedA, forwardB)) return;
+    tryPair(Direction::kForward, forwardB, reversedA);
   }
 
   Engine& engine_;
   const Batch& batch_;
   Sink& sink_;
-  Group a_{};
-  Group b_{};
-  std::array<std::string, 2> turnedBack_;  // reverse complements of a turned pair
+  std::vector<Prepared> a_;  // the group's reads, and their mates
+  std::vector<Prepared> b_;
+  std::array<std::string, 2> rooms_;  // for the reverse complements of an entry
 };
 
 /// Scans the batch's share and tells `sink` what came of it, entry by entry.

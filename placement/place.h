@@ -5,30 +5,23 @@
 //   std::size_t size() const;      its number of bases
 //   const std::string& bases();    made when it is asked for
 //   const Origin& origin() const;  where it comes from
-//   Windows windows();             for the walk (placement/kmerWalk.h)
+//   int64_t visitHits(visit);      visitUniqueHits of its windows (placement/kmerWalk.h)
 #pragma once
 
 #include <set>
-#include <type_traits>
 
 #include "placement/sink.h"
 #include "placement/verdict.h"
 
 namespace velk {
 
-/// The diagonals of a sink that takes no refusals.
-struct NoDiagonals {};
-
 /// Visits the hits of `read` until one is accepted or ends the walk. judge(hit) is the verdict;
 /// accept(hit, verdict) takes one that is no refusal. Returns where the walk stopped.
 template <class Read, class Sink, class Judge, class Accept>
 int64_t walkAndTell(Read& read, Sink& sink, Judge judge, Accept accept) {
-  [[maybe_unused]] std::conditional_t<Sink::kTakesRefusals, std::set<Hit>, NoDiagonals> refused;
-  auto windows = read.windows();
-  return visitUniqueHits(windows, [&](const Hit& hit) {
-    if constexpr (Sink::kTakesRefusals) {
-      if (refused.contains(hit)) return Walk::kGoOn;
-    }
+  std::set<Hit> refused;  // empty if the sink takes no refusals
+  return read.visitHits([&](const Hit& hit) {
+    if (refused.contains(hit)) return Walk::kGoOn;
     const Verdict verdict = judge(hit);
     if (verdict.refusal == Refusal::kNone) {
       accept(hit, verdict);
@@ -49,12 +42,13 @@ int64_t walkAndTell(Read& read, Sink& sink, Judge judge, Accept accept) {
 template <class Read, class Sink>
 int64_t placeSingle(Read& read, const ScaffoldInfo* scaffolds, const PlacementOptions& options,
                     Sink& sink) {
-  const std::string& bases = read.bases();
   return walkAndTell(
       read, sink,
-      [&](const Hit& hit) { return judgeSingle(hit, bases, scaffolds[hit.scaffold], options); },
+      [&](const Hit& hit) {
+        return judgeSingle(hit, read.bases(), scaffolds[hit.scaffold], options);
+      },
       [&](const Hit& hit, const Verdict& verdict) {
-        sink.found(Found{read.origin(), hit, verdict.places[0]}, bases);
+        sink.found(Found{read.origin(), hit, verdict.places[0]}, read.bases());
       });
 }
 
@@ -65,12 +59,12 @@ int64_t placeSingle(Read& read, const ScaffoldInfo* scaffolds, const PlacementOp
 template <class Read, class Sink>
 int64_t placePair(Direction direction, Read& anchor, Read& mate, const ScaffoldInfo* scaffolds,
                   const PlacementOptions& options, Sink& sink) {
-  const std::string& bases = anchor.bases();
   const auto mateLength = static_cast<int64_t>(mate.size());
   return walkAndTell(
       anchor, sink,
       [&](const Hit& hit) {
-        return judgePair(direction, hit, bases, mateLength, scaffolds[hit.scaffold], options);
+        return judgePair(direction, hit, anchor.bases(), mateLength, scaffolds[hit.scaffold],
+                         options);
       },
       [&](const Hit& hit, const Verdict& verdict) {
         sink.anchored(Anchored{anchor.origin(), hit, verdict.gap, verdict.matePosition});

@@ -1,42 +1,71 @@
-// The steps by which reads are prepared (placement/fastEngine.h), each for a group at a time.
+// The preparing of reads: what the fast engine finds out of them before they are walked over.
+//
+//   1. pack: the letters become packed bases, if they are bases alone.
+//   2. align: the first window of the read, else the last one, is looked up on both strands; where
+//      it is, the read is compared with the text along that diagonal.
+//   3. sift: the seeds of all windows that do not agree with the text are looked up. A seed that is
+//      not in the index rules all its windows out, on both strands; for one that is, the bases
+//      around its places tell.
+// Each step takes a group of reads, so that the memory which it prefetches for one read arrives
+// while the others take theirs. All of it can be found out again by look-ups: no answer depends on
+// what is known.
 #pragma once
 
+#include <array>
 #include <span>
+#include <string>
 
-#include "placement/fastSteps.h"
-#include "placement/preparedRead.h"
+#include "kmer/packedBases.h"
+#include "kmer/seedIndex.h"
+#include "placement/alignment.h"
+#include "placement/windowSet.h"
 
 namespace velk {
 
+/// The steps by which the fast engine saves look-ups. Each can be left out; what is found stays the
+/// same. velk has all of them.
+struct FastSteps {
+  bool groups = true;     // reads are prepared in groups, and prefetch
+  bool leads = true;      // mates of a read that hits at once are only packed
+  bool align = true;      // windows that agree with the text are not looked up
+  bool sift = true;       // windows are ruled out by their seeds
+  bool reversed = true;   // windows are ruled out on the strand opposite a match
+  bool diagonals = true;  // the diagonal of a refused hit is skipped
+  bool repeats = true;    // the diagonal of a repeat is skipped where it repeats
+};
+
+/// A read, and what is known of it. Windows are those of the index, numbered as the read was
+/// sequenced.
+struct PreparedRead {
+  const std::string* bases = nullptr;
+
+  std::size_t windows = 0;  // 0: the read is not packed, and nothing of it is known
+  PackedBases packed{};
+  Alignment alignment{};               // if it is there
+  bool isSifted = false;               // whether all has been found out
+  std::array<WindowSet, 2> skipped{};  // need not be tried: as sequenced, reverse complement
+
+  bool isPacked() const { return windows != 0; }
+};
+
 /// Packs the reads to which `bases` points, and forgets what was known of those before.
-void packReads(const SeedIndex& index, std::span<PreparedRead*> reads);
+void packReads(const SeedIndex& index, std::span<PreparedRead> reads);
 
-/// Aligns those that are packed.
-void alignReads(const SeedIndex& index, std::span<PreparedRead*> reads);
+/// Aligns the reads that are packed and not aligned.
+void alignReads(const SeedIndex& index, const FastSteps& steps,
+                std::span<PreparedRead* const> reads);
 
-/// Finds out which windows are absent, of those that are packed; aligns a read that is not aligned
-/// where a seed tells how. REQUIRES: alignReads.
-void siftReads(const SeedIndex& index, std::span<PreparedRead*> reads);
+/// Finds out which windows of the reads that are packed cannot be hits; aligns a read that is not
+/// aligned where a seed tells how.
+void siftReads(const SeedIndex& index, const FastSteps& steps,
+               std::span<PreparedRead* const> reads);
 
-/// As these, for an engine that does without some of its steps.
-template <FastSteps kSteps>
-void alignReads(const SeedIndex& index, std::span<PreparedRead*> reads) {
-  if constexpr (kSteps.align) {
-    alignReads(index, reads);
-  } else {
-    for (PreparedRead* read : reads) read->isAligned = true;
-  }
-}
-template <FastSteps kSteps>
-void siftReads(const SeedIndex& index, std::span<PreparedRead*> reads) {
-  if constexpr (kSteps.sift) {
-    siftReads(index, reads);
-  } else {
-    for (PreparedRead* read : reads) {
-      read->isSifted = true;
-      read->absent.reset(read->windows);
-    }
-  }
-}
+/// Packs a group, and takes all steps with most of its reads: not with a lead whose first window is
+/// a known hit, nor with its mate, as that mostly settles a pair.
+void prepareGroup(const SeedIndex& index, const FastSteps& steps, std::span<PreparedRead> leads,
+                  std::span<PreparedRead> others, bool isReversedFirst);
+
+/// Takes the steps that a packed read has been left without.
+void completeRead(const SeedIndex& index, const FastSteps& steps, PreparedRead& read);
 
 }  // namespace velk

@@ -1,4 +1,4 @@
-// One strand of a read of a batch, its bases made when they are asked for.
+// One strand of a read that an engine has prepared, its bases made when they are asked for.
 #pragma once
 
 #include <cstddef>
@@ -15,48 +15,38 @@ class ReadStrand {
  public:
   using Prepared = typename Engine::Prepared;
 
-  /// `bases` as they stand.
-  ReadStrand(Engine& engine, Prepared& read, const std::string& bases, const Origin& origin)
-      : engine_(engine), read_(read), origin_(origin), length_(bases.size()), bases_(&bases) {}
+  /// `bases` as they stand, or their reverse complement, to be made in `room`. origin.isReversed:
+  /// whether that is the reverse complement of what was prepared.
+  ReadStrand(Engine& engine, Prepared& read, const std::string& bases, const Origin& origin,
+             std::string* room = nullptr)
+      : engine_(engine), read_(read), given_(bases), origin_(origin), room_(room) {}
 
-  /// The reverse complement of what was prepared, as the engine makes it.
-  ReadStrand(Engine& engine, Prepared& read, const Origin& origin)
-      : engine_(engine), read_(read), origin_(origin), length_(read.bases->size()) {}
-
-  /// The reverse complement of `forward`, to be made in `room`.
-  ReadStrand(Engine& engine, Prepared& read, const std::string& forward, std::string& room,
-             const Origin& origin)
-      : engine_(engine),
-        read_(read),
-        origin_(origin),
-        length_(forward.size()),
-        forward_(&forward),
-        room_(&room) {}
-
-  std::size_t size() const { return length_; }
+  Prepared& prepared() { return read_; }
   const Origin& origin() const { return origin_; }
+  std::size_t size() const { return given_.size(); }
 
   const std::string& bases() {
-    if (bases_ == nullptr) bases_ = room_ == nullptr ? &engine_.reverseComplement(read_) : make();
-    return *bases_;
+    if (room_ == nullptr) return given_;
+    if (!isMade_) {
+      room_->resize(size());
+      reverseComplement(room_->data(), given_.data(), size());
+      isMade_ = true;
+    }
+    return *room_;
   }
 
-  typename Engine::Windows windows() { return engine_.windows(read_, bases(), origin_.isReversed); }
+  template <class Visit>
+  int64_t visitHits(Visit visit) {
+    return engine_.visitHits(*this, visit);
+  }
 
  private:
-  const std::string* make() {
-    room_->resize(length_);
-    reverseComplement(room_->data(), forward_->data(), length_);
-    return room_;
-  }
-
   Engine& engine_;
   Prepared& read_;
+  const std::string& given_;
   Origin origin_;
-  std::size_t length_;
-  const std::string* bases_ = nullptr;
-  const std::string* forward_ = nullptr;
-  std::string* room_ = nullptr;
+  std::string* room_;
+  bool isMade_ = false;
 };
 
 }  // namespace velk

@@ -49,11 +49,8 @@ struct Verdict {
   std::size_t count = 0;     // records
   std::array<GapPlace, 3> places{};
 
-  void add(RecordKind kind, uint64_t contigBehind, int64_t position, int64_t unmoved) {
-    places[count++] = {kind, contigBehind, position, unmoved};
-  }
-  void add(RecordKind kind, uint64_t contigBehind, int64_t position) {
-    add(kind, contigBehind, position, position);
+  void add(RecordKind kind, uint64_t gapOfRecord, int64_t position, int64_t movedBy = 0) {
+    places[count++] = {kind, gapOfRecord, position, position - movedBy};
   }
 };
 

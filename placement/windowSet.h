@@ -11,6 +11,8 @@ namespace velk {
 
 class WindowSet {
  public:
+  static constexpr std::size_t kNone = ~std::size_t{0};  // one less than the first window
+
   /// Makes it the empty set of `windows` windows.
   void reset(std::size_t windows) {
     size_ = windows;
@@ -38,10 +40,14 @@ class WindowSet {
     for (std::size_t n = 0; n < words_.size(); ++n) words_[n] |= other.words_[n];
   }
 
-  /// The windows from 64 n on, the first in the lowest bit; those behind the last are not in it.
-  uint64_t wordAt(std::size_t n) const { return words_[n]; }
-  std::size_t words() const { return words_.size(); }
-  void insertWord(std::size_t n, uint64_t windows) { words_[n] |= windows; }
+  /// Inserts the windows of a set of the same size that are marked. marksAt(w): the marks of the 64
+  /// windows from w on, the first in the lowest bit.
+  template <class MarksAt>
+  void insertMarked(const WindowSet& other, MarksAt marksAt) {
+    for (std::size_t n = 0; n < words_.size(); ++n) {
+      if (other.words_[n] != 0) words_[n] |= other.words_[n] & marksAt(64 * n);
+    }
+  }
 
   /// The first window from `from` on that is not in the set; size() without one.
   std::size_t firstMissing(std::size_t from) const { return first(from, ~uint64_t{0}); }
@@ -49,13 +55,13 @@ class WindowSet {
   /// The first window from `from` on that is in the set; size() without one.
   std::size_t firstContained(std::size_t from) const { return first(from, 0); }
 
-  /// The last window up to `from` that is not in the set; size() without one.
-  std::size_t lastMissing(std::size_t from) const {
-    for (std::size_t end = from + 1; end > 0; end = (end - 1) / 64 * 64) {
+  /// The last window in front of `end` that is not in the set; kNone without one.
+  std::size_t lastMissing(std::size_t end) const {
+    for (; end > 0; end = (end - 1) / 64 * 64) {
       const uint64_t missing = ~words_[(end - 1) / 64] << (63 - (end - 1) % 64);
       if (missing != 0) return end - 1 - static_cast<std::size_t>(std::countl_zero(missing));
     }
-    return size_;
+    return kNone;
   }
 
  private:

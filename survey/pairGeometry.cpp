@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "placement/edgeCheck.h"
-#include "placement/kmerWalk.h"
+#include "placement/readStrand.h"
 #include "placement/reverseComplement.h"
 
 namespace velk::survey {
@@ -17,8 +17,8 @@ std::optional<ReadPlace> placeOnStrand(Engine& engine, Scaffolds scaffolds,
                                        bool isReverse) {
   std::optional<ReadPlace> place;
   Engine::Prepared nothingKnown;
-  auto windows = engine.windows(nothingKnown, bases, false);
-  visitUniqueHits(windows, [&](const Hit& hit) {
+  ReadStrand<Engine> strand(engine, nothingKnown, bases, {});
+  strand.visitHits([&](const Hit& hit) {
     const std::string& contig = scaffolds[hit.scaffold].contigsInfo[hit.contig].contigSeq;
     const int64_t end = hit.offset + static_cast<int64_t>(bases.size());
     const bool isInside = hit.offset >= 0 && end <= static_cast<int64_t>(contig.size());
@@ -72,7 +72,9 @@ std::optional<ReadPlace> placeOfRead(Engine& engine, Scaffolds scaffolds,
   if (read.size() < static_cast<std::size_t>(options.kmer)) return std::nullopt;
   if (read.find('N') != std::string::npos) return std::nullopt;
   if (auto place = placeOnStrand(engine, scaffolds, options, read, false)) return place;
-  return placeOnStrand(engine, scaffolds, options, reverseComplementOf(read), true);
+  std::string reversed(read.size(), 'A');
+  reverseComplement(reversed.data(), read.data(), read.size());
+  return placeOnStrand(engine, scaffolds, options, reversed, true);
 }
 
 PairGeometry::PairGeometry(std::vector<uint64_t> contigLengths)

@@ -111,8 +111,8 @@ class AlignmentTest : public PlacementTest {
         static_cast<int64_t>(position - contig.start) - static_cast<int64_t>(onStrand),
         diagonal.isReversed, k);
     Alignment alignment;
-    Alignment::prefetch(text, diagonal, read.size(), window);
-    alignment.align(text, bases, read.size(), diagonal, window);
+    alignment.reset(model.windows());
+    alignment.align(text, bases, diagonal, window);
     ASSERT_TRUE(alignment.isThere());
     ASSERT_EQ(alignment.diagonal(), diagonal);
     ++met_[diagonal.isReversed ? "reversed" : "forward"];
@@ -126,23 +126,23 @@ class AlignmentTest : public PlacementTest {
     WindowSet notReversed;
     repeated.reset(model.windows());
     notReversed.reset(model.windows());
-    alignment.addRepeated(text, repeated);
-    alignment.addNotReversed(text, notReversed);
+    alignment.addMarked(text, Alignment::Mark::kRepeated, repeated);
+    alignment.addMarked(text, Alignment::Mark::kNotReversed, notReversed);
     ASSERT_EQ(alignment.matches().size(), model.windows());
     const auto least = static_cast<int64_t>(contig.firstWindow - contig.start);
     for (std::size_t w = 0; w < model.windows(); ++w) {
       const bool agrees = model.agrees(w, least);
       ASSERT_EQ(alignment.matches().contains(w), agrees) << w;
+      ASSERT_EQ(alignment.agreesAt(w, alignment.diagonal().isReversed), agrees) << w;
+      ASSERT_FALSE(alignment.agreesAt(w, !alignment.diagonal().isReversed)) << w;
       ++met_[agrees ? "windows that agree" : "windows that do not"];
       if (!agrees) {
         ASSERT_FALSE(repeated.contains(w) || notReversed.contains(w)) << w;
         continue;
       }
-      const KmerPlace place = alignment.placeOf(text, w);
-      ASSERT_EQ(place.scaffold, contig.scaffold);
-      ASSERT_EQ(place.contig, contig.contig);
-      ASSERT_EQ(static_cast<int64_t>(place.start), model.offsetOf(w) - least);
-      const uint64_t key = text.basesAt(contig.firstWindow + place.start, length);
+      const uint64_t position = alignment.diagonal().positionOf(w);
+      ASSERT_EQ(static_cast<int64_t>(position - contig.start), model.offsetOf(w));
+      const uint64_t key = text.basesAt(position, length);
       ASSERT_EQ(repeated.contains(w), !seedIndex->find(key).isUnique) << w;
       ASSERT_EQ(notReversed.contains(w), !seedIndex->find(reversedKey(key, length)).isThere()) << w;
       met_["repeated"] += repeated.contains(w) ? 1 : 0;
@@ -170,19 +170,23 @@ TEST_F(AlignmentTest, HardInputs) {
   EXPECT_GE(met_["windows that do not"], 50000);
 }
 
-TEST_F(AlignmentTest, ThereUntilItIsCleared) {
+TEST_F(AlignmentTest, ThereUntilItIsReset) {
   assemble({{{randomBases(300, 1)}}});
   const std::string read = scaffoldInfo[0].contigsInfo[0].contigSeq.substr(100, 80);
   PackedBases bases;
   ASSERT_TRUE(bases.fill(read));
   Alignment alignment;
   EXPECT_FALSE(alignment.isThere());
-  alignment.align(seedIndex->text(), bases, read.size(),
+  alignment.reset(read.size() - static_cast<std::size_t>(Kmer) + 1);
+  EXPECT_FALSE(alignment.isThere());
+  alignment.align(seedIndex->text(), bases,
                   Diagonal::through(seedIndex->text().contigs()[0].firstWindow + 100, 0, false), 0);
   EXPECT_TRUE(alignment.isThere());
   EXPECT_EQ(alignment.matches().firstMissing(0), alignment.matches().size());
-  alignment.clear();
+  alignment.reset(7);
   EXPECT_FALSE(alignment.isThere());
+  EXPECT_EQ(alignment.matches().size(), 7U);
+  EXPECT_EQ(alignment.matches().firstContained(0), 7U);
 }
 
 }  // namespace

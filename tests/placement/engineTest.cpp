@@ -56,9 +56,9 @@ class EngineDifferential : public PlacementTest {
     for (const std::string& read : random.reads) {
       if (read.size() < static_cast<std::size_t>(Kmer)) continue;
       typename Engine::Prepared unknown{};
-      auto windows = engine.windows(unknown, read, false);
+      ReadStrand<Engine> strand(engine, unknown, read, {});
       std::vector<Hit> shown;
-      const int64_t stop = visitUniqueHits(windows, [&](const Hit& hit) {
+      const int64_t stop = strand.visitHits([&](const Hit& hit) {
         shown.push_back(hit);
         return Walk::kGoOn;
       });

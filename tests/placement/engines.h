@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <span>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -23,7 +24,7 @@ namespace velk::test {
 template <class Engine>
 class InGroups : public Engine {
  public:
-  static constexpr std::size_t kGroup = 3;
+  static std::size_t group() { return 3; }
 
   explicit InGroups(const Engine& engine) : Engine(engine) {}
 };
@@ -59,28 +60,28 @@ class FastUpTo : public FastEngine {
  public:
   explicit FastUpTo(const FastEngine& engine) : FastEngine(engine) {}
 
-  static void prepare(std::span<Prepared*> leads, std::span<Prepared*> others, bool) {
+  static void prepare(std::span<Prepared> leads, std::span<Prepared> others, bool) {
     prepare(leads);
     prepare(others);
   }
 
  private:
-  static void prepare(std::span<Prepared*> reads) {
-    if (kLast == Step::kNothing) {
-      for (Prepared* read : reads) read->hasReversed = false;
-      return;
-    }
+  static void prepare(std::span<Prepared> reads) {
+    for (Prepared& read : reads) read.windows = 0;
+    if (kLast == Step::kNothing) return;
     packReads(*seedIndex, reads);
-    if (kLast >= Step::kAlign) alignReads(*seedIndex, reads);
-    if (kLast >= Step::kSift) siftReads(*seedIndex, reads);
+    std::vector<Prepared*> all;
+    for (Prepared& read : reads) all.push_back(&read);
+    if (kLast >= Step::kAlign) alignReads(*seedIndex, {}, all);
+    if (kLast >= Step::kSift) siftReads(*seedIndex, {}, all);
   }
 };
 
 /// The fast engine without one of its steps.
 template <FastSteps kSteps>
-class FastWithout : public BasicFastEngine<kSteps> {
+class FastWithout : public FastEngine {
  public:
-  explicit FastWithout(const FastEngine&) : BasicFastEngine<kSteps>(*seedIndex, Kmer) {}
+  explicit FastWithout(const FastEngine&) : FastEngine(*seedIndex, Kmer, kSteps) {}
 };
 
 using FastInGroups = InGroups<FastEngine>;

@@ -45,34 +45,39 @@ class WatchedWindows {
 
 class WatchedFast : public FastEngine {
  public:
-  using Windows = WatchedWindows;
-
   WatchedFast(const SeedIndex& index, int kmer, Meetings& met)
-      : FastEngine(index, kmer), watched_(index), met_(met) {}
+      : FastEngine(index, kmer), watched_(index), kmer_(kmer), met_(met) {}
 
-  void prepare(std::span<Prepared*> leads, std::span<Prepared*> others, bool isReversedFirst) {
+  void prepare(std::span<Prepared> leads, std::span<Prepared> others, bool isReversedFirst) {
     FastEngine::prepare(leads, others, isReversedFirst);
-    for (const Prepared* read : leads) note(*read);
-    for (const Prepared* read : others) note(*read);
-    if (leads.size() < kGroup) ++met_["group: not full"];
+    for (const Prepared& read : leads) note(read);
+    for (const Prepared& read : others) note(read);
+    if (leads.size() < group()) ++met_["group: not full"];
     if (isReversedFirst) ++met_["group: turned pairs"];
   }
 
-  Windows windows(Prepared& read, const std::string& bases, bool isReversed) {
-    return {FastEngine::windows(read, bases, isReversed), met_};
+  template <class Strand, class Visit>
+  int64_t visitHits(Strand& strand, Visit visit) {
+    Prepared& read = strand.prepared();
+    if (!read.isPacked()) return FastEngine::visitHits(strand, visit);
+    WatchedWindows windows(
+        CandidateWindows(watched_, kmer_, read, strand.origin().isReversed, FastSteps{}), met_);
+    return visitUniqueHits(windows, visit);
   }
 
  private:
   void note(const Prepared& read) const {
-    if (read.length > 1000) ++met_["read: long"];
-    ++met_[read.isPacked ? "read: packed" : "read: not packed"];
-    if (!read.isPacked) return;
+    if (read.bases->size() > 1000) ++met_["read: long"];
+    ++met_[read.isPacked() ? "read: packed" : "read: not packed"];
+    if (!read.isPacked()) return;
     ++met_[read.isSifted ? "read: sifted" : "read: left to its windows"];
-    if (read.isSifted && read.absent.firstContained(0) < read.windows)
-      ++met_["read: absent windows"];
+    if (skips(read.skipped[0]) && skips(read.skipped[1]))
+      ++met_["read: windows skipped on both strands"];
     noteSeeds(read);
     noteAlignment(read);
   }
+
+  static bool skips(const WindowSet& windows) { return windows.firstContained(0) < windows.size(); }
 
   void noteSeeds(const Prepared& read) const {
     watched_.seeds().forEachRun(read.packed, 0, read.windows, [&](const SeedRun& run) {
@@ -99,15 +104,16 @@ class WatchedFast : public FastEngine {
                                                      : "alignment: of some windows"];
     WindowSet known;
     known.reset(read.windows);
-    alignment.addRepeated(watched_.text(), known);
-    if (known.firstContained(0) < known.size()) ++met_["alignment: repeated windows"];
+    alignment.addMarked(watched_.text(), Alignment::Mark::kRepeated, known);
+    if (skips(known)) ++met_["alignment: repeated windows"];
     known.reset(read.windows);
-    alignment.addNotReversed(watched_.text(), known);
-    if (known.firstContained(0) < known.size()) ++met_["alignment: no reverse complements"];
+    alignment.addMarked(watched_.text(), Alignment::Mark::kNotReversed, known);
+    if (skips(known)) ++met_["alignment: no reverse complements"];
     if (known.firstMissing(0) < known.size()) ++met_["alignment: reverse complements, or others"];
   }
 
   const SeedIndex& watched_;
+  int kmer_;
   Meetings& met_;
 };
 

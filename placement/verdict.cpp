@@ -1,8 +1,9 @@
+#include "placement/verdict.h"
+
 #include <optional>
 
 #include "placement/edgeCheck.h"
 #include "placement/lengths.h"
-#include "placement/verdict.h"
 
 namespace velk {
 namespace {
@@ -16,19 +17,20 @@ struct Anchor {
   int64_t mateLength;        // bases of the mate
   int64_t insert;            // bases of the whole fragment, both reads included
 
-  const ContigInfo& contigAt(uint64_t index) const { return info.contigsInfo[index]; }
+  int64_t contigLength(uint64_t index) const { return lengthOf(info.contigsInfo[index].contigSeq); }
+  int64_t gapLength(uint64_t index) const { return gapBefore(info.contigsInfo[index]); }
 };
 
 // Where the mate of an anchor must lie. A gap is named by the index of the contig behind it;
 // positions count from the gap's first base to the mate's first base.
 struct MateGeometry {
   uint64_t gap;              // the gap next to the anchor's contig
-  int64_t matePosition;      // position of the mate in it
+  int64_t position;          // of the mate in it
+  bool mayRunOverRightEdge;  // whether the anchor may be recorded in the gap behind its contig
   bool hasFarGap;            // whether a gap follows beyond the neighbouring contig
   uint64_t farGap;           // that gap
   uint64_t between;          // the contig between the two gaps
-  int64_t farMatePosition;   // position of the mate in the far gap
-  bool mayRunOverRightEdge;  // whether the anchor may be recorded in the gap behind its contig
+  int64_t farPosition;       // of the mate in the far gap
 };
 
 // The mate lies behind the contig: the fragment begins with the anchor's first base. Nothing for
@@ -36,18 +38,18 @@ struct MateGeometry {
 std::optional<MateGeometry> forwardGeometry(const Anchor& anchor) {
   const uint64_t c = anchor.contig;
   if (c + 1 == anchor.info.contigsSum) return std::nullopt;
-  MateGeometry mate{};
-  mate.gap = c + 1;
-  mate.matePosition =
-      anchor.offset + anchor.insert - anchor.mateLength - lengthOf(anchor.contigAt(c).contigSeq);
-  mate.hasFarGap = c + 2 < anchor.info.contigsSum;
+  const int64_t position =
+      anchor.offset + anchor.insert - anchor.mateLength - anchor.contigLength(c);
+  MateGeometry mate{.gap = c + 1,
+                    .position = position,
+                    .mayRunOverRightEdge = true,
+                    .hasFarGap = c + 2 < anchor.info.contigsSum,
+                    .farGap = c + 2,
+                    .between = c + 1,
+                    .farPosition = 0};
   if (mate.hasFarGap) {
-    mate.between = c + 1;
-    mate.farGap = c + 2;
-    mate.farMatePosition = mate.matePosition - gapBefore(anchor.contigAt(mate.gap)) -
-                           lengthOf(anchor.contigAt(mate.between).contigSeq);
+    mate.farPosition = position - anchor.gapLength(mate.gap) - anchor.contigLength(mate.between);
   }
-  mate.mayRunOverRightEdge = true;
   return mate;
 }
 
@@ -56,20 +58,20 @@ std::optional<MateGeometry> forwardGeometry(const Anchor& anchor) {
 std::optional<MateGeometry> reverseGeometry(const Anchor& anchor) {
   const uint64_t c = anchor.contig;
   if (c == 0) return std::nullopt;
-  MateGeometry mate{};
-  mate.gap = c;
-  mate.matePosition =
-      gapBefore(anchor.contigAt(mate.gap)) + anchor.offset + anchor.length - anchor.insert;
-  mate.hasFarGap = c >= 2;
-  if (mate.hasFarGap) {
-    mate.between = c - 1;
-    mate.farGap = c - 1;
-    mate.farMatePosition = gapBefore(anchor.contigAt(mate.farGap)) +
-                           lengthOf(anchor.contigAt(mate.between).contigSeq) + mate.matePosition;
-  }
+  const int64_t position = anchor.gapLength(c) + anchor.offset + anchor.length - anchor.insert;
   // KEPT: narrower than the forward rule, the gap behind the last but one contig is passed over
   // (CheckReverseRead.AnchorOverTheRightEdgeOfTheLastButOneContig)
-  mate.mayRunOverRightEdge = c < anchor.info.contigsSum - 2U;
+  const bool mayRunOverRightEdge = c < anchor.info.contigsSum - 2U;
+  MateGeometry mate{.gap = c,
+                    .position = position,
+                    .mayRunOverRightEdge = mayRunOverRightEdge,
+                    .hasFarGap = c >= 2,
+                    .farGap = c - 1,
+                    .between = c - 1,
+                    .farPosition = 0};
+  if (mate.hasFarGap) {
+    mate.farPosition = anchor.gapLength(mate.farGap) + anchor.contigLength(mate.between) + position;
+  }
   return mate;
 }
 
@@ -87,38 +89,59 @@ int64_t snapped(int64_t position, int64_t mateLength, int64_t gapLength, int kme
 bool reachesFarGap(const Anchor& anchor, const MateGeometry& mate, int readLength) {
   if (!mate.hasFarGap) return false;
   const int64_t twoReads = 2 * int64_t{readLength};
-  const int64_t farGapLength = gapBefore(anchor.contigAt(mate.farGap));
-  return twoReads > lengthOf(anchor.contigAt(mate.between).contigSeq) && twoReads < farGapLength &&
-         twoReads < lengthOf(anchor.contigAt(anchor.contig).contigSeq) &&
-         mate.farMatePosition + anchor.mateLength > 0 && mate.farMatePosition < farGapLength;
+  const int64_t farGapLength = anchor.gapLength(mate.farGap);
+  return twoReads > anchor.contigLength(mate.between) && twoReads < farGapLength &&
+         twoReads < anchor.contigLength(anchor.contig) &&
+         mate.farPosition + anchor.mateLength > 0 && mate.farPosition < farGapLength;
 }
 
 // The records of the mate, in the gap next to the anchor's contig and in the one beyond.
 void addMate(Verdict& verdict, const Anchor& anchor, const MateGeometry& mate,
              const PlacementOptions& options) {
-  const int64_t gapLength = gapBefore(anchor.contigAt(mate.gap));
-  const int64_t position = snapped(mate.matePosition, anchor.mateLength, gapLength, options.kmer);
+  const int64_t gapLength = anchor.gapLength(mate.gap);
+  const int64_t position = snapped(mate.position, anchor.mateLength, gapLength, options.kmer);
   if (-anchor.mateLength <= position && position <= gapLength) {
-    verdict.add(RecordKind::kMate, mate.gap, position, mate.matePosition);
+    verdict.add(RecordKind::kMate, mate.gap, position, position - mate.position);
   }
   if (reachesFarGap(anchor, mate, options.readLength)) {
-    verdict.add(RecordKind::kGapBeyond, mate.farGap, mate.farMatePosition);
+    verdict.add(RecordKind::kGapBeyond, mate.farGap, mate.farPosition);
   }
 }
 
 // The record of the anchor itself, if it reaches into a gap.
 void addAnchor(Verdict& verdict, const Anchor& anchor, bool mayRunOverRightEdge) {
-  const ContigInfo& contig = anchor.contigAt(anchor.contig);
-  const int64_t contigLength = lengthOf(contig.contigSeq);
+  const int64_t contigLength = anchor.contigLength(anchor.contig);
   const int64_t end = anchor.length + anchor.offset;
   if (anchor.offset > 0 && end > contigLength && mayRunOverRightEdge) {
     verdict.add(RecordKind::kAnchor, anchor.contig + 1, anchor.offset - contigLength);
   } else if (anchor.offset < 0 && end >= 1 && anchor.contig >= 1) {
-    verdict.add(RecordKind::kAnchor, anchor.contig, gapBefore(contig) + anchor.offset);
+    verdict.add(RecordKind::kAnchor, anchor.contig,
+                anchor.gapLength(anchor.contig) + anchor.offset);
   }
 }
 
 }  // namespace
+
+Verdict judgeSingle(const Hit& hit, const std::string& read, const ScaffoldInfo& info,
+                    const PlacementOptions& options) {
+  const ContigInfo& contig = info.contigsInfo[hit.contig];
+  // KEPT: a read that starts on the contig's first base is not placed
+  // (CheckSingleRead.OffsetZeroIsPassedOver)
+  if (hit.offset == 0) return {.refusal = Refusal::kAtFirstBase};
+  const bool isRightEnd = hit.offset > 0;
+  const bool hasGap = isRightEnd ? hit.contig + 1 < info.contigsSum : hit.contig >= 1;
+  if (!hasGap) return {.refusal = Refusal::kNoGap};
+
+  Verdict verdict;
+  if (isRightEnd) {
+    verdict.refusal = checkOverRightEnd(contig.contigSeq, read, hit.offset, options);
+    verdict.add(RecordKind::kEdge, hit.contig + 1, hit.offset - lengthOf(contig.contigSeq));
+  } else {
+    verdict.refusal = checkOverLeftEnd(contig.contigSeq, read, hit.offset, options);
+    verdict.add(RecordKind::kEdge, hit.contig, hit.offset + gapBefore(contig));
+  }
+  return verdict;
+}
 
 Verdict judgePair(Direction direction, const Hit& hit, const std::string& anchorRead,
                   int64_t mateLength, const ScaffoldInfo& info, const PlacementOptions& options) {
@@ -126,22 +149,14 @@ Verdict judgePair(Direction direction, const Hit& hit, const std::string& anchor
                       mateLength, options.insert};
   const std::optional<MateGeometry> mate =
       direction == Direction::kForward ? forwardGeometry(anchor) : reverseGeometry(anchor);
-  Verdict verdict;
-  if (!mate) {
-    verdict.refusal = Refusal::kNoGap;
-    return verdict;
+  if (!mate) return {.refusal = Refusal::kNoGap};
+  if (anchor.gapLength(mate->gap) < options.bigGapLength && options.insert > options.bigGapLength) {
+    return {.refusal = Refusal::kSmallGap};
   }
-  if (gapBefore(anchor.contigAt(mate->gap)) < options.bigGapLength &&
-      options.insert > options.bigGapLength) {
-    verdict.refusal = Refusal::kSmallGap;
-    return verdict;
-  }
-  const std::string& contig = anchor.contigAt(hit.contig).contigSeq;
+  Verdict verdict{.gap = mate->gap, .matePosition = mate->position};
+  const std::string& contig = info.contigsInfo[hit.contig].contigSeq;
   verdict.refusal = checkOnContig(contig, anchorRead, hit.offset, options);
   if (verdict.refusal != Refusal::kNone) return verdict;
-
-  verdict.gap = mate->gap;
-  verdict.matePosition = mate->matePosition;
   addMate(verdict, anchor, *mate, options);
   addAnchor(verdict, anchor, mate->mayRunOverRightEdge);
   return verdict;
