@@ -3,12 +3,12 @@
 within the rounds.
 
     gzipTable.py --programs FOLDER --data FOLDER [--scales small] [--rounds N] [--threads N]
-                 [--mapper-rounds N]
+                 [--mapper-rounds N] [--packers NAME,...]
 
 Each way to pack is measured by turns with the run on the plain files: the whole run, what it takes
 more of processor time, `zcat` and `igzip -dc` of the same files and, in the first N rounds of
 --mapper-rounds, minimap2 with its filter; then the whole run with the files out of the page cache.
-The packed files stay in the data's folder. doc/performance.md explains the columns.
+The packed files stay in the data's folder. doc/labbook.md explains the columns.
 """
 
 import os
@@ -127,12 +127,13 @@ class Runs:
 def main():
     parser = options_parser("Measures runs on gzip files of several kinds.", "small")
     parser.add_argument("--mapper-rounds", type=int, default=1)
+    parser.add_argument("--packers", default=",".join(PACKERS), help="some of: %(default)s")
     options = parser.parse_args()
     rows = []
     for name in filter(None, options.scales.split(",")):
         data = SCALES[name]
         data.make(options.programs, options.data)
-        for packer in PACKERS:
+        for packer in options.packers.split(","):
             print(f"{name}, {packer}, load {os.getloadavg()[0]:.1f}", file=sys.stderr)
             pack(data, packer)
             rows.append(Runs(data, packer, options).row())

@@ -5,25 +5,21 @@
 #include <string>
 #include <string_view>
 
+#include "streaming/blockSource.h"
+
 namespace velk {
 
-class BlockReader {
+class BlockReader final : public BlockSource {
  public:
   explicit BlockReader(std::size_t blockSize)
       : blockSize_(blockSize), block_(std::make_unique_for_overwrite<char[]>(blockSize)) {}
-  ~BlockReader();
-  BlockReader(const BlockReader&) = delete;
-  BlockReader& operator=(const BlockReader&) = delete;
+  ~BlockReader() override;
 
   /// Opens `file` for reading. Returns false, with errno set, when that fails.
   bool open(const std::string& file);
 
-  /// Returns the next bytes of the file, valid until the next call; none at its end or, with
-  /// error() set, when they cannot be read.
-  std::string_view next();
-
-  /// Returns the errno of a failed read, 0 when all went well.
-  int error() const { return error_; }
+  std::string_view next() override;
+  int error() const override { return error_; }
 
  private:
   int descriptor_ = -1;

@@ -7,7 +7,6 @@
 namespace velk {
 namespace {
 
-constexpr std::size_t kRawBlock = 128 << 10;  // bytes
 constexpr std::string_view kMagic = "\x1f\x8b";
 constexpr std::size_t kField = 4;  // bytes of the checksum, and of the length behind it
 constexpr std::string_view kCut = "unexpected end of file";
@@ -23,13 +22,9 @@ uint32_t numberIn(std::string_view bytes) {
 
 }  // namespace
 
-GzipDecoder::GzipDecoder() : blocks_(kRawBlock), inflater_(makeInflater()) {
+GzipDecoder::GzipDecoder(BlockSource& file) : blocks_(file), inflater_(makeInflater()) {
   // A block, what is left when it is read, and what an inflater may look at behind it.
   input_.reserve(kRawBlock + 2 * Inflater::kReachBack + Inflater::kReachOn);
-}
-
-bool GzipDecoder::open(const std::string& file) {
-  return blocks_.open(file);
 }
 
 std::size_t GzipDecoder::read(std::span<char> room) {

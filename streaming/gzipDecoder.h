@@ -11,26 +11,23 @@
 #include <string>
 #include <string_view>
 
-#include "streaming/blockReader.h"
+#include "streaming/blockSource.h"
+#include "streaming/decoder.h"
 #include "streaming/gzipHeader.h"
 #include "streaming/inflater.h"
 
 namespace velk {
 
-class GzipDecoder {
+class GzipDecoder final : public Decoder {
  public:
-  /// Throws std::bad_alloc when there is no memory, as read() does.
-  GzipDecoder();
+  static constexpr std::size_t kRawBlock = 128 << 10;  // bytes
 
-  /// Opens `file`. Returns false, with errno set, when that fails.
-  bool open(const std::string& file);
+  /// Decodes `file`, which must outlive it. Throws std::bad_alloc when there is no memory.
+  /// REQUIRES: no block of the file is longer than kRawBlock.
+  explicit GzipDecoder(BlockSource& file);
 
-  /// Puts the next inflated bytes into `room` and returns their number, which is smaller than the
-  /// room only when the bytes have ended. REQUIRES: the room is not empty.
-  std::size_t read(std::span<char> room);
-
-  /// Returns what is wrong with the file, empty as long as nothing was met.
-  const std::string& damage() const { return damage_; }
+  std::size_t read(std::span<char> room) override;
+  const std::string& damage() const override { return damage_; }
 
  private:
   enum class State { kBetweenMembers, kInHeader, kInMember, kInTrailer, kPlain, kPadding, kEnd };
@@ -48,7 +45,7 @@ class GzipDecoder {
   void endWith(std::string_view damage);
   void endFile(std::string_view damage);
 
-  BlockReader blocks_;
+  BlockSource& blocks_;
   State state_ = State::kBetweenMembers;
   bool isFirstMember_ = true;
   std::string input_;         // raw bytes, those not yet used from position_ on

@@ -1,37 +1,35 @@
-// The inflated bytes of a gzip file, as streaming/gzipDecoder.h has them, block by block: inflated
-// in place, or ahead by a helper thread.
+// The inflated bytes of a gzip file, as streaming/gzipDecoder.h has them, block by block.
 #pragma once
 
-#include <memory>
 #include <string>
 #include <string_view>
 
+#include "streaming/blockReader.h"
+#include "streaming/decodedInput.h"
 #include "streaming/gzipDecoder.h"
-#include "streaming/inflateAhead.h"
 
 namespace velk {
 
 class GzipInput {
  public:
   /// Opens `file`. Returns false, with errno set, when that fails.
-  bool open(const std::string& file) { return decoder_.open(file); }
+  bool open(const std::string& file) { return file_.open(file); }
 
-  /// Has a helper thread inflate from now on; where the system gives none, it is done in place all
-  /// the same. REQUIRES: the file is open, and nothing was read.
-  void inflateAhead();
+  /// Has a helper thread inflate from now on, where the system gives one. REQUIRES: the file is
+  /// open, and nothing was read.
+  void inflateAhead() { input_.decodeAhead(); }
 
   /// Returns the next inflated bytes, valid until the next call; none at the end or at damage.
   /// Throws std::bad_alloc when there is no memory.
-  std::string_view next();
+  std::string_view next() { return input_.next(); }
 
   /// Returns what is wrong with the file, empty as long as nothing was met.
-  const std::string& damage() const { return damage_; }
+  const std::string& damage() const { return input_.damage(); }
 
  private:
-  GzipDecoder decoder_;
-  std::unique_ptr<char[]> block_;        // the bytes inflated in place
-  std::unique_ptr<InflateAhead> ahead_;  // null: in place
-  std::string damage_;
+  BlockReader file_{GzipDecoder::kRawBlock};
+  GzipDecoder decoder_{file_};
+  DecodedInput input_{decoder_};
 };
 
 }  // namespace velk

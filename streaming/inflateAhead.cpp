@@ -10,7 +10,7 @@ constexpr std::size_t kBlockSize = 256 << 10;  // bytes
 
 }  // namespace
 
-InflateAhead::InflateAhead(GzipDecoder& decoder) : decoder_(decoder) {
+InflateAhead::InflateAhead(Decoder& decoder) : decoder_(decoder) {
   for (Block& block : ring_) block.bytes = std::make_unique_for_overwrite<char[]>(kBlockSize);
 }
 

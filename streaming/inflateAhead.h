@@ -1,4 +1,4 @@
-// A helper thread that inflates a gzip file ahead of its reader, into a bounded ring of blocks.
+// A helper thread that decodes a file ahead of its reader, into a bounded ring of blocks.
 //
 // The helper fills blocks in turn and sleeps while all are full; the reader sleeps while none is.
 // From start() on the decoder is the helper's, until next() has returned no bytes: then it is the
@@ -15,14 +15,14 @@
 #include <mutex>
 #include <string_view>
 
-#include "streaming/gzipDecoder.h"
+#include "streaming/decoder.h"
 
 namespace velk {
 
 class InflateAhead {
  public:
   /// Throws std::bad_alloc when there is no memory for the ring.
-  explicit InflateAhead(GzipDecoder& decoder);
+  explicit InflateAhead(Decoder& decoder);
   ~InflateAhead();
   InflateAhead(const InflateAhead&) = delete;
   InflateAhead& operator=(const InflateAhead&) = delete;
@@ -30,7 +30,7 @@ class InflateAhead {
   /// Starts the helper. Returns false when the system does not give a thread.
   bool start();
 
-  /// Returns the next inflated bytes, valid until the next call; none at their end. Throws
+  /// Returns the next decoded bytes, valid until the next call; none at their end. Throws
   /// std::bad_alloc when the helper ran out of memory. REQUIRES: start() has returned true.
   std::string_view next();
 
@@ -47,7 +47,7 @@ class InflateAhead {
   bool awaitRoom();
   bool fill(Block& block);
 
-  GzipDecoder& decoder_;
+  Decoder& decoder_;
   std::array<Block, kBlocks> ring_;  // block n of the file is ring_[n % kBlocks]
   pthread_t helper_{};
   bool isRunning_ = false;

@@ -84,20 +84,33 @@ bool GzipLineSource::refill() {
 // Reads the next line into line_, its '\n' included. Returns false, and leaves line_ as it was,
 // when there are no more bytes.
 bool GzipLineSource::readLine() {
-  std::size_t length = 0;
+  const std::string_view piece = block_.substr(0, kLongestPiece);
+  const std::size_t newline = piece.find('\n');
+  if (newline == std::string_view::npos && piece.size() < kLongestPiece) return gatherLine();
+  line_ = piece.substr(0, newline == std::string_view::npos ? newline : newline + 1);
+  block_.remove_prefix(line_.size());
+  return true;
+}
+
+// Reads a line that does not end in the block, as far as there is room for it.
+bool GzipLineSource::gatherLine() {
+  const std::string_view before = block_.empty() ? line_ : block_;  // the block goes
+  if (!before.empty()) std::memmove(gathered_.data(), before.data(), before.size());
+  line_ = {gathered_.data(), before.size()};
+  std::size_t length = block_.size();
+  block_ = {};
   bool isWhole = false;
-  while (!isWhole && length < kLongestPiece) {
-    if (block_.empty() && !refill()) break;
+  while (!isWhole && length < kLongestPiece && (!block_.empty() || refill())) {
     std::string_view piece = block_.substr(0, kLongestPiece - length);
     const std::size_t newline = piece.find('\n');
     isWhole = newline != std::string_view::npos;
     if (isWhole) piece = piece.substr(0, newline + 1);
-    std::copy(piece.begin(), piece.end(), line_.begin() + length);
+    std::copy(piece.begin(), piece.end(), gathered_.begin() + length);
     length += piece.size();
     block_.remove_prefix(piece.size());
   }
   if (length == 0) return false;
-  line_[length] = '\0';
+  line_ = {gathered_.data(), length};
   return true;
 }
 

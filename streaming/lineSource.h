@@ -78,18 +78,20 @@ class GzipLineSource {
   /// Reads on to the end of the file, so that damage anywhere in it is met.
   void finish();
 
-  /// The line in hand, up to its first NUL byte.
-  std::string_view line() const { return line_.data(); }
+  /// The line read last, up to its first NUL byte.
+  std::string_view line() const { return line_.substr(0, line_.find('\0')); }
 
  private:
   bool refill();
   bool readLine();
+  bool gatherLine();
 
   std::string file_;
   GzipInput input_;
   bool isAtEnd_ = false;
-  std::string_view block_;                      // inflated bytes not yet read
-  std::array<char, kLongestPiece + 1> line_{};  // the line in hand, ended by NUL
+  std::string_view block_;  // inflated bytes not yet read
+  std::string_view line_;   // the line read last, in the block or in `gathered_`
+  std::array<char, kLongestPiece> gathered_{};
 };
 
 }  // namespace velk

@@ -14,6 +14,7 @@
 #include <string>
 #include <string_view>
 
+#include "streaming/blockReader.h"
 #include "streaming/gzipDecoder.h"
 #include "streaming/inflater.h"
 #include "tests/fuzz/fuzz.h"
@@ -143,8 +144,9 @@ void compare(const std::string& file, std::size_t roomSize, InflateLibrary libra
   static const MemoryFile kFile;
   kFile.fill(file);
   inflateLibrary = library;
-  GzipDecoder decoder;
-  require(decoder.open(kFile.name()), "the file cannot be opened");
+  BlockReader blocks(GzipDecoder::kRawBlock);
+  require(blocks.open(kFile.name()), "the file cannot be opened");
+  GzipDecoder decoder(blocks);
   std::string room(roomSize, '\0');
   std::string bytes;
   std::size_t made = 0;

@@ -1,28 +1,28 @@
-#include "streaming/gzipInput.h"
+#include "streaming/decodedInput.h"
 
 #include <cassert>
 
 namespace velk {
 namespace {
 
-constexpr std::size_t kInflatedBlock = 256 << 10;  // bytes
+constexpr std::size_t kDecodedBlock = 256 << 10;  // bytes
 
 }  // namespace
 
-void GzipInput::inflateAhead() {
+void DecodedInput::decodeAhead() {
   assert(block_ == nullptr && ahead_ == nullptr);
   ahead_ = std::make_unique<InflateAhead>(decoder_);
   if (!ahead_->start()) ahead_.reset();
 }
 
-std::string_view GzipInput::next() {
+std::string_view DecodedInput::next() {
   if (ahead_ != nullptr) {
     const std::string_view bytes = ahead_->next();
     if (bytes.empty()) damage_ = decoder_.damage();
     return bytes;
   }
-  if (block_ == nullptr) block_ = std::make_unique_for_overwrite<char[]>(kInflatedBlock);
-  const std::size_t made = decoder_.read({block_.get(), kInflatedBlock});
+  if (block_ == nullptr) block_ = std::make_unique_for_overwrite<char[]>(kDecodedBlock);
+  const std::size_t made = decoder_.read({block_.get(), kDecodedBlock});
   damage_ = decoder_.damage();
   return {block_.get(), made};
 }
