@@ -7,7 +7,9 @@
   root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
   build_packages=(g++ cmake ninja-build zlib1g-dev)
   check_packages=(libcli11-dev nlohmann-json3-dev)
-  test_packages=(libisal-dev libgtest-dev librapidcheck-dev python3 patch strace mandoc zsh)
+  run_packages=(pkg-config libhts-dev libarchive-dev)
+  test_packages=(libisal-dev libgtest-dev librapidcheck-dev python3 patch strace mandoc zsh samtools
+    tabix zstd xz-utils bzip2 fml-asm)
   style_packages=(clang-format clang-tidy cppcheck shellcheck codespell)
   fuzz_packages=(clang libclang-rt-14-dev)
   coverage_packages=(gcovr)
@@ -15,17 +17,24 @@
   package_packages=(libisal-dev dpkg-dev lintian debootstrap)
 }
 
-# What tells that a package is there: a command, or a file of it.
+# What shows that a package is there: a command, or a file of it.
 probe_of() {
   case $1 in
     ninja-build) echo ninja ;;
     clang) echo clang++ ;;
+    libc++-dev) echo /usr/lib/llvm-14/include/c++/v1/vector ;;
+    libc++abi-dev) echo /usr/lib/llvm-14/lib/libc++abi.so ;;
+    g++-aarch64-linux-gnu) echo aarch64-linux-gnu-g++ ;;
+    qemu-user) echo qemu-aarch64 ;;
     zlib1g-dev) echo /usr/include/zlib.h ;;
     libisal-dev) echo /usr/include/isa-l.h ;;
     libbenchmark-dev) echo /usr/include/benchmark/benchmark.h ;;
     tabix) echo bgzip ;;
+    xz-utils) echo xz ;;
     isal) echo igzip ;;
     libcli11-dev) echo /usr/include/CLI/CLI.hpp ;;
+    libhts-dev) echo /usr/include/htslib/sam.h ;;
+    libarchive-dev) echo /usr/include/archive.h ;;
     nlohmann-json3-dev) echo /usr/include/nlohmann/json.hpp ;;
     libgtest-dev) echo /usr/include/gtest/gtest.h ;;
     libclang-rt-14-dev) echo /usr/lib/llvm-14/lib/clang/14.0.6/lib/linux/libclang_rt.fuzzer-x86_64.a ;;

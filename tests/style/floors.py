@@ -17,6 +17,7 @@ FLOORS = [
     ["streaming"],
     ["survey"],
     ["driver/gapReport", "driver/main", "driver/runFiles"],
+    ["reads"],
     ["check"],
 ]
 # The plain engine, and what both engines share; all else of these folders is the fast engine.

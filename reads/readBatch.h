@@ -1,0 +1,63 @@
+// A batch: reads, or pairs, that follow each other in one input, with their whole text.
+//
+// A reader fills it and one worker has it from then on; nothing in it is shared. What is handed out
+// stays valid until clear().
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "reads/record.h"
+
+namespace velk::reads {
+
+class ReadBatch {
+ public:
+  /// Empties the batch, which then takes reads of input `input`; the next one is its record
+  /// `firstRecord`, from 0, a pair being one record.
+  void clear(uint32_t input, uint64_t firstRecord, bool arePairs);
+
+  /// Adds a read, or a pair. REQUIRES: as many reads as clear() was told.
+  void add(const RecordView& read);
+  void add(const RecordView& first, const RecordView& second);
+
+  uint32_t input() const { return input_; }
+  uint64_t recordOf(std::size_t entry) const { return firstRecord_ + entry; }
+  bool arePairs() const { return arePairs_; }
+  std::size_t entries() const { return sides_[0].reads.size(); }
+
+  /// Characters of all its reads: names, bases, qualities.
+  std::size_t bytes() const { return sides_[0].text.size() + sides_[1].text.size(); }
+
+  /// Read `mate` (0, or 1 of a pair) of an entry, as it was sequenced.
+  RecordView read(std::size_t entry, int mate) const;
+
+  /// Copies of the bases of all first, or second, reads, which the caller may change. Made at each
+  /// call.
+  std::string* basesOf(int mate);
+
+ private:
+  struct Slices {  // lengths in the side's text: name, bases, quality, one behind the other
+    std::size_t start;
+    std::size_t name;
+    std::size_t bases;
+    std::size_t quality;
+  };
+  struct Side {
+    std::string text;
+    std::vector<Slices> reads;
+    std::vector<std::string> bases;
+  };
+
+  static void addTo(Side& side, const RecordView& read);
+
+  uint32_t input_ = 0;
+  uint64_t firstRecord_ = 0;
+  bool arePairs_ = false;
+  std::array<Side, 2> sides_;
+};
+
+}  // namespace velk::reads

@@ -1,0 +1,22 @@
+#include "reads/recordSource.h"
+
+#include "reads/bamRecords.h"
+#include "reads/storedFile.h"
+#include "reads/textBlocks.h"
+#include "reads/textRecords.h"
+
+namespace velk::reads {
+
+std::unique_ptr<RecordSource> openRecords(const std::string& file, Helpers helpers) {
+  return openRecords(std::make_unique<StoredFile>(file), helpers);
+}
+
+std::unique_ptr<RecordSource> openRecords(std::unique_ptr<StoredFile> file, Helpers helpers) {
+  if (file->start().starts_with("CRAM")) {
+    throw InputError(file->name(), 0, "is CRAM; `samtools collate` makes BAM of it");
+  }
+  if (file->isBam()) return std::make_unique<BamRecords>(*file);
+  return std::make_unique<TextRecords>(std::make_unique<TextBlocks>(std::move(file), helpers));
+}
+
+}  // namespace velk::reads

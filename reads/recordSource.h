@@ -1,0 +1,56 @@
+// Where reads come from: the records of one file, one after the other, whatever it is.
+//
+// openRecords() looks at the first bytes of the file and makes a source for them: FASTQ or FASTA
+// with lines of any width, plain, gzip, bgzip, zstd, xz or bzip2; or BAM, unaligned or grouped by
+// name. The file is opened once and read from its start to its end, so it may be a pipe. One thread
+// at a time uses a source; it may have a helper thread that inflates ahead.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "reads/record.h"
+
+namespace velk::reads {
+
+class StoredFile;
+
+class RecordSource {
+ public:
+  virtual ~RecordSource() = default;
+  RecordSource() = default;
+  RecordSource(const RecordSource&) = delete;
+  RecordSource& operator=(const RecordSource&) = delete;
+
+  /// Reads the next record (out); its texts stay valid until the next call. Returns false at the
+  /// end of the file. Throws InputError where the file cannot be read, is damaged, or holds what is
+  /// no record.
+  virtual bool next(RecordView& record) = 0;
+
+  /// What was fixed in the records that next() has returned.
+  virtual Fixes fixes() const = 0;
+
+  /// Bytes of the file that have been read, as they are stored. May be asked by any thread.
+  virtual uint64_t bytesRead() const = 0;
+
+  /// Bytes that the file has; 0 where that is not known, as of a pipe.
+  virtual uint64_t bytes() const = 0;
+
+  /// What is added where mates do not follow each other in a file of both: how that is mended.
+  virtual std::string_view mateAdvice() const { return ""; }
+};
+
+/// What openRecords() may use besides the calling thread.
+enum class Helpers { kNone, kInflateAhead };
+
+/// Opens `file`. Throws InputError when that fails, or when its first bytes are of a known kind
+/// that cannot be used; whether they are records shows at the first next(). An empty file is one
+/// without records.
+std::unique_ptr<RecordSource> openRecords(const std::string& file, Helpers helpers);
+
+/// The same of a file that is open and was not read.
+std::unique_ptr<RecordSource> openRecords(std::unique_ptr<StoredFile> file, Helpers helpers);
+
+}  // namespace velk::reads

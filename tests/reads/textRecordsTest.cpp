@@ -1,0 +1,199 @@
+// FASTQ and FASTA files as they come: widths, line ends, cases, blocks and packings.
+#include "tests/reads/plainRecords.h"
+
+namespace velk::test {
+namespace {
+
+using reads::Helpers;
+
+class TextRecords : public ReadsTest {
+ protected:
+  // The records of a file of this text.
+  Records of(const std::string& text) const { return recordsOf(write("reads", text)); }
+
+  // What is fixed in a file of this text.
+  reads::Fixes fixesOf(const std::string& text) const {
+    const auto source = reads::openRecords(write("reads", text), Helpers::kNone);
+    reads::RecordView view;
+    while (source->next(view)) {
+    }
+    return source->fixes();
+  }
+};
+
+const std::vector<Read> kTwo{{"a", "ACGT", "IIII"}, {"b", "GGCCA", "@>+!~"}};
+const std::vector<Read> kTwoWithout{{"a", "ACGT", ""}, {"b", "GGCCA", ""}};
+
+TEST_F(TextRecords, FourLines) {
+  EXPECT_EQ(of("@a\nACGT\n+\nIIII\n@b\nGGCCA\n+\n@>+!~\n"), (Records{kTwo, ""}));
+}
+
+TEST_F(TextRecords, TwoLines) {
+  EXPECT_EQ(of(">a\nACGT\n>b\nGGCCA\n"), (Records{kTwoWithout, ""}));
+}
+
+TEST_F(TextRecords, FileWithoutRecords) {
+  for (const char* const text : {"", "\n", "\r\n\r\n", "\n\n\n"}) {
+    EXPECT_EQ(of(text), (Records{})) << ::testing::PrintToString(text);
+  }
+}
+
+TEST_F(TextRecords, LastLineWithoutEnd) {
+  EXPECT_EQ(of("@a\nACGT\n+\nIIII\n@b\nGGCCA\n+\n@>+!~"), (Records{kTwo, ""}));
+  EXPECT_EQ(of(">a\nACGT\n>b\nGGCCA"), (Records{kTwoWithout, ""}));
+}
+
+TEST_F(TextRecords, BlankLinesBeforeBetweenAndBehindRecords) {
+  EXPECT_EQ(of("\n@a\nACGT\n+\nIIII\n\n\r\n@b\nGGCCA\n+\n@>+!~\n\n\n"), (Records{kTwo, ""}));
+  EXPECT_EQ(of("\n>a\nACGT\n\n\r\n>b\n\nGG\n\nCCA\n\n"), (Records{kTwoWithout, ""}));
+}
+
+TEST_F(TextRecords, CarriageReturns) {
+  EXPECT_EQ(of("@a\r\nACGT\r\n+\r\nIIII\r\n@b\r\nGGCCA\r\n+\r\n@>+!~\r\n"), (Records{kTwo, ""}));
+  EXPECT_EQ(of(">a\r\nACGT\r\n>b\r\nGG\r\nCCA\r\n"), (Records{kTwoWithout, ""}));
+  EXPECT_EQ(of(">a\r\nACGT\r\n>b\r\nGGCCA\r"), (Records{kTwoWithout, ""}));
+}
+
+TEST_F(TextRecords, CarriageReturnsOnSomeLinesAlone) {
+  EXPECT_EQ(of("@a\nACGT\r\n+\nIIII\n@b\nGGCCA\n+\r\n@>+!~\r\n"), (Records{kTwo, ""}));
+  EXPECT_EQ(of("@a\r\nACGT\n+\nIIII\n@b\nGGCCA\n+\n@>+!~"), (Records{kTwo, ""}));
+}
+
+TEST_F(TextRecords, SequencesOnSeveralLines) {
+  EXPECT_EQ(of("@a\nAC\nGT\n+\nII\nII\n@b\nGG\nCC\nA\n+\n@>\n+!\n~\n"), (Records{kTwo, ""}));
+  EXPECT_EQ(of(">a\nAC\nGT\n>b\nGG\nCC\nA\n"), (Records{kTwoWithout, ""}));
+}
+
+TEST_F(TextRecords, BasesAndQualitiesWrappedDifferently) {
+  EXPECT_EQ(of("@a\nACGT\n+\nI\nII\nI\n@b\nG\nG\nC\nC\nA\n+\n@>+!~\n"), (Records{kTwo, ""}));
+}
+
+TEST_F(TextRecords, QualityLinesThatLookLikeOtherLines) {
+  EXPECT_EQ(of("@a\nACGT\n+\n@b#1\n@b\nGG\nCCA\n+b\n+\n>\n@\n+\n@\n"),
+            (Records{{{"a", "ACGT", "@b#1"}, {"b", "GGCCA", "+>@+@"}}, ""}));
+}
+
+TEST_F(TextRecords, ReadsWithoutBases) {
+  EXPECT_EQ(of("@a\n\n+\n\n@b\nGGCCA\n+\n@>+!~\n"), (Records{{{"a", "", ""}, kTwo[1]}, ""}));
+  EXPECT_EQ(of("@a\n+\n@b\nGGCCA\n+\n@>+!~\n"), (Records{{{"a", "", ""}, kTwo[1]}, ""}));
+  EXPECT_EQ(of("@a\nACGT\n+\nIIII\n@b\n\n+\n\n"), (Records{{kTwo[0], {"b", "", ""}}, ""}));
+  EXPECT_EQ(of(">a\n>b\nGGCCA\n>c\n\n"),
+            (Records{{{"a", "", ""}, kTwoWithout[1], {"c", "", ""}}, ""}));
+}
+
+TEST_F(TextRecords, LowerCaseIsPutInUpperCase) {
+  EXPECT_EQ(of("@a\nAcGt\n+\nIIII\n@b\nggcca\n+\n@>+!~\n"), (Records{kTwo, ""}));
+  EXPECT_EQ(of(">a\nacgt\n>b\nGG\ncCA\n"), (Records{kTwoWithout, ""}));
+}
+
+TEST_F(TextRecords, OtherLettersStay) {
+  EXPECT_EQ(of(">a\nNRYKMnryxU.-*\n"), (Records{{{"a", "NRYKMNRYXU.-*", ""}}, ""}));
+}
+
+TEST_F(TextRecords, NamesGoUpToTheFirstBlank) {
+  EXPECT_EQ(of("@a 1:N:0:ACGT\nACGT\n+a 1:N:0:ACGT\nIIII\n@b\tx\nGGCCA\n+\n@>+!~\n"),
+            (Records{kTwo, ""}));
+  EXPECT_EQ(of(">a/1 x\nACGT\n>!b#~/2\nGGCCA\n"),
+            (Records{{{"a/1", "ACGT", ""}, {"!b#~/2", "GGCCA", ""}}, ""}));
+  const std::string longest(254, 'n');
+  EXPECT_EQ(of(">" + longest + "\nACGT\n"), (Records{{{longest, "ACGT", ""}}, ""}));
+}
+
+TEST_F(TextRecords, WhatIsFixedIsCountedByRecords) {
+  const reads::Fixes fixes = fixesOf(
+      "@a\r\nACGT\r\n+\r\nIIII\r\n@b\nacgtA\n+\nIIIII\n@c\nA\nC\nG\n+\nIII\n@d\nA\r\nc\n+\nII\n");
+  EXPECT_EQ(fixes.carriageReturns, 2u);
+  EXPECT_EQ(fixes.lowerCase, 2u);
+  EXPECT_EQ(fixes.wrapped, 2u);
+}
+
+TEST_F(TextRecords, NothingIsCountedWhereNothingIsFixed) {
+  for (const char* const text : {"@a x\nACGTN\n+\nIIIII\n\n", ">a\nA.N-\n>b\n\nACGT\n"}) {
+    const reads::Fixes fixes = fixesOf(text);
+    EXPECT_EQ(fixes.carriageReturns + fixes.lowerCase + fixes.wrapped, 0u) << text;
+  }
+}
+
+// Records that lie across the blocks in which a file is read, at every place.
+TEST_F(TextRecords, RecordsAcrossBlocks) {
+  constexpr std::size_t kBlock = 131072;
+  const std::string behind = "@b\nGGCCA\n+\n@>+!~\n@c\nAC\n+\nII\n";
+  for (std::size_t place = 0; place <= behind.size(); ++place) {
+    for (const std::size_t block : {std::size_t{4096}, std::size_t{65536}, kBlock, kBlock + 4096}) {
+      const std::size_t length = (block - place - 7) / 2;
+      const std::size_t name = block - place - 6 - 2 * length;
+      const Read first{std::string(name, 'n'), std::string(length, 'A'), std::string(length, 'I')};
+      const std::string text = written({first}, {}) + behind;
+      ASSERT_EQ(text.size(), block - place + behind.size());
+      EXPECT_EQ(of(text), (Records{{first, kTwo[1], {"c", "AC", "II"}}, ""})) << place;
+    }
+  }
+}
+
+// The same of files that are decoded in blocks of 256 KiB.
+TEST_F(TextRecords, RecordsAcrossDecodedBlocks) {
+  constexpr std::size_t kBlock = 262144;
+  const std::string behind = ">b\nGGCCA\n>c\nAC\n";
+  for (std::size_t place = 0; place <= behind.size(); ++place) {
+    const Read first{"n", std::string(kBlock - place - 4, 'A'), ""};
+    const std::string text = ">n\n" + first.bases + "\n" + behind;
+    write("reads", gzipped(text));
+    for (const Helpers helpers : {Helpers::kNone, Helpers::kInflateAhead}) {
+      EXPECT_EQ(recordsOf("reads", helpers),
+                (Records{{first, kTwoWithout[1], {"c", "AC", ""}}, ""}))
+          << place;
+    }
+  }
+}
+
+TEST_F(TextRecords, LongRecords) {
+  std::vector<Read> reads;
+  for (const std::size_t length : {3u, 5000000u, 0u, 1000000u, 2u}) {
+    reads.push_back({"r" + std::to_string(length), randomBases(length, 7), ""});
+  }
+  EXPECT_TRUE(of(written(reads, {.isFastq = false})) == (Records{reads, ""}));
+  EXPECT_TRUE(of(written(reads, {.isFastq = false, .width = 61})) == (Records{reads, ""}));
+  for (Read& read : reads) read.quality = std::string(read.bases.size(), '@');
+  EXPECT_TRUE(of(written(reads, {})) == (Records{reads, ""}));
+  EXPECT_TRUE(of(written(reads, {.width = 70, .lineEnd = "\r\n"})) == (Records{reads, ""}));
+}
+
+TEST_F(TextRecords, Packings) {
+  std::vector<Read> reads;
+  for (unsigned i = 0; i < 5000; ++i) {
+    reads.push_back({std::to_string(i), randomBases(i % 200, i), std::string(i % 200, 'F')});
+  }
+  const std::string text = written(reads, {});
+  for (const reads::Packing packing : kPackings) {
+    write("reads", packed(text, packing));
+    for (const Helpers helpers : {Helpers::kNone, Helpers::kInflateAhead}) {
+      EXPECT_TRUE(recordsOf("reads", helpers) == (Records{reads, ""})) << nameOf(packing);
+    }
+  }
+}
+
+TEST_F(TextRecords, NameOfTheFileTellsNothing) {
+  write("reads.gz", "@a\nACGT\n+\nIIII\n@b\nGGCCA\n+\n@>+!~\n");
+  EXPECT_EQ(recordsOf("reads.gz"), (Records{kTwo, ""}));
+  write("reads.bam", gzipped(">a\nACGT\n>b\nGGCCA\n"));
+  EXPECT_EQ(recordsOf("reads.bam"), (Records{kTwoWithout, ""}));
+}
+
+TEST_F(TextRecords, SeveralMembersOrStreamsAreOneText) {
+  const std::string one = "@a\nACGT\n+\nII";
+  const std::string other = "II\n@b\nGGCCA\n+\n@>+!~\n";
+  for (const reads::Packing packing : kPackings) {
+    write("reads", packed(one, packing) + packed(other, packing));
+    EXPECT_EQ(recordsOf("reads"), (Records{kTwo, ""})) << nameOf(packing);
+  }
+}
+
+TEST_F(TextRecords, PackedFilesWithoutRecords) {
+  for (const reads::Packing packing : kPackings) {
+    write("reads", packed("", packing));
+    EXPECT_EQ(recordsOf("reads"), (Records{})) << nameOf(packing);
+  }
+}
+
+}  // namespace
+}  // namespace velk::test
