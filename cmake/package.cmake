@@ -9,7 +9,10 @@ looks every sequencing read up in them. It reports the reads that run over
 the end of a contig, and those that by the insert size of their library must
 lie in a gap: each with the number of its gap and its position there.
 .
-Programs that fill gaps can work from these reads alone.")
+velk-run takes assembly and reads in any usual form, pairs, mate pairs or
+single short reads, measures what it has to know of them, and writes what it
+finds as BAM, as FASTQ by gap and as tables, which assemblers, genome browsers
+and programs that fill gaps can work from.")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_SOURCE_DIR}/packaging/deb/stage.cmake)

@@ -18,6 +18,7 @@ FLOORS = [
     ["survey"],
     ["driver/gapReport", "driver/main", "driver/runFiles"],
     ["reads"],
+    ["run"],
     ["check"],
 ]
 # The plain engine, and what both engines share; all else of these folders is the fast engine.

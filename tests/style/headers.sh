@@ -7,7 +7,7 @@ compiler=$2
 cd "$root"
 count=0
 status=0
-for header in {driver,libinfo,contig,kmer,placement,streaming,check,tests/support}/*.h; do
+for header in {driver,libinfo,contig,kmer,placement,streaming,reads,check,tests/{reads,support}}/*.h; do
   count=$((count + 1))
   "$compiler" -std=c++20 -Wall -Wextra -I. -include "$header" -fsyntax-only -x c++ /dev/null ||
     { echo "$header does not compile alone" >&2; status=1; }

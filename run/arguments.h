@@ -1,0 +1,56 @@
+// The command line of velk-run, and the files that describe libraries.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "run/extract.h"
+#include "run/library.h"
+
+namespace velk::run {
+
+struct Arguments {
+  std::string assembly;
+  std::string folder;                  // -o: of the results
+  std::vector<Library> libraries;      // in the order in which their reads are searched
+  std::string sample = "sample";       // --sample
+  int threads = 0;                     // -t; 0: the processors that the process may use
+  int kmer = 31;                       // -k, bases
+  int readLength = 0;                  // -r, bases; 0: the longest paired read of the samples
+  int shortestContig = 70;             // -L, bases
+  int cut = 0;                         // -C, bases
+  double mapCut = 0.98;                // -M, share
+  double overRatio = 0.3;              // -O, share
+  std::vector<uint64_t> placeholders;  // --placeholder: lengths of gaps, bases
+  std::string agp;                     // --agp: file with gaps of unknown length; empty: none
+  bool native = false;                 // --native
+  bool force = false;                  // --force
+  bool quiet = false;                  // --quiet
+  bool noAnchors = false;              // --no-anchors
+  bool noReport = false;               // --no-report
+};
+
+/// A text to print on standard output before a successful end: help, version.
+struct TextWanted {
+  std::string text;
+};
+
+/// Parses the command line. Throws TextWanted for --help and --version; Failure with Status::kUsage
+/// on what cannot be used, and on files of libraries that cannot be read.
+Arguments parseArguments(int argc, const char* const* argv);
+
+/// The command line of `velk-run extract`.
+struct ExtractArguments {
+  ExtractRequest request;
+  std::string output = "-";  // -o: a file; "-": standard output
+};
+
+/// Whether the command line asks for `velk-run extract`.
+bool asksForExtract(int argc, const char* const* argv);
+
+/// Parses such a command line; throws as parseArguments does.
+ExtractArguments parseExtract(int argc, const char* const* argv);
+
+}  // namespace velk::run

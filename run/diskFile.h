@@ -1,0 +1,49 @@
+// Files on disk, by their names: small ones written at once, any of them synced and summed.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace velk::run {
+
+/// Throws Failure saying that `file` can't be WHAT ("made", "written" ...), and why.
+[[noreturn]] void failFile(const std::string& file, const char* what);
+
+/// A file that is open, closed at the end.
+class Descriptor {
+ public:
+  /// Opens a file as open(2) does, closed in other programs. Throws Failure.
+  Descriptor(const std::string& file, int flags);
+  ~Descriptor();
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+
+  int get() const { return descriptor_; }
+
+  /// Returns whether nothing failed.
+  bool close();
+
+ private:
+  int descriptor_;
+};
+
+/// Writes a file. Throws Failure.
+void writeFile(const std::string& file, std::string_view text);
+
+/// Writes to an open file that messages call `name`. Throws Failure.
+void writeDescriptor(int descriptor, const std::string& name, std::string_view text);
+
+/// All that an open file still has. Throws Failure.
+std::string readDescriptor(int descriptor, const std::string& name);
+
+/// Has a file, or a folder's entries, on disk. Throws Failure.
+void syncFile(const std::string& file);
+
+/// The MD5 sum of a file in hexadecimal digits, and its size (out). Throws Failure.
+std::string md5OfFile(const std::string& file, uint64_t& bytes);
+
+/// Whether there is anything of that name. Throws Failure where that cannot be told.
+bool exists(const std::string& file);
+
+}  // namespace velk::run

@@ -1,0 +1,163 @@
+#include "run/extract.h"
+
+#include <htslib/bgzf.h>
+#include <unistd.h>
+
+#include <fcntl.h>
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <memory>
+#include <string_view>
+
+#include "run/diskFile.h"
+#include "run/extractBam.h"
+#include "run/failure.h"
+#include "run/fastqWriter.h"
+#include "run/flanks.h"
+#include "run/gapIndex.h"
+#include "run/resultNames.h"
+
+namespace velk::run {
+namespace {
+
+struct Closer {
+  void operator()(BGZF* file) const { bgzf_close(file); }
+};
+
+// A block of a compressed file: where it begins in the file, and in its text.
+struct Block {
+  uint64_t start;
+  uint64_t text;
+};
+
+// The blocks of a file, as bgzip tells them: the number of those behind the first, and each of
+// them.
+std::vector<Block> blocksOf(const std::string& file) {
+  const Descriptor input(file, O_RDONLY);
+  uint64_t size = 0;
+  const std::string bytes = readDescriptor(input.get(), file);
+  if (bytes.size() >= sizeof size) std::memcpy(&size, bytes.data(), sizeof size);
+  if (bytes.size() < sizeof size || (bytes.size() - sizeof size) / sizeof(Block) != size) {
+    throw Failure(Status::kFailed, file + " is no index of blocks, or is damaged");
+  }
+  std::vector<Block> blocks(size + 1);
+  std::memcpy(blocks.data() + 1, bytes.data() + sizeof size, size * sizeof(Block));
+  return blocks;
+}
+
+// A compressed file of the folder, read from any byte of its text.
+class BlockReader {
+ public:
+  explicit BlockReader(const std::string& file)
+      : file_(file), input_(bgzf_open(file.c_str(), "r")) {
+    if (input_ == nullptr) failFile(file_, "opened");
+    blocks_ = blocksOf(file + ".gzi");
+  }
+
+  std::string text(uint64_t from, uint64_t to) {
+    std::string text(to - from, '\0');
+    if (text.empty()) return text;
+    const auto next = std::partition_point(blocks_.begin(), blocks_.end(),
+                                           [&](const Block& block) { return block.text <= from; });
+    const Block& block = *std::prev(next);
+    const auto place = static_cast<int64_t>(block.start << 16 | (from - block.text));
+    const bool isThere = bgzf_seek(input_.get(), place, SEEK_SET) == 0;
+    const ssize_t got = isThere ? bgzf_read(input_.get(), text.data(), text.size()) : -1;
+    if (got != static_cast<ssize_t>(text.size())) {
+      throw Failure(Status::kFailed, file_ + " can't be read, or is damaged");
+    }
+    return text;
+  }
+
+ private:
+  std::string file_;
+  std::unique_ptr<BGZF, Closer> input_;
+  std::vector<Block> blocks_;
+};
+
+// Takes the first line off.
+std::string_view takeLine(std::string_view& text) {
+  const std::size_t end = text.find('\n');
+  const std::string_view line = text.substr(0, end);
+  text.remove_prefix(std::min(text.size(), end + 1));
+  return line;
+}
+
+std::string recordText(std::string_view head, std::string_view bases, ExtractForm form) {
+  const bool isFasta = form == ExtractForm::kFasta;
+  std::string text(isFasta ? ">" : "@");
+  text.append(head.substr(1)).append("\n").append(bases).append("\n");
+  if (!isFasta) text.append("+\n").append(bases.size(), kUnknownQuality).append("\n");
+  return text;
+}
+
+// A gap's reads as they are asked for.
+std::string readsText(const std::string& fastq, ExtractForm form) {
+  if (form == ExtractForm::kFastq) return fastq;
+  std::string text;
+  for (std::string_view rest = fastq; !rest.empty();) {
+    const std::string_view head = takeLine(rest);
+    text += recordText(head, takeLine(rest), form);
+    takeLine(rest);
+    takeLine(rest);
+  }
+  return text;
+}
+
+// A gap's flanks, their last and first bases.
+std::string flanksText(const std::string& fasta, uint64_t bases, ExtractForm form) {
+  std::string_view rest = fasta;
+  const std::string_view frontHead = takeLine(rest);
+  std::string_view front = takeLine(rest);
+  const std::string_view behindHead = takeLine(rest);
+  const std::string_view behind = takeLine(rest).substr(0, bases);
+  front.remove_prefix(front.size() - std::min<uint64_t>(front.size(), bases));
+  return recordText(frontHead, front, form) + recordText(behindHead, behind, form);
+}
+
+void writeText(const std::string& text, const std::string& output) {
+  if (output == "-") {
+    writeDescriptor(STDOUT_FILENO, "standard output", text);
+  } else {
+    writeFile(output, text);
+  }
+}
+
+}  // namespace
+
+void extractReads(const ExtractRequest& request, const std::string& output) {
+  const auto file = [&](const char* name) { return request.folder + "/" + name; };
+  if (!isSummary(file(kSummaryName))) {
+    throw Failure(Status::kFailed, request.folder + " holds no whole result of velk-run");
+  }
+  const GapIndex index(file("gaps.idx"));
+  for (const uint64_t gap : request.gaps) {
+    if (gap < index.gaps()) continue;
+    throw Failure(Status::kUsage, "there is no gap " + std::to_string(gap) + "; " + request.folder +
+                                      " has " + std::to_string(index.gaps()) + ", numbered from 0");
+  }
+  if (request.form == ExtractForm::kBam) {
+    const std::string shortIndex = file("reads.bam.bai");
+    std::vector<uint64_t> gaps = request.gaps;
+    std::sort(gaps.begin(), gaps.end());
+    extractBam(file("reads.bam"), exists(shortIndex) ? shortIndex : file("reads.bam.csi"), index,
+               gaps, output);
+    return;
+  }
+  BlockReader flanks(file("flanks.fa.gz"));
+  BlockReader pairs(file("pairs.fq.gz"));
+  BlockReader singles(file("singles.fq.gz"));
+  std::string text;
+  for (const uint64_t gap : request.gaps) {
+    const auto [from, to] = index.entriesOf(gap);
+    if (request.flankBases > 0) {
+      text += flanksText(flanks.text(from.flanks, to.flanks), request.flankBases, request.form);
+    }
+    text += readsText(pairs.text(from.pairs, to.pairs), request.form);
+    text += readsText(singles.text(from.singles, to.singles), request.form);
+  }
+  writeText(text, output);
+}
+
+}  // namespace velk::run

@@ -1,0 +1,85 @@
+#include "run/fastqWriter.h"
+
+#include <cstring>
+
+namespace velk::run {
+namespace {
+
+// In front of the texts of an encoded entry.
+struct Head {
+  uint32_t library;
+  uint32_t reads;
+};
+
+// In front of each read's name, bases and qualities.
+struct Lengths {
+  uint32_t name;
+  uint32_t bases;
+};
+
+template <class T>
+void put(std::string& text, const T& value) {
+  text.append(reinterpret_cast<const char*>(&value), sizeof value);
+}
+
+template <class T>
+T take(std::string_view& text) {
+  T value;
+  std::memcpy(&value, text.data(), sizeof value);
+  text.remove_prefix(sizeof value);
+  return value;
+}
+
+std::string_view take(std::string_view& text, std::size_t bytes) {
+  const std::string_view taken = text.substr(0, bytes);
+  text.remove_prefix(bytes);
+  return taken;
+}
+
+void putRead(std::string& text, const reads::RecordView& read) {
+  put(text,
+      Lengths{static_cast<uint32_t>(read.name.size()), static_cast<uint32_t>(read.bases.size())});
+  text.append(read.name).append(read.bases);
+  if (read.quality.empty()) {
+    text.append(read.bases.size(), kUnknownQuality);
+  } else {
+    text.append(read.quality);
+  }
+}
+
+}  // namespace
+
+std::string encodeFastq(const FoundEntry& entry, Written written) {
+  std::string text;
+  put(text, Head{entry.library, written == Written::kBoth ? 2U : 1U});
+  if (written != Written::kSecond) putRead(text, entry.texts[0]);
+  if (written != Written::kFirst) putRead(text, entry.texts[1]);
+  return text;
+}
+
+void FastqWriter::write(uint64_t gap, std::string_view encoded) {
+  beginGapsTo(gap + 1);
+  const Head head = take<Head>(encoded);
+  std::string text;
+  for (uint32_t n = 0; n < head.reads; ++n) {
+    const Lengths lengths = take<Lengths>(encoded);
+    const std::string_view name = take(encoded, lengths.name);
+    const std::string_view bases = take(encoded, lengths.bases);
+    const std::string_view quality = take(encoded, lengths.bases);
+    text.append("@").append(clashes_.prefixOf(head.library, name)).append(name);
+    text.append("\tzg:i:").append(std::to_string(gap)).append("\n");
+    text.append(bases).append("\n+\n").append(quality).append("\n");
+  }
+  (head.reads == 2 ? pairs_ : singles_).write(text);
+}
+
+void FastqWriter::beginGapsTo(uint64_t gap) {
+  while (places_.size() < gap) places_.push_back({pairs_.bytes(), singles_.bytes()});
+}
+
+std::vector<TextPlace> FastqWriter::finish() {
+  beginGapsTo(gaps_ + 1);
+  return std::move(places_);
+}
+
+}  // namespace velk::run

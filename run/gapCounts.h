@@ -1,0 +1,51 @@
+// What is counted at each gap while reads are described: distinct reads by library and kind, and
+// what pairs around it say of its length. Any thread may add.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+#include "run/describe.h"
+
+namespace velk::run {
+
+enum class ReadKind { kExact, kEstimate, kContained, kAnchor };
+constexpr std::size_t kReadKinds = 4;
+
+class GapCounts {
+ public:
+  GapCounts(uint64_t gaps, uint64_t libraries);
+
+  void add(const GapRead& read, uint32_t library);
+
+  /// A pair with a read in either flank says that a gap has `length` bases.
+  void addSpan(uint64_t gap, int64_t length);
+
+  uint32_t count(uint64_t gap, uint64_t library, ReadKind kind) const {
+    return counts_[indexOf(gap, library, kind)];
+  }
+
+  /// Reads of all libraries that belong to the gap: exact ones and estimates.
+  uint64_t belonging(uint64_t gap) const;
+
+  /// Pairs with a read in either flank, and the mean of the lengths that they say, rounded; none of
+  /// fewer pairs than kLeastSpans.
+  uint32_t spans(uint64_t gap) const { return spans_[gap]; }
+  std::optional<int64_t> impliedLength(uint64_t gap) const;
+
+  static constexpr uint32_t kLeastSpans = 5;
+
+ private:
+  std::size_t indexOf(uint64_t gap, uint64_t library, ReadKind kind) const {
+    return (gap * libraries_ + library) * kReadKinds + static_cast<std::size_t>(kind);
+  }
+
+  uint64_t libraries_;
+  std::unique_ptr<std::atomic<uint32_t>[]> counts_;  // by gap, library, kind
+  std::unique_ptr<std::atomic<uint32_t>[]> spans_;   // by gap
+  std::unique_ptr<std::atomic<int64_t>[]> lengths_;  // by gap: sum
+};
+
+}  // namespace velk::run

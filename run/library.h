@@ -1,0 +1,41 @@
+// A library of the run: reads that were made in one way, and what is known of their fragments.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "reads/readInput.h"
+
+namespace velk::run {
+
+enum class LibraryKind { kPairs, kMatePairs, kSingle };
+
+/// How the mates of a pair lie on the fragment.
+enum class Orientation {
+  kInward,   // FR: they point at each other
+  kOutward,  // RF: they point away from each other
+};
+
+struct Library {
+  std::string name;  // one word; the read group's id
+  LibraryKind kind = LibraryKind::kPairs;
+  std::vector<reads::InputFiles> inputs;  // all of pairs, or all of single reads
+
+  std::optional<Orientation> givenOrientation;  // by the user
+
+  // Measured on a sample, if there were enough pairs on one contig.
+  bool isMeasured = false;
+  double measuredInsert = 0;
+  Orientation measuredOrientation = Orientation::kInward;
+
+  // Given by the user, else as measured; fixed before the first read is searched.
+  Orientation orientation = Orientation::kInward;
+  double insert = 0;  // median of the fragments' lengths, both reads included, bases; 0 for singles
+  double spread = 0;  // standard deviation of them, bases
+
+  bool arePairs() const { return kind != LibraryKind::kSingle; }
+};
+
+}  // namespace velk::run

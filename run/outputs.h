@@ -1,0 +1,76 @@
+// The files of the result: what workers find goes in, whole files come out.
+//
+// take() describes an entry and sorts away what is to be written of it; write() writes all files
+// into the folder's partial place, in an order that no number of threads changes.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "run/assembly.h"
+#include "run/bamWriter.h"
+#include "run/fastqWriter.h"
+#include "run/found.h"
+#include "run/gapCounts.h"
+#include "run/library.h"
+#include "run/nameClashes.h"
+#include "run/resultFolder.h"
+#include "run/spillSorter.h"
+
+namespace velk::run {
+
+struct OutputOptions {
+  RunNames names;
+  double mapCut = 0.98;           // least share of equal bases in an overlap
+  bool areAnchorsWritten = true;  // whether the FASTQ files have those of reads in gaps
+  int threads = 1;
+  uint64_t memory = uint64_t{256} << 20;  // bytes that what was found may take
+};
+
+class Outputs {
+ public:
+  /// All of these outlive it. `libraries` are fixed.
+  Outputs(const ResultFolder& folder, const Assembly& assembly,
+          const std::vector<Library>& libraries, const OutputOptions& options);
+
+  /// Takes an entry of which something was found. Any thread may call it. Throws Failure.
+  void take(const FoundEntry& entry);
+
+  /// A pair of which a read lies in either flank of a gap. Any thread may call it.
+  void takeSpan(uint64_t gap, int64_t length) { counts_.addSpan(gap, length); }
+
+  /// Writes all files. Once, when nothing is taken any more. Throws Failure.
+  void write();
+
+  const GapCounts& counts() const { return counts_; }
+
+  /// Distinct reads that were found, and alignment records of BAM.
+  uint64_t reads() const { return reads_; }
+  uint64_t records() const { return records_.items(); }
+
+  /// Bytes that had to be sorted on disk, and names that several libraries have.
+  uint64_t spilledBytes() const;
+  uint64_t nameClashes() const { return clashes_.clashes(); }
+
+ private:
+  void takeForGaps(const FoundEntry& entry, const std::vector<OutRecord>& described);
+  void writeBam();
+  std::vector<TextPlace> writeFastq();
+  std::vector<uint64_t> writeFlanks();
+  void writeIndex(const std::vector<TextPlace>& texts, const std::vector<uint64_t>& flanks);
+  int helpers() const { return options_.threads > 1 ? options_.threads : 0; }
+
+  const ResultFolder& folder_;
+  const Assembly& assembly_;
+  const std::vector<Library>& libraries_;
+  OutputOptions options_;
+  SpillSorter records_;   // by place
+  SpillSorter gapReads_;  // by gap
+  NameClashes clashes_;
+  GapCounts counts_;
+  std::atomic<uint64_t> reads_ = 0;
+};
+
+}  // namespace velk::run

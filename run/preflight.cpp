@@ -1,0 +1,174 @@
+#include "run/preflight.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <utility>
+
+#include "reads/quality.h"
+#include "run/terminal.h"
+#include "survey/assembly.h"
+#include "survey/machine.h"
+#include "survey/memoryModel.h"
+
+namespace velk::run {
+namespace {
+
+constexpr std::size_t kLongRead = 1000;  // bases, from which on reads are of another kind
+constexpr uint64_t kWorkingMemory = uint64_t{300} << 20;  // bytes: batches, what is found
+constexpr uint64_t kOtherFiles = 32;
+constexpr double kUnlike = 0.05;  // share by which a given insert may differ from the measured
+
+// One finding for all places of a kind.
+class Kind {
+ public:
+  Kind(bool isError, std::string text) : finding_{isError, std::move(text), 0, ""} {}
+
+  void add(const std::string& place) {
+    if (finding_.places++ == 0) finding_.first = place;
+  }
+
+  void addTo(std::vector<Finding>& findings) const {
+    if (finding_.places != 0) findings.push_back(finding_);
+  }
+
+ private:
+  Finding finding_;
+};
+
+std::vector<std::string> filesOf(const std::vector<Library>& libraries) {
+  std::vector<std::string> files;
+  for (const Library& library : libraries) {
+    for (const reads::InputFiles& input : library.inputs) {
+      files.push_back(input.first);
+      if (!input.second.empty()) files.push_back(input.second);
+    }
+  }
+  return files;
+}
+
+std::size_t medianLength(const std::vector<reads::KeptRead>& reads) {
+  std::vector<std::size_t> lengths;
+  for (const reads::KeptRead& read : reads) lengths.push_back(read.bases.size());
+  const auto middle = lengths.begin() + static_cast<std::ptrdiff_t>(lengths.size() / 2);
+  std::nth_element(lengths.begin(), middle, lengths.end());
+  return *middle;
+}
+
+}  // namespace
+
+std::string Finding::line() const {
+  std::string line = text + ": " + first;
+  if (places == 2) line += " and one more";
+  if (places > 2) line += " and " + countText(places - 1) + " more";
+  return line;
+}
+
+std::vector<Finding> checkFiles(const std::string& assembly,
+                                const std::vector<Library>& libraries) {
+  std::vector<Finding> findings;
+  Kind twice(true, "a file is given twice");
+  std::map<std::pair<uint64_t, uint64_t>, std::string> seen;
+  std::vector<std::string> files = filesOf(libraries);
+  files.push_back(assembly);
+  for (const std::string& file : files) {
+    struct stat status {};
+    if (stat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) continue;
+    const auto [other, isNew] = seen.emplace(std::pair(status.st_dev, status.st_ino), file);
+    if (!isNew) twice.add(file == other->second ? file : file + " (" + other->second + ")");
+  }
+  twice.addTo(findings);
+  const uint64_t handles = kOtherFiles + files.size();
+  if (const uint64_t allowed = survey::fileHandles(); handles > allowed) {
+    findings.push_back(
+        {true, "too many files for one process (ulimit -n)", 1,
+         "the run opens " + countText(handles) + ", and " + countText(allowed) + " are allowed"});
+  }
+  return findings;
+}
+
+std::vector<Finding> checkSamples(const Inputs& inputs) {
+  std::vector<Finding> findings;
+  Kind empty(false, "no reads in it");
+  Kind isLong(true,
+              "long reads (median over 1,000 bases): places are found without gaps in the "
+              "alignment, which nearly all long reads have");
+  Kind from64(true, "qualities are counted from 64, not from 33");
+  for (const OpenInput& input : inputs.all()) {
+    const std::string& file = input.reads->files().first;
+    if (input.sample->first.empty()) {
+      empty.add(file);
+      continue;
+    }
+    if (medianLength(input.sample->first) > kLongRead) isLong.add(file);
+    if (reads::looksLikePhred64(*input.sample)) from64.add(file);
+  }
+  for (const Kind& kind : {empty, isLong, from64}) kind.addTo(findings);
+  return findings;
+}
+
+std::vector<Finding> checkAssembly(const Assembly& assembly, bool hasPlaceholders) {
+  std::vector<Finding> findings;
+  if (assembly.gaps().empty()) {
+    findings.push_back({true, "no gap (a run of N between two contigs)", 1, assembly.file()});
+  }
+  if (survey::indexedKmers({assembly.model(), assembly.scaffolds().size()}) == 0) {
+    findings.push_back({true, "no contig is as long as a k-mer (-k) and the shortest contig (-L)",
+                        1, assembly.file()});
+  }
+  const auto isPlaceholder = [](const Gap& gap) { return gap.isPlaceholder; };
+  if (hasPlaceholders &&
+      std::none_of(assembly.gaps().begin(), assembly.gaps().end(), isPlaceholder)) {
+    findings.push_back(
+        {false, "no gap is one of unknown length (--placeholder, --agp)", 1, assembly.file()});
+  }
+  return findings;
+}
+
+std::vector<Finding> checkMemory(const Assembly& assembly, int kmer) {
+  std::vector<Finding> findings;
+  const survey::Scaffolds scaffolds(assembly.model(), assembly.scaffolds().size());
+  // The assembly is in memory by now.
+  const uint64_t wanted = kWorkingMemory + survey::indexBytes(kmer, survey::indexedKmers(scaffolds),
+                                                              survey::contigBases(scaffolds));
+  const auto inMegabytes = [](uint64_t bytes) { return countText(bytes >> 20) + " MiB"; };
+  if (const uint64_t free = survey::freeMemory(); wanted > free) {
+    findings.push_back(
+        {true, "too little memory", 1,
+         "the run takes " + inMegabytes(wanted) + " more, and " + inMegabytes(free) + " are free"});
+  }
+  return findings;
+}
+
+std::vector<Finding> checkLibraries(const std::vector<Library>& given,
+                                    const std::vector<Library>& measured) {
+  std::vector<Finding> findings;
+  Kind unmeasured(true,
+                  "fewer than 100 pairs lie on one contig, so the insert size can't be measured; "
+                  "give it, and the orientation, in a sample sheet (--samplesheet)");
+  Kind unlike(false, "a given insert size differs from the measured one");
+  Kind turned(false, "a given orientation differs from the measured one");
+  for (std::size_t n = 0; n < given.size(); ++n) {
+    const Library& before = given[n];
+    const Library& after = measured[n];
+    if (!after.arePairs()) continue;
+    if (!after.isMeasured) {
+      if (before.insert == 0) unmeasured.add("library " + after.name);
+      continue;
+    }
+    if (before.insert != 0 &&
+        std::abs(before.insert - after.measuredInsert) > kUnlike * after.measuredInsert) {
+      unlike.add("library " + after.name + ", " + std::to_string(std::lround(before.insert)) +
+                 " and " + std::to_string(std::lround(after.measuredInsert)) + " bases");
+    }
+    if (before.givenOrientation && *before.givenOrientation != after.measuredOrientation) {
+      turned.add("library " + after.name);
+    }
+  }
+  for (const Kind& kind : {unmeasured, unlike, turned}) kind.addTo(findings);
+  return findings;
+}
+
+}  // namespace velk::run

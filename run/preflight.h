@@ -1,0 +1,41 @@
+// The look at the inputs before the search: what would make its result useless, or less.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "run/assembly.h"
+#include "run/inputs.h"
+#include "run/library.h"
+
+namespace velk::run {
+
+/// A kind of thing that is not as it should be, told once.
+struct Finding {
+  bool isError;  // the run stops, unless it is forced
+  std::string text;
+  uint64_t places;    // how many there are
+  std::string first;  // the first of them
+
+  /// The whole line: the text, and how many places if there are several.
+  std::string line() const;
+};
+
+/// What can be told of the files before any is opened. Throws Failure where a file does not exist.
+std::vector<Finding> checkFiles(const std::string& assembly, const std::vector<Library>& libraries);
+
+/// What the samples tell.
+std::vector<Finding> checkSamples(const Inputs& inputs);
+
+/// What the assembly tells. hasPlaceholders: whether some of its gaps should be such.
+std::vector<Finding> checkAssembly(const Assembly& assembly, bool hasPlaceholders);
+
+/// Whether there is memory to index this assembly and to search.
+std::vector<Finding> checkMemory(const Assembly& assembly, int kmer);
+
+/// What the measured libraries tell. `given`: as they were before.
+std::vector<Finding> checkLibraries(const std::vector<Library>& given,
+                                    const std::vector<Library>& measured);
+
+}  // namespace velk::run

@@ -1,0 +1,218 @@
+#include "run/resultFolder.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <utility>
+
+#include "run/diskFile.h"
+#include "run/failure.h"
+#include "run/resultNames.h"
+
+namespace velk::run {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kEarlierName = ".partial/earlier.json";  // summary of a result being removed
+constexpr const char* kNextName = ".partial/summary.json";     // of one that is being moved
+
+bool isSameFile(const std::string& one, const std::string& other) {
+  struct stat a {};
+  struct stat b {};
+  return stat(one.c_str(), &a) == 0 && stat(other.c_str(), &b) == 0 && a.st_dev == b.st_dev &&
+         a.st_ino == b.st_ino;
+}
+
+void removeFile(const std::string& file) {
+  if (unlink(file.c_str()) != 0 && errno != ENOENT) failFile(file, "removed");
+}
+
+void move(const std::string& from, const std::string& to) {
+  if (std::rename(from.c_str(), to.c_str()) != 0) failFile(to, "made");
+}
+
+// Makes a folder, unless it is there. Returns whether it was made.
+bool makeFolder(const std::string& folder) {
+  if (mkdir(folder.c_str(), 0777) == 0) return true;
+  const int why = errno;
+  if (why == EEXIST && fs::is_directory(folder)) return false;
+  errno = why;
+  failFile(folder, "made");
+}
+
+// Whether the descriptor is that of the folder which has this name now.
+bool isFolder(int descriptor, const std::string& folder) {
+  struct stat a {};
+  struct stat b {};
+  return fstat(descriptor, &a) == 0 && stat(folder.c_str(), &b) == 0 && a.st_dev == b.st_dev &&
+         a.st_ino == b.st_ino;
+}
+
+// Returns false, with errno set, when that fails. Some file systems have no locks; there two runs
+// at once are not told apart.
+bool lockFolder(int descriptor) {
+  if (flock(descriptor, LOCK_EX | LOCK_NB) == 0) return true;
+  return errno == ENOSYS || errno == ENOLCK || errno == EOPNOTSUPP;
+}
+
+}  // namespace
+
+ResultFolder::ResultFolder(std::string folder, const std::vector<std::string>& inputs)
+    : folder_(std::move(folder)) {
+  while (folder_.size() > 1 && folder_.ends_with('/')) folder_.pop_back();
+  if (exists(folder_) && !fs::is_directory(folder_)) {
+    throw Failure(Status::kFailed, folder_ + " is there, and is no folder");
+  }
+  checkNames(inputs);
+}
+
+ResultFolder::~ResultFolder() {
+  if (lock_ < 0) return;
+  removePublished();
+  removePartial();
+  unlock();
+  if (isMade_) rmdir(folder_.c_str());
+}
+
+std::string ResultFolder::partial(const std::string& name) const {
+  return folder_ + "/" + kPartialName + "/" + name;
+}
+
+// The names that earlier runs have written: of the result that is there, and of those that were
+// being moved or removed when a run was killed.
+std::set<std::string> ResultFolder::ownNames() const {
+  std::set<std::string> names;
+  for (const char* summary : {kSummaryName, kEarlierName, kNextName}) {
+    names.merge(namesOfSummary(file(summary)));
+  }
+  if (isSummary(file(kSummaryName))) names.insert(kSummaryName);
+  return names;
+}
+
+void ResultFolder::checkNames(const std::vector<std::string>& inputs) const {
+  const std::set<std::string> own = ownNames();
+  std::vector<std::string> names(resultNames().begin(), resultNames().end());
+  names.emplace_back(kSummaryName);
+  for (const std::string& name : names) {
+    if (!exists(file(name))) continue;
+    for (const std::string& input : inputs) {
+      if (!isSameFile(file(name), input)) continue;
+      throw Failure(
+          Status::kFailed,
+          input + " is an input, and the results would replace it; choose another folder");
+    }
+    if (own.contains(name)) continue;
+    throw Failure(Status::kFailed, file(name) +
+                                       " is there, and no earlier result of velk-run lists it; "
+                                       "remove it, or choose another folder");
+  }
+}
+
+// The lock is one of the folder .partial, which a run that has just ended may have removed
+// meanwhile.
+void ResultFolder::lock() {
+  const std::string partialFolder = file(kPartialName);
+  while (lock_ < 0) {
+    makeFolder(partialFolder);
+    lock_ = open(partialFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (lock_ < 0 && errno != ENOENT) failFile(partialFolder, "opened");
+    if (lock_ < 0) continue;
+    if (!lockFolder(lock_)) {
+      const int reason = errno;
+      unlock();
+      if (reason == EWOULDBLOCK) throw Failure(Status::kFailed, "another run writes to " + folder_);
+      rmdir(partialFolder.c_str());
+      errno = reason;
+      failFile(partialFolder, "locked");
+    }
+    if (isFolder(lock_, partialFolder)) return;
+    unlock();
+  }
+}
+
+void ResultFolder::unlock() {
+  close(lock_);
+  lock_ = -1;
+}
+
+void ResultFolder::begin() {
+  isMade_ = makeFolder(folder_);
+  lock();
+  const std::string partialFolder = file(kPartialName);
+  std::vector<std::string> files;
+  for (const char* name : resultNames()) files.push_back(partial(name));
+  for (const char* name : {kEarlierName, kNextName}) files.push_back(file(name));
+  cleanup_ = std::make_unique<SignalCleanup>(
+      files, std::vector<std::string>{partial(kNativeName), partialFolder});
+  cleanup_->hold();
+  removeEarlier();
+  makeFolder(partial(kNativeName));
+  cleanup_->release();
+}
+
+// The summary goes first, and its list stays until all that it lists is gone.
+void ResultFolder::removeEarlier() {
+  std::set<std::string> names = ownNames();
+  if (names.erase(kSummaryName) != 0) {
+    move(file(kSummaryName), file(kEarlierName));
+    syncFile(folder_);
+  }
+  for (const std::string& name : names) removeFile(file(name));
+  rmdir(file(kNativeName).c_str());  // unless somebody has put something there
+  syncFile(folder_);
+  for (const char* name : resultNames()) removeFile(partial(name));
+  for (const char* name : {kEarlierName, kNextName}) removeFile(file(name));
+}
+
+std::vector<ResultFile> ResultFolder::seal() {
+  for (const char* name : resultNames()) {
+    const std::string made = partial(name);
+    if (!exists(made)) continue;
+    syncFile(made);
+    ResultFile facts{name, 0, ""};
+    facts.md5 = md5OfFile(made, facts.bytes);
+    sealed_.push_back(facts);
+  }
+  return sealed_;
+}
+
+void ResultFolder::publish(const std::string& summary) {
+  cleanup_->hold();
+  writeFile(file(kNextName), summary);
+  syncFile(file(kNextName));
+  syncFile(file(kPartialName));
+  for (const ResultFile& sealed : sealed_) {
+    if (sealed.name.starts_with(kNativeName)) makeFolder(file(kNativeName));
+    move(partial(sealed.name), file(sealed.name));
+    published_.insert(sealed.name);
+  }
+  if (exists(file(kNativeName))) syncFile(file(kNativeName));
+  syncFile(folder_);
+  move(file(kNextName), file(kSummaryName));
+  published_.clear();
+  isMade_ = false;
+  syncFile(folder_);
+  removePartial();
+  unlock();
+  cleanup_->release();
+}
+
+void ResultFolder::removePublished() const {
+  for (const std::string& name : published_) unlink(file(name).c_str());
+  if (!published_.empty()) rmdir(file(kNativeName).c_str());
+}
+
+void ResultFolder::removePartial() const {
+  for (const char* name : resultNames()) unlink(partial(name).c_str());
+  for (const char* name : {kEarlierName, kNextName}) unlink(file(name).c_str());
+  rmdir(partial(kNativeName).c_str());
+  rmdir(file(kPartialName).c_str());
+}
+
+}  // namespace velk::run

@@ -1,0 +1,65 @@
+#include "run/resultNames.h"
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <string_view>
+
+namespace velk::run {
+namespace {
+
+constexpr std::array kNames{"reads.bam",
+                            "reads.bam.bai",
+                            "reads.bam.csi",
+                            "pairs.fq.gz",
+                            "pairs.fq.gz.gzi",
+                            "singles.fq.gz",
+                            "singles.fq.gz.gzi",
+                            "flanks.fa.gz",
+                            "flanks.fa.gz.gzi",
+                            "gaps.tsv",
+                            "gaps.bed",
+                            "gaps.idx",
+                            "report.html",
+                            "native/found.fa",
+                            "native/scaffolds.fa.gapsinfo",
+                            "native/scaffolds.fa.contig",
+                            "native/scaffolds.fa.contigPos"};
+
+// The summary, or null.
+nlohmann::json summaryIn(const std::string& file) {
+  std::ifstream input(file);
+  if (!input) return nullptr;
+  const nlohmann::json summary = nlohmann::json::parse(input, nullptr, false);
+  const bool isOurs = summary.is_object() && summary.contains("program") &&
+                      summary["program"].is_object() &&
+                      summary["program"].value("name", nlohmann::json()) == "velk-run";
+  return isOurs ? summary : nlohmann::json();
+}
+
+}  // namespace
+
+std::span<const char* const> resultNames() {
+  return kNames;
+}
+
+std::set<std::string> namesOfSummary(const std::string& file) {
+  const nlohmann::json summary = summaryIn(file);
+  std::set<std::string> names;
+  if (!summary.contains("files") || !summary["files"].is_array()) return names;
+  for (const nlohmann::json& entry : summary["files"]) {
+    if (!entry.is_object() || !entry.contains("name") || !entry["name"].is_string()) continue;
+    const auto name = entry["name"].get<std::string>();
+    const bool isName =
+        std::any_of(kNames.begin(), kNames.end(), [&](const char* known) { return name == known; });
+    if (isName) names.insert(name);
+  }
+  return names;
+}
+
+bool isSummary(const std::string& file) {
+  return !summaryIn(file).is_null();
+}
+
+}  // namespace velk::run

@@ -1,0 +1,193 @@
+#include "run/search.h"
+
+#include <mutex>
+#include <string_view>
+
+#include "placement/Read2Scaf.h"
+#include "placement/batchScan.h"
+#include "placement/engine.h"
+#include "run/workers.h"
+
+namespace velk::run {
+namespace {
+
+constexpr std::size_t kBatchEntries = 4096;
+
+bool holdsN(const std::string& bases) {
+  return bases.find('N') != std::string::npos;
+}
+
+// A library, and its number.
+struct WorkedOn {
+  const Library& library;
+  uint32_t number;
+};
+
+// Collects what is told of an entry, and hands it on when the next one begins.
+class Collector {
+ public:
+  static constexpr bool kTakesRefusals = false;
+
+  Collector(const reads::ReadBatch& batch, const WorkedOn& library, const Spans& spans,
+            bool areExchanged, int worker, FoundReceiver& receiver)
+      : batch_(batch),
+        library_(library.library),
+        spans_(spans),
+        areExchanged_(areExchanged),
+        worker_(worker),
+        receiver_(receiver) {
+    entry_.library = library.number;
+    entry_.input = batch.input();
+    entry_.reads = batch.arePairs() ? 2 : 1;
+  }
+
+  void found(const Found& found, const std::string& bases) {
+    begin(found.origin.entry);
+    const Origin origin = asSequenced(found.origin);
+    const GapPlace& place = found.place;
+    entry_.places.push_back({origin.mate, origin.isReversed, place.kind, found.hit.scaffold,
+                             place.gap, place.position, place.unmoved, found.hit.contig,
+                             found.hit.offset, bases});
+  }
+
+  void anchored(const Anchored& anchored) {
+    begin(anchored.origin.entry);
+    const Origin origin = asSequenced(anchored.origin);
+    entry_.anchor = FoundAnchor{origin.mate, origin.isReversed, anchored.hit.scaffold,
+                                anchored.hit.contig, anchored.hit.offset};
+  }
+
+  // Hands the last entry on.
+  void finish() {
+    if (current_ < 0) return;
+    const auto entry = static_cast<std::size_t>(current_);
+    if (entry_.anchor) lookForSpan(entry);
+    if (entry_.places.empty()) return;
+    entry_.record = batch_.recordOf(entry);
+    for (int mate = 0; mate < entry_.reads; ++mate) {
+      entry_.texts[static_cast<std::size_t>(mate)] = batch_.read(entry, mate);
+    }
+    receiver_.take(worker_, entry_);
+  }
+
+ private:
+  void begin(int64_t entry) {
+    if (entry == current_) return;
+    finish();
+    current_ = entry;
+    entry_.places.clear();
+    entry_.anchor.reset();
+  }
+
+  void lookForSpan(std::size_t entry) {
+    const FoundAnchor& anchor = *entry_.anchor;
+    const PairBases pair{batch_.read(entry, anchor.mate).bases,
+                         batch_.read(entry, 1 - anchor.mate).bases};
+    if (const auto span = spans_.find(anchor, pair, library_)) receiver_.takeSpan(*span);
+  }
+
+  // The origin of a read of a pair that was turned round before the batch was scanned.
+  Origin asSequenced(const Origin& origin) const {
+    if (!areExchanged_) return origin;
+    return {origin.entry, 1 - origin.mate, !origin.isReversed};
+  }
+
+  const reads::ReadBatch& batch_;
+  const Library& library_;
+  const Spans& spans_;
+  bool areExchanged_;
+  int worker_;
+  FoundReceiver& receiver_;
+  int64_t current_ = -1;
+  FoundEntry entry_{};
+};
+
+}  // namespace
+
+ReadCounts Search::countReads(const reads::ReadBatch& batch) const {
+  ReadCounts counts;
+  const int reads = batch.arePairs() ? 2 : 1;
+  for (std::size_t entry = 0; entry < batch.entries(); ++entry) {
+    bool hasN = false;
+    bool isShort = false;
+    for (int mate = 0; mate < reads; ++mate) {
+      const std::string_view bases = batch.read(entry, mate).bases;
+      hasN |= bases.find('N') != std::string_view::npos;
+      isShort |= bases.size() < static_cast<std::size_t>(values_.kmer);
+      if (reads == 2 && bases.size() > static_cast<std::size_t>(values_.readLength)) {
+        ++counts.longer;
+      }
+    }
+    counts.withN += static_cast<uint64_t>(hasN);
+    counts.tooShort += static_cast<uint64_t>(!hasN && isShort);
+  }
+  return counts;
+}
+
+void Search::searchBatch(reads::ReadBatch& batch, uint32_t library, int worker,
+                         FoundReceiver& receiver) const {
+  const Library& from = libraries_[library];
+  const auto entries = static_cast<int64_t>(batch.entries());
+  const int insert = batch.arePairs() ? static_cast<int>(from.insert + 0.5) : 0;
+  std::string* const a = batch.basesOf(0);
+  std::string* const b = batch.arePairs() ? batch.basesOf(1) : nullptr;
+  // Placement turns pairs by their insert size; what the library needs otherwise is done here.
+  const bool areExchanged =
+      b != nullptr && (from.orientation == Orientation::kOutward) != (insert > kLongestShortInsert);
+  if (areExchanged) {
+    for (int64_t n = 0; n < entries; ++n) {
+      // A read with an N is searched nowhere; reversed, it would lose the N.
+      if (holdsN(a[n]) || holdsN(b[n])) continue;
+      LongReverseComplement(a[n], b[n]);
+    }
+  }
+  const Batch toScan{a,
+                     b,
+                     entries,
+                     0,
+                     1,
+                     assembly_.model(),
+                     {values_.kmer, insert, values_.bigGapLength, values_.readLength,
+                      values_.mapCut, values_.overRatio}};
+  Engine engine{index_, values_.kmer};
+  const Spans spans(assembly_, index_, values_.kmer, values_.mapCut);
+  Collector collector(batch, {from, library}, spans, areExchanged, worker, receiver);
+  scanBatch(engine, toScan, collector);
+  collector.finish();
+}
+
+std::vector<ReadCounts> Search::run(const std::vector<SearchInput>& inputs, FoundReceiver& receiver,
+                                    const std::function<void(const Progress&)>& onProgress) const {
+  struct Task {
+    reads::ReadBatch batch;
+    uint32_t library = 0;
+  };
+  std::vector<ReadCounts> counts(libraries_.size());
+  std::mutex countsMutex;
+  Workers<Task> workers(values_.threads, [&](Task& task, int worker) {
+    const ReadCounts ofBatch = countReads(task.batch);
+    searchBatch(task.batch, task.library, worker, receiver);
+    const std::lock_guard lock(countsMutex);
+    ReadCounts& sum = counts[task.library];
+    sum.withN += ofBatch.withN;
+    sum.tooShort += ofBatch.tooShort;
+    sum.longer += ofBatch.longer;
+  });
+  Progress progress{0, 0};
+  for (const SearchInput& input : inputs) {
+    const uint64_t before = progress.bytes;
+    for (;;) {
+      Task& task = workers.freeTask();
+      task.library = input.library;
+      if (!input.reads->fill(task.batch, kBatchEntries)) break;
+      progress.reads += task.batch.entries() * (task.batch.arePairs() ? 2 : 1);
+      progress.bytes = before + input.reads->bytesRead();
+      workers.submit();
+      onProgress(progress);
+    }
+  }
+  workers.finish();
+  return counts;
+}
+
+}  // namespace velk::run

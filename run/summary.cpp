@@ -1,0 +1,147 @@
+#include "run/summary.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+namespace velk::run {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+Json jsonOf(const InputFile& file) {
+  Json json{{"name", file.name}};
+  if (file.bytes) json["bytes"] = *file.bytes;
+  return json;
+}
+
+Json jsonOf(const InputFacts& input) {
+  Json files = Json::array();
+  for (const InputFile& file : input.files) files.push_back(jsonOf(file));
+  return {{"library", input.library},
+          {"files", files},
+          {input.arePairs ? "pairs" : "reads", input.records},
+          {"fixed",
+           {{"carriage_returns", input.fixes.carriageReturns},
+            {"lower_case", input.fixes.lowerCase},
+            {"wrapped", input.fixes.wrapped}}}};
+}
+
+const char* nameOf(LibraryKind kind) {
+  switch (kind) {
+    case LibraryKind::kPairs:
+      return "pairs";
+    case LibraryKind::kMatePairs:
+      return "mate-pairs";
+    case LibraryKind::kSingle:
+      break;
+  }
+  return "single";
+}
+
+Json countsOf(uint64_t library, const Assembly& assembly, const GapCounts& counts) {
+  const auto sum = [&](ReadKind kind) {
+    uint64_t total = 0;
+    for (uint64_t gap = 0; gap < assembly.gaps().size(); ++gap) {
+      total += counts.count(gap, library, kind);
+    }
+    return total;
+  };
+  return {{"exact", sum(ReadKind::kExact)},
+          {"estimate", sum(ReadKind::kEstimate)},
+          {"contained", sum(ReadKind::kContained)},
+          {"anchor", sum(ReadKind::kAnchor)}};
+}
+
+Json jsonOf(const LibraryFacts& facts) {
+  const Library& library = facts.library;
+  Json json{{"name", library.name}, {"kind", nameOf(library.kind)}};
+  if (library.arePairs()) {
+    json["orientation"] = library.orientation == Orientation::kInward ? "FR" : "RF";
+    json["orientation_source"] = facts.orientationSource;
+    json["insert"] = library.insert;
+    json["insert_source"] = facts.insertSource;
+    json["spread"] = library.spread;
+  }
+  json["reads_searched"] = facts.reads;
+  json["reads_found"] = facts.found;
+  json["not_searched"] = {{"with_n", facts.counts.withN}, {"too_short", facts.counts.tooShort}};
+  if (library.arePairs()) json["reads_longer_than_read_length"] = facts.counts.longer;
+  return json;
+}
+
+Json jsonOf(const Assembly& assembly, const InputFile& file) {
+  uint64_t bases = 0;
+  uint64_t contigs = 0;
+  for (const Scaffold& scaffold : assembly.scaffolds()) {
+    bases += scaffold.length;
+    contigs += scaffold.contigs.size();
+  }
+  const auto& gaps = assembly.gaps();
+  const AssemblyNotes& notes = assembly.notes();
+  Json json = jsonOf(file);
+  json["scaffolds"] = assembly.scaffolds().size();
+  json["bases"] = bases;
+  json["contigs"] = contigs;
+  json["gaps"] = gaps.size();
+  json["placeholder_gaps"] =
+      std::count_if(gaps.begin(), gaps.end(), [](const Gap& gap) { return gap.isPlaceholder; });
+  json["fixed"] = {{"carriage_returns", notes.carriageReturns},
+                   {"lower_case", notes.lowerCase},
+                   {"other_letters", notes.otherLetters},
+                   {"empty_scaffolds", notes.empty}};
+  return json;
+}
+
+Json resultsOf(const Summary& summary, const Assembly& assembly, const GapCounts& counts) {
+  uint64_t searched = 0;
+  uint64_t found = 0;
+  for (const LibraryFacts& library : summary.libraries) {
+    searched += library.reads;
+    found += library.found;
+  }
+  uint64_t withReads = 0;
+  for (uint64_t gap = 0; gap < assembly.gaps().size(); ++gap) {
+    withReads += counts.belonging(gap) > 0 ? 1U : 0U;
+  }
+  return {{"reads_searched", searched},
+          {"reads_found", found},
+          {"gaps_with_reads", withReads},
+          {"gaps_without_reads", assembly.gaps().size() - withReads},
+          {"alignment_records", summary.alignmentRecords},
+          {"names_in_several_libraries", summary.nameClashes}};
+}
+
+}  // namespace
+
+std::string summaryText(const Summary& summary, const Assembly& assembly, const GapCounts& counts) {
+  Json json{{"schema", kSummarySchema},
+            {"program", {{"name", "velk-run"}, {"version", summary.version}}},
+            {"sample", summary.sample}};
+  json["options"] = Json::object();
+  for (const auto& [name, value] : summary.options) {
+    std::visit([&, &key = name](const auto& held) { json["options"][key] = held; }, value);
+  }
+  json["assembly"] = jsonOf(assembly, summary.assemblyFile);
+  json["inputs"] = Json::array();
+  for (const InputFacts& input : summary.inputs) json["inputs"].push_back(jsonOf(input));
+  json["libraries"] = Json::array();
+  for (std::size_t n = 0; n < summary.libraries.size(); ++n) {
+    Json library = jsonOf(summary.libraries[n]);
+    library["reads_at_gaps"] = countsOf(n, assembly, counts);
+    json["libraries"].push_back(library);
+  }
+  json["results"] = resultsOf(summary, assembly, counts);
+  json["warnings"] = summary.warnings;
+  json["seconds"] = Json::object();
+  for (const PhaseTime& time : summary.times) json["seconds"][time.name] = time.seconds;
+  json["peak_memory_bytes"] = summary.peakMemory;
+  json["spilled_bytes"] = summary.spilledBytes;
+  json["files"] = Json::array();
+  for (const ResultFile& file : summary.files) {
+    json["files"].push_back({{"name", file.name}, {"bytes", file.bytes}, {"md5", file.md5}});
+  }
+  // A file name need not be UTF-8; what is not is replaced.
+  return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace velk::run

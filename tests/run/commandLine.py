@@ -1,0 +1,164 @@
+#!/usr/bin/env python3
+"""What velk-run says and how it ends where it cannot make a result: message and status of each case,
+and that nothing is left behind.
+
+    commandLine.py VELK_RUN EXAMPLES
+"""
+
+import gzip
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+VELK_RUN = EXAMPLES = ""
+MORE = " (velk-run --help tells more)"
+READS = ["reads_1.fq.gz", "reads_2.fq.gz"]
+
+# Arguments, status and message, without "[ERROR]: ", of runs on the files that setUp() makes.
+CASES = (
+    ("no_arguments", [], 2, "assembly is required" + MORE),
+    ("no_folder", ["scaffolds.fa"], 2, "--output is required" + MORE),
+    ("no_reads", ["scaffolds.fa", "-o", "out"], 2, "no reads are given" + MORE),
+    ("one_bare_file", ["scaffolds.fa", READS[0], "-o", "out"], 2,
+     "two files of mates may stand behind the assembly, not 1" + MORE),
+    ("no_assembly", ["gone.fa", *READS, "-o", "out"], 1, "gone.fa: No such file or directory"),
+    ("no_read_file", ["scaffolds.fa", READS[0], "gone.fq", "-o", "out"], 1,
+     "gone.fq: No such file or directory"),
+    ("same_file_twice", ["scaffolds.fa", READS[0], READS[0], "-o", "out"], 3,
+     "a file is given twice: reads_1.fq.gz"),
+    ("exchanged_files", ["scaffolds.fa", READS[1], READS[0], "-o", "out"], 1,
+     'reads_2.fq.gz, record 1: its name is "EAS20_8_6_1_6_1211/2", and the one in reads_1.fq.gz is'
+     ' named "EAS20_8_6_1_6_1211/1"'),
+    ("no_gap", ["nogap.fa", *READS, "-o", "out"], 3,
+     "no gap (a run of N between two contigs): nogap.fa"),
+    ("name_twice", ["twice.fa", *READS, "-o", "out"], 2,
+     "twice.fa, line 3: a second scaffold with the name a"),
+    ("forbidden_name", ["name.fa", *READS, "-o", "out"], 2,
+     "name.fa, line 1: the name a(1 has the character '(', which SAM files forbid there"),
+    ("header_without_name", ["noname.fa", *READS, "-o", "out"], 2,
+     "noname.fa, line 1: a header without a name"),
+    ("sequence_first", ["few_1.fq", *READS, "-o", "out"], 2,
+     "few_1.fq, line 1: sequence in front of the first header, which begins with '>'"),
+    ("foreign_file", ["scaffolds.fa", *READS, "-o", "taken"], 1,
+     "taken/reads.bam is there, and no earlier result of velk-run lists it; remove it, or choose"
+     " another folder"),
+    ("folder_is_a_file", ["scaffolds.fa", *READS, "-o", "name.fa"], 1,
+     "name.fa is there, and is no folder"),
+    ("cut_record", ["scaffolds.fa", "cut_1.fq", "few_2.fq", "-o", "out"], 1,
+     "cut_1.fq, record 44: it is cut short"),
+    ("few_pairs", ["scaffolds.fa", "few_1.fq", "few_2.fq", "-o", "out"], 3,
+     "fewer than 100 pairs lie on one contig, so the insert size can't be measured; give it, and"
+     " the orientation, in a sample sheet (--samplesheet): library lib1"),
+    ("fewer_mates", ["scaffolds.fa", "few_1.fq", "fewer_2.fq", "-o", "out"], 1,
+     "few_1.fq, record 100: it has no mate: fewer_2.fq has 99 records"),
+    ("damaged_file", ["scaffolds.fa", READS[0], "damaged_2.fq.gz", "-o", "out"], 1,
+     "damaged_2.fq.gz, record 2636: damaged gzip data: unexpected end of file"),
+    ("sheet_is_missing", ["scaffolds.fa", "--samplesheet", "gone.tsv", "-o", "out"], 2,
+     "gone.tsv: can't be opened"),
+    ("sheet_without_column", ["scaffolds.fa", "--samplesheet", "column.tsv", "-o", "out"], 2,
+     "column.tsv, line 1: a column R1 is missing"),
+    ("sheet_with_unknown_column", ["scaffolds.fa", "--samplesheet", "unknown.tsv", "-o", "out"], 2,
+     'unknown.tsv, line 1: no column is named "lane"; there are library, R1, R2, kind, insert and'
+     " orientation"),
+    ("sheet_with_bad_insert", ["scaffolds.fa", "--samplesheet", "insert.tsv", "-o", "out"], 2,
+     'insert.tsv, line 2: the insert "200bp" is no number of bases'),
+    ("sheet_with_bad_kind", ["scaffolds.fa", "--samplesheet", "kind.tsv", "-o", "out"], 2,
+     'kind.tsv, line 2: no kind is named "triples"; there are pairs, mate-pairs, interleaved and'
+     " single"),
+    ("agp_is_no_agp", ["scaffolds.fa", *READS, "--agp", "kind.tsv", "-o", "out"], 2,
+     "kind.tsv, line 1: not a line of an AGP file"),
+    ("long_reads", ["scaffolds.fa", "--single", "long.fa", "-o", "out"], 3,
+     "long reads (median over 1,000 bases): places are found without gaps in the alignment, which"
+     " nearly all long reads have: long.fa"),
+)
+
+
+def write(folder, name, text):
+    with open(os.path.join(folder, name), "w", encoding="ascii") as file:
+        file.write(text)
+
+
+class CommandLine(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.mkdtemp()
+        self.addCleanup(shutil.rmtree, self.folder)
+        for name in ["scaffolds.fa", *READS]:
+            shutil.copy(os.path.join(EXAMPLES, name), self.folder)
+        texts = []
+        for name in READS:
+            with gzip.open(os.path.join(EXAMPLES, name), "rt", encoding="ascii") as file:
+                texts.append(file.read().split("\n"))
+        write(self.folder, "few_1.fq", "\n".join(texts[0][:400]) + "\n")
+        write(self.folder, "few_2.fq", "\n".join(texts[1][:400]) + "\n")
+        write(self.folder, "fewer_2.fq", "\n".join(texts[1][:396]) + "\n")
+        write(self.folder, "cut_1.fq", "\n".join(texts[0][:400])[:10001])
+        write(self.folder, "nogap.fa", ">a\n" + "ACGTTGCA" * 20 + "\n")
+        write(self.folder, "twice.fa", ">a\nACGT\n>a\nACG\n")
+        write(self.folder, "name.fa", ">a(1 b\nACGT\n")
+        write(self.folder, "noname.fa", "> a\nACGT\n")
+        write(self.folder, "long.fa", ">a\n" + "ACGTTGCA" * 200 + "\n")
+        write(self.folder, "column.tsv", "library\tR2\nl\tx\n")
+        write(self.folder, "unknown.tsv", "library\tR1\tlane\nl\tx\t1\n")
+        write(self.folder, "insert.tsv", "library\tR1\tR2\tinsert\nl\tx\ty\t200bp\n")
+        write(self.folder, "kind.tsv", "library\tR1\tkind\nl\tx\ttriples\n")
+        with open(os.path.join(EXAMPLES, READS[1]), "rb") as file:
+            damaged = file.read(200000)
+        with open(os.path.join(self.folder, "damaged_2.fq.gz"), "wb") as file:
+            file.write(damaged)
+        os.mkdir(os.path.join(self.folder, "taken"))
+        write(os.path.join(self.folder, "taken"), "reads.bam", "mine")
+
+    def run_on(self, arguments):
+        return subprocess.run([VELK_RUN, *arguments], cwd=self.folder, stdout=subprocess.PIPE,
+                              stderr=subprocess.PIPE, check=False)
+
+    def test_failures(self):
+        before = sorted(os.listdir(self.folder))
+        for name, arguments, status, message in CASES:
+            with self.subTest(case=name):
+                done = self.run_on(arguments)
+                self.assertEqual((status, b"", f"[ERROR]: {message}\n"),
+                                 (done.returncode, done.stdout, done.stderr.decode()))
+                self.assertEqual(before, sorted(os.listdir(self.folder)))
+        self.assertEqual(["reads.bam"], os.listdir(os.path.join(self.folder, "taken")))
+
+    def test_help_and_version(self):
+        for option in ("--help", "-h", "--version"):
+            done = self.run_on([option])
+            self.assertEqual((0, b""), (done.returncode, done.stderr))
+            self.assertIn(b"velk-run", done.stdout)
+
+    def test_a_second_run_takes_the_place_of_the_first(self):
+        for _ in range(2):
+            done = self.run_on(["scaffolds.fa", *READS, "-o", "out", "--quiet"])
+            self.assertEqual((0, b"", b""), (done.returncode, done.stdout, done.stderr))
+        self.assertIn("summary.json", os.listdir(os.path.join(self.folder, "out")))
+
+    def test_a_failed_run_leaves_no_earlier_result_that_looks_like_its_own(self):
+        self.run_on(["scaffolds.fa", *READS, "-o", "out", "--quiet"])
+        done = self.run_on(["scaffolds.fa", READS[0], "damaged_2.fq.gz", "-o", "out", "--quiet"])
+        self.assertEqual(1, done.returncode)
+        self.assertFalse(os.path.exists(os.path.join(self.folder, "out", "summary.json")))
+
+    def test_nothing_found_is_a_warning(self):
+        write(self.folder, "one.fq", "@a\nACGTACGT\n+\nIIIIIIII\n")
+        done = self.run_on(["scaffolds.fa", "--single", "one.fq", "-o", "out", "--quiet"])
+        self.assertEqual((0, "[WARNING]: no reads were found for any gap\n"),
+                         (done.returncode, done.stderr.decode()))
+        check = subprocess.run(["samtools", "quickcheck", "out/reads.bam"], cwd=self.folder,
+                               check=False)
+        self.assertEqual(0, check.returncode)
+
+    def test_forced_run(self):
+        done = self.run_on(["scaffolds.fa", "few_1.fq", "few_2.fq", "-o", "out", "--force",
+                            "--quiet"])
+        self.assertEqual(0, done.returncode)
+        self.assertIn(b"[WARNING]: fewer than 100 pairs", done.stderr)
+
+
+if __name__ == "__main__":
+    VELK_RUN, EXAMPLES = (os.path.abspath(path) for path in sys.argv[1:3])
+    unittest.main(argv=sys.argv[:1] + sys.argv[3:])

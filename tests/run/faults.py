@@ -1,0 +1,153 @@
+#!/usr/bin/env python3
+"""velk-run where system calls fail or the process is killed: at every call of a small run, by strace.
+
+    faults.py VELK_RUN EXAMPLES [--every N]
+
+What must hold of each run: with status 0 all files are those of an undisturbed one; with another
+status, or after a kill, there is no summary, or all the files that it lists are whole; a run that
+ends by itself leaves nothing unfinished behind, and what it says begins with "[ERROR]: ".
+Prints a table; ends with status 1 when a run breaks a rule, and names it.
+"""
+
+import argparse
+import collections
+import concurrent.futures
+import gzip
+import hashlib
+import json
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+
+ERRORS = {call: ("EIO", "ENOSPC") for call in (
+    "openat", "read", "write", "pwrite64", "close", "fsync", "fdatasync", "rename", "renameat2",
+    "mkdir", "lseek", "newfstatat", "ftruncate", "unlink", "flock", "getdents64")}
+ERRORS |= {"mmap": ("ENOMEM",), "clone3": ("EAGAIN",)}
+PAIRS = 400  # of the example's
+SHEET = "library\tR1\tR2\tinsert\torientation\na\tr_1.fq.gz\tr_2.fq.gz\t215\tFR\n"
+
+
+class Bench:
+    """A folder of inputs, and runs on them."""
+
+    def __init__(self, velk_run, examples):
+        self.velk_run = velk_run
+        self.inputs = tempfile.mkdtemp()
+        shutil.copy(os.path.join(examples, "scaffolds.fa"), self.inputs)
+        for mate in "12":
+            with gzip.open(os.path.join(examples, f"reads_{mate}.fq.gz"), "rb") as file:
+                lines = file.read().split(b"\n")[:4 * PAIRS]
+            with open(os.path.join(self.inputs, f"r_{mate}.fq.gz"), "wb") as file:
+                file.write(gzip.compress(b"\n".join(lines) + b"\n"))
+        with open(os.path.join(self.inputs, "sheet.tsv"), "w", encoding="ascii") as file:
+            file.write(SHEET)
+        self.whole = self.results(self.run([])[1])
+
+    def run(self, strace):
+        """Returns the ended process and its folder."""
+        folder = tempfile.mkdtemp()
+        for name in os.listdir(self.inputs):
+            os.symlink(os.path.join(self.inputs, name), os.path.join(folder, name))
+        command = [*strace, self.velk_run, "scaffolds.fa", "--samplesheet", "sheet.tsv", "-o", "out",
+                   "--native", "--quiet", "-t", "1"]
+        return subprocess.run(command, cwd=folder, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                              check=False, timeout=120), folder
+
+    @staticmethod
+    def results(folder):
+        """Name -> MD5 of all files that the summary lists; None without a summary."""
+        out = os.path.join(folder, "out")
+        try:
+            with open(os.path.join(out, "summary.json"), encoding="utf-8") as file:
+                listed = [entry["name"] for entry in json.load(file)["files"]]
+        except FileNotFoundError:
+            return None
+        found = {}
+        for name in listed:
+            with open(os.path.join(out, name), "rb") as file:
+                found[name] = hashlib.md5(file.read()).hexdigest()
+        return found
+
+    def count_calls(self):
+        """Call -> how often a run makes it."""
+        log = tempfile.mktemp()
+        process, folder = self.run(["strace", "-f", "-o", log, "-e",
+                                    "trace=" + ",".join(ERRORS)])
+        assert process.returncode == 0, process.stderr
+        shutil.rmtree(folder)
+        with open(log, encoding="utf-8", errors="replace") as file:
+            calls = collections.Counter(re.findall(r"^\d+ +(\w+)\(", file.read(), re.MULTILINE))
+        os.unlink(log)
+        return calls
+
+    def judge(self, process, folder, was_killed):
+        """What is wrong with how a run ended; empty when nothing is."""
+        results = self.results(folder)
+        if results is not None and results != self.whole:
+            return "a summary without whole files"
+        if was_killed:
+            return ""
+        if process.returncode == 0:
+            return "" if results == self.whole else "status 0 and no result"
+        if process.returncode < 0:
+            return f"signal {-process.returncode}"
+        if os.path.exists(os.path.join(folder, "out", ".partial")):
+            return "something unfinished is left"
+        is_loader = process.returncode == 127 and b"loading shared libraries" in process.stderr
+        if not is_loader and not any(line.startswith(b"[ERROR]: ")
+                                     for line in process.stderr.splitlines()):
+            return f"status {process.returncode} without a message"
+        return ""
+
+    def inject(self, call, number, what):
+        strace = ["strace", "-f", "-o", "/dev/null", "-e", f"trace={call}", "-e",
+                  f"inject={call}:{what}:when={number}"]
+        process, folder = self.run(strace)
+        wrong = self.judge(process, folder, "signal=KILL" in what)
+        again = ""
+        if not wrong and "signal=KILL" in what:  # the next run on this folder must end well
+            again = self.run_again(folder)
+        shutil.rmtree(folder)
+        return wrong or again
+
+    def run_again(self, folder):
+        process = subprocess.run(
+            [self.velk_run, "scaffolds.fa", "--samplesheet", "sheet.tsv", "-o", "out", "--native",
+             "--quiet", "-t", "1"], cwd=folder, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+            check=False, timeout=120)
+        if process.returncode != 0:
+            return "the next run fails: " + process.stderr.decode()
+        return "" if self.results(folder) == self.whole else "the next run gives something else"
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("velk_run", type=os.path.abspath)
+    parser.add_argument("examples", type=os.path.abspath)
+    parser.add_argument("--every", type=int, default=1, help="only every so many calls")
+    options = parser.parse_args()
+    bench = Bench(options.velk_run, options.examples)
+    faults = []
+    for call, count in sorted(bench.count_calls().items()):
+        ways = [f"error={error}" for error in ERRORS[call]] + ["signal=KILL"]
+        faults += [(call, number, way) for way in ways for number in range(1, count + 1)]
+    faults = faults[::options.every]
+    made = collections.Counter()
+    wrong = []
+    with concurrent.futures.ThreadPoolExecutor(2) as pool:
+        for (call, number, way), said in zip(faults, pool.map(lambda f: bench.inject(*f), faults)):
+            made[call] += 1
+            if said:
+                wrong.append(f"{call} {number}, {way}: {said}")
+    shutil.rmtree(bench.inputs)
+    print("\n".join(wrong))
+    print(", ".join(f"{call} {count}" for call, count in sorted(made.items())))
+    print(f"{len(faults)} faults, {len(wrong)} broke a rule")
+    sys.exit(1 if wrong else 0)
+
+
+if __name__ == "__main__":
+    main()
