@@ -7,7 +7,7 @@ ratio within this run.
 
 minimap2, which takes long, takes part in the first N rounds of --mapper-rounds alone. The programs
 are velk, makeData and indexFloor of one build. Data that is there already, from the same
-options, is used again. doc/performance.md explains the rows.
+options, is used again. doc/labbook.md explains the rows.
 """
 
 import argparse

@@ -5,7 +5,7 @@ still with more threads.
     threadTimes.py --programs FOLDER --data FOLDER [--scales small] [--rounds N] [--threads N]
 
 The kinds are the reader (the main thread), the threads that inflate, and the workers, which make the
-index, too. doc/performance.md explains what is reckoned from them.
+index, too. doc/labbook.md explains what is reckoned from them.
 """
 
 import glob

@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# Completion of velk and velk-check in bash: options, and for an option's value what fits it.
+# Completion of velk, velk-check and velk-run in bash: options, and for an option's value what fits it.
 
 # _velk_files PATTERN: offers folders and the files that PATTERN (as in [[ == ]]) fits; all files
 # where none fits.
@@ -54,4 +54,44 @@ _velk() {
   _velk_words "$offered"
 }
 
+# The value of velk-run's option $1, and of an option before it that takes several; status 1: none.
+_velk_run_value() {
+  case $1 in
+    --pairs | --mate-pairs | --interleaved | --single) _velk_files '*.@(fq|fastq|fa|fasta|bam)?(.*)' ;;
+    --samplesheet) _velk_files '*.@(tsv|txt)' ;;
+    --library) _velk_files '*.@(lib|txt)' ;;
+    --agp) _velk_files '*.agp' ;;
+    -o | --output) _velk_files '*' ;;
+    -t | --threads) _velk_words "$(seq "$(nproc 2>/dev/null || echo 1)")" ;;
+    --placeholder) _velk_words "100 200 500 1000" ;;
+    --sample | -[kLCMOr] | --kmer | --min-* | --cut | --read-length | --flanks) COMPREPLY=() ;;
+    *) return 1 ;;
+  esac
+}
+
+_velk_run() {
+  local current=${COMP_WORDS[COMP_CWORD]} last=${COMP_WORDS[COMP_CWORD - 1]}
+  if [[ ${COMP_WORDS[1]} == extract && $COMP_CWORD -gt 1 ]]; then
+    if [[ $current == -* ]]; then
+      _velk_words "--fasta --bam --flanks -o --output -h --help"
+    else
+      _velk_run_value "$last" || _velk_files '/'
+    fi
+    return
+  fi
+  if [[ $current == -* ]]; then
+    _velk_words "--pairs --mate-pairs --interleaved --single --samplesheet --library --placeholder
+      --agp -o --output --sample --no-anchors --native --force --quiet -t --threads -k --kmer
+      -L --min-contig -C --cut -M --min-identity -O --min-overlap -r --read-length -h --help --version"
+    return
+  fi
+  # The second file of mates, and all files of single reads.
+  if [[ $COMP_CWORD -gt 2 && ${COMP_WORDS[COMP_CWORD - 2]} == @(--pairs|--mate-pairs|--single) ]]; then
+    _velk_run_value --pairs
+    return
+  fi
+  _velk_run_value "$last" || _velk_files '*.@(fa|fasta|fna|fq|fastq)?(.*)'
+}
+
 complete -F _velk velk velk-check
+complete -F _velk_run velk-run

@@ -2,6 +2,8 @@
 """Runs the examples of a Markdown file or a manual page. Usage: docs.py VELK FILE [EXAMPLES]
 
 Works in a new folder, with copies of the files in EXAMPLES, through the file's blocks in order:
+    ```console            a session: what stands behind "$ " is run, and both outputs must hold
+                          just what stands below it, where "..." is any text
     ```text file=NAME     writes the file NAME
     ```sh run             runs the commands; velk is found in the PATH
     ```sh run=PROGRAM     the same, where the PATH has PROGRAM; else passed over, with the outputs
@@ -17,7 +19,8 @@ import subprocess
 import sys
 import tempfile
 
-BLOCK = re.compile(r"^```\w+ (run|file|output)(?:=(\S+))?\n(.*?)^```$", re.MULTILINE | re.DOTALL)
+SESSION = "console"
+BLOCK = re.compile(r"^```(?:\w+ )?(run|file|output|console)(?:=(\S+))?\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 DISPLAY = re.compile(r'^\.\\" (run|file|output)(?:=(\S+))?\n\.Bd -literal.*\n((?:.*\n)*?)\.Ed$',
                      re.MULTILINE)
 
@@ -35,6 +38,32 @@ def agrees(actual, expected):
     return actual == expected
 
 
+def steps_of(session):
+    """The commands of a session, each with what it must say."""
+    steps = []
+    for line in session.splitlines(keepends=True):
+        if line.startswith("$ "):
+            steps.append([line[2:], ""])
+        elif steps[-1][0].endswith("\\\n"):
+            steps[-1][0] += line
+        else:
+            steps[-1][1] += line
+    return steps
+
+
+def held(session, folder, path):
+    """Runs a session up to the first step that does not say what it must; whether there is none."""
+    for command, told in steps_of(session):
+        done = subprocess.run(["bash", "-ec", command], cwd=folder, check=False, text=True,
+                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                              stderr=subprocess.STDOUT, env={**os.environ, "PATH": path})
+        pattern = ".*".join(re.escape(part) for part in told.split("..."))
+        if done.returncode or not re.fullmatch(pattern, done.stdout, re.DOTALL):
+            print(f"{command}status {done.returncode}, not as told, but:\n{done.stdout[:4000]}")
+            return False
+    return True
+
+
 def main(velk, document, examples=None):
     path = os.pathsep.join([os.path.dirname(os.path.abspath(velk)), os.environ["PATH"]])
     blocks = blocks_of(document)
@@ -45,7 +74,11 @@ def main(velk, document, examples=None):
         if examples:
             shutil.copytree(examples, folder, dirs_exist_ok=True)
         for kind, file, text in blocks:
-            if kind == "file":
+            if kind == SESSION:
+                if not held(text, folder, path):
+                    return 1
+                compared += len(steps_of(text))
+            elif kind == "file":
                 (folder / file).write_text(text)
             elif kind == "run":
                 lacking = file if file and not shutil.which(file, path=path) else None
@@ -61,7 +94,7 @@ def main(velk, document, examples=None):
                     print(f"{document}: {file} is not as told, but:\n{actual[:2000]}")
                     return 1
                 compared += 1
-    print(f"{compared} files as told")
+    print(f"{compared} files and steps as told")
     return 0 if compared else 1
 
 

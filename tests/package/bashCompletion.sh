@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # Completes command lines by the function that completions/velk.bash gives to bash.
-# Usage: bashCompletion.sh ROOT VELK [VELK-CHECK]
+# Usage: bashCompletion.sh ROOT RUN VELK [VELK-CHECK]   (RUN: velk-run's file, or no-run)
 set -euo pipefail
 root=$1
-shift
+run=$2
+shift 2
 here=$(dirname "${BASH_SOURCE[0]}")
 # shellcheck source=tests/package/programHelp.sh
 source "$here/programHelp.sh"
@@ -62,5 +63,19 @@ if [[ $# -gt 1 ]]; then
   expect '--deep|' velk-check --d
   expect 'other.lib|reads.lib|sub|' velk-check --json -l ''
   expect '1000|10000|100000|' velk-check --sample 1
+fi
+if [[ $run != no-run ]]; then
+  touch reads_1.fq.gz table.tsv chr.agp
+  marked() { long_options_of "$@" | sed 's/$/|/' | tr -d '\n'; }
+  expect "$(marked "$run")" velk-run -
+  expect "$(marked "$run" extract)" velk-run extract -
+  expect 'name with blanks.fa|reads_1.fq.gz|scaffolds.fa|sub|' velk-run ''
+  expect 'reads_1.fq.gz|' velk-run scaffolds.fa re
+  expect 'reads_1.fq.gz|' velk-run scaffolds.fa --pairs one.fq r
+  expect 'sub|table.tsv|' velk-run scaffolds.fa --samplesheet ''
+  expect 'chr.agp|sub|' velk-run scaffolds.fa --agp ''
+  expect '1|2|3|' velk-run scaffolds.fa -t ''
+  expect '' velk-run scaffolds.fa -k ''
+  expect 'sub|' velk-run extract ''
 fi
 exit "$failed"

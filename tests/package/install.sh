@@ -1,11 +1,13 @@
 #!/usr/bin/env bash
 # Installs a build below a folder of its own and compares the list of what lies there.
-# Usage: install.sh CMAKE BUILD ROOT CHECKER   (CHECKER: velk-check's file, or no-checker)
+# Usage: install.sh CMAKE BUILD ROOT CHECKER RUN
+# CHECKER: velk-check's file, or no-checker; RUN: velk-run's file, or no-run
 set -euo pipefail
 cmake=$1
 build=$2
 root=$3
 checker=$4
+run=$5
 
 place=$build/tests/package/install
 rm -rf "$place"
@@ -15,6 +17,7 @@ expected() {
   sed '/^#/d' "$root/tests/package/installed.txt"
   (cd "$root" && find examples -type f) | sed 's#^#644 usr/share/doc/velk/#'
   [[ $checker == no-checker ]] || sed '/^#/d' "$root/tests/package/installedChecker.txt"
+  [[ $run == no-run ]] || sed '/^#/d' "$root/tests/package/installedRun.txt"
 }
 
 diff <(expected | LC_ALL=C sort) <(cd "$place" && find . -type f -printf '%m %P\n' | LC_ALL=C sort)

@@ -17,7 +17,7 @@ configure() {
   rm -rf "$folder/build"
   status=0
   said=$("$cmake" -S "$source" -B "$folder/build" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" \
-    -DVELK_TESTS=OFF -DVELK_CHECK=OFF -DVELK_ISAL="$1" -DISAL_INCLUDE_DIR="$folder" \
+    -DVELK_TESTS=OFF -DVELK_CHECK=OFF -DVELK_RUN=OFF -DVELK_ISAL="$1" -DISAL_INCLUDE_DIR="$folder" \
     -DISAL_LIBRARY="$folder/libisal.so" 2>&1) || status=$?
 }
 

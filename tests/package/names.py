@@ -18,11 +18,13 @@ def items(page, macro):
 
 def options(program):
     """The options that a program's help names, without their first dash."""
-    own = pathlib.Path(program).name != "velk"
-    shown = subprocess.run([program, "--help" if own else "-h"], capture_output=True, text=True,
-                           check=False).stdout
-    return set(re.findall(r"^ +(?:-h,)?-(-[a-z-]+)" if own else r"^\t-(\w)[\t ]", shown,
-                          re.MULTILINE))
+    name = pathlib.Path(program).name
+    own = name != "velk"
+    commands = [["--help" if own else "-h"]] + ([["extract", "--help"]] if name == "velk-run" else [])
+    shown = "".join(subprocess.run([program, *command], capture_output=True, text=True,
+                                   check=False).stdout for command in commands)
+    pattern = r"^ +(?:-(\w),)?-(-[a-z-]+)" if own else r"^\t-(\w)()[\t ]"
+    return {name for names in re.findall(pattern, shown, re.MULTILINE) for name in names if name}
 
 
 def keys(source):

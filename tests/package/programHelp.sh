@@ -11,3 +11,9 @@ options_of() {
     fi
   } | LC_ALL=C sort -u
 }
+
+# long_options_of COMMAND...: the options that the help of velk-run or a verb of it names, sorted.
+long_options_of() {
+  "$@" --help | sed -n 's/^ *\(-[A-Za-z]\),\(--[a-z-]*\).*/\1\n\2/p; s/^ *\(--[a-z-]*\).*/\1/p' |
+    LC_ALL=C sort -u
+}
