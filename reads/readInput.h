@@ -58,6 +58,9 @@ class ReadInput {
   /// differ, one file has fewer mates, a record is cut short or the file damaged.
   bool fill(ReadBatch& batch, std::size_t most);
 
+  /// What takeSample() has read, also where it has thrown.
+  const Sample& sample() const { return sample_; }
+
   const InputFiles& files() const { return files_; }
   Fixes fixes() const;
 

@@ -22,8 +22,13 @@ Inputs::Inputs(const std::vector<Library>& libraries, int threads) {
     for (const reads::InputFiles& files : libraries[n].inputs) {
       const auto number = static_cast<uint32_t>(inputs_.size());
       auto input = std::make_unique<reads::ReadInput>(files, number, helpers);
-      const reads::Sample& sample = input->takeSample(kSampleEntries, kSampleBytes);
-      inputs_.push_back({n, std::move(input), &sample});
+      std::string failure;
+      try {
+        input->takeSample(kSampleEntries, kSampleBytes);
+      } catch (const reads::InputError& error) {
+        failure = error.what();
+      }
+      inputs_.push_back({n, std::move(input), failure});
     }
   }
 }
@@ -38,7 +43,8 @@ std::size_t Inputs::longestPairedRead() const {
   std::size_t longest = 0;
   for (const OpenInput& input : inputs_) {
     if (!input.reads->files().arePairs()) continue;
-    longest = std::max({longest, longestOf(input.sample->first), longestOf(input.sample->second)});
+    longest =
+        std::max({longest, longestOf(input.sample().first), longestOf(input.sample().second)});
   }
   return longest;
 }

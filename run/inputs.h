@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "reads/readInput.h"
@@ -15,12 +16,15 @@ namespace velk::run {
 struct OpenInput {
   uint32_t library;
   std::unique_ptr<reads::ReadInput> reads;
-  const reads::Sample* sample;  // of `reads`
+  std::string failure;  // of the sample: what is wrong with the file; empty if nothing is
+
+  const reads::Sample& sample() const { return reads->sample(); }
 };
 
 class Inputs {
  public:
-  /// Opens the files of all libraries, in their order, and takes samples. Throws Failure.
+  /// Opens the files of all libraries, in their order, and takes samples. Throws reads::InputError
+  /// where a file can't be opened; what is wrong with a sample is kept.
   /// `threads`: with one, no input has a helper.
   Inputs(const std::vector<Library>& libraries, int threads);
 

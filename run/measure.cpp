@@ -31,8 +31,8 @@ void measureLibraries(std::vector<Library>& libraries, const Inputs& inputs,
     survey::PairSurvey pairs(index, scaffolds, options);
     for (const OpenInput& input : inputs.all()) {
       if (input.library != n) continue;
-      for (std::size_t i = 0; i < input.sample->second.size(); ++i) {
-        pairs.add(input.sample->first[i].bases, input.sample->second[i].bases);
+      for (std::size_t i = 0; i < input.sample().second.size(); ++i) {
+        pairs.add(input.sample().first[i].bases, input.sample().second[i].bases);
       }
     }
     fix(libraries[n], pairs.measure());

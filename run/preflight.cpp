@@ -60,7 +60,7 @@ std::size_t medianLength(const std::vector<reads::KeptRead>& reads) {
 }  // namespace
 
 std::string Finding::line() const {
-  std::string line = text + ": " + first;
+  std::string line = text + (first.empty() ? "" : ": " + first);
   if (places == 2) line += " and one more";
   if (places > 2) line += " and " + countText(places - 1) + " more";
   return line;
@@ -98,12 +98,16 @@ std::vector<Finding> checkSamples(const Inputs& inputs) {
   Kind from64(true, "qualities are counted from 64, not from 33");
   for (const OpenInput& input : inputs.all()) {
     const std::string& file = input.reads->files().first;
-    if (input.sample->first.empty()) {
+    if (!input.failure.empty()) {
+      findings.push_back({true, input.failure, 1, ""});
+      continue;
+    }
+    if (input.sample().first.empty()) {
       empty.add(file);
       continue;
     }
-    if (medianLength(input.sample->first) > kLongRead) isLong.add(file);
-    if (reads::looksLikePhred64(*input.sample)) from64.add(file);
+    if (medianLength(input.sample().first) > kLongRead) isLong.add(file);
+    if (reads::looksLikePhred64(input.sample())) from64.add(file);
   }
   for (const Kind& kind : {empty, isLong, from64}) kind.addTo(findings);
   return findings;

@@ -16,7 +16,7 @@ struct Finding {
   bool isError;  // the run stops, unless it is forced
   std::string text;
   uint64_t places;    // how many there are
-  std::string first;  // the first of them
+  std::string first;  // the first of them; empty where the text names it
 
   /// The whole line: the text, and how many places if there are several.
   std::string line() const;

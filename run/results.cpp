@@ -178,6 +178,25 @@ Summary Results::summary() const {
   return summary;
 }
 
+// What the files needed before they could be used, each kind with its number.
+std::string Results::fixedText() const {
+  reads::Fixes ofReads;
+  for (const OpenInput& input : fixed_->inputs.all()) ofReads += input.reads->fixes();
+  const AssemblyNotes& notes = fixed_->assembly.notes();
+  std::string text;
+  const auto add = [&](uint64_t count, const char* what) {
+    if (count != 0) text += (text.empty() ? " " : ", ") + countText(count) + " " + what;
+  };
+  add(notes.lowerCase, "bases of the assembly in lower case");
+  add(notes.carriageReturns, "of its lines with a carriage return");
+  add(notes.empty, "of its scaffolds without a base");
+  add(ofReads.lowerCase, "reads in lower case");
+  add(ofReads.carriageReturns, "reads with carriage returns");
+  add(ofReads.wrapped, "reads on several lines");
+  add(notes.otherLetters, "bases of the assembly that are none of A, C, G, T and N (kept)");
+  return text;
+}
+
 std::vector<std::string> Results::closingLines() const {
   const Summary facts = summary();
   uint64_t reads = 0;
@@ -200,6 +219,7 @@ std::vector<std::string> Results::closingLines() const {
     }
     lines.push_back(line);
   }
+  if (const std::string fixed = fixedText(); !fixed.empty()) lines.push_back("Fixed:" + fixed);
   std::string names;
   for (const ResultFile& file : files_) names += " " + file.name;
   lines.push_back("Files in " + folder_.path() + ":" + names + " " + kSummaryName);

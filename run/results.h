@@ -59,6 +59,7 @@ class Results : public FoundReceiver {
   void writeNative();
   Summary summary() const;
   uint64_t searched(std::size_t library) const;
+  std::string fixedText() const;
 
   const Arguments& arguments_;
   ResultFolder folder_;

@@ -29,7 +29,7 @@ CASES = (
      "gone.fq: No such file or directory"),
     ("same_file_twice", ["scaffolds.fa", READS[0], READS[0], "-o", "out"], 3,
      "a file is given twice: reads_1.fq.gz"),
-    ("exchanged_files", ["scaffolds.fa", READS[1], READS[0], "-o", "out"], 1,
+    ("exchanged_files", ["scaffolds.fa", READS[1], READS[0], "-o", "out"], 3,
      'reads_2.fq.gz, record 1: its name is "EAS20_8_6_1_6_1211/2", and the one in reads_1.fq.gz is'
      ' named "EAS20_8_6_1_6_1211/1"'),
     ("no_gap", ["nogap.fa", *READS, "-o", "out"], 3,
@@ -47,14 +47,14 @@ CASES = (
      " another folder"),
     ("folder_is_a_file", ["scaffolds.fa", *READS, "-o", "name.fa"], 1,
      "name.fa is there, and is no folder"),
-    ("cut_record", ["scaffolds.fa", "cut_1.fq", "few_2.fq", "-o", "out"], 1,
+    ("cut_record", ["scaffolds.fa", "cut_1.fq", "few_2.fq", "-o", "out"], 3,
      "cut_1.fq, record 44: it is cut short"),
     ("few_pairs", ["scaffolds.fa", "few_1.fq", "few_2.fq", "-o", "out"], 3,
      "fewer than 100 pairs lie on one contig, so the insert size can't be measured; give it, and"
      " the orientation, in a sample sheet (--samplesheet): library lib1"),
-    ("fewer_mates", ["scaffolds.fa", "few_1.fq", "fewer_2.fq", "-o", "out"], 1,
+    ("fewer_mates", ["scaffolds.fa", "few_1.fq", "fewer_2.fq", "-o", "out"], 3,
      "few_1.fq, record 100: it has no mate: fewer_2.fq has 99 records"),
-    ("damaged_file", ["scaffolds.fa", READS[0], "damaged_2.fq.gz", "-o", "out"], 1,
+    ("damaged_file", ["scaffolds.fa", READS[0], "damaged_2.fq.gz", "-o", "out"], 3,
      "damaged_2.fq.gz, record 2636: damaged gzip data: unexpected end of file"),
     ("sheet_is_missing", ["scaffolds.fa", "--samplesheet", "gone.tsv", "-o", "out"], 2,
      "gone.tsv: can't be opened"),
@@ -73,6 +73,13 @@ CASES = (
     ("long_reads", ["scaffolds.fa", "--single", "long.fa", "-o", "out"], 3,
      "long reads (median over 1,000 bases): places are found without gaps in the alignment, which"
      " nearly all long reads have: long.fa"),
+)
+
+
+# Of runs that are forced: what a sample shows of a file ends the run where it meets it.
+FORCED = (
+    (["scaffolds.fa", READS[0], "damaged_2.fq.gz", "-o", "out", "--force", "--quiet"],
+     "damaged_2.fq.gz, record 2636: damaged gzip data: unexpected end of file"),
 )
 
 
@@ -125,6 +132,12 @@ class CommandLine(unittest.TestCase):
                 self.assertEqual(before, sorted(os.listdir(self.folder)))
         self.assertEqual(["reads.bam"], os.listdir(os.path.join(self.folder, "taken")))
 
+    def test_forced_failures(self):
+        for arguments, message in FORCED:
+            done = self.run_on(arguments)
+            self.assertEqual((1, f"[WARNING]: {message}\n[ERROR]: {message}\n"),
+                             (done.returncode, done.stderr.decode()))
+
     def test_help_and_version(self):
         for option in ("--help", "-h", "--version"):
             done = self.run_on([option])
@@ -140,7 +153,7 @@ class CommandLine(unittest.TestCase):
     def test_a_failed_run_leaves_no_earlier_result_that_looks_like_its_own(self):
         self.run_on(["scaffolds.fa", *READS, "-o", "out", "--quiet"])
         done = self.run_on(["scaffolds.fa", READS[0], "damaged_2.fq.gz", "-o", "out", "--quiet"])
-        self.assertEqual(1, done.returncode)
+        self.assertEqual(3, done.returncode)
         self.assertFalse(os.path.exists(os.path.join(self.folder, "out", "summary.json")))
 
     def test_nothing_found_is_a_warning(self):

@@ -1,6 +1,7 @@
 // What streaming's contracts require is asserted in builds that assert.
 #include <gtest/gtest.h>
 
+#include "streaming/blockReader.h"
 #include "streaming/gzipDecoder.h"
 #include "streaming/gzipInput.h"
 #include "streaming/inflateAhead.h"
@@ -18,12 +19,14 @@ TEST(Contracts, ABatchIsSharedByOneWorkerAtLeast) {
 }
 
 TEST(Contracts, BytesAreReadIntoSomeRoom) {
-  GzipDecoder decoder;
+  BlockReader file(1024);
+  GzipDecoder decoder(file);
   EXPECT_DEATH(decoder.read({}), "room");
 }
 
 TEST(Contracts, TheHelperIsStartedBeforeItIsAsked) {
-  GzipDecoder decoder;
+  BlockReader file(1024);
+  GzipDecoder decoder(file);
   InflateAhead ahead(decoder);
   EXPECT_DEATH(ahead.next(), "isRunning");
 }
