@@ -20,15 +20,15 @@ Assembly::Assembly(const std::string& file, const CutOptions& options,
   });
 }
 
-Assembly::~Assembly() {
-  for (const ScaffoldInfo& info : model_) delete[] info.contigsInfo;
+Assembly::Model::~Model() {
+  for (const ScaffoldInfo& info : scaffolds) delete[] info.contigsInfo;
 }
 
 void Assembly::add(const std::string& name, const std::string& bases,
                    const PlaceholderRule& placeholders) {
   std::stringstream positions;
-  const std::string id = std::to_string(model_.size() + 1);
-  ScaffoldInfo& info = model_.emplace_back();
+  const std::string id = std::to_string(model_.scaffolds.size() + 1);
+  ScaffoldInfo& info = model_.scaffolds.emplace_back();
   uint32_t first = 0;
   splitScaffold(&info, bases, id, first, gapSum_, positions);
   Scaffold& scaffold = scaffolds_.emplace_back(Scaffold{name, bases.size(), {}, {}, gaps_.size()});
@@ -55,7 +55,7 @@ void Assembly::addGaps(const std::string& bases, const PlaceholderRule& placehol
             scaffold.contigs[c - 1].end,
             scaffold.contigs[c].start,
             0,
-            model_.back().contigsInfo[c].frontGapSize};
+            model_.scaffolds.back().contigsInfo[c].frontGapSize};
     for (std::size_t at = bases.find('N', gap.start); at < gap.end; at = bases.find('N', at)) {
       const std::size_t end = std::min(bases.find_first_not_of('N', at), gap.end);
       gap.unknown += end - at;
@@ -74,7 +74,7 @@ void Assembly::lengthenPlaceholders(uint64_t bases) {
     for (const uint64_t written : gap.placeholders)
       gap.lengthened += std::max(bases, written) - written;
     gap.length += gap.lengthened;
-    model_[gap.scaffold].contigsInfo[gap.contigBehind].frontGapSize = gap.length;
+    model_.scaffolds[gap.scaffold].contigsInfo[gap.contigBehind].frontGapSize = gap.length;
   }
 }
 

@@ -64,7 +64,6 @@ class Assembly {
   /// Reads a FASTA file with lines of any width, plain or compressed, and cuts its scaffolds.
   /// Throws Failure or reads::InputError.
   Assembly(const std::string& file, const CutOptions& options, const PlaceholderRule& placeholders);
-  ~Assembly();
   Assembly(const Assembly&) = delete;
   Assembly& operator=(const Assembly&) = delete;
 
@@ -76,12 +75,12 @@ class Assembly {
   const AssemblyNotes& notes() const { return notes_; }
   const std::vector<Scaffold>& scaffolds() const { return scaffolds_; }
   const std::vector<Gap>& gaps() const { return gaps_; }
-  const ScaffoldInfo* model() const { return model_.data(); }
+  const ScaffoldInfo* model() const { return model_.scaffolds.data(); }
 
   /// The bases of a contig of the model, in upper case. The bases of a scaffold that belong to no
   /// contig are not kept: a large assembly stands in memory once.
   std::string_view basesOf(uint64_t scaffold, uint64_t contig) const {
-    return model_[scaffold].contigsInfo[contig].contigSeq;
+    return model_.scaffolds[scaffold].contigsInfo[contig].contigSeq;
   }
 
   /// The number of the gap in front of a contig of the model (its index is 1 at least).
@@ -90,6 +89,16 @@ class Assembly {
   }
 
  private:
+  // Owns the contigs.
+  struct Model {
+    Model() = default;
+    Model(const Model&) = delete;
+    Model& operator=(const Model&) = delete;
+    ~Model();
+
+    std::vector<ScaffoldInfo> scaffolds;
+  };
+
   void add(const std::string& name, const std::string& bases, const PlaceholderRule& placeholders);
   void addGaps(const std::string& bases, const PlaceholderRule& placeholders);
 
@@ -97,7 +106,7 @@ class Assembly {
   AssemblyNotes notes_;
   std::vector<Scaffold> scaffolds_;
   std::vector<Gap> gaps_;
-  std::vector<ScaffoldInfo> model_;
+  Model model_;
   uint64_t gapSum_ = 0;  // the model's own numbers of gaps, as in velk
 };
 
