@@ -20,7 +20,7 @@ struct Hit {
   uint64_t contig;
   int64_t offset;  // contig position of the read's first base; negative in front of the contig
 
-  auto operator<=>(const Hit&) const = default;
+  auto operator<=>(const Hit&) const = default;  // NOLINT(modernize-use-nullptr): it means the 0
 };
 
 /// What the visitor of a hit says: look at the next hit, or end the walk.

@@ -114,6 +114,7 @@ class LibraryMaker {
     for (const auto& [one, other] : files_.matePairs) addPairs(one, other, LibraryKind::kMatePairs);
     for (const auto& singles : files_.single) {
       std::vector<reads::InputFiles> inputs;
+      inputs.reserve(singles.size());
       for (const std::string& file : singles) inputs.push_back({file});
       add(LibraryKind::kSingle, inputs);
     }

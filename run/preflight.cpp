@@ -51,6 +51,7 @@ std::vector<std::string> filesOf(const std::vector<Library>& libraries) {
 
 std::size_t medianLength(const std::vector<reads::KeptRead>& reads) {
   std::vector<std::size_t> lengths;
+  lengths.reserve(reads.size());
   for (const reads::KeptRead& read : reads) lengths.push_back(read.bases.size());
   const auto middle = lengths.begin() + static_cast<std::ptrdiff_t>(lengths.size() / 2);
   std::nth_element(lengths.begin(), middle, lengths.end());

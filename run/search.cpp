@@ -1,5 +1,6 @@
 #include "run/search.h"
 
+#include <cmath>
 #include <mutex>
 #include <string_view>
 
@@ -128,7 +129,7 @@ void Search::searchBatch(reads::ReadBatch& batch, uint32_t library, int worker,
                          FoundReceiver& receiver) const {
   const Library& from = libraries_[library];
   const auto entries = static_cast<int64_t>(batch.entries());
-  const int insert = batch.arePairs() ? static_cast<int>(from.insert + 0.5) : 0;
+  const int insert = batch.arePairs() ? static_cast<int>(std::lround(from.insert)) : 0;
   std::string* const a = batch.basesOf(0);
   std::string* const b = batch.arePairs() ? batch.basesOf(1) : nullptr;
   // Placement turns pairs by their insert size; what the library needs otherwise is done here.

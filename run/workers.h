@@ -90,10 +90,15 @@ class Workers {
         failure = std::current_exception();
       }
       lock.lock();
-      if (failure && !failure_) failure_ = failure;
+      noteFailure(failure);
       free_.push_back(task);
       changed_.notify_all();
     }
+  }
+
+  // Keeps the first failure of all.
+  void noteFailure(const std::exception_ptr& failure) {
+    if (failure_ == nullptr) failure_ = failure;
   }
 
   // Ends the threads without doing what waits.

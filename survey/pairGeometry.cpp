@@ -129,14 +129,14 @@ PairMeasure PairGeometry::measure() const {
   measure.orientation = isSame ? Orientation::kSameStrand : commoner;
   const std::vector<uint64_t>& commonest = inserts(commoner);
   const uint64_t longest = longestLikely(commonest);
-  std::vector<Weighted> inserts;
+  std::vector<Weighted> likely;
   for (const uint64_t insert : commonest) {
-    if (insert <= longest) inserts.push_back({insert, 1 / places(insert)});
+    if (insert <= longest) likely.push_back({insert, 1 / places(insert)});
   }
-  std::sort(inserts.begin(), inserts.end(),
+  std::sort(likely.begin(), likely.end(),
             [](const Weighted& a, const Weighted& b) { return a.insert < b.insert; });
-  measure.insert = quantile(inserts, 0.5);
-  measure.spread = (quantile(inserts, 0.84) - quantile(inserts, 0.16)) / 2;
+  measure.insert = quantile(likely, 0.5);
+  measure.spread = (quantile(likely, 0.84) - quantile(likely, 0.16)) / 2;
   return measure;
 }
 
