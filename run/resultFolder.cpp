@@ -118,18 +118,23 @@ void ResultFolder::checkNames(const std::vector<std::string>& inputs) const {
 // meanwhile.
 void ResultFolder::lock() {
   const std::string partialFolder = file(kPartialName);
+  const auto fail = [&](const char* what) {
+    const int reason = errno;
+    rmdir(partialFolder.c_str());
+    errno = reason;
+    failFile(partialFolder, what);
+  };
   while (lock_ < 0) {
     makeFolder(partialFolder);
     lock_ = open(partialFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (lock_ < 0 && errno != ENOENT) failFile(partialFolder, "opened");
+    if (lock_ < 0 && errno != ENOENT) fail("opened");
     if (lock_ < 0) continue;
     if (!lockFolder(lock_)) {
       const int reason = errno;
       unlock();
       if (reason == EWOULDBLOCK) throw Failure(Status::kFailed, "another run writes to " + folder_);
-      rmdir(partialFolder.c_str());
       errno = reason;
-      failFile(partialFolder, "locked");
+      fail("locked");
     }
     if (isFolder(lock_, partialFolder)) return;
     unlock();

@@ -25,7 +25,7 @@ import tempfile
 ERRORS = {call: ("EIO", "ENOSPC") for call in (
     "openat", "read", "write", "pwrite64", "close", "fsync", "fdatasync", "rename", "renameat2",
     "mkdir", "lseek", "newfstatat", "ftruncate", "unlink", "flock", "getdents64")}
-ERRORS |= {"mmap": ("ENOMEM",), "clone3": ("EAGAIN",)}
+ERRORS |= {"clone3": ("EAGAIN",)}
 PAIRS = 400  # of the example's
 SHEET = "library\tR1\tR2\tinsert\torientation\na\tr_1.fq.gz\tr_2.fq.gz\t215\tFR\n"
 
