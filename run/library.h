@@ -31,6 +31,7 @@ struct Library {
   Orientation measuredOrientation = Orientation::kInward;
 
   // Given by the user, else as measured; fixed before the first read is searched.
+  bool isInsertGiven = false;
   Orientation orientation = Orientation::kInward;
   double insert = 0;  // median of the fragments' lengths, both reads included, bases; 0 for singles
   double spread = 0;  // standard deviation of them, bases
