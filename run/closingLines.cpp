@@ -31,8 +31,8 @@ std::string lineOf(const LibraryFacts& facts) {
                      countText(facts.reads);
   if (facts.library.arePairs()) {
     line += ", insert size " + std::to_string(std::lround(facts.library.insert)) + " +- " +
-            std::to_string(std::lround(facts.library.spread)) +
-            (facts.library.orientation == Orientation::kInward ? ", FR" : ", RF");
+            std::to_string(std::lround(facts.library.spread)) + ", " +
+            nameOf(facts.library.orientation);
   }
   return line;
 }

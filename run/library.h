@@ -37,6 +37,18 @@ struct Library {
   double spread = 0;  // standard deviation of them, bases
 
   bool arePairs() const { return kind != LibraryKind::kSingle; }
+
+  /// Where insert size and orientation are from: "given", "measured", or "usual" for the kind.
+  const char* insertSource() const { return isInsertGiven ? "given" : "measured"; }
+  const char* orientationSource() const {
+    return givenOrientation ? "given" : isMeasured ? "measured" : "usual";
+  }
 };
+
+/// "pairs", "mate-pairs" or "single".
+const char* nameOf(LibraryKind kind);
+
+/// "FR" or "RF".
+const char* nameOf(Orientation orientation);
 
 }  // namespace velk::run

@@ -194,7 +194,7 @@ void ResultFolder::publish(const std::string& summary) {
   syncFile(file(kNextName));
   syncFile(file(kPartialName));
   for (const ResultFile& sealed : sealed_) {
-    if (sealed.name.starts_with(kNativeName)) makeFolder(file(kNativeName));
+    if (sealed.name.find('/') != std::string::npos) makeFolder(file(kNativeName));
     move(partial(sealed.name), file(sealed.name));
     published_.insert(sealed.name);
   }

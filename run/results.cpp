@@ -9,6 +9,20 @@
 namespace velk::run {
 namespace {
 
+// The read length is that of the samples; longer reads later on are placed by the rules for it.
+std::vector<std::string> warningsOf(const std::vector<ReadCounts>& counts, int readLength,
+                                    uint64_t foundReads) {
+  std::vector<std::string> lines;
+  uint64_t longer = 0;
+  for (const ReadCounts& ofLibrary : counts) longer += ofLibrary.longer;
+  if (longer != 0) {
+    lines.push_back(countText(longer) + " reads of pairs are longer than the read length of " +
+                    std::to_string(readLength) + " bases (-r)");
+  }
+  if (foundReads == 0) lines.emplace_back("no reads were found for any gap");
+  return lines;
+}
+
 // The reads of a library that were searched.
 uint64_t searchedOf(const std::string& library, const std::vector<InputFacts>& inputs) {
   uint64_t sum = 0;
@@ -16,16 +30,6 @@ uint64_t searchedOf(const std::string& library, const std::vector<InputFacts>& i
     if (input.library == library) sum += input.records * (input.arePairs ? 2 : 1);
   }
   return sum;
-}
-
-LibraryFacts factsOf(const Library& library) {
-  LibraryFacts facts{library, "", "", 0, 0, {}};
-  if (!library.arePairs()) return facts;
-  facts.insertSource = library.isInsertGiven ? "given" : "measured";
-  facts.orientationSource = library.givenOrientation ? "given"
-                            : library.isMeasured     ? "measured"
-                                                     : "usual";
-  return facts;
 }
 
 }  // namespace
@@ -76,10 +80,17 @@ Results::Results(const Arguments& arguments, const std::vector<std::string>& inp
 
 void Results::finish(const Assembly& assembly, const FixedValues& fixed, const Searched& searched,
                      FoundStore& found, Session& session) {
+  std::vector<std::string> warnings = searched.warnings;
+  for (const std::string& line :
+       warningsOf(searched.counts, fixed.readLength, found.foundReads())) {
+    session.terminal().warn(line);
+    warnings.push_back(line);
+  }
   found.writeResults();
   files_ = folder_.seal();
   session.end();
-  const Summary summary = summaryOf(fixed, searched, found, session);
+  Summary summary = summaryOf(fixed, searched, found, session);
+  summary.warnings = warnings;
   folder_.publish(summaryText(summary, assembly, found.counts()));
   for (const std::string& line :
        closingLines(summary, assembly, found.counts(), folder_.path(), session.seconds())) {
@@ -104,13 +115,10 @@ Summary Results::summaryOf(const FixedValues& fixed, const Searched& searched,
   summary.assemblyFile = searched.assemblyFile;
   summary.inputs = searched.inputs;
   for (std::size_t n = 0; n < fixed.libraries.size(); ++n) {
-    LibraryFacts facts = factsOf(fixed.libraries[n]);
-    facts.reads = searchedOf(facts.library.name, searched.inputs);
-    facts.found = found.foundReads(n);
-    facts.counts = searched.counts[n];
-    summary.libraries.push_back(facts);
+    const Library& library = fixed.libraries[n];
+    summary.libraries.push_back({library, searchedOf(library.name, searched.inputs),
+                                 found.foundReads(n), searched.counts[n]});
   }
-  summary.warnings = session.warnings();
   summary.alignmentRecords = found.records();
   summary.nameClashes = found.nameClashes();
   summary.spilledBytes = found.spilledBytes() + searched.spilledBytes;

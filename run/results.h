@@ -20,11 +20,12 @@ namespace velk::run {
 /// What was searched, by a run itself or by the tasks of a plan.
 struct Searched {
   InputFile assemblyFile;
-  std::vector<InputFacts> inputs;  // in the order of the run
-  std::vector<ReadCounts> counts;  // by library
-  std::vector<PhaseTime> times{};  // of tasks
-  uint64_t peakMemory = 0;         // of the largest task, bytes
-  uint64_t spilledBytes = 0;       // by tasks
+  std::vector<InputFacts> inputs;       // in the order of the run
+  std::vector<ReadCounts> counts;       // by library
+  std::vector<std::string> warnings{};  // of the look at the inputs
+  std::vector<PhaseTime> times{};       // of tasks
+  uint64_t peakMemory = 0;              // of the largest task, bytes
+  uint64_t spilledBytes = 0;            // by tasks
 };
 
 class Results {
@@ -35,7 +36,7 @@ class Results {
 
   const ResultFolder& folder() const { return folder_; }
 
-  /// Writes all files, the summary last. Throws Failure.
+  /// Writes all files, the summary last, and says so. Throws Failure.
   void finish(const Assembly& assembly, const FixedValues& fixed, const Searched& searched,
               FoundStore& found, Session& session);
 

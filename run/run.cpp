@@ -29,10 +29,7 @@ void runAll(const Arguments& arguments) {
   for (std::size_t n = 0; n < inputs.all().size(); ++n) {
     setCounts(searched.inputs[n], *inputs.all()[n].reads);
   }
-  for (const std::string& line :
-       warningsOf(searched.counts, fixed.readLength, found.foundReads())) {
-    session.warn(line);
-  }
+  searched.warnings = session.warnings();
   session.begin("writing");
   results.finish(assembly, fixed, searched, found, session);
 }

@@ -37,18 +37,4 @@ std::vector<ReadCounts> searchInputs(const ToSearch& toSearch, Session& session,
       });
 }
 
-// The read length is that of the samples; longer reads later on are placed by the rules for it.
-std::vector<std::string> warningsOf(const std::vector<ReadCounts>& counts, int readLength,
-                                    uint64_t foundReads) {
-  std::vector<std::string> lines;
-  uint64_t longer = 0;
-  for (const ReadCounts& ofLibrary : counts) longer += ofLibrary.longer;
-  if (longer != 0) {
-    lines.push_back(countText(longer) + " reads of pairs are longer than the read length of " +
-                    std::to_string(readLength) + " bases (-r)");
-  }
-  if (foundReads == 0) lines.emplace_back("no reads were found for any gap");
-  return lines;
-}
-
 }  // namespace velk::run

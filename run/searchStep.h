@@ -26,8 +26,4 @@ struct ToSearch {
 std::vector<ReadCounts> searchInputs(const ToSearch& toSearch, Session& session,
                                      FoundReceiver& receiver);
 
-/// What a result warns of: reads that were longer than the read length, and that none was found.
-std::vector<std::string> warningsOf(const std::vector<ReadCounts>& counts, int readLength,
-                                    uint64_t foundReads);
-
 }  // namespace velk::run
