@@ -46,7 +46,7 @@ FileIdentity identityOf(const std::string& file, Summed summed) {
   if (stat(file.c_str(), &status) != 0) failFile(file, "read");
   if (!S_ISREG(status.st_mode)) {
     throw Failure(Status::kFailed,
-                  file + " is no regular file, and tasks read their inputs on other machines");
+                  file + " is no regular file; the files of a plan are read more than once");
   }
   FileIdentity identity{static_cast<uint64_t>(status.st_size), ""};
   identity.md5 =
