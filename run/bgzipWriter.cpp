@@ -39,12 +39,14 @@ void BgzipWriter::fail(const std::string& file) const {
 }
 
 void BgzipWriter::write(std::string_view text) {
+  errno = 0;  // what fails in a helper's thread leaves none here
   const ssize_t written = bgzf_write(handle_->file, text.data(), text.size());
   if (written < 0 || static_cast<std::size_t>(written) != text.size()) fail(file_);
   bytes_ += text.size();
 }
 
 void BgzipWriter::close() {
+  errno = 0;
   // The index has all blocks only when the last of them is written.
   if (bgzf_flush(handle_->file) != 0) fail(file_);
   if (bytes_ == 0) {
