@@ -196,6 +196,9 @@ Arguments parseArguments(int argc, const char* const* argv) {
   CLI::App app(kAbout, "velk-run");
   app.footer(kExamples);
   app.set_version_flag("--version", "velk-run " VELK_VERSION);
+  std::string plan;  // for the help: such a command line is parsed by parseRunPlan()
+  app.add_option("--plan", plan, "run this plan, which has all inputs; velk-run --plan FILE --help")
+      ->type_name("FILE");
   parseRun(app, arguments, {"folder of the results", "DIR"}, argc, argv);
   return arguments;
 }
