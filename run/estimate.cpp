@@ -10,14 +10,14 @@ namespace {
 
 // Measured with -t 1 and -t 2 on assemblies of 20 and 80 million bases and 4 and 8 million reads of
 // 100 and 150 bases, in seconds.
-constexpr double kLoadBase = 8e-9;     // a base of the assembly: checked, loaded and cut
-constexpr double kIndexKmer = 20e-9;   // of one thread
-constexpr double kPlainBase = 9e-9;    // a base of a read, read and searched, of all threads
-constexpr double kPackedBase = 13e-9;  // the same of a compressed file
-constexpr double kLeastPlain = 3e-9;   // a base, for the one thread that reads
-constexpr double kLeastPacked = 3.5e-9;
-constexpr double kGatherShare = 0.1;  // of the time of the search, that writing takes
-constexpr double kJobStart = 5;       // of a job, until a scheduler has started it
+constexpr double kLoadBase = 8e-9;       // a base of the assembly: checked, loaded and cut
+constexpr double kIndexKmer = 20e-9;     // of one thread
+constexpr double kPlainBase = 9e-9;      // a base of a read, read and searched, of all threads
+constexpr double kPackedBase = 13e-9;    // the same of a compressed file
+constexpr double kLeastPlain = 3.7e-9;   // a base, for the one thread that reads
+constexpr double kLeastPacked = 3.5e-9;  // a base, for the thread that inflates a file
+constexpr double kGatherShare = 0.1;     // of the time of the search, that writing takes
+constexpr double kJobStart = 5;          // of a job, until a scheduler has started it
 
 constexpr uint64_t kWorkingMemory = uint64_t{300} << 20;  // bytes: batches, what is found
 constexpr double kPackedText = 0.7;  // of a text, which only compressed files are smaller than
@@ -61,8 +61,9 @@ TaskEstimate estimateTask(const OpenInput& input, int threads, const CommonEstim
   if (!input.sample().isAll && stored > 0) {
     bases *= static_cast<double>(input.reads->bytes()) / stored;
   }
-  const double ofBase = std::max((isPacked ? kPackedBase : kPlainBase) / threads,
-                                 isPacked ? kLeastPacked : kLeastPlain);
+  const int files = input.reads->files().second.empty() ? 1 : 2;
+  const double ofBase = isPacked ? std::max(kPackedBase / threads, kLeastPacked / files)
+                                 : std::max(kPlainBase / threads, kLeastPlain);
   return {bases * ofBase, common.memory};
 }
 

@@ -111,7 +111,7 @@ void makePlan(const Arguments& arguments, const std::string& root) {
         estimateTask(preparation.inputs().all()[n], plan.threads, plan.estimate);
   }
   plan.warnings = session.warnings();
-  writeWhole(arguments.folder, planText(plan));
+  writeWhole(arguments.folder, textOfPlan(plan));
   for (const std::string& line : closingLines(plan, arguments.folder)) session.say(line);
 }
 

@@ -170,7 +170,7 @@ Json jsonOf(const Plan& plan, uint32_t task) {
 
 }  // namespace
 
-std::string planText(const Plan& plan) {
+std::string textOfPlan(const Plan& plan) {
   Json json{{"schema", kPlanSchema},
             {"program", {{"name", "velk-run"}, {"version", VELK_VERSION}}},
             {"sample", plan.arguments.sample},

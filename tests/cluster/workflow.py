@@ -139,7 +139,7 @@ class Local(OnExample):
     def test_configurations_that_can_not_be_used(self):
         good = read("config/config.yaml").decode()
         for change, words in (
-                (lambda text: text.replace("assembly:", "asembly:"), "'assembly' is a required"),
+                (lambda text: text.replace("assembly:", "scaffolds:"), "'assembly' is a required"),
                 (lambda text: text + "thread: 3\n", "'thread' was unexpected"),
                 (lambda text: text + "threads: many\n", "'many' is not of type 'integer'"),
                 (lambda text: text.replace("sheet.tsv", "gone.tsv"),
