@@ -13,6 +13,8 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 INDEX_BYTES = 1.6   # of a base, at most (doc/performance.md)
 WORKING = 0.315e9   # bytes
 THREADS = 8
+READ = 150          # bases
+FOUND = 0.03        # records of a read: scaffolds with a gap in some ten thousand bases
 GENOMES = ((5e6, 100), (100e6, 60), (1e9, 60), (3e9, 50), (10e9, 40))  # bases, coverage
 NODES = (4, 16)
 
@@ -36,7 +38,9 @@ def rows():
         load = k["kLoadBase"] * bases
         index = k["kIndexKmer"] * bases / THREADS
         search = read * max(k["kPackedBase"] / THREADS, k["kLeastPacked"] / 2)  # two files of mates
-        writing = k["kGatherShare"] * search
+        found = read / READ * FOUND / THREADS
+        search += found * k["kFindRecord"]
+        writing = found * k["kWriteRecord"]
         one = load + index + search + writing
         cells = [f"{bases / 1e6:,.0f} Mb", f"{coverage}", f"{(bases * (1 + INDEX_BYTES) + WORKING) / 1e9:.1f} GB",
                  f"{hours(one)}, {one * THREADS / 3600:.1f}"]

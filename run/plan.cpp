@@ -163,7 +163,7 @@ Json jsonOf(const Plan& plan, uint32_t task) {
   for (const PlannedFile& file : input.files) json["files"].push_back(jsonOf(file));
   const CommonEstimate& common = plan.estimate;
   const double seconds = common.loadSeconds + common.indexSeconds + input.estimate.searchSeconds;
-  json["minutes"] = std::ceil(seconds / 6) / 10;
+  json["minutes"] = std::ceil(seconds / 0.6) / 100;
   json["memory_mb"] = input.estimate.memory / 1000000 + 1;
   return json;
 }
@@ -203,8 +203,9 @@ Plan readPlan(const std::string& file) {
     plan.checksum = md5OfText(text);
     return plan;
   } catch (const std::exception& error) {
+    const std::string version = VELK_VERSION;
     throw Failure(Status::kUsage,
-                  file + " is no plan of velk-run " VELK_VERSION ": " + error.what());
+                  file + " is no plan of velk-run " + version + ": " + error.what());
   }
 }
 
