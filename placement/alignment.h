@@ -3,7 +3,7 @@
 // Windows and bases are those of the packed read as it was sequenced, also where its reverse
 // complement is what lies on the contig; a window is as long as in the text. All windows that agree
 // are k-mers of the contig, or their reverse complements: what the index knows of these, two marks
-// tell without a look-up.
+// say without a look-up.
 #pragma once
 
 #include <cstdint>
@@ -55,7 +55,7 @@ class Alignment {
     return diagonal_.isReversed == isReversed && matches_.contains(window);
   }
 
-  /// What the text's marks tell of the matches.
+  /// What the text's marks say of the matches.
   enum class Mark {
     kRepeated,    // the k-mer occurs again in the index
     kNotReversed  // its reverse complement is not in the index

@@ -2,7 +2,7 @@
 //
 // It skips windows that are known
 //   1. to be absent because of their seeds, or because they are reverse complements of windows of
-//      the contig that the read is aligned to: the preparing of reads tells (prepareReads.h);
+//      the contig that the read is aligned to: the preparing of reads finds them (prepareReads.h);
 //   2. to be repeated: once one is, all that agree with the contig there and are marked so;
 //   3. to lie on the diagonal of a refused hit and to agree with the contig there: each is the
 //      contig's own k-mer, so it lies at this very place, or is repeated.

@@ -29,7 +29,7 @@ void prefetchAlong(const ContigText& text, const PreparedRead& read, const Diago
   prefetchLetters(letters.substr(first < letters.size() ? first : 0, length));
 }
 
-// A window of a read, being looked up, and the diagonal that it tells, if any.
+// A window of a read, being looked up, and the diagonal that it is on, if any.
 struct WindowLookUp {
   PreparedRead* read;
   std::size_t window;
@@ -65,7 +65,7 @@ void beginSeeds(const SeedIndex& index, PreparedRead& read, std::vector<SeedOfRe
   }
 }
 
-// Ends the look-up of a seed: its places rule windows out, or tell how the read is aligned.
+// Ends the look-up of a seed: its places rule windows out, or show how the read is aligned.
 void endSeed(const SeedIndex& index, PreparedRead& read, const SeedIndex::SeedLookUp& seed) {
   const SeedIndex::SeedVerdict verdict = index.endSeed(seed, read.packed);
   for (uint32_t left = verdict.absent; left != 0; left &= left - 1) {

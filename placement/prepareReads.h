@@ -5,7 +5,7 @@
 //      it is, the read is compared with the text along that diagonal.
 //   3. sift: the seeds of all windows that do not agree with the text are looked up. A seed that is
 //      not in the index rules all its windows out, on both strands; for one that is, the bases
-//      around its places tell.
+//      around its places decide.
 // Each step takes a group of reads, so that the memory which it prefetches for one read arrives
 // while the others take theirs. All of it can be found out again by look-ups: no answer depends on
 // what is known.
@@ -56,12 +56,12 @@ void alignReads(const SeedIndex& index, const FastSteps& steps,
                 std::span<PreparedRead* const> reads);
 
 /// Finds out which windows of the reads that are packed cannot be hits; aligns a read that is not
-/// aligned where a seed tells how.
+/// aligned where a seed shows how.
 void siftReads(const SeedIndex& index, const FastSteps& steps,
                std::span<PreparedRead* const> reads);
 
 /// Packs a group, and takes all steps with most of its reads: not with a lead whose first window is
-/// a known hit, nor with its mate, as that mostly settles a pair.
+/// a known hit, nor with its mate, as such a pair mostly needs no other try.
 void prepareGroup(const SeedIndex& index, const FastSteps& steps, std::span<PreparedRead> leads,
                   std::span<PreparedRead> others, bool isReversedFirst);
 

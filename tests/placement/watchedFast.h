@@ -53,7 +53,7 @@ class WatchedFast : public FastEngine {
     for (const Prepared& read : leads) note(read);
     for (const Prepared& read : others) note(read);
     if (leads.size() < group()) ++met_["group: not full"];
-    if (isReversedFirst) ++met_["group: turned pairs"];
+    if (isReversedFirst) ++met_["group: reversed pairs"];
   }
 
   template <class Strand, class Visit>
