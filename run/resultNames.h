@@ -12,7 +12,7 @@ constexpr const char* kSummaryName = "summary.json";
 constexpr const char* kPartialName = ".partial";
 constexpr const char* kNativeName = "native";
 
-/// All names but that of the summary, in the order in which results are told of.
+/// All names but that of the summary, in the order in which results are listed.
 std::span<const char* const> resultNames();
 
 /// The names that a summary lists as its run's files, as far as they are such names. None when

@@ -49,7 +49,7 @@ class Results : public FoundReceiver {
   /// Writes all files, the summary last. Throws Failure.
   void finish(const std::vector<std::string>& warnings, const std::vector<ReadCounts>& counts);
 
-  /// What the user is told at the end. REQUIRES: finish().
+  /// The last lines that the user sees. REQUIRES: finish().
   std::vector<std::string> closingLines() const;
 
  private:

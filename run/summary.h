@@ -51,7 +51,7 @@ struct PhaseTime {
   double seconds;
 };
 
-/// What is told of a run.
+/// What the summary says of a run.
 struct Summary {
   std::string version;  // of the program
   std::string sample;
