@@ -12,8 +12,10 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "kmer/packedBases.h"
 #include "kmer/seedIndex.h"
@@ -48,24 +50,61 @@ struct PreparedRead {
   bool isPacked() const { return windows != 0; }
 };
 
-/// Packs the reads to which `bases` points, and forgets what was known of those before.
-void packReads(const SeedIndex& index, std::span<PreparedRead> reads);
+class ReadPreparer {
+ public:
+  /// `index` outlives the preparer.
+  ReadPreparer(const SeedIndex& index, const FastSteps& steps) : index_(index), steps_(steps) {}
 
-/// Aligns the reads that are packed and not aligned.
-void alignReads(const SeedIndex& index, const FastSteps& steps,
-                std::span<PreparedRead* const> reads);
+  const SeedIndex& index() const { return index_; }
+  const FastSteps& steps() const { return steps_; }
 
-/// Finds out which windows of the reads that are packed cannot be hits; aligns a read that is not
-/// aligned where a seed shows how.
-void siftReads(const SeedIndex& index, const FastSteps& steps,
-               std::span<PreparedRead* const> reads);
+  /// Packs a group, and takes all steps with most of its reads: not with a lead whose first window
+  /// is a known hit, nor with its mate, as such a pair mostly needs no other try.
+  void prepareGroup(std::span<PreparedRead> leads, std::span<PreparedRead> others,
+                    bool isReversedFirst);
 
-/// Packs a group, and takes all steps with most of its reads: not with a lead whose first window is
-/// a known hit, nor with its mate, as such a pair mostly needs no other try.
-void prepareGroup(const SeedIndex& index, const FastSteps& steps, std::span<PreparedRead> leads,
-                  std::span<PreparedRead> others, bool isReversedFirst);
+  /// Takes the steps that a packed read has been left without.
+  void complete(PreparedRead& read);
 
-/// Takes the steps that a packed read has been left without.
-void completeRead(const SeedIndex& index, const FastSteps& steps, PreparedRead& read);
+  // The steps.
+
+  /// Packs the reads to which `bases` points, and forgets what was known of those before.
+  void pack(std::span<PreparedRead> reads);
+
+  /// Aligns the reads that are packed and not aligned.
+  void align(std::span<PreparedRead* const> reads);
+
+  /// Finds out which windows of the reads that are packed cannot be hits; aligns a read that is not
+  /// aligned where a seed shows how.
+  void sift(std::span<PreparedRead* const> reads);
+
+ private:
+  // A window of a read, being looked up, and the diagonal that it is on, if any.
+  struct WindowLookUp {
+    PreparedRead* read;
+    std::size_t window;
+    SeedIndex::LookUp lookUp;
+    std::optional<Diagonal> diagonal{};
+  };
+  // A seed of a read, being looked up.
+  struct SeedOfRead {
+    PreparedRead* read;
+    SeedIndex::SeedLookUp lookUp;
+  };
+
+  void endLookUp(WindowLookUp& window) const;
+  void beginSeeds(PreparedRead& read);
+  void endSeed(const SeedOfRead& seed) const;
+  void findAbsent(std::span<PreparedRead* const> reads);
+  bool isHitFirst(const PreparedRead& read, bool isReversedFirst) const;
+
+  const SeedIndex& index_;
+  FastSteps steps_;
+  // What one call uses, kept for the next one's sake.
+  std::vector<WindowLookUp> lookUps_;
+  std::vector<SeedOfRead> seeds_;
+  std::vector<PreparedRead*> open_;
+  std::vector<PreparedRead*> mates_;
+};
 
 }  // namespace velk
