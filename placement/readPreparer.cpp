@@ -39,13 +39,27 @@ void ReadPreparer::endLookUp(WindowLookUp& window) const {
   prefetchAlong(index_.text(), *window.read, *window.diagonal, window.window);
 }
 
+// Where the seed of windows that do not agree with the text lies on the read's diagonal, if it
+// agrees there itself and all of the windows lie on one contig.
+uint64_t ReadPreparer::placeOnDiagonal(const PreparedRead& read, const SeedRun& run) const {
+  if (!read.alignment.covers(run.first, run.last)) return Occurrence::kAbsent;
+  const Diagonal& diagonal = read.alignment.diagonal();
+  const int length = index_.seeds().length();
+  const uint64_t seed = read.packed.at(run.at, length);
+  const auto behind = static_cast<uint64_t>(index_.text().windowLength() - length);
+  const uint64_t place = diagonal.positionOf(run.at) + (diagonal.isReversed ? behind : 0);
+  const uint64_t there = index_.text().basesAt(place, length);
+  const bool agrees = there == (diagonal.isReversed ? reversedKey(seed, length) : seed);
+  return agrees ? place : Occurrence::kAbsent;
+}
+
 // Begins to look up the seeds of the windows that do not agree with the text.
 void ReadPreparer::beginSeeds(PreparedRead& read) {
   const WindowSet& matches = read.alignment.matches();
   for (std::size_t from = matches.firstMissing(0); from < read.windows;) {
     const std::size_t to = matches.firstContained(from);
     index_.seeds().forEachRun(read.packed, from, to, [&](const SeedRun& run) {
-      seeds_.push_back({&read, index_.beginSeed(run)});
+      seeds_.push_back({&read, index_.beginSeed(run, placeOnDiagonal(read, run))});
     });
     from = matches.firstMissing(to);
   }

@@ -93,6 +93,7 @@ class ReadPreparer {
   };
 
   void endLookUp(WindowLookUp& window) const;
+  uint64_t placeOnDiagonal(const PreparedRead& read, const SeedRun& run) const;
   void beginSeeds(PreparedRead& read);
   void endSeed(const SeedOfRead& seed) const;
   void findAbsent(std::span<PreparedRead* const> reads);
