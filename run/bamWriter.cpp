@@ -80,11 +80,13 @@ void BamWriter::fail(const std::string& file) const {
 }
 
 void BamWriter::write(std::string_view record, std::string_view namePrefix) {
+  errno = 0;  // what fails in a helper's thread leaves none here
   decodeBam(record, namePrefix, handles_->record);
   if (sam_write1(handles_->output, handles_->header, handles_->record) < 0) fail(file_);
 }
 
 void BamWriter::close() {
+  errno = 0;
   if (sam_idx_save(handles_->output) != 0) fail(indexFile_);
   const int result = sam_close(handles_->output);
   handles_->output = nullptr;

@@ -34,6 +34,9 @@ void writeFile(const std::string& file, std::string_view text);
 /// Writes to an open file that messages call `name`. Throws Failure.
 void writeDescriptor(int descriptor, const std::string& name, std::string_view text);
 
+/// All of a file. Throws Failure.
+std::string readFile(const std::string& file);
+
 /// All that an open file still has. Throws Failure.
 std::string readDescriptor(int descriptor, const std::string& name);
 

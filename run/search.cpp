@@ -147,10 +147,7 @@ std::vector<ReadCounts> Search::run(const std::vector<SearchInput>& inputs, Foun
     const ReadCounts ofBatch = countReads(task.batch);
     searchBatch(task.batch, task.library, worker, receiver);
     const std::lock_guard lock(countsMutex);
-    ReadCounts& sum = counts[task.library];
-    sum.withN += ofBatch.withN;
-    sum.tooShort += ofBatch.tooShort;
-    sum.longer += ofBatch.longer;
+    counts[task.library] += ofBatch;
   });
   Progress progress{0, 0};
   for (const SearchInput& input : inputs) {

@@ -55,6 +55,13 @@ struct ReadCounts {
   uint64_t withN = 0;     // reads, or pairs, that have an N: not searched
   uint64_t tooShort = 0;  // reads, or pairs, shorter than a k-mer: not searched
   uint64_t longer = 0;    // reads of pairs longer than the run's read length
+
+  ReadCounts& operator+=(const ReadCounts& other) {
+    withN += other.withN;
+    tooShort += other.tooShort;
+    longer += other.longer;
+    return *this;
+  }
 };
 
 /// What has been searched, for one who waits.

@@ -39,11 +39,9 @@ struct InputFacts {
 /// What a library was taken for.
 struct LibraryFacts {
   Library library;
-  std::string insertSource;       // "given" or "measured"; empty for single reads
-  std::string orientationSource;  // likewise
-  uint64_t reads = 0;             // searched: of pairs, both
-  uint64_t found = 0;             // distinct reads
-  ReadCounts counts;              // reads that were left out, and why
+  uint64_t reads = 0;  // searched: of pairs, both
+  uint64_t found = 0;  // distinct reads
+  ReadCounts counts;   // reads that were left out, and why
 };
 
 struct PhaseTime {

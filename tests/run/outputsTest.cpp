@@ -373,5 +373,16 @@ TEST_F(OutputsTest, NothingFoundGivesWholeEmptyFiles) {
   EXPECT_TRUE(readBamRegion(dir + "/reads.bam", dir + "/reads.bam.bai", 0, 0, 1000).empty());
 }
 
+TEST_F(OutputsTest, TheIndexOfAnEmptyFileHasNoBlocks) {
+  entries_.clear();
+  OutputOptions options;
+  for (const int threads : {1, 2, 3}) {
+    options.threads = threads;
+    const std::string dir = write("out" + std::to_string(threads), options);
+    EXPECT_EQ(contentOf(dir + "/pairs.fq.gz.gzi"), std::string(8, '\0')) << threads;
+    EXPECT_EQ(contentOf(dir + "/singles.fq.gz.gzi"), std::string(8, '\0')) << threads;
+  }
+}
+
 }  // namespace
 }  // namespace velk::test
