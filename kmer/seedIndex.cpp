@@ -123,19 +123,20 @@ Occurrence SeedIndex::joinOdd(Occurrence found, uint64_t key) const {
   return {std::min(found.position, entry->position()), false};
 }
 
-SeedIndex::SeedLookUp SeedIndex::beginSeed(const SeedRun& run) const {
+SeedIndex::SeedLookUp SeedIndex::beginSeed(const SeedRun& run, uint64_t unlike) const {
   const uint64_t hash = mixed(run.kind);
   prefetchLine(seedRange(hash).home(hash));
-  return {run, hash};
+  return {run, hash, unlike};
 }
 
 bool SeedIndex::advanceSeed(const SeedLookUp& lookUp) const {
   const auto range = seedRange(lookUp.hash);
   // Of m-mers that tie, the reverse complement of a window may have another for its seed.
   if (lookUp.run.isTied || range.home(lookUp.hash)->hasOdd()) return true;
-  return range.anyHit(lookUp.hash, [&](const Bucket&, unsigned, uint64_t place) {
+  return range.anyHit(lookUp.hash, [&](const Bucket& bucket, unsigned i, uint64_t place) {
     const auto around = static_cast<uint64_t>(seeds_.offsets()) - 1;
     place -= placeBase_;
+    if (place == lookUp.unlike && !bucket.isHeavy(i)) return false;
     text_.prefetchBetween(place - around, place + static_cast<uint64_t>(text_.windowLength()) - 1);
     return true;
   });
@@ -155,6 +156,7 @@ SeedIndex::SeedVerdict SeedIndex::endSeed(const SeedLookUp& lookUp,
   uint32_t open = offsetBits(low, high);
   range.anyHit(lookUp.hash, [&](const Bucket& bucket, unsigned i, uint64_t place) {
     place -= placeBase_;
+    if (place == lookUp.unlike && !bucket.isHeavy(i)) return false;
     const uint64_t there = text_.basesAt(place, length);
     if (there != seed && there != reversed) return false;
     if (bucket.isHeavy(i)) {

@@ -116,8 +116,7 @@ class LibraryMaker {
     if (files_.bare.size() == 2) addPairs(files_.bare[0], files_.bare[1], LibraryKind::kPairs);
     if (files_.bare.size() == 1 || files_.bare.size() > 2) {
       throw Failure(Status::kUsage, "two files of mates may stand behind the assembly, not " +
-                                        std::to_string(files_.bare.size()) +
-                                        " (velk-run --help tells more)");
+                                        std::to_string(files_.bare.size()) + kMoreInHelp);
     }
     for (const auto& [one, other] : files_.pairs) addPairs(one, other, LibraryKind::kPairs);
     for (const std::string& file : files_.interleaved) {

@@ -59,7 +59,7 @@ bool needsLongIndex(const Assembly& assembly) {
 BamWriter::BamWriter(const std::string& file, const std::string& indexFile,
                      const std::string& header, bool hasLongIndex, int helpers)
     : file_(file), indexFile_(indexFile), handles_(std::make_unique<Handles>()) {
-  hts_set_log_level(HTS_LOG_OFF);  // what fails is told here
+  hts_set_log_level(HTS_LOG_OFF);  // failures are reported here
   handles_->output = sam_open(file_.c_str(), "wb1");
   if (handles_->output == nullptr) fail(file_);
   if (helpers > 0 && hts_set_threads(handles_->output, helpers) != 0) fail(file_);

@@ -46,7 +46,7 @@ void syncFile(const std::string& file);
 /// The MD5 sum of a file in hexadecimal digits, and its size (out). Throws Failure.
 std::string md5OfFile(const std::string& file, uint64_t& bytes);
 
-/// Whether there is anything of that name. Throws Failure where that cannot be told.
+/// Whether there is anything of that name. Throws Failure where that cannot be found out.
 bool exists(const std::string& file);
 
 }  // namespace velk::run

@@ -55,7 +55,7 @@ bool isFolder(int descriptor, const std::string& folder) {
 }
 
 // Returns false, with errno set, when that fails. Some file systems have no locks; there two runs
-// at once are not told apart.
+// at once are not distinguished.
 bool lockFolder(int descriptor) {
   if (flock(descriptor, LOCK_EX | LOCK_NB) == 0) return true;
   return errno == ENOSYS || errno == ENOLCK || errno == EOPNOTSUPP;

@@ -8,7 +8,7 @@
 //   ResultFolder folder(dir, inputs)   looks, and changes nothing
 //   folder.begin()                     removes an earlier result, makes .partial
 //   ... files are written to folder.partial(name) ...
-//   folder.seal()                      has them on disk, and tells sizes and checksums
+//   folder.seal()                      has them on disk, and returns sizes and checksums
 //   folder.publish(summary)            moves them
 #pragma once
 

@@ -2,7 +2,7 @@
 // gaps.
 //
 // The calling thread reads batches, in the order of the inputs, and each goes to whichever worker
-// is free. A worker tells the receiver what it found, with where it came from, so the order of the
+// is free. A worker gives the receiver what it found, with where it came from, so the order of the
 // work is seen nowhere. With one thread the calling thread does all. The bases of an input are what
 // the assembly's index is asked for; nothing here prints or ends the process.
 #pragma once

@@ -49,7 +49,7 @@ struct PhaseTime {
   double seconds;
 };
 
-/// What is told of a run.
+/// What the summary says of a run.
 struct Summary {
   std::string version;  // of the program
   std::string sample;

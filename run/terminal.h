@@ -27,7 +27,7 @@ class Terminal {
   /// none where nothing can be said of how long it takes.
   void begin(const std::string& phase, std::optional<double> later);
 
-  /// Tells how much of the phase is done, from 0 to 1, and the reads that were searched so far.
+  /// Shows how much of the phase is done, from 0 to 1, and the reads that were searched so far.
   void update(double done, uint64_t reads);
 
  private:

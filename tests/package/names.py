@@ -41,11 +41,11 @@ def main(root, *programs):
         page = pathlib.Path(program).name + ".1"
         compared.append((page, items(manual / page, "Fl") - {"h"}, options(program) - {"h"}))
     wrong = 0
-    for page, told, known in compared:
-        print(f"{page}: {len(told)} names")
-        for name in sorted(told ^ known):
-            print(f"    {name} is {'not known' if name in told else 'missing'}")
-        wrong += told != known or not told
+    for page, listed, known in compared:
+        print(f"{page}: {len(listed)} names")
+        for name in sorted(listed ^ known):
+            print(f"    {name} is {'not known' if name in listed else 'missing'}")
+        wrong += listed != known or not listed
     return 1 if wrong else 0
 
 

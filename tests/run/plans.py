@@ -326,7 +326,7 @@ class BigGapLength(unittest.TestCase):
                 at = rng.randrange(len(genome) - insert)
                 fragment = genome[at:at + insert]
                 mates = [fragment[:100], fragment.translate(COMPLEMENT)[::-1][:100]]
-                if insert > 1000:  # outward: from the ends of the fragment, turned
+                if insert > 1000:  # outward: from the ends of the fragment
                     mates = [mate.translate(COMPLEMENT)[::-1] for mate in mates]
                 for lines, mate in zip(files, mates):
                     lines += [f">{name}{number}", mate]
