@@ -96,12 +96,9 @@ void Preparation::measureOn(FixedValues& fixed) {
 
 double Preparation::foundPerRead(const OpenInput& input, const FixedValues& fixed) const {
   if (index_ == nullptr) return 0;
-  survey::Sample sample;
-  if (input.reads->files().arePairs()) {
-    sample.insert = static_cast<int>(std::lround(fixed.libraries[input.library].insert));
-    sample.b = basesOf(input.sample().second);
-  }
-  sample.a = basesOf(input.sample().first);
+  const Library& library = fixed.libraries[input.library];
+  survey::Sample sample{0, basesOf(input.sample().first), basesOf(input.sample().second)};
+  if (library.arePairs()) sample.insert = static_cast<int>(std::lround(library.insert));
   const survey::Scaffolds scaffolds(assembly_->model(), assembly_->scaffolds().size());
   const survey::SearchTrial trial =
       survey::trySearch(*index_, scaffolds,
