@@ -116,7 +116,10 @@ class Local(OnExample):
         self.assertIn("Trying to restart job", said)
 
     def test_other_options_run_all_again(self):
+        os.mkdir("results")
+        write("results/mine", "")
         self.runs("-c", "2")
+        self.assertTrue(os.path.exists("results/mine"))
         self.configure(options="--force -M 0.9")
         subprocess.run([VELK_RUN, "scaffolds.fa", "--samplesheet", "sheet.tsv", "--force", "-M",
                         "0.9", "-o", "one", "--quiet"], check=True, stderr=subprocess.DEVNULL)
