@@ -72,11 +72,11 @@ void FoundStore::writeNative() {
   });
   stream.close();
   if (!stream) failFile(file, "written");
-  std::vector<uint64_t> records;
+  std::vector<uint64_t> ofGaps;
   for (std::size_t gap = 0; gap < assembly_.gaps().size(); ++gap) {
-    records.push_back(outputs_.counts().records(gap));
+    ofGaps.push_back(outputs_.counts().records(gap));
   }
-  writeNativeTables(folder_.partial(kNativeName), assembly_, records);
+  writeNativeTables(folder_.partial(kNativeName), assembly_, ofGaps);
 }
 
 }  // namespace velk::run

@@ -161,8 +161,8 @@ Json jsonOf(const Plan& plan, uint32_t task) {
             {"interleaved", input.areInterleaved},
             {"files", Json::array()}};
   for (const PlannedFile& file : input.files) json["files"].push_back(jsonOf(file));
-  const CommonEstimate& common = plan.estimate;
-  const double seconds = common.loadSeconds + common.indexSeconds + input.estimate.searchSeconds;
+  const double seconds =
+      plan.estimate.loadSeconds + plan.estimate.indexSeconds + input.estimate.searchSeconds;
   json["minutes"] = std::ceil(seconds / 0.6) / 100;
   json["memory_mb"] = input.estimate.memory / 1000000 + 1;
   return json;
