@@ -43,7 +43,7 @@ class FoundStore : public FoundReceiver {
   uint64_t foundReads() const;
 
   /// As those of Outputs.
-  uint64_t records() const { return outputs_.records(); }
+  uint64_t records() const override { return outputs_.records(); }
   uint64_t nameClashes() const { return outputs_.nameClashes(); }
   uint64_t spilledBytes() const { return outputs_.spilledBytes(); }
 

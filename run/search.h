@@ -48,6 +48,9 @@ class FoundReceiver {
 
   /// A pair that spans a gap, whether any of it was found or not.
   virtual void takeSpan(const Span& span) = 0;
+
+  /// Alignment records that were made of what it has taken so far.
+  virtual uint64_t records() const = 0;
 };
 
 /// Reads of a library that are searched nowhere, or not as they should be.

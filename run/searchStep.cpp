@@ -1,7 +1,6 @@
 #include "run/searchStep.h"
 
 #include <new>
-#include <optional>
 
 #include "driver/velk.h"
 #include "run/terminal.h"
@@ -9,7 +8,7 @@
 namespace velk::run {
 namespace {
 
-constexpr double kWritingShare = 0.1;  // of the time of the search, that writing takes
+constexpr double kWriteRecord = 3e-6;  // seconds, with two threads
 
 }  // namespace
 
@@ -28,12 +27,13 @@ std::vector<ReadCounts> searchInputs(const ToSearch& toSearch, Session& session,
   const SearchValues values{arguments.kmer,   fixed.readLength,    fixed.bigGapLength,
                             arguments.mapCut, arguments.overRatio, session.threads()};
   const uint64_t bytes = toSearch.inputs.bytes();
-  session.begin("searching", bytes == 0 ? std::nullopt : std::optional(kWritingShare));
+  session.begin("searching");
   return Search(toSearch.assembly, index, fixed.libraries, values)
       .run(toSearch.inputs.toSearch(), receiver, [&](const Progress& progress) {
-        const double done =
-            bytes == 0 ? 0 : static_cast<double>(progress.bytes) / static_cast<double>(bytes);
-        session.terminal().update(done, progress.reads);
+        if (bytes == 0) return session.terminal().update(0, progress.reads, 0);
+        const double done = static_cast<double>(progress.bytes) / static_cast<double>(bytes);
+        const double records = static_cast<double>(receiver.records()) / done;
+        session.terminal().update(done, progress.reads, kWriteRecord * records);
       });
 }
 

@@ -12,11 +12,11 @@ Session::Session(bool isQuiet, bool isForced, int threads)
       isForced_(isForced),
       threads_(threads == 0 ? survey::allowedProcessors() : threads) {}
 
-void Session::begin(const std::string& phase, std::optional<double> later) {
+void Session::begin(const std::string& phase) {
   end();
   times_.push_back({phase, 0});
-  terminal_.begin(phase, later);
-  terminal_.update(0, 0);
+  terminal_.begin(phase);
+  terminal_.update(0, 0, 0);
 }
 
 void Session::end() {

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <chrono>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,8 +17,8 @@ class Session {
   /// `isForced`: errors of the look at the inputs are warnings. `threads`: 0: all that are allowed.
   Session(bool isQuiet, bool isForced, int threads);
 
-  /// Begins a phase, and ends the one before. `later` as in Terminal::begin().
-  void begin(const std::string& phase, std::optional<double> later = std::nullopt);
+  /// Begins a phase, and ends the one before.
+  void begin(const std::string& phase);
 
   /// Ends the last phase.
   void end();

@@ -50,7 +50,10 @@ class SpillSorter {
   /// Writes all items, in order, to a file. Called in place of forEach(). Throws Failure.
   void save(const std::string& file);
 
-  uint64_t items() const { return items_; }
+  uint64_t items() const {
+    const std::lock_guard lock(mutex_);
+    return items_;
+  }
   uint64_t spilledBytes() const { return fileSize_; }
 
  private:
@@ -80,7 +83,7 @@ class SpillSorter {
   uint64_t fileSize_ = 0;
   uint64_t items_ = 0;
 
-  std::mutex mutex_;  // guards everything while items are added
+  mutable std::mutex mutex_;  // guards everything while items are added
   std::vector<Item> held_;
   std::vector<std::unique_ptr<char[]>> blocks_;
   std::size_t left_ = 0;    // bytes of the last block
