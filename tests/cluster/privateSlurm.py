@@ -8,6 +8,7 @@ import socket
 import subprocess
 import time
 
+LONGEST_START = 60  # seconds, until all nodes are idle
 CONFIG = """ClusterName=test
 SlurmctldHost={host}(127.0.0.1)
 SlurmUser={user}
@@ -30,6 +31,7 @@ SelectTypeParameters=CR_Core_Memory
 ReturnToService=2
 SchedulerParameters=sched_interval=1,batch_sched_delay=1
 KillWait=2
+SlurmdParameters=config_overrides
 MinJobAge=600
 JobAcctGatherType=jobacct_gather/linux
 JobAcctGatherFrequency=1
@@ -74,19 +76,27 @@ class PrivateSlurm:
                                 PATH=os.environ["PATH"] + ":/usr/sbin:/sbin")
 
     def __enter__(self):
+        try:
+            self.start_all()
+        except BaseException:
+            self.__exit__()
+            raise
+        return self
+
+    def start_all(self):
         """Returns when all nodes are idle."""
         here = self.folder
+        deadline = time.monotonic() + LONGEST_START
         self.start("munged", "--foreground", "--force", f"--key-file={here}/munge.key",
                    f"--socket={here}/munge.socket", f"--pid-file={here}/munged.pid",
                    f"--log-file={here}/munged.log", f"--seed-file={here}/munge.seed")
         while not os.path.exists(f"{here}/munge.socket"):
-            self.wait()
+            self.wait(deadline)
         self.start("slurmctld", "-D", "-c")
         for n in range(1, self.nodes + 1):
             self.start("slurmd", "-D", "-N", f"n{n}")
         while self.call("sinfo", "-h", "-N", "-o", "%t").split() != ["idle"] * self.nodes:
-            self.wait()
-        return self
+            self.wait(deadline)
 
     def __exit__(self, *_):
         for process in reversed(self.started):
@@ -104,7 +114,9 @@ class PrivateSlurm:
             self.started.append(subprocess.Popen([path, *arguments], env=self.environment,
                                                  stdin=subprocess.DEVNULL, stdout=log, stderr=log))
 
-    def wait(self):
+    def wait(self, deadline):
+        if time.monotonic() > deadline:
+            raise RuntimeError(f"Slurm takes too long; its words are in {self.folder}")
         for process in self.started:
             if process.poll() is not None:
                 raise RuntimeError(f"{process.args[0]} has ended; its words are in {self.folder}")
@@ -115,10 +127,11 @@ class PrivateSlurm:
                               stderr=subprocess.PIPE, text=True, check=False, **how)
         return done.stdout
 
-    def finish_jobs(self):
+    def finish_jobs(self, longest=600):
         """Waits until no job is left; returns the states of all, by name and number of the array."""
+        deadline = time.monotonic() + longest
         while self.call("squeue", "-h", "-o", "%i").strip():
-            self.wait()
+            self.wait(deadline)
         states = {}
         for line in self.call("scontrol", "-o", "show", "job").splitlines():
             facts = dict(part.split("=", 1) for part in line.split() if "=" in part)
