@@ -40,6 +40,7 @@ uint64_t longestReach(const std::vector<Library>& libraries) {
 
 std::vector<std::string> basesOf(const std::vector<reads::KeptRead>& reads) {
   std::vector<std::string> bases;
+  bases.reserve(reads.size());
   for (const reads::KeptRead& read : reads) bases.push_back(read.bases);
   return bases;
 }
