@@ -44,7 +44,7 @@ TEST_F(ContigTextTest, ContigOfEveryPosition) {
     }
     assembly[0].push_back(lettersOf(40));
     make(assembly, 20);
-    const std::vector<TextContig>& contigs = text_.contigs();
+    const Array<TextContig>& contigs = text_.contigs();
     std::size_t last = 0;
     for (uint64_t p = 0; p < text_.end() + ContigText::kPad; ++p) {
       while (last + 1 < contigs.size() && contigs[last + 1].start <= p) ++last;
@@ -55,7 +55,7 @@ TEST_F(ContigTextTest, ContigOfEveryPosition) {
 
 TEST_F(ContigTextTest, ContigsLieApartAndInOrder) {
   make({{"AC", lettersOf(50)}, {}, {lettersOf(33), "", lettersOf(31)}}, 31);
-  const std::vector<TextContig>& contigs = text_.contigs();
+  const Array<TextContig>& contigs = text_.contigs();
   ASSERT_EQ(contigs.size(), 3U);  // the others hold no window
   EXPECT_EQ(text_.windows(), 20U + 3 + 1);
   EXPECT_GE(contigs[0].start, ContigText::kPad);
@@ -74,7 +74,7 @@ TEST_F(ContigTextTest, ContigsLieApartAndInOrder) {
 TEST_F(ContigTextTest, LongKmersBeginAtTheirFirstBase) {
   make({{lettersOf(100)}}, 70);
   EXPECT_EQ(text_.windowLength(), 32);
-  const TextContig& contig = text_.contigs().front();
+  const TextContig& contig = text_.contigs()[0];
   EXPECT_EQ(contig.windows, 31U);
   EXPECT_EQ(contig.firstWindow, contig.start + 38);
   EXPECT_EQ(text_.placeOf(contig.firstWindow + 30).start, 30U);
@@ -95,6 +95,7 @@ TEST_F(ContigTextTest, WindowsAreThoseOfBasesInsideAContig) {
     for (uint64_t w = 0; w + 15 <= text_.letters(n).size(); ++w) {
       const bool isOdd = n == 1 && w + 15 > 40 && w <= 41;
       isWindow[text_.contigs()[n].start + w] = !isOdd;
+      if (isOdd) text_.markRepeated(text_.contigs()[n].start + w);
     }
   }
   for (uint64_t p = 0; p < isWindow.size(); ++p) ASSERT_EQ(text_.isWindow(p), isWindow[p]) << p;
@@ -105,18 +106,6 @@ TEST_F(ContigTextTest, PositionsThatAreNoWindowsAreMarked) {
   for (uint64_t p = 0; p < text_.end() + ContigText::kPad; ++p) {
     ASSERT_EQ(text_.isMarkedRepeated(p), !text_.isWindow(p)) << p;
     ASSERT_EQ(text_.reversedMarksFrom(p) & 1U, 0U) << p;
-  }
-}
-
-TEST_F(ContigTextTest, MarksOfARange) {
-  for (const uint64_t length : {0UL, 1UL, 63UL, 64UL, 65UL, 200UL}) {
-    for (const uint64_t from : {256UL, 257UL, 300UL, 319UL, 320UL}) {
-      make({{lettersOf(1000)}}, 15);
-      text_.markRange(from, from + length);
-      for (uint64_t p = 200; p < 700; ++p) {
-        ASSERT_EQ(text_.isMarkedRepeated(p), p >= from && p < from + length) << p;
-      }
-    }
   }
 }
 
