@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""How many of the reads that belong in gaps are found, and how many of the places told are right, on
+"""How many of the reads that belong in gaps are found, and how many of the reported places are right, on
 data whose truth is known: a genome with stretches replaced by N, and reads made from all of it.
 
     accuracy.py --programs FOLDER --data FOLDER [--genome FILE] [--gaps N] [--coverage N]
@@ -86,7 +86,7 @@ class World:
         return found
 
     def where(self, at, other, gap):
-        """What could tell of a read at a gap: its mate, its own bases on a contig, or nothing."""
+        """What could show that a read belongs to a gap: its mate, its own bases on a contig, or nothing."""
         if other is not None and not self.gaps_of(other, other + LENGTH):
             return "mate on a contig"
         start, end = self.gaps[gap]
@@ -166,18 +166,18 @@ def ratio(part, whole):
 
 
 def velk_finds(world):
-    """Prints what is told of places; returns the reads that are found, by library."""
+    """Prints what is reported of places; returns the reads that are found, by library."""
     found = collections.defaultdict(set)
-    told = collections.Counter()
+    reported = collections.Counter()
     right = collections.Counter()
     for library, read, gap, certainty, is_right in places_of_velk(world):
-        told[library, certainty] += 1
+        reported[library, certainty] += 1
         right[library, certainty] += is_right
         if certainty != "contained":
             found[library].add((read, gap))
     print("| library | exact, right | estimates, right | contained, right |\n|---|---|---|---|")
     for library, *_ in LIBRARIES:
-        cells = [f"{told[library, kind]}, {ratio(right[library, kind], told[library, kind])}"
+        cells = [f"{reported[library, kind]}, {ratio(right[library, kind], reported[library, kind])}"
                  for kind in ("exact", "estimate", "contained")]
         print(f"| {library} | " + " | ".join(cells) + " |")
     return found

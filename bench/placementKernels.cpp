@@ -10,7 +10,7 @@
 #include "bench/world.h"
 #include "placement/Read2Scaf.h"
 #include "placement/countEqual.h"
-#include "placement/prepareReads.h"
+#include "placement/readPreparer.h"
 #include "streaming/readBuffer.h"
 
 namespace velk::bench {
@@ -26,12 +26,13 @@ void prepare(benchmark::State& state, Step last, std::vector<std::string> (*read
   std::array<PreparedRead, 16> group;
   std::array<PreparedRead*, group.size()> pointers;
   for (std::size_t i = 0; i < group.size(); ++i) pointers[i] = &group[i];
+  ReadPreparer preparer(*seedIndex, {});
   std::size_t at = 0;
   for (auto _ : state) {
     for (std::size_t i = 0; i < group.size(); ++i) group[i].bases = &all[at + i];
-    packReads(*seedIndex, group);
-    if (last >= Step::kAlign) alignReads(*seedIndex, {}, pointers);
-    if (last >= Step::kSift) siftReads(*seedIndex, {}, pointers);
+    preparer.pack(group);
+    if (last >= Step::kAlign) preparer.align(pointers);
+    if (last >= Step::kSift) preparer.sift(pointers);
     at = (at + group.size()) % all.size();
   }
   state.SetItemsProcessed(state.iterations() * int64_t{group.size()});

@@ -15,7 +15,7 @@ constexpr const char* kVersion = "velk-check 1.13";
 constexpr const char* kDescription =
     "Looks at what a velk run would read, before the run: at the options, the library file, the\n"
     "assembly and a sample of the reads. Prints what velk would ignore, lose or stop at, how to "
-    "mend\n"
+    "fix\n"
     "it, and the command line to run. Writes no file.\n";
 
 constexpr const char* kFooter =

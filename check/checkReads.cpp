@@ -13,7 +13,7 @@ namespace {
 
 constexpr double kMany = 0.1;  // share of the reads from which on a loss is more than a note
 
-// Reports what can be told of a file from outside. Returns whether its lines can be looked at.
+// Reports what can be said of a file from outside. Returns whether its lines can be looked at.
 bool checkFromOutside(Survey& survey, const std::string& file, uint64_t line, bool isSecond,
                       bool readAsGzip) {
   Findings& findings = survey.findings;
@@ -134,7 +134,7 @@ void checkInput(Survey& survey, ReadInput& input) {
     if (!checkFormat(survey, second, input.fileB)) return;
     if (first.letter() != second.letter()) {
       survey.findings.add("format-differs", {input.fileB},
-                          "FASTA and FASTQ are told by the first character");
+                          "FASTA and FASTQ are recognised by the first character");
       return;
     }
     pass = passRecords(survey, input, first, &second);

@@ -82,7 +82,7 @@ IdFaults faultsOf(const std::vector<Header>& headers, const std::vector<std::str
     if (id.empty()) faults.empty.note(number);
     if (expected.find('_') != std::string::npos) faults.underscore.note(number);
     if (id.find('\t') != std::string::npos) faults.tab.note(number);
-    // -c cuts ids at the first _, which is told by itself.
+    // -c cuts ids at the first _, which has a finding of its own.
     const bool isCut = isScaffolds ? id != expected : id != expected.substr(0, expected.find('_'));
     if (isCut && !id.empty()) faults.cut.note(number);
     const auto before = last.find(ids[i]);
@@ -102,7 +102,7 @@ AssemblyLines readAssemblyLines(const std::string& file, bool isScaffolds) {
   TextInput input(file);
   Progress progress("reading " + file, factsOf(file).size);
   uint64_t bytes = 0;
-  bool hasSequence = true;  // of the scaffold in hand
+  bool hasSequence = true;  // of the current scaffold
   for (std::string line; input.readLine(line);) {
     bytes += line.size() + 1;
     if (input.lineNumber() % 4096 == 0) progress.update(bytes);

@@ -16,7 +16,7 @@ struct Kind {
   Level level;
   std::string_view meaning;  // what is the matter
   std::string_view effect;   // what velk does with it
-  std::string_view mend;     // what to do about it
+  std::string_view fix;      // what to do about it
 };
 
 }  // namespace velk::check

@@ -18,7 +18,7 @@ inline constexpr auto kKindsCommand = std::to_array<Kind>({
     {"value-refused", Level::kError, "a value that makes no run possible",
      "velk stops with a message", "see the message"},
     {"kmer-over-32", Level::kWarning, "-k above 32",
-     "only the last 32 bases of each k-mer are compared, and shorter reads are passed over",
+     "only the last 32 bases of each k-mer are compared, and shorter reads are skipped",
      "give -k 32 or less"},
     {"kmer-short", Level::kWarning, "-k below 15",
      "so short k-mers occur by chance, so few are unique and reads are lost or misplaced",

@@ -14,7 +14,7 @@ inline constexpr auto kKindsLibrary = std::to_array<Kind>({
      "the run ends well and finds nothing",
      "open each section with [LIB] and name its files below"},
     {"section-without-files", Level::kWarning, "a [LIB] section names no read file",
-     "the section is passed over", "name its files as q1 and q2, p, f or q"},
+     "the section is skipped", "name its files as q1 and q2, p, f or q"},
     {"section-case", Level::kError, "a section header in another case",
      "velk takes [LIB] only; the lines below go to the section above or are ignored",
      "write [LIB]"},

@@ -1,4 +1,4 @@
-// The library file line by line: what velk passes over without a word.
+// The library file line by line: what velk skips without a message.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// What can be told of a file from outside: whether it is there, what kind it is, how it is packed.
+// What can be said of a file from outside: whether it is there, what kind it is, how it is packed.
 #pragma once
 
 #include <cstdint>

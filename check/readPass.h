@@ -28,7 +28,7 @@ struct PassResult {
 PassResult passRecords(Survey& survey, ReadInput& input, RecordReader& first, RecordReader* second);
 
 /// Whether two headers name the mates of one pair: equal up to the first blank, or different in one
-/// last character that tells first from second mates.
+/// last character that distinguishes first from second mates.
 bool areMates(const std::string& one, const std::string& other);
 
 }  // namespace velk::check

@@ -24,8 +24,8 @@ struct Fault {
 
 class RecordReader {
  public:
-  /// Opens `file`; the first character of its first line tells the format. `isGzip` says how velk
-  /// reads it.
+  /// Opens `file`; the first character of its first line says which format it is. `isGzip` says how
+  /// velk reads it.
   RecordReader(const std::string& file, bool isGzip);
 
   /// The first character of the file, NUL of an empty one.

@@ -34,7 +34,7 @@ void printFinding(std::ostream& output, const Finding& finding, bool inColour) {
   output << (inColour ? colourOf(kind.level) : "") << nameOf(kind.level)
          << (inColour ? "\033[0m" : "") << " [" << kind.id << "] " << placeText(finding.place)
          << "\n    " << kind.meaning << ": " << finding.text << "\n    velk: " << kind.effect
-         << "\n    mend: " << kind.mend << "\n";
+         << "\n    fix: " << kind.fix << "\n";
 }
 
 std::string megabytes(uint64_t bytes) {
@@ -85,7 +85,7 @@ void printAdvice(std::ostream& output, const Survey& survey, const Advice& advic
   if (!advice.isKnown) return;
   const survey::MemoryEstimate& memory = advice.memory;
   output << "Command line to run"
-         << (survey.findings.highest() == Level::kError ? ", the errors mended" : "") << "\n    "
+         << (survey.findings.highest() == Level::kError ? ", the errors fixed" : "") << "\n    "
          << advice.command << "\n\n"
          << "    k-mers: " << survey.distinctKmers << " different ones"
          << (survey.isExact ? "" : " (estimated, rounded up)") << "\n"
@@ -158,7 +158,7 @@ void printKinds(std::ostream& output) {
     for (std::size_t i = 0; i < kSizes[table]; ++i, ++next) {
       const Kind& kind = kindAt(next);
       output << "| `" << kind.id << "` | " << nameOf(kind.level) << " | " << kind.meaning << " | "
-             << kind.effect << " | " << kind.mend << " |\n";
+             << kind.effect << " | " << kind.fix << " |\n";
     }
   }
 }

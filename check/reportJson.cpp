@@ -16,7 +16,7 @@ Json findingJson(const Finding& finding) {
   json["meaning"] = kind.meaning;
   json["text"] = finding.text;
   json["velk"] = kind.effect;
-  json["mend"] = kind.mend;
+  json["fix"] = kind.fix;
   return json;
 }
 

@@ -46,7 +46,7 @@ struct ReadStats {
 /// A read file, or a pair of mate files, as velk streams it.
 struct ReadInput {
   int library = 0;     // section, from 0
-  std::string fileA;   // reads, first mates, or both mates in turn
+  std::string fileA;   // reads, first mates, or both mates interleaved
   std::string fileB;   // second mates; empty without such a file
   uint64_t lineA = 0;  // line of the library file that names it
   uint64_t lineB = 0;

@@ -61,6 +61,8 @@ _velk_run_value() {
     --samplesheet) _velk_files '*.@(tsv|txt)' ;;
     --library) _velk_files '*.@(lib|txt)' ;;
     --agp) _velk_files '*.agp' ;;
+    --plan) _velk_files '*.json' ;;
+    --inputs-root) _velk_files '/' ;;
     -o | --output) _velk_files '*' ;;
     -t | --threads) _velk_words "$(seq "$(nproc 2>/dev/null || echo 1)")" ;;
     --placeholder) _velk_words "100 200 500 1000" ;;
@@ -69,22 +71,35 @@ _velk_run_value() {
   esac
 }
 
+# The options of velk-run or of its verb $1.
+_velk_run_options() {
+  local search="--pairs --mate-pairs --interleaved --single --samplesheet --library --placeholder
+    --agp --sample --no-anchors --native --force -k --kmer -L --min-contig -C --cut
+    -M --min-identity -O --min-overlap -r --read-length"
+  local common="-o --output --quiet -t --threads -h --help"
+  case $1 in
+    extract) _velk_words "--fasta --bam --flanks -o --output -h --help" ;;
+    plan) _velk_words "$search --inputs-root $common" ;;
+    task) _velk_words "--inputs-root --force $common" ;;
+    gather) _velk_words "--inputs-root $common" ;;
+    *) _velk_words "$search --plan --version $common" ;;
+  esac
+}
+
 _velk_run() {
-  local current=${COMP_WORDS[COMP_CWORD]} last=${COMP_WORDS[COMP_CWORD - 1]}
-  if [[ ${COMP_WORDS[1]} == extract && $COMP_CWORD -gt 1 ]]; then
-    if [[ $current == -* ]]; then
-      _velk_words "--fasta --bam --flanks -o --output -h --help"
-    else
-      _velk_run_value "$last" || _velk_files '/'
-    fi
-    return
-  fi
+  local current=${COMP_WORDS[COMP_CWORD]} last=${COMP_WORDS[COMP_CWORD - 1]} verb=
+  [[ $COMP_CWORD -eq 1 ]] || verb=${COMP_WORDS[1]}
   if [[ $current == -* ]]; then
-    _velk_words "--pairs --mate-pairs --interleaved --single --samplesheet --library --placeholder
-      --agp -o --output --sample --no-anchors --native --force --quiet -t --threads -k --kmer
-      -L --min-contig -C --cut -M --min-identity -O --min-overlap -r --read-length -h --help --version"
+    _velk_run_options "$verb"
     return
   fi
+  case $verb,$COMP_CWORD in
+    task,2 | gather,2) _velk_files '*.json' && return ;;
+    extract,* | task,* | gather,*)
+      _velk_run_value "$last" || _velk_files '/'
+      return
+      ;;
+  esac
   # The second file of mates, and all files of single reads.
   if [[ $COMP_CWORD -gt 2 && ${COMP_WORDS[COMP_CWORD - 2]} == @(--pairs|--mate-pairs|--single) ]]; then
     _velk_run_value --pairs

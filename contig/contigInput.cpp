@@ -64,7 +64,7 @@ class ContigFiller {
   uint64_t headers() const { return headers_; }
 
  private:
-  // The slot of the contig in hand. It exists unless the file has changed since it was counted.
+  // The slot of the current contig. It exists unless the file has changed since it was counted.
   ContigInfo& contigInHand(const std::string& file) {
     const auto found = scaftigNum_.find(id_);
     if (found == scaftigNum_.end() || contigIndex_ >= scaffoldInfo_[found->second].contigsSum) {
@@ -75,9 +75,9 @@ class ContigFiller {
 
   ScaffoldInfo* scaffoldInfo_;
   const ScaftigMap& scaftigNum_;
-  std::string id_;                // scaffold in hand
-  uint32_t contigIndex_ = 0;      // contig in hand
-  ContigInfo* contig_ = nullptr;  // contig in hand; null before the first header
+  std::string id_;                // the current scaffold
+  uint32_t contigIndex_ = 0;      // the current contig
+  ContigInfo* contig_ = nullptr;  // the current one; null before the first header
   uint64_t nextGap_ = 0;          // number of the next gap, over all scaffolds
   uint64_t headers_ = 0;          // headers met
 };

@@ -25,7 +25,7 @@ std::string idAfter(const std::string& header, std::size_t dropped, const TextIn
                     ExitStatus status);
 
 /// Ends the run with `status` when a contig of `length` bases is longer than a signed 32-bit
-/// number can tell, which the arithmetic of placement rests on.
+/// number can say, which the arithmetic of placement rests on.
 void requireContigLength(std::size_t length, const std::string& file, const std::string& id,
                          ExitStatus status);
 

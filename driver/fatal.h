@@ -1,6 +1,6 @@
 // How a run ends early: the ways to do so and the allocation helper.
 //
-// A failing run tells its listener one message and the status, on the main thread, and ends there;
+// A failing run gives its listener one message and the status, on the main thread, and ends there;
 // what was written to its outputs before stays (driver/outputFile.h). Worker threads never call
 // these functions; streaming/workerPool.h says what happens when one of them runs out of memory.
 // "Exits with status n" in a contract means such an end.

@@ -1,9 +1,9 @@
-// Who is told the messages of a run and its early end.
+// Who receives the messages of a run and its early end.
 //
-// The engine neither prints nor ends the process: it tells `listener`. The default is velk's own,
+// The engine neither prints nor ends the process: it calls `listener`. The default is velk's own,
 // which prints to the standard streams and exits. A program that has the engine inside it puts
 // another in its place (ListenerInUse), whose end() may throw. Main thread only: a worker never
-// tells anything, it reports to the main thread (streaming/workerPool.h).
+// calls it but reports to the main thread (streaming/workerPool.h).
 #pragma once
 
 #include <string_view>
@@ -34,7 +34,7 @@ class Listener {
 
 extern Listener* listener;  // velk's own; the one in use, written by ListenerInUse
 
-/// Tells the listener in use a message of progress, or a warning.
+/// Gives the listener in use a message of progress, or a warning.
 inline void say(std::string_view text) {
   listener->say(text);
 }

@@ -31,8 +31,8 @@ void protectInputs(const Lib* libs, int libSum) {
   for (const RunFile& input : inputsOfRun(libs, libSum)) protectFile(input.name);
 }
 
-// Opens the output, which may not be the gap report either: that would be told only at the end of
-// the run.
+// Opens the output, which may not be the gap report either: that would be found only at the end
+// of the run.
 void openFoundReads() {
   const bool hasReport = !scaffold_file.empty() || !contig_file.empty();
   if (hasReport) protectFile(gapReportFile());

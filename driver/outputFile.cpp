@@ -18,7 +18,7 @@ std::vector<std::string> protectedFiles;  // inputs, then outputs, in the order 
 std::vector<std::ofstream*> unfinished;   // outputs that are open
 
 // Puts what is known of `file` into `status`; returns false when no such file can be reached, which
-// opening it would tell as well. Exits when it cannot be known, as the file might be an input.
+// opening it will report. Exits when it cannot be known, as the file might be an input.
 bool lookUp(const std::string& file, struct stat& status) {
   if (stat(file.c_str(), &status) == 0) return true;
   constexpr int kNoSuchFile[] = {ENOENT, ENOTDIR, EACCES, ELOOP, ENAMETOOLONG};

@@ -1,6 +1,6 @@
 // Output files: opened only where they replace no input, checked when they are finished.
 //
-// The driver first tells every input of the run to protectFile(). Each output is then opened with
+// The driver first passes every input of the run to protectFile(). Each output is then opened with
 // openOutput() and ended with finishOutput() (or, while it stays open, looked at with
 // requireWritten()), so a run that ends with status 0 has every byte on disk. A run that ends early
 // keeps what was written to its open outputs. Main thread only.
@@ -28,7 +28,7 @@ class LocalOutput : public std::ofstream {
 /// Returns whether it could be opened. REQUIRES: `output` is a LocalOutput, or finishOutput(output)
 /// comes before it is destroyed, unless the process ends first. Exits with status 1, the file
 /// untouched, after "[ERROR]: output file FILE is the same file as OTHER" when it is protected and
-/// after "[ERROR]: can't read NAME: REASON" when that cannot be told.
+/// after "[ERROR]: can't read NAME: REASON" when that cannot be found out.
 bool openOutput(std::ofstream& output, const std::string& file);
 
 /// Exits with status 1 after "[ERROR]: can't write FILE: REASON" when a write to `output` failed.

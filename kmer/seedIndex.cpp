@@ -86,16 +86,17 @@ Occurrence SeedIndex::findWindow(const LookUp& lookUp) const {
   return found;
 }
 
-SeedIndex::SeedLookUp SeedIndex::beginSeed(const SeedRun& run) const {
+SeedIndex::SeedLookUp SeedIndex::beginSeed(const SeedRun& run, uint64_t unlike) const {
   const uint64_t hash = mixed(run.kind);
   prefetch(seedLevel_, hash);
-  return {run, hash};
+  return {run, hash, unlike};
 }
 
 bool SeedIndex::advanceSeed(const SeedLookUp& lookUp) const {
   // Of m-mers that tie, the reverse complement of a window may have another for its seed.
   if (lookUp.run.isTied) return true;
   return anyPlace(seedLevel_, lookUp.hash, [&](uint64_t place) {
+    if (place == lookUp.unlike) return false;
     const auto around = static_cast<uint64_t>(seeds_.offsets()) - 1;
     text_.prefetchRange(place - around, place + static_cast<uint64_t>(text_.windowLength()));
     return true;
@@ -113,6 +114,7 @@ SeedIndex::SeedVerdict SeedIndex::endSeed(const SeedLookUp& lookUp,
   uint32_t open =
       offsetBits(static_cast<int>(run.at - run.last), static_cast<int>(run.at - run.first));
   anyPlace(seedLevel_, lookUp.hash, [&](uint64_t place) {
+    if (place == lookUp.unlike) return false;
     if (place == kElsewhere) {
       open = 0;
       return true;

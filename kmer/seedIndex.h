@@ -102,10 +102,11 @@ class SeedIndex {
   struct SeedLookUp {
     SeedRun run;
     uint64_t hash;
+    uint64_t unlike;  // a place of the seed where no window of the run lies, if one is known
   };
 
   /// 1. Begins, and prefetches the bucket.
-  SeedLookUp beginSeed(const SeedRun& run) const;
+  SeedLookUp beginSeed(const SeedRun& run, uint64_t unlike = Occurrence::kAbsent) const;
 
   /// 2. Returns false if no window of the run, nor its reverse complement, is in the index.
   /// Prefetches what tells more.

@@ -58,7 +58,7 @@ void countFiles(const Lines& lines, Lib* libs) {
       });
 }
 
-// Tells the file counts of library i and allocates its arrays of file names.
+// Reports the file counts of library i and allocates its arrays of file names.
 void allocateNames(Lib& lib, int i) {
   const std::string library = std::to_string(i);
   if (lib.sfilenum != 0) {
@@ -136,7 +136,7 @@ class Filler {
   }
 
   Lib* libs_;
-  int index_ = -1;  // section in hand
+  int index_ = -1;  // the current section
   int pair_ = -1;   // last entry stored of each kind
   int single_ = -1;
   int single2_ = -1;

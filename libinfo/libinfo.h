@@ -2,7 +2,7 @@
 //
 // The driver calls Loadlib once, after the options are parsed and before any worker exists, and
 // Libsclear once at the end of the run. In between the records are read-only. The grammar of the
-// library file is told in doc/formats.md.
+// library file is described in doc/library.md.
 #pragma once
 
 #include <cstdint>

@@ -60,7 +60,13 @@ int asNumber(Refusal refusal) {
 }  // namespace
 
 PlacementOptions optionsOfRun() {
-  return {Kmer, insertLength, BIGGAPLEN, readLen, mapCut, OverRatio};
+  return {Kmer,
+          insertLength,
+          BIGGAPLEN,
+          readLen,
+          mapCut,
+          OverRatio,
+          insertLength > kLongestShortInsert};
 }
 
 Engine engineOfRun() {

@@ -15,7 +15,7 @@
 
 namespace velk {
 
-/// Pairs of larger inserts, in bases, point outwards and are turned round before they are tried.
+/// Pairs of larger inserts, in bases, point outwards.
 inline constexpr int kLongestShortInsert = 1000;
 
 /// The options of placement as the run's globals have them now.
@@ -32,7 +32,7 @@ void checkSingleRead(int64_t& i, const std::string& read, uint32_t& n, int t);
 
 /// Anchors `anchor` on a contig with its mate downstream, in the gap behind the contig or the one
 /// after that. Writes at most three records: mate, mate in the gap beyond, anchor.
-/// i (out): where the walk stopped; anchor.size() - Kmer + 1 when this try did not settle the pair.
+/// i (out): where the walk stopped; anchor.size() - Kmer + 1 when this try accepted no hit.
 /// REQUIRES: anchor.size() >= Kmer; both reads on the strand on which they are expected.
 void checkForwardRead(int64_t& i, const std::string& anchor, const std::string& mate, uint32_t& n,
                       int t);
@@ -45,8 +45,8 @@ void checkReverseRead(int64_t& i, const std::string& anchor, const std::string& 
 /// REQUIRES: dest.size() == src.size().
 void ReverseComplementSeq(std::string& dest, const std::string& src);
 
-/// Turns a pair of a large-insert library into the orientation of a short-insert pair: a becomes
-/// the reverse complement of the old b, b that of the old a (both inout). REQUIRES: &a != &b.
+/// Makes a pair that points outwards one that points inwards: a becomes the reverse complement of
+/// the old b, b that of the old a (both inout). REQUIRES: &a != &b.
 void LongReverseComplement(std::string& a, std::string& b);
 
 // The three ungapped checks of a read against a contig, each 1 accept, 0 refuse. `offset` is the

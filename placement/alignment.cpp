@@ -55,6 +55,8 @@ void Alignment::align(const ContigText& text, const PackedBases& bases, const Di
   if (diagonal.isReversed) std::swap(before, behind);
   const std::size_t from = window - std::min<uint64_t>(window, before);
   const std::size_t to = std::min<uint64_t>(matches_.size(), window + 1 + behind);
+  first_ = from;
+  end_ = to;
   // 2. Without those that hold a mismatch.
   std::size_t matched = from;
   forEachMismatch(text, bases, diagonal, from, to + k - 1, [&](std::size_t base) {

@@ -3,7 +3,7 @@
 // Windows and bases are those of the packed read as it was sequenced, also where its reverse
 // complement is what lies on the contig; a window is as long as in the text. All windows that agree
 // are k-mers of the contig, or their reverse complements: what the index knows of these, two marks
-// tell without a look-up.
+// say without a look-up.
 #pragma once
 
 #include <cstdint>
@@ -50,12 +50,17 @@ class Alignment {
   /// The windows that agree with a window of the index.
   const WindowSet& matches() const { return matches_; }
 
+  /// Whether the windows from, ..., to lie on windows of one contig along the diagonal.
+  bool covers(std::size_t from, std::size_t to) const {
+    return isThere_ && first_ <= from && to < end_;
+  }
+
   /// Whether a window, or its reverse complement, agrees with the text.
   bool agreesAt(std::size_t window, bool isReversed) const {
     return diagonal_.isReversed == isReversed && matches_.contains(window);
   }
 
-  /// What the text's marks tell of the matches.
+  /// What the text's marks say of the matches.
   enum class Mark {
     kRepeated,    // the k-mer occurs again in the index
     kNotReversed  // its reverse complement is not in the index
@@ -67,6 +72,8 @@ class Alignment {
  private:
   bool isThere_ = false;
   Diagonal diagonal_;
+  std::size_t first_ = 0;  // of the windows that lie on windows of the contig
+  std::size_t end_ = 0;    // behind the last of these
   WindowSet matches_;
 };
 

@@ -28,7 +28,7 @@ struct Batch {
   PlacementOptions options;
 
   bool arePairs() const { return b != nullptr; }
-  bool areTurned() const { return arePairs() && options.insert > kLongestShortInsert; }
+  bool areOutward() const { return arePairs() && options.areOutward; }
 };
 
 template <class Engine, class Sink>
@@ -60,8 +60,8 @@ class BatchScan {
     }
     const std::span<Prepared> a(a_.data(), count);
     const std::span<Prepared> b(b_.data(), batch_.arePairs() ? count : 0);
-    const bool areTurned = batch_.areTurned();
-    engine_.prepare(areTurned ? b : a, areTurned ? a : b, areTurned);
+    const bool areOutward = batch_.areOutward();
+    engine_.prepare(areOutward ? b : a, areOutward ? a : b, areOutward);
     return count;
   }
 
@@ -71,15 +71,15 @@ class BatchScan {
     return bases.size() < static_cast<std::size_t>(batch_.options.kmer);
   }
 
-  // Each tries a strand and returns whether that settled the read, or the pair.
+  // Each tries a strand and returns whether the read, or the pair, needs no other try.
   bool trySingle(Strand read) {
-    return isSettled(read, placeSingle(read, batch_.scaffolds, batch_.options, sink_));
+    return isDone(read, placeSingle(read, batch_.scaffolds, batch_.options, sink_));
   }
   bool tryPair(Direction direction, Strand& anchor, Strand& mate) {
-    return isSettled(anchor,
-                     placePair(direction, anchor, mate, batch_.scaffolds, batch_.options, sink_));
+    return isDone(anchor,
+                  placePair(direction, anchor, mate, batch_.scaffolds, batch_.options, sink_));
   }
-  bool isSettled(const Strand& read, int64_t stop) const {
+  bool isDone(const Strand& read, int64_t stop) const {
     return stop <= static_cast<int64_t>(read.size()) - batch_.options.kmer;
   }
 
@@ -90,26 +90,26 @@ class BatchScan {
     trySingle({engine_, read, bases, {entry, 0, true}, &rooms_[0]});
   }
 
-  // In a batch that is turned each read takes the other's place in the buffer, as its reverse
-  // complement.
+  // In a pair that points outwards each read takes the other's place in the buffer, as its reverse
+  // complement: then the pair points inwards.
   void scanPair(int64_t entry, Prepared& a, Prepared& b) {
     std::string& first = batch_.a[entry];
     std::string& second = batch_.b[entry];
     if (containsN(first) || containsN(second)) return;
-    const bool isTurned = batch_.areTurned();
-    if (isTurned) LongReverseComplement(first, second);
+    const bool isOutward = batch_.areOutward();
+    if (isOutward) LongReverseComplement(first, second);
     if (isShort(first) || isShort(second)) return;
 
-    const int mate = isTurned ? 1 : 0;
-    Prepared& firstRead = isTurned ? b : a;
-    Prepared& secondRead = isTurned ? a : b;
-    Strand forwardA(engine_, firstRead, first, {entry, mate, isTurned});
-    Strand reversedA(engine_, firstRead, first, {entry, mate, !isTurned}, &rooms_[0]);
-    Strand forwardB(engine_, secondRead, second, {entry, 1 - mate, isTurned});
-    Strand reversedB(engine_, secondRead, second, {entry, 1 - mate, !isTurned}, &rooms_[1]);
+    const int mate = isOutward ? 1 : 0;
+    Prepared& firstRead = isOutward ? b : a;
+    Prepared& secondRead = isOutward ? a : b;
+    Strand forwardA(engine_, firstRead, first, {entry, mate, isOutward});
+    Strand reversedA(engine_, firstRead, first, {entry, mate, !isOutward}, &rooms_[0]);
+    Strand forwardB(engine_, secondRead, second, {entry, 1 - mate, isOutward});
+    Strand reversedB(engine_, secondRead, second, {entry, 1 - mate, !isOutward}, &rooms_[1]);
 
     // Tries 1 and 2 read the fragment as the first read on the contig strand and the second one
-    // opposite, 3 and 4 the other way round. The first try that settles the pair ends it.
+    // opposite, 3 and 4 the other way round. The first try that accepts a hit ends it.
     if (tryPair(Direction::kForward, forwardA, reversedB)) return;
     if (tryPair(Direction::kReverse, reversedB, forwardA)) return;
     if (tryPair(Direction::kReverse, reversedA, forwardB)) return;
@@ -124,7 +124,7 @@ class BatchScan {
   std::array<std::string, 2> rooms_;  // for the reverse complements of an entry
 };
 
-/// Scans the batch's share and tells `sink` what came of it, entry by entry.
+/// Scans the batch's share and gives `sink` what came of it, entry by entry.
 template <class Engine, class Sink>
 void scanBatch(Engine& engine, const Batch& batch, Sink& sink) {
   BatchScan<Engine, Sink>(engine, batch, sink).scan();

@@ -2,13 +2,13 @@
 
 namespace velk {
 
-CandidateWindows::CandidateWindows(const SeedIndex& index, int kmer, PreparedRead& read,
-                                   bool isReversed, const FastSteps& steps)
-    : index_(index),
+CandidateWindows::CandidateWindows(ReadPreparer& preparer, int kmer, PreparedRead& read,
+                                   bool isReversed)
+    : preparer_(preparer),
+      index_(preparer.index()),
       read_(read),
       isReversed_(isReversed),
-      steps_(steps),
-      before_(static_cast<std::size_t>(kmer - index.text().windowLength())),
+      before_(static_cast<std::size_t>(kmer - index_.text().windowLength())),
       skipped_(read.skipped[isReversed ? 1 : 0]) {}
 
 // The window of the packed read that holds the key of a window of this strand, and the other way
@@ -24,7 +24,7 @@ std::size_t CandidateWindows::first() {
 
 // The first window from `from` on that is not skipped; count() without one.
 std::size_t CandidateWindows::next(std::size_t from) {
-  if (!read_.isSifted) completeRead(index_, steps_, read_);
+  if (!read_.isSifted) preparer_.complete(read_);
   if (!isReversed_) return skipped_.firstMissing(onRead(from)) - before_;
   return onRead(skipped_.lastMissing(count() - from));
 }
@@ -51,7 +51,7 @@ std::optional<KmerPlace> CandidateWindows::uniquePlaceOf(std::size_t window) {
   const Occurrence found = occurrenceOf(onRead(window));
   if (!found.isThere()) return std::nullopt;
   if (found.isUnique) return index_.text().placeOf(found.position);
-  if (steps_.repeats) {
+  if (preparer_.steps().repeats) {
     read_.alignment.addMarked(index_.text(), Alignment::Mark::kRepeated, skipped_);
   }
   return std::nullopt;
@@ -59,7 +59,7 @@ std::optional<KmerPlace> CandidateWindows::uniquePlaceOf(std::size_t window) {
 
 // Every other window that agrees with the contig on the diagonal of a refused hit is refused, too.
 void CandidateWindows::noteRefused(const Hit&) {
-  if (steps_.diagonals) skipped_.insertAll(read_.alignment.matches());
+  if (preparer_.steps().diagonals) skipped_.insertAll(read_.alignment.matches());
 }
 
 }  // namespace velk

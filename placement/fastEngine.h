@@ -1,6 +1,6 @@
 // The fast engine of placement: it looks only those windows up that can be hits.
 //
-// Groups of reads are prepared together, step by step (placement/prepareReads.h), and the windows
+// Groups of reads are prepared together, step by step (placement/readPreparer.h), and the windows
 // that are left are walked over (placement/candidateWindows.h). A read with other letters than
 // bases is not prepared: all its windows are looked up. Each step can be left out
 // (FastSteps); then more windows are looked up.
@@ -11,7 +11,7 @@
 #include "kmer/seedIndex.h"
 #include "placement/allWindows.h"
 #include "placement/candidateWindows.h"
-#include "placement/prepareReads.h"
+#include "placement/readPreparer.h"
 
 #ifndef VELK_FAST_STEPS
 #define VELK_FAST_STEPS \
@@ -27,28 +27,27 @@ class FastEngine {
 
   /// `index` outlives the engine.
   FastEngine(const SeedIndex& index, int kmer, const FastSteps& steps = VELK_FAST_STEPS)
-      : index_(index), kmer_(kmer), steps_(steps) {}
+      : preparer_(index, steps), kmer_(kmer) {}
 
-  std::size_t group() const { return steps_.groups ? 16 : 1; }
+  std::size_t group() const { return preparer_.steps().groups ? 16 : 1; }
 
   void prepare(std::span<Prepared> leads, std::span<Prepared> others, bool isReversedFirst) {
-    prepareGroup(index_, steps_, leads, others, isReversedFirst);
+    preparer_.prepareGroup(leads, others, isReversedFirst);
   }
 
   template <class Strand, class Visit>
-  int64_t visitHits(Strand& strand, Visit visit) const {
+  int64_t visitHits(Strand& strand, Visit visit) {
     if (!strand.prepared().isPacked()) {
-      AllWindows windows(index_, strand.bases(), kmer_);
+      AllWindows windows(preparer_.index(), strand.bases(), kmer_);
       return visitUniqueHits(windows, visit);
     }
-    CandidateWindows windows(index_, kmer_, strand.prepared(), strand.origin().isReversed, steps_);
+    CandidateWindows windows(preparer_, kmer_, strand.prepared(), strand.origin().isReversed);
     return visitUniqueHits(windows, visit);
   }
 
  private:
-  const SeedIndex& index_;
+  ReadPreparer preparer_;
   int kmer_;
-  FastSteps steps_;
 };
 
 }  // namespace velk

@@ -1,5 +1,5 @@
 // Placement of one read or of one pair, on one strand: walks over the read's unique hits, has each
-// judged and tells a sink what came of it.
+// judged and gives a sink what came of it.
 //
 // Read is one strand of a read:
 //   std::size_t size() const;      its number of bases
@@ -53,7 +53,7 @@ int64_t placeSingle(Read& read, const ScaffoldInfo* scaffolds, const PlacementOp
 }
 
 /// Walks over the anchor's hits. An accepted hit records the mate in the next gap and in the gap
-/// beyond, and the anchor, as far as each lies in one. Returns the window that settled the pair;
+/// beyond, and the anchor, as far as each lies in one. Returns the window of that hit;
 /// the number of the anchor's windows when none did. REQUIRES: anchor.size() >= options.kmer; both
 /// on the strand on which they are expected.
 template <class Read, class Sink>

@@ -5,10 +5,11 @@
 namespace velk {
 namespace {
 
-// A plain loop: gcc makes vector instructions of it at -O3, where the processor can turn the
-// letters of a register round.
-[[gnu::always_inline]] inline void turn(char* __restrict target, const char* __restrict source,
-                                        std::size_t length) {
+// A plain loop: gcc makes vector instructions of it at -O3, where the processor can reverse
+// the letters of a register.
+[[gnu::always_inline]] inline void complementPlainly(char* __restrict target,
+                                                     const char* __restrict source,
+                                                     std::size_t length) {
   for (std::size_t i = 0; i < length; ++i) {
     const char upper = static_cast<char>(source[length - 1 - i] & 0xDF);
     char complement = 'A';
@@ -20,17 +21,18 @@ namespace {
 }
 
 #if defined(__x86_64__)
-[[gnu::target("avx2")]] void turnWide(char* target, const char* source, std::size_t length) {
-  turn(target, source, length);
+[[gnu::target("avx2")]] void complementWide(char* target, const char* source, std::size_t length) {
+  complementPlainly(target, source, length);
 }
 #else
-constexpr auto turnWide = turn;
+constexpr auto complementWide = complementPlainly;
 #endif
 
 }  // namespace
 
 void reverseComplement(char* target, const char* source, std::size_t length) {
-  hasWideLetters ? turnWide(target, source, length) : turn(target, source, length);
+  hasWideLetters ? complementWide(target, source, length)
+                 : complementPlainly(target, source, length);
 }
 
 }  // namespace velk

@@ -1,4 +1,4 @@
-// What placement tells of every read, and to whom.
+// What placement finds out of every read, and who receives it.
 //
 // A sink is a class with these members; it is a template argument, so that what it drops costs
 // nothing:
@@ -15,8 +15,8 @@
 
 namespace velk {
 
-/// Where a read that is tried comes from. Pairs that are turned round before they are tried are
-/// still told as they were sequenced.
+/// Where a read that is tried comes from. It describes the read as it was sequenced, also in pairs
+/// that point outwards.
 struct Origin {
   int64_t entry;    // of the batch
   int mate;         // 0: the entry's first read, 1: the second

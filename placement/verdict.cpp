@@ -59,7 +59,7 @@ std::optional<MateGeometry> reverseGeometry(const Anchor& anchor) {
   const uint64_t c = anchor.contig;
   if (c == 0) return std::nullopt;
   const int64_t position = anchor.gapLength(c) + anchor.offset + anchor.length - anchor.insert;
-  // KEPT: narrower than the forward rule, the gap behind the last but one contig is passed over
+  // KEPT: narrower than the forward rule, the gap behind the last but one contig is left out
   // (CheckReverseRead.AnchorOverTheRightEdgeOfTheLastButOneContig)
   const bool mayRunOverRightEdge = c < anchor.info.contigsSum - 2U;
   MateGeometry mate{.gap = c,

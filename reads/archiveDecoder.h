@@ -1,4 +1,4 @@
-// A zstd, xz or bzip2 file turned into its bytes by libarchive.
+// A zstd, xz or bzip2 file unpacked by libarchive.
 //
 // Several streams one behind the other are one text. Nearly all that unpacks is handed out before
 // damage ends the bytes; libarchive keeps up to a block of it. What stands behind the last stream

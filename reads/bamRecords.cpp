@@ -126,7 +126,7 @@ void BamRecords::endFile() {
   --records_;
 }
 
-// Fills `record` with the read as it was sequenced: a reversed one is turned back.
+// Fills `record` with the read as it was sequenced: a reversed one is reversed back.
 void BamRecords::describe(const bam1_t& alignment, RecordView& record) {
   const auto length = static_cast<std::size_t>(alignment.core.l_qseq);
   const uint8_t* const codes = bam_get_seq(&alignment);

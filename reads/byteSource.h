@@ -1,5 +1,5 @@
-// The bytes of a file, inflated if it is compressed: plain, gzip, bgzip, zstd, xz or bzip2, told by
-// its first bytes. Opened once and read from start to end, so it may be a pipe.
+// The bytes of a file, inflated if it is compressed: plain, gzip, bgzip, zstd, xz or bzip2, found
+// from its first bytes. Opened once and read from start to end, so it may be a pipe.
 #pragma once
 
 #include <cstdint>

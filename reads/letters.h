@@ -8,7 +8,7 @@
 
 namespace velk::reads {
 
-/// What is wrong with a record, as it is told behind the file's name and the record's number.
+/// What is wrong with a record. The message has the file's name and the record's number in front.
 struct RecordFault : std::runtime_error {
   using std::runtime_error::runtime_error;
 };

@@ -1,4 +1,4 @@
-// How a file is packed, told by its first bytes.
+// How a file is packed, found from its first bytes.
 #pragma once
 
 #include <string_view>

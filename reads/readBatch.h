@@ -20,7 +20,7 @@ class ReadBatch {
   /// `firstRecord`, from 0, a pair being one record.
   void clear(uint32_t input, uint64_t firstRecord, bool arePairs);
 
-  /// Adds a read, or a pair. REQUIRES: as many reads as clear() was told.
+  /// Adds a read, or a pair. REQUIRES: as many reads as clear() asked for.
   void add(const RecordView& read);
   void add(const RecordView& first, const RecordView& second);
 

@@ -61,7 +61,7 @@ bool ReadInput::fill(ReadBatch& batch, std::size_t most) {
   return batch.entries() != 0;
 }
 
-// Fetches the next read or pair, of the sample first.
+// Gives the next read or pair, of the sample first.
 bool ReadInput::next(RecordView& first, RecordView& second) {
   if (sampleGiven_ < sample_.first.size()) {
     first = sample_.first[sampleGiven_].view();

@@ -1,4 +1,4 @@
-// An input of a run: a file of single reads, two files of mates, or one file with mates in turn.
+// An input of a run: a file of single reads, two files of mates, or one interleaved file.
 //
 // Opened once. takeSample() reads its first records and keeps them; fill() then hands out the whole
 // input from the start, the sample first. Mates are compared by name as they stream, and both
@@ -18,7 +18,7 @@ namespace velk::reads {
 
 /// The files of an input.
 struct InputFiles {
-  std::string first;            // reads, first mates, or both mates in turn
+  std::string first;            // reads, first mates, or both mates interleaved
   std::string second{};         // second mates; empty without such a file
   bool areInterleaved = false;  // whether `first` has both mates of each pair
 

@@ -97,7 +97,7 @@ std::size_t RecordParser::takeFourLines(std::string_view text, RecordView& recor
   return used;
 }
 
-// Tells the first fault of a record, however much of it is at hand.
+// Reports the first fault of a record, however much of it is at hand.
 std::size_t RecordParser::takeFastq(std::string_view text, bool isAll, RecordView& record) {
   expectMark(text, '@');
   Lines lines(text, isAll);

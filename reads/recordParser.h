@@ -39,7 +39,7 @@ class RecordParser {
   std::string bases_;      // of a record on several lines
   std::string quality_;    // likewise
   std::string upper_;      // bases that were not all letters in upper case
-  bool wasLower_ = false;  // whether any of the record in hand were in lower case
+  bool wasLower_ = false;  // whether any of the current record were in lower case
 };
 
 }  // namespace velk::reads

@@ -38,7 +38,7 @@ class RecordSource {
   /// Bytes that the file has; 0 where that is not known, as of a pipe.
   virtual uint64_t bytes() const = 0;
 
-  /// What is added where mates do not follow each other in a file of both: how that is mended.
+  /// What is added where mates do not follow each other in a file of both: how that is fixed.
   virtual std::string_view mateAdvice() const { return ""; }
 };
 

@@ -53,7 +53,7 @@ bool TextRecords::refill() {
   return !rest_.empty();
 }
 
-// Takes a record that goes on behind the block in hand. As much is carried over as there was, so
+// Takes a record that goes on behind the current block. As much is carried over as there was, so
 // that the record ends in the piece carried last, and a long one is not looked at too often.
 void TextRecords::takeAcross(RecordView& record) {
   carry_ = rest_;

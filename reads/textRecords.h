@@ -29,7 +29,7 @@ class TextRecords final : public RecordSource {
   [[noreturn]] void refuse(const std::string& fault) const;
 
   std::unique_ptr<TextBlocks> blocks_;
-  std::string_view rest_;               // of the block in hand, not yet read
+  std::string_view rest_;               // of the current block, not yet read
   std::string carry_;                   // a record that begins in a block before it
   std::optional<RecordParser> parser_;  // once the first record was found
   uint64_t records_ = 0;

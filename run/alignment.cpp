@@ -1,8 +1,6 @@
 #include "run/alignment.h"
 
 #include <algorithm>
-#include <bit>
-#include <cstring>
 
 #include "placement/countEqual.h"
 
@@ -12,17 +10,6 @@ namespace {
 // Operations of a CIGAR, as BAM numbers them.
 constexpr uint32_t kAligned = 0;
 constexpr uint32_t kClipped = 4;
-
-// The number of bytes that differ among eight.
-int differing(const char* one, const char* other) {
-  uint64_t a = 0;
-  uint64_t b = 0;
-  std::memcpy(&a, one, sizeof a);
-  std::memcpy(&b, other, sizeof b);
-  const uint64_t x = a ^ b;
-  constexpr uint64_t kLow = 0x7f7f7f7f7f7f7f7f;
-  return std::popcount((((x & kLow) + kLow) | x) & ~kLow);
-}
 
 // Whether the read's bases over contig `c` are the contig's.
 bool agreesWith(const ScaffoldText& scaffold, uint64_t c, const Stretch& place,
@@ -37,12 +24,6 @@ bool agreesWith(const ScaffoldText& scaffold, uint64_t c, const Stretch& place,
 
 bool agrees(const char* contig, const char* read, int64_t length, double mapCut) {
   if (length <= 0) return true;
-  // Most places differ within their first bases by more than the whole may.
-  constexpr int64_t kFirst = 16;
-  const auto most = static_cast<double>(length) * (1 - mapCut) + 1;
-  if (length >= kFirst && differing(contig, read) + differing(contig + 8, read + 8) > most) {
-    return false;
-  }
   const auto same = countEqual(contig, read, static_cast<std::size_t>(length));
   return static_cast<double>(same) / static_cast<double>(length) >= mapCut;
 }

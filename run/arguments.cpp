@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "run/commandLine.h"
 #include "run/failure.h"
 #include "run/samplesheet.h"
 
@@ -14,13 +15,20 @@ namespace {
 
 constexpr const char* kAbout =
     "Finds the reads that belong in the gaps of an assembly, and says where each lies.";
-constexpr const char* kMore = " (velk-run --help tells more)";
+constexpr const char* kAboutPlan =
+    "Measures the libraries, fixes all values of a run, and writes them with a task for each "
+    "input.";
 constexpr const char* kExamples =
     "\nExamples:\n"
     "  velk-run assembly.fa reads_1.fq.gz reads_2.fq.gz -o found\n"
     "  velk-run assembly.fa --pairs a_1.fq.gz a_2.fq.gz --mate-pairs b_1.fq.gz b_2.fq.gz -o found\n"
     "  velk-run assembly.fa --samplesheet libraries.tsv --sample Ecoli -t 8 -o found\n"
-    "  velk-run extract found 17 18 --flanks 500      the reads of gaps; extract --help\n";
+    "  velk-run extract found 17 18 --flanks 500      the reads of gaps; extract --help\n"
+    "On several machines, each with a --help of its own:\n"
+    "  velk-run plan ASSEMBLY ... -o plan.json        a plan, with a task for each input\n"
+    "  velk-run task plan.json 0 -o share.0           what one task finds\n"
+    "  velk-run gather plan.json share.* -o found     the results of all tasks\n"
+    "  velk-run --plan plan.json -o found             the same in one go\n";
 
 // What is read of the command line before libraries are made of it.
 struct Files {
@@ -58,10 +66,14 @@ void addInputs(CLI::App& app, Arguments& arguments, Files& files) {
       ->type_name("FILE");
 }
 
-void addOutputs(CLI::App& app, Arguments& arguments) {
-  app.add_option("-o,--output", arguments.folder, "folder of the results")
-      ->required()
-      ->type_name("DIR");
+// What -o names, for the help.
+struct OutputKind {
+  const char* about;
+  const char* type;
+};
+
+void addOutputs(CLI::App& app, Arguments& arguments, const OutputKind& output) {
+  app.add_option("-o,--output", arguments.folder, output.about)->required()->type_name(output.type);
   app.add_option("--sample", arguments.sample, "name of the sample")->capture_default_str();
   app.add_flag("--no-anchors", arguments.noAnchors, "leave anchors out of the FASTQ files");
   app.add_flag("--native", arguments.native, "write velk's own files, too, to DIR/native");
@@ -104,8 +116,7 @@ class LibraryMaker {
     if (files_.bare.size() == 2) addPairs(files_.bare[0], files_.bare[1], LibraryKind::kPairs);
     if (files_.bare.size() == 1 || files_.bare.size() > 2) {
       throw Failure(Status::kUsage, "two files of mates may stand behind the assembly, not " +
-                                        std::to_string(files_.bare.size()) +
-                                        " (velk-run --help tells more)");
+                                        std::to_string(files_.bare.size()) + kMoreInHelp);
     }
     for (const auto& [one, other] : files_.pairs) addPairs(one, other, LibraryKind::kPairs);
     for (const std::string& file : files_.interleaved) {
@@ -153,7 +164,7 @@ void checkWord(const std::string& what, const std::string& word) {
 
 void checkLibraries(const std::vector<Library>& libraries) {
   if (libraries.empty()) {
-    throw Failure(Status::kUsage, std::string("no reads are given") + kMore);
+    throw Failure(Status::kUsage, std::string("no reads are given") + kMoreInHelp);
   }
   std::set<std::string> names;
   for (const Library& library : libraries) {
@@ -164,65 +175,41 @@ void checkLibraries(const std::vector<Library>& libraries) {
   }
 }
 
-// Throws TextWanted or Failure.
-void parse(CLI::App& app, int argc, const char* const* argv) {
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::CallForHelp&) {
-    throw TextWanted{app.help()};
-  } catch (const CLI::CallForVersion&) {
-    throw TextWanted{app.version() + "\n"};
-  } catch (const CLI::Error& error) {
-    throw Failure(Status::kUsage, error.what() + std::string(kMore));
-  }
+// Adds what a run and a plan have in common, and parses the command line.
+void parseRun(CLI::App& app, Arguments& arguments, const OutputKind& output, int argc,
+              const char* const* argv) {
+  Files files;
+  addInputs(app, arguments, files);
+  addOutputs(app, arguments, output);
+  addPlacement(app, arguments);
+  parseLine(app, argc, argv);
+  arguments.libraries = LibraryMaker(files).make();
+  checkLibraries(arguments.libraries);
+  checkWord("the name of the sample (--sample)", arguments.sample);
 }
 
 }  // namespace
 
 Arguments parseArguments(int argc, const char* const* argv) {
   Arguments arguments;
-  Files files;
   CLI::App app(kAbout, "velk-run");
   app.footer(kExamples);
   app.set_version_flag("--version", "velk-run " VELK_VERSION);
-  addInputs(app, arguments, files);
-  addOutputs(app, arguments);
-  addPlacement(app, arguments);
-  parse(app, argc, argv);
-  arguments.libraries = LibraryMaker(files).make();
-  checkLibraries(arguments.libraries);
-  checkWord("the name of the sample (--sample)", arguments.sample);
+  std::string plan;  // for the help: such a command line is parsed by parseRunPlan()
+  app.add_option("--plan", plan, "run this plan, which has all inputs; velk-run --plan FILE --help")
+      ->type_name("FILE");
+  parseRun(app, arguments, {"folder of the results", "DIR"}, argc, argv);
   return arguments;
 }
 
-bool asksForExtract(int argc, const char* const* argv) {
-  return argc > 1 && std::string_view(argv[1]) == "extract";
-}
-
-ExtractArguments parseExtract(int argc, const char* const* argv) {
-  ExtractArguments arguments;
-  bool asFasta = false;
-  bool asBam = false;
-  CLI::App app("Writes the reads of some gaps from the results of a run.", "velk-run extract");
-  app.add_option("folder", arguments.request.folder, "folder of results")
-      ->required()
-      ->type_name("DIR");
-  app.add_option("gaps", arguments.request.gaps, "numbers of gaps, as in gaps.tsv")
-      ->required()
-      ->type_name("GAP...");
-  CLI::Option* const fasta = app.add_flag("--fasta", asFasta, "FASTA instead of FASTQ");
-  CLI::Option* const bam = app.add_flag("--bam", asBam, "BAM instead of FASTQ")->excludes(fasta);
-  app.add_option("--flanks", arguments.request.flankBases,
-                 "also so many bases of both flanks of each gap")
-      ->type_name("N")
-      ->excludes(bam);
-  app.add_option("-o,--output", arguments.output, "file to write; -: standard output")
-      ->type_name("FILE")
+PlanArguments parsePlan(int argc, const char* const* argv) {
+  PlanArguments plan;
+  CLI::App app(kAboutPlan, "velk-run plan");
+  app.add_option("--inputs-root", plan.root, "folder that the names of the files count from")
+      ->type_name("DIR")
       ->capture_default_str();
-  parse(app, argc - 1, argv + 1);
-  if (asFasta) arguments.request.form = ExtractForm::kFasta;
-  if (asBam) arguments.request.form = ExtractForm::kBam;
-  return arguments;
+  parseRun(app, plan.arguments, {"file of the plan", "FILE"}, argc - 1, argv + 1);
+  return plan;
 }
 
 }  // namespace velk::run

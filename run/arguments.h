@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "run/extract.h"
 #include "run/library.h"
 
 namespace velk::run {
@@ -32,25 +31,17 @@ struct Arguments {
   bool noReport = false;               // --no-report
 };
 
-/// A text to print on standard output before a successful end: help, version.
-struct TextWanted {
-  std::string text;
-};
-
-/// Parses the command line. Throws TextWanted for --help and --version; Failure with Status::kUsage
-/// on what cannot be used, and on files of libraries that cannot be read.
+/// Parses the command line of a run. Throws TextWanted for --help and --version; Failure with
+/// Status::kUsage on what cannot be used, and on files of libraries that cannot be read.
 Arguments parseArguments(int argc, const char* const* argv);
 
-/// The command line of `velk-run extract`.
-struct ExtractArguments {
-  ExtractRequest request;
-  std::string output = "-";  // -o: a file; "-": standard output
+/// The command line of `velk-run plan`.
+struct PlanArguments {
+  Arguments arguments;     // its folder is the file of the plan
+  std::string root = ".";  // --inputs-root
 };
 
-/// Whether the command line asks for `velk-run extract`.
-bool asksForExtract(int argc, const char* const* argv);
-
 /// Parses such a command line; throws as parseArguments does.
-ExtractArguments parseExtract(int argc, const char* const* argv);
+PlanArguments parsePlan(int argc, const char* const* argv);
 
 }  // namespace velk::run

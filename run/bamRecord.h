@@ -1,5 +1,5 @@
 // Alignment records as BAM stores them, in bytes that can be kept, sorted and written later
-// (doc/places.md tells of their tags).
+// (doc/places.md describes their tags).
 #pragma once
 
 #include <cstdint>

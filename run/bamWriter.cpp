@@ -59,7 +59,7 @@ bool needsLongIndex(const Assembly& assembly) {
 BamWriter::BamWriter(const std::string& file, const std::string& indexFile,
                      const std::string& header, bool hasLongIndex, int helpers)
     : file_(file), indexFile_(indexFile), handles_(std::make_unique<Handles>()) {
-  hts_set_log_level(HTS_LOG_OFF);  // what fails is told here
+  hts_set_log_level(HTS_LOG_OFF);  // failures are reported here
   handles_->output = sam_open(file_.c_str(), "wb1");
   if (handles_->output == nullptr) fail(file_);
   if (helpers > 0 && hts_set_threads(handles_->output, helpers) != 0) fail(file_);
@@ -80,11 +80,13 @@ void BamWriter::fail(const std::string& file) const {
 }
 
 void BamWriter::write(std::string_view record, std::string_view namePrefix) {
+  errno = 0;  // what fails in a helper's thread leaves none here
   decodeBam(record, namePrefix, handles_->record);
   if (sam_write1(handles_->output, handles_->header, handles_->record) < 0) fail(file_);
 }
 
 void BamWriter::close() {
+  errno = 0;
   if (sam_idx_save(handles_->output) != 0) fail(indexFile_);
   const int result = sam_close(handles_->output);
   handles_->output = nullptr;

@@ -12,11 +12,11 @@
 
 namespace velk::run {
 
-/// What the header tells of the run.
+/// What the header says of the run.
 struct RunNames {
   std::string sample;
   std::string version;                // of the program
-  std::string platform = "ILLUMINA";  // that sequenced the reads; empty: not told
+  std::string platform = "ILLUMINA";  // that sequenced the reads; empty: not said
 };
 
 /// The header: coordinate order, the scaffolds, a read group for each library, the program.

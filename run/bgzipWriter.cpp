@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "run/diskFile.h"
 #include "run/failure.h"
 
 namespace velk::run {
@@ -38,15 +39,22 @@ void BgzipWriter::fail(const std::string& file) const {
 }
 
 void BgzipWriter::write(std::string_view text) {
+  errno = 0;  // what fails in a helper's thread leaves none here
   const ssize_t written = bgzf_write(handle_->file, text.data(), text.size());
   if (written < 0 || static_cast<std::size_t>(written) != text.size()) fail(file_);
   bytes_ += text.size();
 }
 
 void BgzipWriter::close() {
+  errno = 0;
   // The index has all blocks only when the last of them is written.
   if (bgzf_flush(handle_->file) != 0) fail(file_);
-  if (bgzf_index_dump(handle_->file, blocksFile_.c_str(), nullptr) != 0) fail(blocksFile_);
+  if (bytes_ == 0) {
+    // The library would write a number below 0 here, and not always the same.
+    writeFile(blocksFile_, std::string(sizeof(uint64_t), '\0'));
+  } else if (bgzf_index_dump(handle_->file, blocksFile_.c_str(), nullptr) != 0) {
+    fail(blocksFile_);
+  }
   const int result = bgzf_close(handle_->file);
   handle_->file = nullptr;
   if (result != 0) fail(file_);

@@ -74,10 +74,10 @@ std::pair<int64_t, int64_t> Description::placeOf(const Laid& laid) const {
 
 void Description::setText(const Laid& laid, OutRecord& record) const {
   const reads::RecordView& text = textOf(laid.mate);
-  const bool isTurned = laid.isMapped() && laid.isReversed;
+  const bool isReversed = laid.isMapped() && laid.isReversed;
   record.name = text.name;
-  record.bases = isTurned ? turnedBases(text.bases) : std::string(text.bases);
-  record.quality = isTurned ? turnedQuality(text.quality) : std::string(text.quality);
+  record.bases = isReversed ? reverseComplementOf(text.bases) : std::string(text.bases);
+  record.quality = isReversed ? reversedQuality(text.quality) : std::string(text.quality);
 }
 
 void Description::setPlace(const Laid& laid, OutRecord& record) const {

@@ -32,7 +32,7 @@ struct OutRecord {
   std::string bases;    // on the scaffold's strand if it is mapped, else as sequenced
   std::string quality;  // the same way round, Phred+33; empty: none
   int64_t gap;          // number, from 0: in which it was found, or else the other read of its pair
-  int64_t gapPosition;  // of a record that was found: as velk tells it
+  int64_t gapPosition;  // of a record that was found: as velk writes it
   char kind;            // 'E'dge, 'M'ate, 'A'nchor
   bool isFound;         // false: it is there because the other read of its pair was found
   Certainty certainty;

@@ -1,18 +1,15 @@
 #include "run/diskFile.h"
 
 #include <fcntl.h>
-#include <htslib/hts.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstring>
-#include <memory>
-#include <new>
 #include <vector>
 
 #include "run/failure.h"
+#include "run/md5.h"
 
 namespace velk::run {
 namespace {
@@ -31,10 +28,6 @@ void forEachPart(int descriptor, const std::string& name, Take take) {
     take(std::string_view(buffer.data(), static_cast<std::size_t>(got)));
   }
 }
-
-struct Md5Deleter {
-  void operator()(hts_md5_context* context) const { hts_md5_destroy(context); }
-};
 
 }  // namespace
 
@@ -85,20 +78,20 @@ std::string readDescriptor(int descriptor, const std::string& name) {
   return text;
 }
 
+std::string readFile(const std::string& file) {
+  const Descriptor input(file, O_RDONLY);
+  return readDescriptor(input.get(), file);
+}
+
 std::string md5OfFile(const std::string& file, uint64_t& bytes) {
   const Descriptor input(file, O_RDONLY);
-  const std::unique_ptr<hts_md5_context, Md5Deleter> context(hts_md5_init());
-  if (context == nullptr) throw std::bad_alloc();
+  Md5 md5;
   bytes = 0;
   forEachPart(input.get(), file, [&](std::string_view part) {
-    hts_md5_update(context.get(), part.data(), part.size());
+    md5.add(part);
     bytes += part.size();
   });
-  std::array<unsigned char, 16> digest{};
-  std::array<char, 33> hex{};
-  hts_md5_final(digest.data(), context.get());
-  hts_md5_hex(hex.data(), digest.data());
-  return hex.data();
+  return md5.sum();
 }
 
 bool exists(const std::string& file) {

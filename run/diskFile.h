@@ -34,6 +34,9 @@ void writeFile(const std::string& file, std::string_view text);
 /// Writes to an open file that messages call `name`. Throws Failure.
 void writeDescriptor(int descriptor, const std::string& name, std::string_view text);
 
+/// All of a file. Throws Failure.
+std::string readFile(const std::string& file);
+
 /// All that an open file still has. Throws Failure.
 std::string readDescriptor(int descriptor, const std::string& name);
 
@@ -43,7 +46,7 @@ void syncFile(const std::string& file);
 /// The MD5 sum of a file in hexadecimal digits, and its size (out). Throws Failure.
 std::string md5OfFile(const std::string& file, uint64_t& bytes);
 
-/// Whether there is anything of that name. Throws Failure where that cannot be told.
+/// Whether there is anything of that name. Throws Failure where that cannot be found out.
 bool exists(const std::string& file);
 
 }  // namespace velk::run

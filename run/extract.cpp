@@ -31,7 +31,7 @@ struct Block {
   uint64_t text;
 };
 
-// The blocks of a file, as bgzip tells them: the number of those behind the first, and each of
+// The blocks of a file, as bgzip lists them: the number of those behind the first, and each of
 // them.
 std::vector<Block> blocksOf(const std::string& file) {
   const Descriptor input(file, O_RDONLY);

@@ -17,7 +17,7 @@ struct ExtractRequest {
 };
 
 /// Writes to `output` ("-": standard output), gap by gap as asked for: the flanks, the pairs with
-/// both reads in turn, the single reads; or the BAM records, ordered by place, of all these gaps.
+/// interleaved, the single reads; or the BAM records, ordered by place, of all these gaps.
 /// Throws Failure: where the folder holds no whole result, has no such gap, or a file fails.
 void extractReads(const ExtractRequest& request, const std::string& output);
 

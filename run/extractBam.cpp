@@ -34,7 +34,7 @@ int64_t gapOf(const bam1_t* record) {
 class BamExtract {
  public:
   BamExtract(const std::string& bam, const std::string& bamIndex) : file_(bam) {
-    hts_set_log_level(HTS_LOG_OFF);  // what fails is told here
+    hts_set_log_level(HTS_LOG_OFF);  // failures are reported here
     input_.reset(sam_open(bam.c_str(), "rb"));
     if (input_ == nullptr) failFile(file_, "opened");
     header_.reset(sam_hdr_read(input_.get()));

@@ -32,7 +32,7 @@ class Reader {
          const std::function<void(const std::string&, const std::string&)>& onScaffold)
       : file_(file), notes_(notes), onScaffold_(onScaffold) {}
 
-  // Takes a line in, or a part of one: `isStart` and `isEnd` tell which.
+  // Takes a line in, or a part of one: `isStart` and `isEnd` say which.
   void take(std::string_view part, bool isStart, bool isEnd) {
     if (isStart) {
       ++line_;

@@ -19,7 +19,7 @@ struct FoundPlace {
   RecordKind kind;
   uint64_t scaffold;
   uint64_t contigBehind;  // the gap: in front of this contig
-  int64_t position;       // from the gap's first base to the read's, as velk tells it
+  int64_t position;       // from the gap's first base to the read's, as velk writes it
   int64_t unmoved;        // the same before a mate was moved to the nearer end of the gap
   uint64_t hitContig;     // of the hit: of the read itself (kEdge, kAnchor), or of its anchor
   int64_t hitOffset;      // of the read that was hit, from the hit contig's first base

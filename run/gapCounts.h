@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
+#include <string_view>
 
 #include "run/describe.h"
 
@@ -23,6 +25,9 @@ class GapCounts {
   /// A pair with a read in either flank says that a gap has `length` bases.
   void addSpan(uint64_t gap, int64_t length);
 
+  /// A record of the search.
+  void addRecord(uint64_t gap) { records_[gap].fetch_add(1, std::memory_order_relaxed); }
+
   uint32_t count(uint64_t gap, uint64_t library, ReadKind kind) const {
     return counts_[indexOf(gap, library, kind)];
   }
@@ -37,15 +42,24 @@ class GapCounts {
 
   static constexpr uint32_t kLeastSpans = 5;
 
+  uint32_t records(uint64_t gap) const { return records_[gap]; }
+
+  /// The bytes of all counts, of which only those of `library` are not 0; and adds such bytes.
+  /// Throws Failure, which names `file`, where the bytes are none of as many gaps.
+  std::string encoded(uint64_t library) const;
+  void addEncoded(std::string_view bytes, uint64_t library, const std::string& file);
+
  private:
   std::size_t indexOf(uint64_t gap, uint64_t library, ReadKind kind) const {
     return (gap * libraries_ + library) * kReadKinds + static_cast<std::size_t>(kind);
   }
 
+  uint64_t gaps_;
   uint64_t libraries_;
-  std::unique_ptr<std::atomic<uint32_t>[]> counts_;  // by gap, library, kind
-  std::unique_ptr<std::atomic<uint32_t>[]> spans_;   // by gap
-  std::unique_ptr<std::atomic<int64_t>[]> lengths_;  // by gap: sum
+  std::unique_ptr<std::atomic<uint32_t>[]> counts_;   // by gap, library, kind
+  std::unique_ptr<std::atomic<uint32_t>[]> spans_;    // by gap
+  std::unique_ptr<std::atomic<int64_t>[]> lengths_;   // by gap: sum
+  std::unique_ptr<std::atomic<uint32_t>[]> records_;  // by gap
 };
 
 }  // namespace velk::run

@@ -14,23 +14,37 @@ std::size_t longestOf(const std::vector<reads::KeptRead>& reads) {
   return longest;
 }
 
+// Calls take(library, number of the input, files) for all inputs in their order.
+template <class Take>
+void forEachInput(const std::vector<Library>& libraries, Take take) {
+  uint32_t number = 0;
+  for (uint32_t n = 0; n < libraries.size(); ++n) {
+    for (const reads::InputFiles& files : libraries[n].inputs) take(n, number++, files);
+  }
+}
+
 }  // namespace
 
 Inputs::Inputs(const std::vector<Library>& libraries, int threads) {
-  const auto helpers = threads > 1 ? reads::Helpers::kInflateAhead : reads::Helpers::kNone;
-  for (uint32_t n = 0; n < libraries.size(); ++n) {
-    for (const reads::InputFiles& files : libraries[n].inputs) {
-      const auto number = static_cast<uint32_t>(inputs_.size());
-      auto input = std::make_unique<reads::ReadInput>(files, number, helpers);
-      std::string failure;
-      try {
-        input->takeSample(kSampleEntries, kSampleBytes);
-      } catch (const reads::InputError& error) {
-        failure = error.what();
-      }
-      inputs_.push_back({n, std::move(input), failure});
+  forEachInput(libraries, [&](uint32_t library, uint32_t number, const reads::InputFiles& files) {
+    open(library, number, files, threads);
+    try {
+      inputs_.back().reads->takeSample(kSampleEntries, kSampleBytes);
+    } catch (const reads::InputError& error) {
+      inputs_.back().failure = error.what();
     }
-  }
+  });
+}
+
+Inputs::Inputs(const std::vector<Library>& libraries, int threads, std::optional<uint32_t> only) {
+  forEachInput(libraries, [&](uint32_t library, uint32_t number, const reads::InputFiles& files) {
+    if (!only || *only == number) open(library, number, files, threads);
+  });
+}
+
+void Inputs::open(uint32_t library, uint32_t number, const reads::InputFiles& files, int threads) {
+  const auto helpers = threads > 1 ? reads::Helpers::kInflateAhead : reads::Helpers::kNone;
+  inputs_.push_back({library, std::make_unique<reads::ReadInput>(files, number, helpers), ""});
 }
 
 std::vector<SearchInput> Inputs::toSearch() const {

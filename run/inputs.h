@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,9 @@ class Inputs {
   /// `threads`: with one, no input has a helper.
   Inputs(const std::vector<Library>& libraries, int threads);
 
+  /// Opens the files of all libraries, or of one input alone, and takes no samples.
+  Inputs(const std::vector<Library>& libraries, int threads, std::optional<uint32_t> only);
+
   const std::vector<OpenInput>& all() const { return inputs_; }
 
   /// What the search takes.
@@ -40,6 +44,8 @@ class Inputs {
   uint64_t bytes() const;
 
  private:
+  void open(uint32_t library, uint32_t number, const reads::InputFiles& files, int threads);
+
   std::vector<OpenInput> inputs_;
 };
 

@@ -59,7 +59,7 @@ class Laying {
 
   std::string basesOf(int mate, bool isReversed) const {
     const std::string_view bases = entry_.texts[static_cast<std::size_t>(mate)].bases;
-    return isReversed ? turnedBases(bases) : std::string(bases);
+    return isReversed ? reverseComplementOf(bases) : std::string(bases);
   }
 
   void add(const Laid& laid) { laid_[static_cast<std::size_t>(laid.mate)].push_back(laid); }

@@ -24,7 +24,7 @@ struct Laid {
   bool isFound = false;  // by velk, at this gap
   Certainty certainty = Certainty::kEstimate;
   int64_t gap = -1;         // its own, or for one that was not found the first of its pair
-  int64_t gapPosition = 0;  // as velk tells it
+  int64_t gapPosition = 0;  // as velk writes it
   int64_t scaffold = -1;
   int64_t start = 0;    // of its first base, clipped or not
   Alignment alignment;  // empty: unmapped

@@ -31,11 +31,24 @@ struct Library {
   Orientation measuredOrientation = Orientation::kInward;
 
   // Given by the user, else as measured; fixed before the first read is searched.
+  bool isInsertGiven = false;
   Orientation orientation = Orientation::kInward;
   double insert = 0;  // median of the fragments' lengths, both reads included, bases; 0 for singles
   double spread = 0;  // standard deviation of them, bases
 
   bool arePairs() const { return kind != LibraryKind::kSingle; }
+
+  /// Where insert size and orientation are from: "given", "measured", or "usual" for the kind.
+  const char* insertSource() const { return isInsertGiven ? "given" : "measured"; }
+  const char* orientationSource() const {
+    return givenOrientation ? "given" : isMeasured ? "measured" : "usual";
+  }
 };
+
+/// "pairs", "mate-pairs" or "single".
+const char* nameOf(LibraryKind kind);
+
+/// "FR" or "RF".
+const char* nameOf(Orientation orientation);
 
 }  // namespace velk::run

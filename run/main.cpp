@@ -9,8 +9,11 @@
 #include "driver/standardDescriptors.h"
 #include "reads/record.h"
 #include "run/arguments.h"
+#include "run/commandLine.h"
 #include "run/failure.h"
+#include "run/planned.h"
 #include "run/run.h"
+#include "run/verbs.h"
 
 namespace velk::run {
 namespace {
@@ -33,16 +36,31 @@ int fail(Status status, const std::string& what) {
   return static_cast<int>(status);
 }
 
+void doVerb(int argc, char** argv) {
+  if (asksFor("extract", argc, argv)) {
+    const ExtractArguments arguments = parseExtract(argc, argv);
+    extractReads(arguments.request, arguments.output);
+  } else if (asksFor("plan", argc, argv)) {
+    const PlanArguments plan = parsePlan(argc, argv);
+    makePlan(plan.arguments, plan.root);
+  } else if (asksFor("task", argc, argv)) {
+    const PlannedArguments arguments = parseTask(argc, argv);
+    runTask(arguments.request, arguments.task);
+  } else if (asksFor("gather", argc, argv)) {
+    const PlannedArguments arguments = parseGather(argc, argv);
+    gather(arguments.request, arguments.shares);
+  } else if (hasPlan(argc, argv)) {
+    runPlan(parseRunPlan(argc, argv).request);
+  } else {
+    runAll(parseArguments(argc, argv));
+  }
+}
+
 int guarded(int argc, char** argv) {
   QuietListener quiet;
   const ListenerInUse inUse(quiet);
   try {
-    if (asksForExtract(argc, argv)) {
-      const ExtractArguments arguments = parseExtract(argc, argv);
-      extractReads(arguments.request, arguments.output);
-    } else {
-      runAll(parseArguments(argc, argv));
-    }
+    doVerb(argc, argv);
     return static_cast<int>(Status::kWhole);
   } catch (const TextWanted& wanted) {
     std::cout << wanted.text << std::flush;

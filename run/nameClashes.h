@@ -22,6 +22,11 @@ class NameClashes {
   /// Any thread may call it. Throws Failure.
   void add(uint32_t library, std::string_view name);
 
+  /// Adds the names that another one has saved to `file`, and saves them. As in SpillSorter.
+  void addSaved(const std::string& file, uint64_t names) { sorter_.addSaved(file, names); }
+  void save(const std::string& file) { sorter_.save(file); }
+  uint64_t names() const { return sorter_.items(); }
+
   /// Compares all names, once, before prefixOf(). Throws Failure.
   void find();
 

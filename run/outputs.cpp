@@ -12,6 +12,7 @@
 #include "run/gapIndex.h"
 #include "run/gapTable.h"
 #include "run/layReads.h"
+#include "run/resultNames.h"
 
 namespace velk::run {
 namespace {
@@ -109,6 +110,23 @@ void Outputs::takeForGaps(const FoundEntry& entry, const std::vector<OutRecord>&
 
 uint64_t Outputs::spilledBytes() const {
   return records_.spilledBytes() + gapReads_.spilledBytes();
+}
+
+void Outputs::addShare(const std::string& share, uint64_t library, const ShareItems& items) {
+  const auto file = [&](const char* name) { return share + "/" + name; };
+  records_.addSaved(file(kShareRecordsName), items.records);
+  gapReads_.addSaved(file(kShareReadsName), items.gapReads);
+  clashes_.addSaved(file(kShareNamesName), items.names);
+  const std::string counts = file(kShareCountsName);
+  counts_.addEncoded(readFile(counts), library, counts);
+}
+
+ShareItems Outputs::writeShare(uint64_t library) {
+  records_.save(folder_.partial(kShareRecordsName));
+  gapReads_.save(folder_.partial(kShareReadsName));
+  clashes_.save(folder_.partial(kShareNamesName));
+  writeFile(folder_.partial(kShareCountsName), counts_.encoded(library));
+  return {records_.items(), gapReads_.items(), clashes_.names()};
 }
 
 void Outputs::write() {

@@ -29,6 +29,13 @@ struct OutputOptions {
   uint64_t memory = uint64_t{256} << 20;  // bytes that what was found may take
 };
 
+/// How many items the files of a share have.
+struct ShareItems {
+  uint64_t records = 0;   // of alignment
+  uint64_t gapReads = 0;  // entries at gaps
+  uint64_t names = 0;
+};
+
 class Outputs {
  public:
   /// All of these outlive it. `libraries` are fixed.
@@ -41,8 +48,17 @@ class Outputs {
   /// A pair of which a read lies in either flank of a gap. Any thread may call it.
   void takeSpan(uint64_t gap, int64_t length) { counts_.addSpan(gap, length); }
 
+  /// A record of the search at a gap. Any thread may call it.
+  void takeRecord(uint64_t gap) { counts_.addRecord(gap); }
+
+  /// Adds what a share's folder holds, found in inputs of `library`. Throws Failure.
+  void addShare(const std::string& share, uint64_t library, const ShareItems& items);
+
   /// Writes all files. Once, when nothing is taken any more. Throws Failure.
   void write();
+
+  /// Writes the files of a share instead, with the counts of `library`. Throws Failure.
+  ShareItems writeShare(uint64_t library);
 
   const GapCounts& counts() const { return counts_; }
 

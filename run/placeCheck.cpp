@@ -4,6 +4,8 @@
 #include <cstdlib>
 
 #include "placement/countEqual.h"
+#include "run/likeStart.h"
+
 namespace velk::run {
 namespace {
 
@@ -26,7 +28,8 @@ class Comparison {
       : scaffold_(scaffold),
         read_(read),
         length_(static_cast<int64_t>(read.size())),
-        mapCut_(mapCut) {}
+        mapCut_(mapCut),
+        mostUnlike_(static_cast<int64_t>(static_cast<double>(length_) * (1 - mapCut)) + 1) {}
 
   Stretch placeOf(uint64_t contig) const { return stretchOf(scaffold_.contigs()[contig]); }
   uint64_t contigs() const { return scaffold_.contigs().size(); }
@@ -35,40 +38,92 @@ class Comparison {
   void findIn(uint64_t contig, const Reach& reach, int64_t expected,
               std::optional<Match>& best) const {
     const Stretch edge = placeOf(contig);
-    const int64_t last = std::min(reach.highest, edge.end - length_);
-    for (int64_t start = std::max(reach.lowest, edge.start); start <= last; ++start) {
-      if (!agreesAt(contig, start, {start, start + length_})) continue;
+    const int64_t first = std::max(reach.lowest, edge.start);
+    const int64_t places = std::min(reach.highest, edge.end - length_) + 1 - first;
+    if (places <= 0) return;
+    forEachLike(read_, basesFrom(contig, first), places, [&](int64_t i) {
+      const int64_t start = first + i;
+      if (!agreesAt(contig, start, {start, start + length_})) return;
       const Match match{start, sameAt(contig, start), contig};
       if (!best || isBetter(match, *best, expected)) best = match;
-    }
+    });
   }
 
-  // The one overlap with the end of the contig in front of a gap.
+  // The one overlap with the end of the contig in front of a gap. The read starts on the contig, if
+  // not in front of it.
   std::optional<Match> overEnd(uint64_t contig, const Reach& reach) const {
     const Stretch edge = placeOf(contig);
-    return onlyOverlap(contig, {std::max(reach.lowest, edge.end - length_ + 1),
-                                std::min(reach.highest, edge.end - kLeastOverlap)});
+    const int64_t first = std::max(reach.lowest, edge.end - length_ + 1);
+    const int64_t last = std::min(reach.highest, edge.end - kLeastOverlap);
+    const int64_t onContig = std::max(first, edge.start);
+    Overlaps overlaps;
+    for (int64_t start = first; start < std::min(onContig, last + 1); ++start) {
+      lookAt(contig, start, overlaps);
+    }
+    if (onContig <= last) {
+      forEachLike(read_, basesFrom(contig, onContig), last + 1 - onContig,
+                  [&](int64_t i) { lookAt(contig, onContig + i, overlaps); });
+    }
+    return overlaps.only();
   }
 
-  // The one overlap with the start of the contig behind a gap.
+  // The one overlap with the start of the contig behind a gap: the contig starts on the read.
   std::optional<Match> overStart(uint64_t contig, const Reach& reach) const {
     const Stretch edge = placeOf(contig);
-    return onlyOverlap(contig, {std::max(reach.lowest, edge.start + kLeastOverlap - length_),
-                                std::min(reach.highest, edge.start - 1)});
+    const int64_t first = std::max<int64_t>(edge.start - reach.highest, 1);  // base of the read
+    const int64_t last = std::min(edge.start - reach.lowest, length_ - kLeastOverlap);
+    Overlaps overlaps;
+    if (first <= last) {
+      forEachLike(scaffold_.basesOf(contig), read_.substr(static_cast<std::size_t>(first)),
+                  last + 1 - first,
+                  [&](int64_t i) { lookAt(contig, edge.start - first - i, overlaps); });
+    }
+    return overlaps.only();
   }
 
  private:
-  const char* basesAt(uint64_t contig, int64_t position) const {
-    return scaffold_.basesOf(contig).data() + (position - placeOf(contig).start);
+  // Overlaps with an edge. Where there are several it is a repeat, and any of them may be meant.
+  struct Overlaps {
+    Match match{};
+    int count = 0;
+
+    std::optional<Match> only() const { return count == 1 ? std::optional(match) : std::nullopt; }
+  };
+
+  // The bases of a contig from a position of the scaffold on.
+  std::string_view basesFrom(uint64_t contig, int64_t position) const {
+    return scaffold_.basesOf(contig).substr(
+        static_cast<std::size_t>(position - placeOf(contig).start));
+  }
+
+  // Calls visit(i) for the i in [0, places) at which `text` may agree with `pattern`.
+  template <class Visit>
+  void forEachLike(std::string_view pattern, std::string_view text, int64_t places,
+                   Visit visit) const {
+    int64_t i = 0;
+    if (static_cast<int64_t>(pattern.size()) >= LikeStart::kBases) {
+      const int64_t whole = static_cast<int64_t>(text.size()) - LikeStart::kBases + 1;
+      i = std::clamp<int64_t>(whole, 0, places);
+      LikeStart(pattern, mostUnlike_).forEachPlace(text.data(), i, visit);
+    }
+    for (; i < places; ++i) visit(i);
+  }
+
+  void lookAt(uint64_t contig, int64_t start, Overlaps& overlaps) const {
+    const Stretch shared = common({start, start + length_}, placeOf(contig));
+    if (shared.length() < kLeastOverlap || !agreesAt(contig, start, shared)) return;
+    overlaps.match = {start, shared.length(), contig};
+    ++overlaps.count;
   }
 
   bool agreesAt(uint64_t contig, int64_t start, const Stretch& shared) const {
-    return agrees(basesAt(contig, shared.start), read_.data() + (shared.start - start),
+    return agrees(basesFrom(contig, shared.start).data(), read_.data() + (shared.start - start),
                   shared.length(), mapCut_);
   }
 
   int64_t sameAt(uint64_t contig, int64_t start) const {
-    return static_cast<int64_t>(countEqual(basesAt(contig, start), read_.data(), read_.size()));
+    return static_cast<int64_t>(
+        countEqual(basesFrom(contig, start).data(), read_.data(), read_.size()));
   }
 
   static bool isBetter(const Match& one, const Match& other, int64_t expected) {
@@ -76,23 +131,11 @@ class Comparison {
     return std::abs(one.start - expected) < std::abs(other.start - expected);
   }
 
-  // Nothing where there are several: a repeat at the edge, and any of them may be meant.
-  std::optional<Match> onlyOverlap(uint64_t contig, const Reach& starts) const {
-    const Stretch edge = placeOf(contig);
-    std::optional<Match> only;
-    for (int64_t start = starts.lowest; start <= starts.highest; ++start) {
-      const Stretch shared = common({start, start + length_}, edge);
-      if (shared.length() < kLeastOverlap || !agreesAt(contig, start, shared)) continue;
-      if (only) return std::nullopt;
-      only = Match{start, shared.length(), contig};
-    }
-    return only;
-  }
-
   const ScaffoldText& scaffold_;
   std::string_view read_;
   int64_t length_;
   double mapCut_;
+  int64_t mostUnlike_;  // bases of a read that agrees
 };
 
 // Where the read may start as seen from the contigs in front of a gap, and from those behind.

@@ -17,7 +17,7 @@ enum class Certainty : char {
   kContained = 'C',  // it lies wholly in a contig, and not in the gap
 };
 
-/// Fewer bases on a contig tell nothing: by chance 16 agree once in four billion places.
+/// Fewer bases on a contig say nothing: by chance 16 agree once in four billion places.
 constexpr int64_t kLeastOverlap = 16;
 
 /// Where a read is expected at a gap.

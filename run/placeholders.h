@@ -1,4 +1,4 @@
-// Gaps whose length in the assembly is made up: by their length, or as an AGP file tells.
+// Gaps whose length in the assembly is made up: by their length, or as an AGP file says.
 #pragma once
 
 #include <cstdint>

@@ -154,7 +154,7 @@ std::vector<Finding> checkLibraries(const std::vector<Library>& given,
                   "fewer than 100 pairs lie on one contig, so the insert size can't be measured; "
                   "give it, and the orientation, in a sample sheet (--samplesheet)");
   Kind unlike(false, "a given insert size differs from the measured one");
-  Kind turned(false, "a given orientation differs from the measured one");
+  Kind opposite(false, "a given orientation differs from the measured one");
   for (std::size_t n = 0; n < given.size(); ++n) {
     const Library& before = given[n];
     const Library& after = measured[n];
@@ -169,10 +169,10 @@ std::vector<Finding> checkLibraries(const std::vector<Library>& given,
                  " and " + std::to_string(std::lround(after.measuredInsert)) + " bases");
     }
     if (before.givenOrientation && *before.givenOrientation != after.measuredOrientation) {
-      turned.add("library " + after.name);
+      opposite.add("library " + after.name);
     }
   }
-  for (const Kind& kind : {unmeasured, unlike, turned}) kind.addTo(findings);
+  for (const Kind& kind : {unmeasured, unlike, opposite}) kind.addTo(findings);
   return findings;
 }
 

@@ -11,7 +11,7 @@
 
 namespace velk::run {
 
-/// A kind of thing that is not as it should be, told once.
+/// A kind of thing that is not as it should be, reported once.
 struct Finding {
   bool isError;  // the run stops, unless it is forced
   std::string text;
@@ -22,19 +22,19 @@ struct Finding {
   std::string line() const;
 };
 
-/// What can be told of the files before any is opened. Throws Failure where a file does not exist.
+/// What can be said of the files before any is opened. Throws Failure where a file does not exist.
 std::vector<Finding> checkFiles(const std::string& assembly, const std::vector<Library>& libraries);
 
-/// What the samples tell.
+/// What is wrong with the samples.
 std::vector<Finding> checkSamples(const Inputs& inputs);
 
-/// What the assembly tells. hasPlaceholders: whether some of its gaps should be such.
+/// What is wrong with the assembly. hasPlaceholders: whether some of its gaps should be such.
 std::vector<Finding> checkAssembly(const Assembly& assembly, bool hasPlaceholders);
 
 /// Whether there is memory to index this assembly and to search.
 std::vector<Finding> checkMemory(const Assembly& assembly, int kmer);
 
-/// What the measured libraries tell. `given`: as they were before.
+/// What is wrong with the measured libraries. `given`: as they were before.
 std::vector<Finding> checkLibraries(const std::vector<Library>& given,
                                     const std::vector<Library>& measured);
 

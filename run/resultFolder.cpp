@@ -55,7 +55,7 @@ bool isFolder(int descriptor, const std::string& folder) {
 }
 
 // Returns false, with errno set, when that fails. Some file systems have no locks; there two runs
-// at once are not told apart.
+// at once are not distinguished.
 bool lockFolder(int descriptor) {
   if (flock(descriptor, LOCK_EX | LOCK_NB) == 0) return true;
   return errno == ENOSYS || errno == ENOLCK || errno == EOPNOTSUPP;
@@ -63,8 +63,9 @@ bool lockFolder(int descriptor) {
 
 }  // namespace
 
-ResultFolder::ResultFolder(std::string folder, const std::vector<std::string>& inputs)
-    : folder_(std::move(folder)) {
+ResultFolder::ResultFolder(std::string folder, const std::vector<std::string>& inputs,
+                           const FolderForm& form)
+    : folder_(std::move(folder)), form_(form) {
   while (folder_.size() > 1 && folder_.ends_with('/')) folder_.pop_back();
   if (exists(folder_) && !fs::is_directory(folder_)) {
     throw Failure(Status::kFailed, folder_ + " is there, and is no folder");
@@ -88,17 +89,17 @@ std::string ResultFolder::partial(const std::string& name) const {
 // being moved or removed when a run was killed.
 std::set<std::string> ResultFolder::ownNames() const {
   std::set<std::string> names;
-  for (const char* summary : {kSummaryName, kEarlierName, kNextName}) {
-    names.merge(namesOfSummary(file(summary)));
+  for (const char* summary : {form_.summary, kEarlierName, kNextName}) {
+    names.merge(namesOfSummary(file(summary), form_.names));
   }
-  if (isSummary(file(kSummaryName))) names.insert(kSummaryName);
+  if (isSummary(file(form_.summary))) names.insert(form_.summary);
   return names;
 }
 
 void ResultFolder::checkNames(const std::vector<std::string>& inputs) const {
   const std::set<std::string> own = ownNames();
-  std::vector<std::string> names(resultNames().begin(), resultNames().end());
-  names.emplace_back(kSummaryName);
+  std::vector<std::string> names(form_.names.begin(), form_.names.end());
+  names.emplace_back(form_.summary);
   for (const std::string& name : names) {
     if (!exists(file(name))) continue;
     for (const std::string& input : inputs) {
@@ -151,7 +152,7 @@ void ResultFolder::begin() {
   lock();
   const std::string partialFolder = file(kPartialName);
   std::vector<std::string> files;
-  for (const char* name : resultNames()) files.push_back(partial(name));
+  for (const char* name : form_.names) files.push_back(partial(name));
   for (const char* name : {kEarlierName, kNextName}) files.push_back(file(name));
   cleanup_ = std::make_unique<SignalCleanup>(
       files, std::vector<std::string>{partial(kNativeName), partialFolder});
@@ -164,19 +165,19 @@ void ResultFolder::begin() {
 // The summary goes first, and its list stays until all that it lists is gone.
 void ResultFolder::removeEarlier() {
   std::set<std::string> names = ownNames();
-  if (names.erase(kSummaryName) != 0) {
-    move(file(kSummaryName), file(kEarlierName));
+  if (names.erase(form_.summary) != 0) {
+    move(file(form_.summary), file(kEarlierName));
     syncFile(folder_);
   }
   for (const std::string& name : names) removeFile(file(name));
   rmdir(file(kNativeName).c_str());  // unless somebody has put something there
   syncFile(folder_);
-  for (const char* name : resultNames()) removeFile(partial(name));
+  for (const char* name : form_.names) removeFile(partial(name));
   for (const char* name : {kEarlierName, kNextName}) removeFile(file(name));
 }
 
 std::vector<ResultFile> ResultFolder::seal() {
-  for (const char* name : resultNames()) {
+  for (const char* name : form_.names) {
     const std::string made = partial(name);
     if (!exists(made)) continue;
     syncFile(made);
@@ -193,13 +194,13 @@ void ResultFolder::publish(const std::string& summary) {
   syncFile(file(kNextName));
   syncFile(file(kPartialName));
   for (const ResultFile& sealed : sealed_) {
-    if (sealed.name.starts_with(kNativeName)) makeFolder(file(kNativeName));
+    if (sealed.name.find('/') != std::string::npos) makeFolder(file(kNativeName));
     move(partial(sealed.name), file(sealed.name));
     published_.insert(sealed.name);
   }
   if (exists(file(kNativeName))) syncFile(file(kNativeName));
   syncFile(folder_);
-  move(file(kNextName), file(kSummaryName));
+  move(file(kNextName), file(form_.summary));
   published_.clear();
   isMade_ = false;
   syncFile(folder_);
@@ -214,7 +215,7 @@ void ResultFolder::removePublished() const {
 }
 
 void ResultFolder::removePartial() const {
-  for (const char* name : resultNames()) unlink(partial(name).c_str());
+  for (const char* name : form_.names) unlink(partial(name).c_str());
   for (const char* name : {kEarlierName, kNextName}) unlink(file(name).c_str());
   rmdir(partial(kNativeName).c_str());
   rmdir(file(kPartialName).c_str());

@@ -8,7 +8,7 @@
 //   ResultFolder folder(dir, inputs)   looks, and changes nothing
 //   folder.begin()                     removes an earlier result, makes .partial
 //   ... files are written to folder.partial(name) ...
-//   folder.seal()                      has them on disk, and tells sizes and checksums
+//   folder.seal()                      has them on disk, and returns sizes and checksums
 //   folder.publish(summary)            moves them
 #pragma once
 
@@ -18,6 +18,7 @@
 #include <string>
 #include <vector>
 
+#include "run/resultNames.h"
 #include "run/signalCleanup.h"
 
 namespace velk::run {
@@ -33,7 +34,8 @@ class ResultFolder {
  public:
   /// `inputs`: all files that the run reads. Throws Failure where a name that the run would write
   /// is taken by a file that no earlier run has written, or is that of an input.
-  ResultFolder(std::string folder, const std::vector<std::string>& inputs);
+  ResultFolder(std::string folder, const std::vector<std::string>& inputs,
+               const FolderForm& form = resultForm());
 
   /// Removes what is unfinished.
   ~ResultFolder();
@@ -46,7 +48,7 @@ class ResultFolder {
 
   const std::string& path() const { return folder_; }
 
-  /// Where a file is made. REQUIRES: `name` is one of resultNames(), or for a file that is removed
+  /// Where a file is made. REQUIRES: `name` is one of the form's, or for a file that is removed
   /// at once.
   std::string partial(const std::string& name) const;
 
@@ -67,6 +69,7 @@ class ResultFolder {
   void unlock();
 
   std::string folder_;
+  const FolderForm& form_;
   int lock_ = -1;
   bool isMade_ = false;  // whether the folder is this run's
   std::vector<ResultFile> sealed_;

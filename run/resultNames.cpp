@@ -9,23 +9,26 @@
 namespace velk::run {
 namespace {
 
-constexpr std::array kNames{"reads.bam",
-                            "reads.bam.bai",
-                            "reads.bam.csi",
-                            "pairs.fq.gz",
-                            "pairs.fq.gz.gzi",
-                            "singles.fq.gz",
-                            "singles.fq.gz.gzi",
-                            "flanks.fa.gz",
-                            "flanks.fa.gz.gzi",
-                            "gaps.tsv",
-                            "gaps.bed",
-                            "gaps.idx",
-                            "report.html",
-                            "native/found.fa",
-                            "native/scaffolds.fa.gapsinfo",
-                            "native/scaffolds.fa.contig",
-                            "native/scaffolds.fa.contigPos"};
+constexpr std::array kResultNames{"reads.bam",
+                                  "reads.bam.bai",
+                                  "reads.bam.csi",
+                                  "pairs.fq.gz",
+                                  "pairs.fq.gz.gzi",
+                                  "singles.fq.gz",
+                                  "singles.fq.gz.gzi",
+                                  "flanks.fa.gz",
+                                  "flanks.fa.gz.gzi",
+                                  "gaps.tsv",
+                                  "gaps.bed",
+                                  "gaps.idx",
+                                  "report.html",
+                                  "native/found.fa",
+                                  "native/scaffolds.fa.gapsinfo",
+                                  "native/scaffolds.fa.contig",
+                                  "native/scaffolds.fa.contigPos"};
+
+constexpr std::array kShareNames{kShareRecordsName, kShareReadsName, kShareNamesName,
+                                 kShareNativeName, kShareCountsName};
 
 // The summary, or null.
 nlohmann::json summaryIn(const std::string& file) {
@@ -40,22 +43,28 @@ nlohmann::json summaryIn(const std::string& file) {
 
 }  // namespace
 
-std::span<const char* const> resultNames() {
-  return kNames;
+const FolderForm& resultForm() {
+  static const FolderForm form{kResultNames, kSummaryName};
+  return form;
 }
 
-std::set<std::string> namesOfSummary(const std::string& file) {
+const FolderForm& shareForm() {
+  static const FolderForm form{kShareNames, kShareSummaryName};
+  return form;
+}
+
+std::set<std::string> namesOfSummary(const std::string& file, std::span<const char* const> names) {
   const nlohmann::json summary = summaryIn(file);
-  std::set<std::string> names;
-  if (!summary.contains("files") || !summary["files"].is_array()) return names;
+  std::set<std::string> listed;
+  if (!summary.contains("files") || !summary["files"].is_array()) return listed;
   for (const nlohmann::json& entry : summary["files"]) {
     if (!entry.is_object() || !entry.contains("name") || !entry["name"].is_string()) continue;
     const auto name = entry["name"].get<std::string>();
     const bool isName =
-        std::any_of(kNames.begin(), kNames.end(), [&](const char* known) { return name == known; });
-    if (isName) names.insert(name);
+        std::any_of(names.begin(), names.end(), [&](const char* known) { return name == known; });
+    if (isName) listed.insert(name);
   }
-  return names;
+  return listed;
 }
 
 bool isSummary(const std::string& file) {

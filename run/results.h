@@ -1,79 +1,67 @@
-// The results of a run: takes what the search finds, and leaves a folder of whole files with a
-// summary, or none.
+// The results of a run: a folder of whole files with a summary, or none.
 #pragma once
 
-#include <atomic>
-#include <chrono>
-#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "run/arguments.h"
 #include "run/assembly.h"
+#include "run/fixed.h"
+#include "run/foundStore.h"
 #include "run/inputs.h"
-#include "run/library.h"
-#include "run/outputs.h"
 #include "run/resultFolder.h"
 #include "run/search.h"
-#include "run/spillSorter.h"
+#include "run/session.h"
 #include "run/summary.h"
 
 namespace velk::run {
 
-/// What a run is made of, once everything is fixed. All of it outlives the results.
-struct Fixed {
-  const Assembly& assembly;
-  const std::vector<Library>& libraries;
-  const Inputs& inputs;
-  const SearchValues& values;
-  uint64_t placeholderLength;  // bases
+/// What was searched, by a run itself or by the tasks of a plan.
+struct Searched {
+  InputFile assemblyFile;
+  std::vector<InputFacts> inputs;       // in the order of the run
+  std::vector<ReadCounts> counts;       // by library
+  std::vector<std::string> warnings{};  // of the look at the inputs
+  std::vector<PhaseTime> times{};       // of tasks
+  uint64_t peakMemory = 0;              // of the largest task, bytes
+  uint64_t spilledBytes = 0;            // by tasks
 };
 
-class Results : public FoundReceiver {
+class Results {
  public:
-  /// Claims the folder, and removes an earlier result. Throws Failure.
-  explicit Results(const Arguments& arguments);
+  /// `inputs`: all files that the run reads. Claims the folder, and removes an earlier result.
+  /// Throws Failure.
+  Results(const Arguments& arguments, const std::vector<std::string>& inputs);
 
-  /// Notes that a phase of the run begins.
-  void beginPhase(const std::string& name);
+  const ResultFolder& folder() const { return folder_; }
 
-  /// To be called before anything is found.
-  void begin(const Fixed& fixed);
-
-  void take(int worker, const FoundEntry& entry) override;
-  void takeSpan(const Span& span) override;
-
-  /// Reads that have been found so far.
-  uint64_t foundReads() const { return outputs_->reads(); }
-
-  /// Writes all files, the summary last. Throws Failure.
-  void finish(const std::vector<std::string>& warnings, const std::vector<ReadCounts>& counts);
-
-  /// What the user is told at the end. REQUIRES: finish().
-  std::vector<std::string> closingLines() const;
+  /// Writes all files, the summary last, and says so. Throws Failure.
+  void finish(const Assembly& assembly, const FixedValues& fixed, const Searched& searched,
+              FoundStore& found, Session& session);
 
  private:
-  using Clock = std::chrono::steady_clock;
-
-  void endPhase();
-  void writeNative();
-  Summary summary() const;
-  uint64_t searched(std::size_t library) const;
-  std::string fixedText() const;
+  Summary summaryOf(const FixedValues& fixed, const Searched& searched, const FoundStore& found,
+                    const Session& session) const;
 
   const Arguments& arguments_;
   ResultFolder folder_;
-  const Fixed* fixed_ = nullptr;
-  std::unique_ptr<Outputs> outputs_;
-  std::unique_ptr<SpillSorter> native_;                    // null: not asked for
-  std::unique_ptr<std::atomic<uint64_t>[]> nativeCounts_;  // records by gap
-  std::unique_ptr<std::atomic<uint64_t>[]> foundReads_;    // by library
-  std::vector<std::string> warnings_;
-  std::vector<ReadCounts> counts_;  // by library
   std::vector<ResultFile> files_;
-  std::vector<PhaseTime> times_;
-  Clock::time_point start_ = Clock::now();
-  Clock::time_point phaseStart_ = start_;
 };
+
+/// All files that a run reads.
+std::vector<std::string> filesOf(const Arguments& arguments);
+
+/// A file as it is now.
+InputFile factsOf(const std::string& file);
+
+/// The inputs of these libraries, with the files as they are now, and nothing read of them yet.
+std::vector<InputFacts> inputFactsOf(const std::vector<Library>& libraries);
+
+/// Sets what was read of an input (inout).
+void setCounts(InputFacts& facts, const reads::ReadInput& input);
+
+/// The options of the files of a result.
+OutputOptions outputOptionsOf(const Arguments& arguments, int threads);
 
 }  // namespace velk::run

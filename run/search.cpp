@@ -4,7 +4,6 @@
 #include <mutex>
 #include <string_view>
 
-#include "placement/Read2Scaf.h"
 #include "placement/batchScan.h"
 #include "placement/engine.h"
 #include "run/workers.h"
@@ -14,27 +13,22 @@ namespace {
 
 constexpr std::size_t kBatchEntries = 4096;
 
-bool holdsN(const std::string& bases) {
-  return bases.find('N') != std::string::npos;
-}
-
 // A library, and its number.
 struct WorkedOn {
   const Library& library;
   uint32_t number;
 };
 
-// Collects what is told of an entry, and hands it on when the next one begins.
+// Collects what is found of an entry, and hands it on when the next one begins.
 class Collector {
  public:
   static constexpr bool kTakesRefusals = false;
 
-  Collector(const reads::ReadBatch& batch, const WorkedOn& library, const Spans& spans,
-            bool areExchanged, int worker, FoundReceiver& receiver)
+  Collector(const reads::ReadBatch& batch, const WorkedOn& library, const Spans& spans, int worker,
+            FoundReceiver& receiver)
       : batch_(batch),
         library_(library.library),
         spans_(spans),
-        areExchanged_(areExchanged),
         worker_(worker),
         receiver_(receiver) {
     entry_.library = library.number;
@@ -44,7 +38,7 @@ class Collector {
 
   void found(const Found& found, const std::string& bases) {
     begin(found.origin.entry);
-    const Origin origin = asSequenced(found.origin);
+    const Origin& origin = found.origin;
     const GapPlace& place = found.place;
     entry_.places.push_back({origin.mate, origin.isReversed, place.kind, found.hit.scaffold,
                              place.gap, place.position, place.unmoved, found.hit.contig,
@@ -53,7 +47,7 @@ class Collector {
 
   void anchored(const Anchored& anchored) {
     begin(anchored.origin.entry);
-    const Origin origin = asSequenced(anchored.origin);
+    const Origin& origin = anchored.origin;
     entry_.anchor = FoundAnchor{origin.mate, origin.isReversed, anchored.hit.scaffold,
                                 anchored.hit.contig, anchored.hit.offset};
   }
@@ -87,16 +81,9 @@ class Collector {
     if (const auto span = spans_.find(anchor, pair, library_)) receiver_.takeSpan(*span);
   }
 
-  // The origin of a read of a pair that was turned round before the batch was scanned.
-  Origin asSequenced(const Origin& origin) const {
-    if (!areExchanged_) return origin;
-    return {origin.entry, 1 - origin.mate, !origin.isReversed};
-  }
-
   const reads::ReadBatch& batch_;
   const Library& library_;
   const Spans& spans_;
-  bool areExchanged_;
   int worker_;
   FoundReceiver& receiver_;
   int64_t current_ = -1;
@@ -132,27 +119,18 @@ void Search::searchBatch(reads::ReadBatch& batch, uint32_t library, int worker,
   const int insert = batch.arePairs() ? static_cast<int>(std::lround(from.insert)) : 0;
   std::string* const a = batch.basesOf(0);
   std::string* const b = batch.arePairs() ? batch.basesOf(1) : nullptr;
-  // Placement turns pairs by their insert size; what the library needs otherwise is done here.
-  const bool areExchanged =
-      b != nullptr && (from.orientation == Orientation::kOutward) != (insert > kLongestShortInsert);
-  if (areExchanged) {
-    for (int64_t n = 0; n < entries; ++n) {
-      // A read with an N is searched nowhere; reversed, it would lose the N.
-      if (holdsN(a[n]) || holdsN(b[n])) continue;
-      LongReverseComplement(a[n], b[n]);
-    }
-  }
-  const Batch toScan{a,
-                     b,
-                     entries,
-                     0,
-                     1,
-                     assembly_.model(),
-                     {values_.kmer, insert, values_.bigGapLength, values_.readLength,
-                      values_.mapCut, values_.overRatio}};
+  const Batch toScan{
+      a,
+      b,
+      entries,
+      0,
+      1,
+      assembly_.model(),
+      {values_.kmer, insert, values_.bigGapLength, values_.readLength, values_.mapCut,
+       values_.overRatio, from.orientation == Orientation::kOutward}};
   Engine engine{index_, values_.kmer};
   const Spans spans(assembly_, index_, values_.kmer, values_.mapCut);
-  Collector collector(batch, {from, library}, spans, areExchanged, worker, receiver);
+  Collector collector(batch, {from, library}, spans, worker, receiver);
   scanBatch(engine, toScan, collector);
   collector.finish();
 }
@@ -169,10 +147,7 @@ std::vector<ReadCounts> Search::run(const std::vector<SearchInput>& inputs, Foun
     const ReadCounts ofBatch = countReads(task.batch);
     searchBatch(task.batch, task.library, worker, receiver);
     const std::lock_guard lock(countsMutex);
-    ReadCounts& sum = counts[task.library];
-    sum.withN += ofBatch.withN;
-    sum.tooShort += ofBatch.tooShort;
-    sum.longer += ofBatch.longer;
+    counts[task.library] += ofBatch;
   });
   Progress progress{0, 0};
   for (const SearchInput& input : inputs) {

@@ -2,7 +2,7 @@
 // gaps.
 //
 // The calling thread reads batches, in the order of the inputs, and each goes to whichever worker
-// is free. A worker tells the receiver what it found, with where it came from, so the order of the
+// is free. A worker gives the receiver what it found, with where it came from, so the order of the
 // work is seen nowhere. With one thread the calling thread does all. The bases of an input are what
 // the assembly's index is asked for; nothing here prints or ends the process.
 #pragma once
@@ -48,6 +48,9 @@ class FoundReceiver {
 
   /// A pair that spans a gap, whether any of it was found or not.
   virtual void takeSpan(const Span& span) = 0;
+
+  /// Alignment records that were made of what it has taken so far.
+  virtual uint64_t records() const = 0;
 };
 
 /// Reads of a library that are searched nowhere, or not as they should be.
@@ -55,6 +58,13 @@ struct ReadCounts {
   uint64_t withN = 0;     // reads, or pairs, that have an N: not searched
   uint64_t tooShort = 0;  // reads, or pairs, shorter than a k-mer: not searched
   uint64_t longer = 0;    // reads of pairs longer than the run's read length
+
+  ReadCounts& operator+=(const ReadCounts& other) {
+    withN += other.withN;
+    tooShort += other.tooShort;
+    longer += other.longer;
+    return *this;
+  }
 };
 
 /// What has been searched, for one who waits.

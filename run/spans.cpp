@@ -27,7 +27,8 @@ std::optional<Span> Spans::find(const FoundAnchor& anchor, const PairBases& pair
   if (isInFront ? anchor.contig + 1 == contigs.size() : anchor.contig == 0) return std::nullopt;
   const uint64_t next = isInFront ? anchor.contig + 1 : anchor.contig - 1;
   // 2. Where the mate lies there.
-  const std::string mate = anchor.isReversed ? std::string(pair.mate) : turnedBases(pair.mate);
+  const std::string mate =
+      anchor.isReversed ? std::string(pair.mate) : reverseComplementOf(pair.mate);
   const int64_t middle = (mateLength - kmer_) / 2;
   const auto place = index_.placeOf(packedKmer(std::string_view(mate).substr(
       static_cast<std::size_t>(middle), static_cast<std::size_t>(kmer_))));

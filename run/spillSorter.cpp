@@ -6,10 +6,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
+#include <optional>
 #include <queue>
 #include <utility>
 
-#include "run/failure.h"
+#include "run/diskFile.h"
 
 namespace velk::run {
 namespace {
@@ -25,13 +27,22 @@ struct ItemHead {
   uint64_t length;
 };
 
+void addItem(std::string& buffer, const SortKey& key, std::string_view payload) {
+  const ItemHead head{key, payload.size()};
+  buffer.append(reinterpret_cast<const char*>(&head), sizeof head);
+  buffer.append(payload);
+}
+
 }  // namespace
 
-// Hands out the items of one sorted stretch of the file.
+// Hands out the items of one sorted stretch of a file.
 class SpillSorter::Reader {
  public:
   Reader(const SpillSorter& sorter, const Run& run, std::size_t bufferBytes)
-      : sorter_(sorter), run_(run), buffer_(bufferBytes) {}
+      : file_(run.saved.empty() ? sorter.file_ : run.saved), run_(run), buffer_(bufferBytes) {
+    if (!run.saved.empty()) saved_.emplace(run.saved, O_RDONLY);
+    descriptor_ = saved_ ? saved_->get() : sorter.descriptor_;
+  }
 
   // Goes to the next item. Returns false at the end.
   bool next() {
@@ -58,21 +69,25 @@ class SpillSorter::Reader {
               buffer_.begin() + static_cast<std::ptrdiff_t>(end_), buffer_.begin());
     end_ -= begin_;
     begin_ = 0;
-    if (buffer_.size() < bytes) buffer_.resize(bytes);
+    const bool isThere = bytes - end_ <= run_.end - run_.start;
+    if (isThere && buffer_.size() < bytes) buffer_.resize(bytes);
     while (end_ < bytes) {
-      const auto most = std::min<uint64_t>(buffer_.size() - end_, run_.end - run_.start);
+      const auto most =
+          isThere ? std::min<uint64_t>(buffer_.size() - end_, run_.end - run_.start) : 0;
       const ssize_t got = most == 0 ? 0
-                                    : pread(sorter_.descriptor_, buffer_.data() + end_, most,
+                                    : pread(descriptor_, buffer_.data() + end_, most,
                                             static_cast<off_t>(run_.start));
       if (got < 0 && errno == EINTR) continue;
       if (got == 0) errno = EIO;
-      if (got <= 0) sorter_.fail("can't be read");
+      if (got <= 0) failFile(file_, "read");
       end_ += static_cast<std::size_t>(got);
       run_.start += static_cast<uint64_t>(got);
     }
   }
 
-  const SpillSorter& sorter_;
+  std::string file_;
+  std::optional<Descriptor> saved_;
+  int descriptor_ = -1;
   Run run_;  // what has not been read
   std::vector<char> buffer_;
   std::size_t begin_ = 0;  // of the item, in the buffer
@@ -86,10 +101,6 @@ SpillSorter::SpillSorter(std::string file, uint64_t memory)
 
 SpillSorter::~SpillSorter() {
   if (descriptor_ >= 0) close(descriptor_);
-}
-
-void SpillSorter::fail(const char* what) const {
-  throw Failure(Status::kFailed, file_ + " " + what + ": " + std::strerror(errno));
 }
 
 void SpillSorter::add(const SortKey& key, std::string_view payload) {
@@ -122,18 +133,13 @@ void SpillSorter::sortItems() {
 
 void SpillSorter::openFile() {
   descriptor_ = open(file_.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-  if (descriptor_ < 0) fail("can't be opened");
-  if (unlink(file_.c_str()) != 0) fail("can't be removed");
+  if (descriptor_ < 0) failFile(file_, "opened");
+  if (unlink(file_.c_str()) != 0) failFile(file_, "removed");
 }
 
 void SpillSorter::append(std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t written = write(descriptor_, bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) fail("can't be written");
-    bytes.remove_prefix(static_cast<std::size_t>(written));
-    fileSize_ += static_cast<uint64_t>(written);
-  }
+  writeDescriptor(descriptor_, file_, bytes);
+  fileSize_ += bytes.size();
 }
 
 void SpillSorter::spill() {
@@ -142,15 +148,13 @@ void SpillSorter::spill() {
   const uint64_t start = fileSize_;
   std::string buffer;
   for (const Item& item : held_) {
-    const ItemHead head{item.key, item.length};
-    buffer.append(reinterpret_cast<const char*>(&head), sizeof head);
-    buffer.append(item.payload, item.length);
+    addItem(buffer, item.key, {item.payload, item.length});
     if (buffer.size() < kWriteBytes) continue;
     append(buffer);
     buffer.clear();
   }
   append(buffer);
-  runs_.push_back({start, fileSize_});
+  runs_.push_back({start, fileSize_, {}});
   held_.clear();
   blocks_.clear();
   left_ = 0;
@@ -166,6 +170,24 @@ void SpillSorter::forEach(const std::function<void(const SortKey&, std::string_v
   }
   sortItems();
   for (const Item& item : held_) take(item.key, {item.payload, item.length});
+}
+
+void SpillSorter::addSaved(const std::string& file, uint64_t items) {
+  runs_.push_back({0, std::filesystem::file_size(file), file});
+  items_ += items;
+}
+
+void SpillSorter::save(const std::string& file) {
+  Descriptor output(file, O_WRONLY | O_CREAT | O_TRUNC);
+  std::string buffer;
+  forEach([&](const SortKey& key, std::string_view payload) {
+    addItem(buffer, key, payload);
+    if (buffer.size() < kWriteBytes) return;
+    writeDescriptor(output.get(), file, buffer);
+    buffer.clear();
+  });
+  writeDescriptor(output.get(), file, buffer);
+  if (!output.close()) failFile(file, "written");
 }
 
 void SpillSorter::merge(const std::function<void(const SortKey&, std::string_view)>& take) const {

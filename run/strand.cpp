@@ -25,14 +25,14 @@ constexpr std::array<char, 256> kComplementOf = makeComplements();
 
 }  // namespace
 
-std::string turnedBases(std::string_view bases) {
-  std::string turned(bases.rbegin(), bases.rend());
-  std::transform(turned.begin(), turned.end(), turned.begin(),
+std::string reverseComplementOf(std::string_view bases) {
+  std::string reversed(bases.rbegin(), bases.rend());
+  std::transform(reversed.begin(), reversed.end(), reversed.begin(),
                  [](char base) { return kComplementOf[static_cast<unsigned char>(base)]; });
-  return turned;
+  return reversed;
 }
 
-std::string turnedQuality(std::string_view quality) {
+std::string reversedQuality(std::string_view quality) {
   return {quality.rbegin(), quality.rend()};
 }
 

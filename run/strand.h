@@ -1,4 +1,4 @@
-// Reads turned round, as alignment records have them.
+// Reads on the other strand, as alignment records have them.
 #pragma once
 
 #include <string>
@@ -7,9 +7,9 @@
 namespace velk::run {
 
 /// The reverse complement: codes of several bases too; other letters stay what they are.
-std::string turnedBases(std::string_view bases);
+std::string reverseComplementOf(std::string_view bases);
 
-/// The qualities of turned bases.
-std::string turnedQuality(std::string_view quality);
+/// The qualities of the reverse complement.
+std::string reversedQuality(std::string_view quality);
 
 }  // namespace velk::run

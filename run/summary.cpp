@@ -26,18 +26,6 @@ Json jsonOf(const InputFacts& input) {
             {"wrapped", input.fixes.wrapped}}}};
 }
 
-const char* nameOf(LibraryKind kind) {
-  switch (kind) {
-    case LibraryKind::kPairs:
-      return "pairs";
-    case LibraryKind::kMatePairs:
-      return "mate-pairs";
-    case LibraryKind::kSingle:
-      break;
-  }
-  return "single";
-}
-
 Json countsOf(uint64_t library, const Assembly& assembly, const GapCounts& counts) {
   const auto sum = [&](ReadKind kind) {
     uint64_t total = 0;
@@ -56,10 +44,10 @@ Json jsonOf(const LibraryFacts& facts) {
   const Library& library = facts.library;
   Json json{{"name", library.name}, {"kind", nameOf(library.kind)}};
   if (library.arePairs()) {
-    json["orientation"] = library.orientation == Orientation::kInward ? "FR" : "RF";
-    json["orientation_source"] = facts.orientationSource;
+    json["orientation"] = nameOf(library.orientation);
+    json["orientation_source"] = library.orientationSource();
     json["insert"] = library.insert;
-    json["insert_source"] = facts.insertSource;
+    json["insert_source"] = library.insertSource();
     json["spread"] = library.spread;
   }
   json["reads_searched"] = facts.reads;

@@ -39,11 +39,9 @@ struct InputFacts {
 /// What a library was taken for.
 struct LibraryFacts {
   Library library;
-  std::string insertSource;       // "given" or "measured"; empty for single reads
-  std::string orientationSource;  // likewise
-  uint64_t reads = 0;             // searched: of pairs, both
-  uint64_t found = 0;             // distinct reads
-  ReadCounts counts;              // reads that were left out, and why
+  uint64_t reads = 0;  // searched: of pairs, both
+  uint64_t found = 0;  // distinct reads
+  ReadCounts counts;   // reads that were left out, and why
 };
 
 struct PhaseTime {
@@ -51,7 +49,7 @@ struct PhaseTime {
   double seconds;
 };
 
-/// What is told of a run.
+/// What the summary says of a run.
 struct Summary {
   std::string version;  // of the program
   std::string sample;

@@ -48,18 +48,17 @@ void Terminal::warn(std::string_view line) {
   print("[WARNING]: " + std::string(line) + "\n");
 }
 
-void Terminal::begin(const std::string& phase, std::optional<double> later) {
+void Terminal::begin(const std::string& phase) {
   phase_ = phase;
-  later_ = later;
   phaseStart_ = Clock::now();
 }
 
-void Terminal::update(double done, uint64_t reads) {
+void Terminal::update(double done, uint64_t reads, double laterSeconds) {
   if (isQuiet_) return;
   const Clock::time_point now = Clock::now();
   if (now < next_) return;
   next_ = now + (isTerminal_ ? Clock::duration(kEvery) : Clock::duration(kLineEvery));
-  const std::string text = state(std::clamp(done, 0.0, 1.0), reads, now);
+  const std::string text = state(std::clamp(done, 0.0, 1.0), reads, laterSeconds, now);
   if (isTerminal_) {
     print("\r\033[K" + text);
     isDrawn_ = true;
@@ -69,14 +68,14 @@ void Terminal::update(double done, uint64_t reads) {
 }
 
 // "[####    ] searching, 45 %, 1,000,000 reads, 500,000 a second, 3 s left", as far as it is known.
-std::string Terminal::state(double done, uint64_t reads, Clock::time_point now) {
+std::string Terminal::state(double done, uint64_t reads, double laterSeconds,
+                            Clock::time_point now) {
   const double inPhase = std::chrono::duration<double>(now - phaseStart_).count();
   const double inRun = std::chrono::duration<double>(now - start_).count();
   std::string text = phase_;
   std::string left;
-  if (later_ && done > kLeastDone) {
-    const double ofPhase = inPhase / done;
-    const double seconds = ofPhase - inPhase + *later_ * ofPhase;
+  if (done > kLeastDone) {
+    const double seconds = inPhase / done - inPhase + laterSeconds;
     const double whole = inRun / (inRun + seconds);
     text += ", " + std::to_string(static_cast<int>(whole * 100)) + " %";
     left = ", " + durationText(seconds) + " left";

@@ -3,7 +3,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -23,24 +22,23 @@ class Terminal {
   /// Says "[WARNING]: LINE", even if it is quiet.
   void warn(std::string_view line);
 
-  /// Begins a phase of the run. later: what all phases behind it will take, as share of this one;
-  /// none where nothing can be said of how long it takes.
-  void begin(const std::string& phase, std::optional<double> later);
+  /// Begins a phase of the run.
+  void begin(const std::string& phase);
 
-  /// Tells how much of the phase is done, from 0 to 1, and the reads that were searched so far.
-  void update(double done, uint64_t reads);
+  /// Shows how much of the phase is done, from 0 to 1, and the reads that were searched so far; 0
+  /// where that is not known. laterSeconds: what the phases behind this one will take.
+  void update(double done, uint64_t reads, double laterSeconds);
 
  private:
   using Clock = std::chrono::steady_clock;
 
   void wipe();
-  std::string state(double done, uint64_t reads, Clock::time_point now);
+  std::string state(double done, uint64_t reads, double laterSeconds, Clock::time_point now);
 
   bool isQuiet_;
   bool isTerminal_;
   bool isDrawn_ = false;
   std::string phase_;
-  std::optional<double> later_;
   Clock::time_point start_;
   Clock::time_point phaseStart_;
   Clock::time_point next_;  // when something is shown again

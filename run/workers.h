@@ -1,4 +1,4 @@
-// Worker threads that take tasks in turn from the thread that makes them.
+// Worker threads that take tasks from the thread that makes them.
 //
 // There are two tasks more than threads. The calling thread fills a free one and submits it; a
 // worker that is idle takes it, and it is free again when the work is done. Both sides sleep while

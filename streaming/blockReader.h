@@ -12,7 +12,7 @@ namespace velk {
 class BlockReader final : public BlockSource {
  public:
   explicit BlockReader(std::size_t blockSize)
-      : blockSize_(blockSize), block_(std::make_unique_for_overwrite<char[]>(blockSize)) {}
+      : blockSize_(blockSize), block_(new char[blockSize]) {}
   ~BlockReader() override;
 
   /// Opens `file` for reading. Returns false, with errno set, when that fails.

@@ -21,7 +21,7 @@ std::string_view DecodedInput::next() {
     if (bytes.empty()) damage_ = decoder_.damage();
     return bytes;
   }
-  if (block_ == nullptr) block_ = std::make_unique_for_overwrite<char[]>(kDecodedBlock);
+  if (block_ == nullptr) block_.reset(new char[kDecodedBlock]);
   const std::size_t made = decoder_.read({block_.get(), kDecodedBlock});
   damage_ = decoder_.damage();
   return {block_.get(), made};

@@ -1,4 +1,4 @@
-// The face of what turns a packed file into its bytes. One thread at a time.
+// The interface of what unpacks a file into its bytes. One thread at a time.
 #pragma once
 
 #include <cstddef>

@@ -6,7 +6,7 @@
 
 namespace velk {
 
-/// Tells "[ERROR]: damaged gzip file: FILE: REASON" and remembers it.
+/// Reports "[ERROR]: damaged gzip file: FILE: REASON" and remembers it.
 void reportGzipDamage(const std::string& file, const std::string& reason);
 
 /// Returns whether any damage was reported: the run must not end with status 0.

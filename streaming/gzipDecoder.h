@@ -1,4 +1,4 @@
-// A gzip file turned into its inflated bytes, member after member, and what is wrong with the file.
+// A gzip file inflated, member after member, and what is wrong with the file.
 //
 // A file that does not begin as a gzip file is handed out as it stands. All that inflates is handed
 // out before damage ends the bytes; NUL bytes behind the last member are padding, anything else

@@ -11,7 +11,7 @@ constexpr std::size_t kBlockSize = 256 << 10;  // bytes
 }  // namespace
 
 InflateAhead::InflateAhead(Decoder& decoder) : decoder_(decoder) {
-  for (Block& block : ring_) block.bytes = std::make_unique_for_overwrite<char[]>(kBlockSize);
+  for (Block& block : ring_) block.bytes.reset(new char[kBlockSize]);
 }
 
 InflateAhead::~InflateAhead() {

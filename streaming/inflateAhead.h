@@ -4,7 +4,7 @@
 // From start() on the decoder is the helper's, until next() has returned no bytes: then it is the
 // reader's again. The helper never ends the run: memory that runs out is thrown by next(), behind
 // the blocks filled before. It ends when the ring is destroyed, not before, so that it can always
-// be told to; a run that ends early leaves it behind.
+// be asked to; a run that ends early leaves it behind.
 #pragma once
 
 #include <pthread.h>

@@ -1,6 +1,6 @@
 // The shared state of read streaming: the read buffer and the rows of found-read records.
 //
-// Main thread and workers own it in turns (streaming/mailbox.h). While the main thread owns it, a
+// Main thread and workers own it by turns (streaming/mailbox.h). While the main thread owns it, a
 // reader fills the buffer and OutputBuffer reads the rows; while the workers own it they read the
 // buffer, and worker t writes row t through recordFound and its own foundReadNum alone.
 #pragma once
@@ -21,7 +21,7 @@ extern std::string* readsA;  // [batchLimit], null: reads, or first mates; stale
 extern std::string* readsB;  // [batchLimit]: second mates; null says the batch is single-end
 extern int bufferNum;        // 0: filled entries, at most batchLimit
 extern int batchLimit;       // bufferSize: entries of a full batch; only tests make it smaller
-extern int insertLength;     // 0: avg_ins of the library in hand, bases; 0 for single-end files
+extern int insertLength;     // 0: avg_ins of the current library, bases; 0 for single-end files
 extern int threadNum;        // 1: workers that share a batch, set by FindReadsInGaps
 
 // The workers and their rows, allocated by startWorkers and released by releaseRows. Entry k of row
@@ -41,7 +41,7 @@ extern uint64_t** gapsSize;       // [thread_num][]: length of the gap, bases
 
 // Counters and the output of found reads, main thread only.
 extern int* readSumInEachGap;   // [gaps of the run], null: records written per gap
-extern uint64_t foundNumInLib;  // 0: records of the read file in hand
+extern uint64_t foundNumInLib;  // 0: records of the current read file
 extern uint64_t totalFoundNum;  // 0: records of the run
 extern std::ofstream fout;      // the found-read FASTA, opened on out_file by the driver
 

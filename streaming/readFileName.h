@@ -1,4 +1,4 @@
-// What the name of a read file tells.
+// What the name of a read file says.
 #pragma once
 
 #include <cstddef>

@@ -2,10 +2,10 @@
 //
 // FindReadsInGaps takes the read buffer, calls one reader and keeps the buffer for the next file. A
 // reader fills the buffer with the sequence lines, hands every full batch and the rest at the end
-// to the workers (sendSignal(1)) and has the result written (OutputBuffer). Main thread only. How
-// the kinds differ at the end of a file, and what a plain and a gzip line are, is told in
-// streaming/lineSource.h. Open failures of plain files end the run with status 1; damage in gzip
-// files is reported, remembered (gzipDamageSeen) and the run goes on.
+// to the workers (sendSignal(1)) and has the result written (OutputBuffer). Main thread only.
+// streaming/lineSource.h says how the kinds differ at the end of a file, and what a plain and a
+// gzip line are. Open failures of plain files end the run with status 1; damage in gzip files is
+// reported, remembered (gzipDamageSeen) and the run goes on.
 #pragma once
 
 #include <string>

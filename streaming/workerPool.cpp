@@ -86,7 +86,7 @@ void* thread_routine(void* threadId_p) {
 }
 
 void sendSignal(int SIG) {
-  // Every worker must hear the last signal, also when no read file told threadNum their number.
+  // Every worker must get the last signal, also when no read file has set threadNum.
   const int addressed = SIG == 1 ? threadNum : thread_num;
   for (int t = 0; t < addressed; ++t) setMailbox(t, SIG);
   isAnyMailSent.store(1, std::memory_order_release);

@@ -1,7 +1,7 @@
 // The worker pool: starting the workers, handing them a batch, stopping them.
 //
 // Calling order of the driver: startWorkers once, sendSignal(1) for every batch (by the readers),
-// sendSignal(2) once, then releaseRows. How a batch changes hands is told in streaming/mailbox.h.
+// sendSignal(2) once, then releaseRows. streaming/mailbox.h says how a batch changes hands.
 // A worker that runs out of memory ends its pass, and the hand-off then ends the run on the main
 // thread with "[ERROR]: out of memory", status 2.
 #pragma once

@@ -1,6 +1,6 @@
 // The assembly as the survey looks at it: the scaffolds of a model, and what they hold.
 //
-// Which k-mers are indexed is told by kmer/contigWindows.h, which reads the run parameters Kmer and
+// kmer/contigWindows.h says which k-mers are indexed. It reads the run parameters Kmer and
 // CONTIGLEN; the survey reads no others.
 #pragma once
 

@@ -37,7 +37,7 @@ uint64_t numberBehind(const std::string& name, const std::string& file, uint64_t
   return otherwise;
 }
 
-// The folders that tell of the control groups which this process is in and which `controller`
+// The folders of the control groups which this process is in and which `controller`
 // looks after: from its own up to the root. Version 2 has one hierarchy for all controllers.
 std::vector<std::string> controlGroups(const std::string& root, const std::string& controller) {
   const std::string mount = root + "sys/fs/cgroup";

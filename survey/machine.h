@@ -1,6 +1,6 @@
 // What the machine gives to this process: memory, processors, space on disks, file handles.
 //
-// `root` is the folder whose proc/ and sys/ the system tells of itself in; tests give another.
+// `root` is the folder whose proc/ and sys/ describe the system; tests give another.
 #pragma once
 
 #include <cstdint>
@@ -24,7 +24,7 @@ int allowedProcessors(const std::string& root = "/");
 uint64_t fileHandles();
 
 struct Disk {
-  uint64_t device;  // tells file systems apart
+  uint64_t device;  // a different number for each file system
   uint64_t free;    // bytes
 };
 

@@ -6,26 +6,22 @@
 
 #include "placement/edgeCheck.h"
 #include "placement/readStrand.h"
-#include "placement/reverseComplement.h"
 
 namespace velk::survey {
 namespace {
 
-// The place of a read whose bases are those of the contig's strand.
-std::optional<ReadPlace> placeOnStrand(Engine& engine, Scaffolds scaffolds,
-                                       const PlacementOptions& options, const std::string& bases,
-                                       bool isReverse) {
+// The place of one strand of a read.
+std::optional<ReadPlace> placeOnStrand(Scaffolds scaffolds, const PlacementOptions& options,
+                                       ReadStrand<Engine> strand) {
   std::optional<ReadPlace> place;
-  Engine::Prepared nothingKnown;
-  ReadStrand<Engine> strand(engine, nothingKnown, bases, {});
   strand.visitHits([&](const Hit& hit) {
     const std::string& contig = scaffolds[hit.scaffold].contigsInfo[hit.contig].contigSeq;
-    const int64_t end = hit.offset + static_cast<int64_t>(bases.size());
+    const int64_t end = hit.offset + static_cast<int64_t>(strand.size());
     const bool isInside = hit.offset >= 0 && end <= static_cast<int64_t>(contig.size());
-    if (!isInside || checkOnContig(contig, bases, hit.offset, options) != Refusal::kNone) {
+    if (!isInside || checkOnContig(contig, strand.bases(), hit.offset, options) != Refusal::kNone) {
       return Walk::kGoOn;
     }
-    place = ReadPlace{hit.scaffold, hit.contig, hit.offset, end, isReverse};
+    place = ReadPlace{hit.scaffold, hit.contig, hit.offset, end, strand.origin().isReversed};
     return Walk::kStop;
   });
   return place;
@@ -71,10 +67,13 @@ std::optional<ReadPlace> placeOfRead(Engine& engine, Scaffolds scaffolds,
                                      const PlacementOptions& options, const std::string& read) {
   if (read.size() < static_cast<std::size_t>(options.kmer)) return std::nullopt;
   if (read.find('N') != std::string::npos) return std::nullopt;
-  if (auto place = placeOnStrand(engine, scaffolds, options, read, false)) return place;
-  std::string reversed(read.size(), 'A');
-  reverseComplement(reversed.data(), read.data(), read.size());
-  return placeOnStrand(engine, scaffolds, options, reversed, true);
+  Engine::Prepared prepared;
+  prepared.bases = &read;
+  engine.prepare({&prepared, 1}, {}, false);
+  const auto place = placeOnStrand(scaffolds, options, {engine, prepared, read, {0, 0, false}});
+  if (place) return place;
+  std::string room;
+  return placeOnStrand(scaffolds, options, {engine, prepared, read, {0, 0, true}, &room});
 }
 
 PairGeometry::PairGeometry(std::vector<uint64_t> contigLengths)

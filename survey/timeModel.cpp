@@ -3,6 +3,7 @@
 #include <cassert>
 #include <chrono>
 
+#include "placement/Read2Scaf.h"
 #include "placement/batchScan.h"
 #include "placement/sink.h"
 
@@ -32,6 +33,7 @@ SearchTrial trySearch(const BoundedIndex& index, Scaffolds scaffolds,
     assert(!arePairs || sample.b.size() == sample.a.size());
     PlacementOptions ofSample = options;
     ofSample.insert = sample.insert;
+    ofSample.areOutward = sample.insert > kLongestShortInsert;
     const Batch batch{sample.a.data(),
                       arePairs ? sample.b.data() : nullptr,
                       static_cast<int64_t>(sample.a.size()),

@@ -1,6 +1,6 @@
 """Cases of the library file."""
 from table import case, file_of, library, line, option
-from world import LIBRARY, fasta, fastq, simulated_pairs, turned
+from world import LIBRARY, fasta, fastq, simulated_pairs, reverse_complement
 
 SECOND = "[LIB]\navg_ins={}\nq1=few_1.fq\nq2=few_2.fq\n"
 
@@ -39,7 +39,7 @@ def every_pair(change, share=1.0):
 
 
 def outwards(pair):
-    return turned(pair[0]), turned(pair[1])
+    return reverse_complement(pair[0]), reverse_complement(pair[1])
 
 
 case("library-unreadable", option("-l", "b.lib"))
@@ -88,7 +88,7 @@ case("insert-turns-pairs", library(LIBRARY.replace("300", "3000")),
      library(LIBRARY.replace("300", "950")), also=["big-gaps-only"],
      near_also=["insert-differs"])
 case("orientation-wrong", every_pair(outwards))
-case("orientation-same", every_pair(lambda pair: (pair[0], turned(pair[1]))))
+case("orientation-same", every_pair(lambda pair: (pair[0], reverse_complement(pair[1]))))
 case("orientation-mixed", every_pair(outwards, 0.3), every_pair(outwards, 0.1))
 case("insert-differs", library(LIBRARY.replace("300", "340")),
      library(LIBRARY.replace("300", "320")))

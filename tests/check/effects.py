@@ -11,7 +11,7 @@ from cases import CASES
 from run import make
 from world import World
 
-# What velk stops at, or tells by its status at the end.
+# What velk stops at, or shows by its status at the end.
 ENDS = {
     "option-missing", "stray-argument", "value-refused", "output-is-input", "output-unwritable",
     "table-refused", "library-unreadable", "value-blank", "name-short", "insert-missing",

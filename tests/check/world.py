@@ -13,7 +13,7 @@ COMPLEMENT = str.maketrans("ACGT", "TGCA")
 SCAFFOLDS = [([2500, 1800, 2000, 1500], [300, 120, 433]), ([2200, 1700, 1600], [87, 210])]
 
 
-def turned(bases):
+def reverse_complement(bases):
     return bases.translate(COMPLEMENT)[::-1]
 
 
@@ -31,8 +31,8 @@ def simulated_pairs(genomes, count, insert, seed, spread=15):
         start = source.randrange(len(genome) - size)
         fragment = genome[start:start + size]
         if source.random() < 0.5:
-            fragment = turned(fragment)
-        pairs.append((fragment[:LENGTH], turned(fragment)[:LENGTH]))
+            fragment = reverse_complement(fragment)
+        pairs.append((fragment[:LENGTH], reverse_complement(fragment)[:LENGTH]))
     return pairs
 
 

@@ -140,7 +140,7 @@ def passes(case, velk):
 
 
 def expectations(before, after, said):
-    """The sections that tell what was seen."""
+    """The sections that hold what was seen."""
     yield f"status {said['status'].decode()}", ""
     for name in ("stdout", "stderr"):
         if said[name]:

@@ -136,7 +136,7 @@ def boundary_damages(text):
 
 
 def full_header(size):
-    """A header with all fields, among them one that tells the member's size, as bgzip's does."""
+    """A header with all fields, among them one that gives the member's size, as bgzip's does."""
     extra = b"BC" + struct.pack("<HH", 2, size & 0xFFFF) + b"xy\3\0\0\x1f\x8b"
     header = b"\x1f\x8b\x08\x1f" + struct.pack("<IBB", 1700000000, 2, 3) \
         + struct.pack("<H", len(extra)) + extra + b"reads of 1.fq\0" + b"a comment,\nof two lines\0"

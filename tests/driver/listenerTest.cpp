@@ -20,16 +20,16 @@ struct Ended {
   ExitStatus status;
 };
 
-// Keeps what it is told.
+// Keeps what it receives.
 class KeepingListener final : public Listener {
  public:
-  void say(std::string_view text) override { told += text; }
+  void say(std::string_view text) override { received += text; }
   [[noreturn]] void end(ExitStatus status, std::string_view message) override {
-    told += message;
+    received += message;
     throw Ended{status};
   }
 
-  std::string told;
+  std::string received;
 };
 
 template <class Action>
@@ -80,7 +80,7 @@ TEST(ListenerInUse, HearsWhatVelksOwnWouldPrint) {
   }
   EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
   EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
-  EXPECT_EQ(keeping.told, "one\ntwo\n");
+  EXPECT_EQ(keeping.received, "one\ntwo\n");
 }
 
 TEST(ListenerInUse, HearsOfEveryWayToEndARun) {
@@ -93,12 +93,12 @@ TEST(ListenerInUse, HearsOfEveryWayToEndARun) {
               failReading("r.fa");
             }),
             1);
-  EXPECT_EQ(keeping.told,
+  EXPECT_EQ(keeping.received,
             "a\nOut of memory! Line: 7. Function: f\n"
             "[ERROR]: can't read r.fa: Input/output error\n");
-  keeping.told.clear();
+  keeping.received.clear();
   EXPECT_EQ(statusOf(usage), 1);
-  EXPECT_TRUE(keeping.told.starts_with("Usage:"));
+  EXPECT_TRUE(keeping.received.starts_with("Usage:"));
 }
 
 TEST(ListenerInUse, GivesBackToTheOneBefore) {
@@ -114,8 +114,8 @@ TEST(ListenerInUse, GivesBackToTheOneBefore) {
       say("outer\n");
     }
   }
-  EXPECT_EQ(inner.told, "inner\n");
-  EXPECT_EQ(outer.told, "outer\n");
+  EXPECT_EQ(inner.received, "inner\n");
+  EXPECT_EQ(outer.received, "outer\n");
   EXPECT_EQ(listener, before);
 }
 

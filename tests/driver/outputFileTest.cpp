@@ -1,4 +1,4 @@
-// Checked outputs: they never replace an input, and every byte that is missing is told.
+// Checked outputs: they never replace an input, and every byte that is missing is reported.
 #include "driver/outputFile.h"
 
 #include <gtest/gtest.h>

@@ -6,10 +6,10 @@ Works in a new folder, with copies of the files in EXAMPLES, through the file's 
                           just what stands below it, where "..." is any text
     ```text file=NAME     writes the file NAME
     ```sh run             runs the commands; velk is found in the PATH
-    ```sh run=PROGRAM     the same, where the PATH has PROGRAM; else passed over, with the outputs
+    ```sh run=PROGRAM     the same, where the PATH has PROGRAM; else skipped, with the outputs
                           below it
     ```text output=NAME   the file NAME must hold just this; "..." as last line: and more
-Other blocks are passed over. In a manual page (mdoc) a block is a literal display, .Bd to .Ed, below a
+Other blocks are skipped. In a manual page (mdoc) a block is a literal display, .Bd to .Ed, below a
 comment like .\\" file=NAME."""
 import os
 import pathlib
@@ -53,13 +53,13 @@ def steps_of(session):
 
 def held(session, folder, path):
     """Runs a session up to the first step that does not say what it must; whether there is none."""
-    for command, told in steps_of(session):
+    for command, shown in steps_of(session):
         done = subprocess.run(["bash", "-ec", command], cwd=folder, check=False, text=True,
                               stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                               stderr=subprocess.STDOUT, env={**os.environ, "PATH": path})
-        pattern = ".*".join(re.escape(part) for part in told.split("..."))
+        pattern = ".*".join(re.escape(part) for part in shown.split("..."))
         if done.returncode or not re.fullmatch(pattern, done.stdout, re.DOTALL):
-            print(f"{command}status {done.returncode}, not as told, but:\n{done.stdout[:4000]}")
+            print(f"{command}status {done.returncode}, not as shown, but:\n{done.stdout[:4000]}")
             return False
     return True
 
@@ -83,7 +83,7 @@ def main(velk, document, examples=None):
             elif kind == "run":
                 lacking = file if file and not shutil.which(file, path=path) else None
                 if lacking:
-                    print(f"no {lacking}, so passed over: {text}")
+                    print(f"no {lacking}, so skipped: {text}")
                     continue
                 print(text, flush=True)
                 subprocess.run(["bash", "-ec", text], cwd=folder, check=True,
@@ -91,10 +91,10 @@ def main(velk, document, examples=None):
             elif not lacking:
                 actual = (folder / file).read_text()
                 if not agrees(actual, text):
-                    print(f"{document}: {file} is not as told, but:\n{actual[:2000]}")
+                    print(f"{document}: {file} is not as shown, but:\n{actual[:2000]}")
                     return 1
                 compared += 1
-    print(f"{compared} files and steps as told")
+    print(f"{compared} files and steps as shown")
     return 0 if compared else 1
 
 

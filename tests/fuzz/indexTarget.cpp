@@ -165,10 +165,10 @@ class Ground : public test::PlacementTest {
     require(index.text().isWindow(verdict.position) &&
                 index.text().basesAt(verdict.position, length) ==
                     (verdict.isReversed ? reversedKey(key, length) : key),
-            "a seed tells of a place where the window does not lie");
+            "a seed gives a place where the window does not lie");
   }
 
-  // A look-up in steps, and that of the reverse complement: where seeds tie it may miss, or tell of
+  // A look-up in steps, and that of the reverse complement: where seeds tie it may miss, or give
   // a later occurrence.
   void compareSteps(const SeedIndex& index, const PackedBases& bases, std::size_t window) const {
     const int length = index.text().windowLength();

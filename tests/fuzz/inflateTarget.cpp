@@ -5,7 +5,7 @@
 // What must hold: of a sound file every library gives all bytes and no damage. Of a damaged one
 // each gives all blocks before the damaged one and says that it is damaged; zlib gives what it
 // gives itself. ISA-L takes sets of codes that have gaps, which zlib refuses: where none of the
-// gaps is met, the checksum is right, and there is no damage to tell.
+// gaps is met, the checksum is right, and there is no damage to report.
 #include <sys/types.h>
 #include <zlib.h>
 

@@ -28,9 +28,9 @@ bool isBases(std::string_view letters) {
 }
 
 std::string otherStrand(std::string_view bases) {
-  std::string turned(bases.rbegin(), bases.rend());
-  for (char& base : turned) base = "TGCA"[std::string_view("ACGT").find(base & ~32)];
-  return turned;
+  std::string reversed(bases.rbegin(), bases.rend());
+  for (char& base : reversed) base = "TGCA"[std::string_view("ACGT").find(base & ~32)];
+  return reversed;
 }
 
 std::string upperCase(std::string_view bases) {
@@ -42,8 +42,8 @@ std::string upperCase(std::string_view bases) {
 // What the bits of one k-mer of bases alone say of it.
 void compareBits(std::string_view kmer, uint64_t key) {
   if (Kmer < 1 || Kmer > DATA_LEN || !isBases(kmer)) return;
-  const uint64_t turned = test::modelOfPacking(otherStrand(kmer));
-  require(reversedKey(key, Kmer) == turned, "another reverse complement of a key");
+  const uint64_t reversed = test::modelOfPacking(otherStrand(kmer));
+  require(reversedKey(key, Kmer) == reversed, "another reverse complement of a key");
   require(Kmer2Seq(key) == upperCase(kmer), "a key does not give its k-mer back");
 }
 

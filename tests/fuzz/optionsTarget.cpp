@@ -100,7 +100,7 @@ void compare(std::vector<std::string>& arguments) {
   compareParameters(model.values);
   if (status != kRanOn) {
     const std::string line = "kmer length(<=63), default=" + std::to_string(Kmer) + "\n";
-    require(said.output().find(line) != std::string::npos, "the help does not tell -k");
+    require(said.output().find(line) != std::string::npos, "the help does not list -k");
     return;
   }
   const std::string complaint = complaintAbout(model.values);

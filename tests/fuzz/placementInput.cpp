@@ -41,7 +41,7 @@ class Maker {
   }
 
  private:
-  // -40 to 370, and some on both sides of where pairs are turned round.
+  // -40 to 370, and some on both sides of where pairs point outwards.
   static int insert(int number) { return number < 42 ? 10 * number - 40 : 980 + number; }
 
   void addLine(const std::string& line) {

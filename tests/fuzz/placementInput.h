@@ -24,7 +24,7 @@ struct PlacementInput {
 ///   >                    a scaffold
 ///   = GAP LETTERS        a contig as it stands
 ///   + GAP LENGTH SEED    a contig of random bases
-///   * CONTIG FROM LENGTH a stretch of an earlier contig, added to the last one; turned round when
+///   * CONTIG FROM LENGTH a stretch of an earlier contig, added to the last one; reversed when
 ///                        LENGTH is odd
 ///   r CONTIG OFFSET LENGTH FLAW TURN              a read that starts at OFFSET of a contig
 ///   p CONTIG OFFSET LENGTH FLAW TURN MATE DELTA   a pair, a fragment of the insert's length +

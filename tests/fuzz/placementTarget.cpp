@@ -1,4 +1,4 @@
-// Placement against the plain model: the given functions, and all that every engine tells a sink.
+// Placement against the plain model: the given functions, and all that every engine gives a sink.
 // Input: placementInput.h.
 #include <string>
 #include <vector>
@@ -51,7 +51,7 @@ class Ground : public test::PlacementTest {
     assemble(input.assembly);
   }
 
-  // What an engine tells of worker t's share of a batch.
+  // What an engine finds of worker t's share of a batch.
   template <class Engine>
   static std::vector<PlainEvent> eventsOf(std::vector<std::string>& reads, std::string* mates,
                                           std::size_t t, std::size_t workers) {
@@ -77,10 +77,10 @@ class Ground : public test::PlacementTest {
     for (std::size_t t = 0; t < workers; ++t) {
       plain.scan(input.reads, t, workers);
       require(plain.takeEvents() == eventsOf<Engine>(input.reads, nullptr, t, workers),
-              "a batch of single reads tells otherwise");
+              "a batch of single reads differs");
       plain.scan(input.first, input.second, t, workers);
       require(plain.takeEvents() == eventsOf<Engine>(first, second.data(), t, workers),
-              "a batch of pairs tells otherwise");
+              "a batch of pairs differs");
     }
   }
 

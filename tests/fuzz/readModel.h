@@ -1,4 +1,4 @@
-// What a reader should make of the bytes of its files, told plainly: the bytes that a gzip file
+// What a reader should make of the bytes of its files, in plain code: the bytes that a gzip file
 // stands for, the lines of both kinds of file, the records.
 #pragma once
 

@@ -5,7 +5,7 @@ import os
 import longfile
 import made
 
-SCAFFOLDS = 1 << 20   # what the fields of the index tell apart: scaffolds,
+SCAFFOLDS = 1 << 20   # what the fields of the index can hold: scaffolds,
 CONTIGS = 1 << 19     # contigs of one scaffold,
 OFFSETS = 1 << 24     # bases of a contig
 LINE = 100_000_000    # characters
@@ -42,9 +42,9 @@ def plant_all_over(case, gaps):
         case.reads.plant(scaffold, gap)
         begin, end = case.assembly.gap(scaffold, gap)
         for overlap in range(31, made.READ):
-            for is_turned in (False, True):
-                case.reads.plant_single(scaffold, gap, begin - overlap, is_turned)
-                case.reads.plant_single(scaffold, gap, end + overlap - made.READ, is_turned)
+            for is_reversed in (False, True):
+                case.reads.plant_single(scaffold, gap, begin - overlap, is_reversed)
+                case.reads.plant_single(scaffold, gap, end + overlap - made.READ, is_reversed)
     for scaffold, gap in case.assembly.random_gaps(3, SPREAD):
         case.reads.plant(scaffold, gap)
 
@@ -97,7 +97,7 @@ def long_lines(folder):
     plant_all_over(case, [(0, 0)])
     # nearly the whole scaffold and one base more; its first base lies on the first contig
     read = case.assembly.cut(0, 1, LINE) + b"A"
-    for found in (read, made.turned(read)):
+    for found in (read, made.reverse_complement(read)):
         case.reads.expect(0, 0, 1, read, 0)
         case.reads.singles.insert(len(case.reads.singles) // 2, found)
     case.write()

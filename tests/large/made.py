@@ -23,7 +23,7 @@ def random_bases(seed, count):
     return random.Random(seed).randbytes(count).translate(BASES)
 
 
-def turned(read):
+def reverse_complement(read):
     """The reverse complement."""
     return read.translate(COMPLEMENT)[::-1]
 
@@ -121,30 +121,30 @@ class Reads:
         self.records.append((b">%d\t%d\t%d\t%d\t%d\t%d" % (
             number, gap_end - gap_begin, begin - gap_begin, scaffold + 1, gap, insert), read))
 
-    def plant_single(self, scaffold, gap, begin, is_turned, length=READ):
+    def plant_single(self, scaffold, gap, begin, is_reversed, length=READ):
         read = self.assembly.cut(scaffold, begin, begin + length)
         self.expect(scaffold, gap, begin, read, 0)
-        self.singles.append(turned(read) if is_turned else read)
+        self.singles.append(reverse_complement(read) if is_reversed else read)
 
-    def plant_pair(self, scaffold, gap, begin, found_begin, is_turned):
+    def plant_pair(self, scaffold, gap, begin, found_begin, is_reversed):
         """A fragment from `begin` on, whose read at `found_begin` belongs to the gap."""
         cut = self.assembly.cut
         first = cut(scaffold, begin, begin + MATE)
-        last = turned(cut(scaffold, begin + INSERT - MATE, begin + INSERT))
+        last = reverse_complement(cut(scaffold, begin + INSERT - MATE, begin + INSERT))
         self.expect(scaffold, gap, found_begin,
                     cut(scaffold, found_begin, found_begin + MATE), INSERT)
-        self.pairs.append((last, first) if is_turned else (first, last))
+        self.pairs.append((last, first) if is_reversed else (first, last))
 
     def plant(self, scaffold, gap):
         """On both strands, single reads and pairs at both ends of the gap."""
         gap_begin, gap_end = self.assembly.gap(scaffold, gap)
         before = gap_begin - MATE_DISTANCE - MATE
         behind = gap_end + MATE_DISTANCE + MATE - INSERT
-        for is_turned in (False, True):
-            self.plant_single(scaffold, gap, gap_begin - READ_OVERLAP, is_turned)
-            self.plant_single(scaffold, gap, gap_end + READ_OVERLAP - READ, is_turned)
-            self.plant_pair(scaffold, gap, before, before + INSERT - MATE, is_turned)
-            self.plant_pair(scaffold, gap, behind, behind, is_turned)
+        for is_reversed in (False, True):
+            self.plant_single(scaffold, gap, gap_begin - READ_OVERLAP, is_reversed)
+            self.plant_single(scaffold, gap, gap_end + READ_OVERLAP - READ, is_reversed)
+            self.plant_pair(scaffold, gap, before, before + INSERT - MATE, is_reversed)
+            self.plant_pair(scaffold, gap, behind, behind, is_reversed)
 
     def add_strangers(self, seed, count):
         """Reads of bases that the assembly does not have."""

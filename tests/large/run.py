@@ -22,9 +22,9 @@ class Outcome:
 
 def run(velk, name, arguments, folder):
     with open(os.path.join(folder, "velk.log"), "wb") as log:
-        told = subprocess.run([sys.executable, MEASURE, velk] + arguments, cwd=folder, check=True,
+        printed = subprocess.run([sys.executable, MEASURE, velk] + arguments, cwd=folder, check=True,
                               stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=log)
-    status, seconds, peak = told.stdout.split()[-3:]
+    status, seconds, peak = printed.stdout.split()[-3:]
     outcome = Outcome(name, float(seconds), int(peak))
     if int(status) != 0:
         outcome.wrong.append("ended with status %s" % os.fsdecode(status))

@@ -46,7 +46,7 @@ class Record:
 class Placer:
     """Places reads against one assembly; found(record) is called for every record.
 
-    The placing functions return True when the read or pair is settled.
+    The placing functions return True when the read or pair is accepted.
     """
 
     def __init__(self, parameters, assembly, lookup):

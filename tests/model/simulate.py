@@ -157,7 +157,7 @@ def single_read(r, chromosomes, length):
 
 
 def read_pair(r, chromosomes, length, insert, outward):
-    """Two mates that face each other, or, outward, the same pair turned round."""
+    """Two mates that face each other, or, outward, the same pair the other way round."""
     chromosome = pick(r, chromosomes)
     if insert > len(chromosome.seq):
         chromosome = max(chromosomes, key=lambda c: len(c.seq))

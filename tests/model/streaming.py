@@ -101,7 +101,7 @@ class Streaming:
         self.flush()
 
     def gzip_read(self, name, stream):
-        """One line; the damage is told by the first read that meets it."""
+        """One line; the first read that meets the damage reports it."""
         met = stream.at_damage
         got = stream.read()
         if stream.at_damage and not met:

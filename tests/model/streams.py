@@ -6,7 +6,7 @@ GZIP_LINE = 1023  # longest piece that one gzip read gives
 
 
 class PlainStream:
-    """A text stream read by lines; a failed read tells nothing but the end."""
+    """A text stream read by lines; a failed read looks like the end."""
 
     def __init__(self, content):
         self.content = content

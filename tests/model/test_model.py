@@ -271,7 +271,7 @@ class Run(unittest.TestCase):
         finally:
             streaming.BATCH = batch
         self.assertEqual(world.stderr, b"bufferNum: 2\nbufferNum: 1\n")
-        # Turned once in the first batch, and back again in the second.
+        # Reversed once in the first batch, and back again in the second.
         self.assertEqual((stream.reads_a, stream.reads_b), ([b"AAC", b"ACC"], [b"GGT", b"GTT"]))
 
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """A slow, plain model of the whole program.
 
-run(argv, cwd) tells, without starting the program and without writing a file,
+run(argv, cwd) predicts, without starting the program and without writing a file,
 what a run in cwd prints, how it ends, and which bytes every file that it
 creates holds afterwards.  Numbers that differ from build to build or from run to
 run (source lines, seconds, the compile date) are stand-ins.

@@ -68,7 +68,9 @@ if [[ $run != no-run ]]; then
   touch reads_1.fq.gz table.tsv chr.agp
   marked() { long_options_of "$@" | sed 's/$/|/' | tr -d '\n'; }
   expect "$(marked "$run")" velk-run -
-  expect "$(marked "$run" extract)" velk-run extract -
+  for verb in extract plan task gather; do
+    expect "$(marked "$run" "$verb")" velk-run "$verb" -
+  done
   expect 'name with blanks.fa|reads_1.fq.gz|scaffolds.fa|sub|' velk-run ''
   expect 'reads_1.fq.gz|' velk-run scaffolds.fa re
   expect 'reads_1.fq.gz|' velk-run scaffolds.fa --pairs one.fq r
@@ -77,5 +79,10 @@ if [[ $run != no-run ]]; then
   expect '1|2|3|' velk-run scaffolds.fa -t ''
   expect '' velk-run scaffolds.fa -k ''
   expect 'sub|' velk-run extract ''
+  touch plan.json
+  expect 'plan.json|sub|' velk-run gather ''
+  expect 'sub|' velk-run gather plan.json ''
+  expect 'plan.json|sub|' velk-run --plan ''
+  expect 'sub|' velk-run task plan.json 0 --inputs-root ''
 fi
 exit "$failed"

@@ -20,7 +20,8 @@ def options(program):
     """The options that a program's help names, without their first dash."""
     name = pathlib.Path(program).name
     own = name != "velk"
-    commands = [["--help" if own else "-h"]] + ([["extract", "--help"]] if name == "velk-run" else [])
+    verbs = ["extract", "plan", "task", "gather"] if name == "velk-run" else []
+    commands = [["--help" if own else "-h"]] + [[verb, "--help"] for verb in verbs]
     shown = "".join(subprocess.run([program, *command], capture_output=True, text=True,
                                    check=False).stdout for command in commands)
     pattern = r"^ +(?:-(\w),)?-(-[a-z-]+)" if own else r"^\t-(\w)()[\t ]"
@@ -40,11 +41,11 @@ def main(root, *programs):
         page = pathlib.Path(program).name + ".1"
         compared.append((page, items(manual / page, "Fl") - {"h"}, options(program) - {"h"}))
     wrong = 0
-    for page, told, known in compared:
-        print(f"{page}: {len(told)} names")
-        for name in sorted(told ^ known):
-            print(f"    {name} is {'not known' if name in told else 'missing'}")
-        wrong += told != known or not told
+    for page, listed, known in compared:
+        print(f"{page}: {len(listed)} names")
+        for name in sorted(listed ^ known):
+            print(f"    {name} is {'not known' if name in listed else 'missing'}")
+        wrong += listed != known or not listed
     return 1 if wrong else 0
 
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Compares the versions that programs and files tell with the project's.
+"""Compares the versions that programs and files state with the project's.
 Usage: version.py ROOT VERSION PROGRAM..."""
 import pathlib
 import re
@@ -15,19 +15,19 @@ FILES = {
 
 
 def main(root, version, *programs):
-    told = {}
+    stated = {}
     for name, pattern in FILES.items():
-        told[name] = re.search(pattern, (root / name).read_text(), re.MULTILINE)
+        stated[name] = re.search(pattern, (root / name).read_text(), re.MULTILINE)
     for program in programs:
         name = pathlib.Path(program).name
         option, pattern = ("-h", r"^Version:\tvelk(.*)$") if name == "velk" else (
             "--version", rf"^{name} (.*)$")
         shown = subprocess.run([program, option], capture_output=True, text=True, check=False)
-        told[name] = re.search(pattern, shown.stdout, re.MULTILINE)
-    wrong = {name: match and match[1] for name, match in told.items()
+        stated[name] = re.search(pattern, shown.stdout, re.MULTILINE)
+    wrong = {name: match and match[1] for name, match in stated.items()
              if not match or match[1] != version}
     print("\n".join(f"{name}: {found} instead of {version}" for name, found in wrong.items()) or
-          f"{len(told)} times {version}")
+          f"{len(stated)} times {version}")
     return 1 if wrong else 0
 
 

@@ -28,5 +28,7 @@ diff <(options_of "$1") <(handed velk)
 if [[ $# -gt 1 ]]; then diff <(options_of "$@") <(handed velk-check); fi
 if [[ $run != no-run ]]; then
   diff <(long_options_of "$run") <(handed velk-run)
-  diff <(long_options_of "$run" extract) <(handed velk-run extract)
+  for verb in extract plan task gather; do
+    diff <(long_options_of "$run" "$verb") <(handed velk-run "$verb")
+  done
 fi

@@ -94,7 +94,7 @@ TEST_F(ReverseAnchor, TouchingTheRightEdgeIsNotEnough) {
 TEST_F(CheckReverseRead, AnchorOverTheRightEdgeOfTheLastButOneContig) {
   BIGGAPLEN = 5000;
   assembleScaffold(fourContigs());
-  // A gap lies behind contig r, but the pair is settled without a record.
+  // A gap lies behind contig r, but the hit is accepted without a record.
   const Outcome outcome = check(readAt(contigR(), 250, 100), mate, kFarAway);
   EXPECT_EQ(0, outcome.stop);
   EXPECT_EQ(Records{}, outcome.records);

@@ -9,7 +9,7 @@ namespace {
 
 class FindReads : public FindReadsTest {
  protected:
-  // Reads over the right end of x, told apart by how many bases they overlap: 40, 41, ...
+  // Reads over the right end of x, distinguished by how many bases they overlap: 40, 41, ...
   std::vector<std::string> overRightEnd(int64_t count) const {
     std::vector<std::string> reads;
     for (int64_t j = 0; j < count; ++j) reads.push_back(readAt(x, 260 - j, 100));
@@ -115,9 +115,9 @@ TEST_F(FindReads, TheOtherStrandIsStoredAsItMatched) {
 TEST_F(FindReads, TheOtherStrandIsTriedOnlyAfterTheFirst) {
   assemble({{{x}, {y, 400}, {stray, 30}}});
   const std::string read = x.substr(250) + reverseComplement(y.substr(250));
-  const std::string turned = reverseComplement(read);
-  setBatch({read, turned});
-  EXPECT_EQ((Records{inGap(read, -50), {turned, 0, 1, -50, 1, 30}}), scan(0));
+  const std::string reversed = reverseComplement(read);
+  setBatch({read, reversed});
+  EXPECT_EQ((Records{inGap(read, -50), {reversed, 0, 1, -50, 1, 30}}), scan(0));
 }
 
 TEST_F(FindReads, SingleReadsKeepTheirStrandAtLargeInserts) {
@@ -167,7 +167,7 @@ TEST_F(FindReads, PairsAreRewrittenInTheBufferFromAnInsertOf1001) {
   BIGGAPLEN = 5000;
   assemble({{{x}, {y, 1000}}});
   insertLength = 1001;
-  // The second read becomes the first and is turned round to lie on x.
+  // The second read becomes the first and is reversed to lie on x.
   const std::string shorter = stray.substr(0, 80);
   setBatch({shorter}, {reverseComplement(onX)});
   EXPECT_EQ((Records{{shorter, 0, 0, 671, 0, 1000}}), scan(0));

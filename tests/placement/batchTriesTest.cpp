@@ -1,8 +1,8 @@
-// FindReads: the four tries over a pair, and that the first settled one ends it.
+// FindReads: the four tries over a pair, and that the first one with an accepted hit ends it.
 //
 // Numbered as they come: 1 forward with the first read as anchor, 2 reverse with the second read
-// turned round, 3 reverse with the first read turned round, 4 forward with the second read. On
-// x 400 y forward anchors lie on x and reverse anchors on y.
+// reversed, 3 reverse with the reverse complement of the first read, 4 forward with the second
+// read. On x 400 y forward anchors lie on x and reverse anchors on y.
 #include "tests/placement/batchTest.h"
 
 namespace velk::test {
@@ -15,7 +15,7 @@ class FindReadsTries : public FindReadsTest {
     return scan(0);
   }
 
-  // A read that lies on x as it stands, with 50 bases in front of it, and on y turned round, with
+  // A read that lies on x as it stands, with 50 bases in front of it, and on y reversed, with
   // 50 bases in front of it there.
   const std::string onBoth = reverseComplement(y.substr(0, 50)) + x.substr(0, 50);
 };
@@ -24,11 +24,11 @@ TEST_F(FindReadsTries, FirstReadForward) {
   EXPECT_EQ((Records{inGap(reverseComplement(stray), 150)}), foundIn(onX, stray));
 }
 
-TEST_F(FindReadsTries, SecondReadTurnedRoundInReverse) {
+TEST_F(FindReadsTries, SecondReadReversedInReverse) {
   EXPECT_EQ((Records{inGap(stray, 150)}), foundIn(stray, reverseComplement(onY)));
 }
 
-TEST_F(FindReadsTries, FirstReadTurnedRoundInReverse) {
+TEST_F(FindReadsTries, FirstReadReversedInReverse) {
   EXPECT_EQ((Records{inGap(stray, 150)}), foundIn(reverseComplement(onY), stray));
 }
 
@@ -80,43 +80,44 @@ TEST_F(FindReadsTries, ThirdBeforeFourth) {
   EXPECT_EQ((Records{inGap(onX, 150)}), foundIn(reverseComplement(onY), onX));
 }
 
-// A try that is settled without a record ends the pair as well: at an insert of 180 the mate misses
-// the gap from x at offset 50, and from y at offset 150.
+// A try that accepts a hit without a record ends the pair as well: at an insert of 180 the mate
+// misses the gap from x at offset 50, and from y at offset 150.
 TEST_F(FindReadsTries, ATrySettledWithoutARecordEndsThePair) {
   insertLength = 180;
   const std::string nearY = reverseComplement(readAt(y, 0, 100));
   const std::string nearX = readAt(x, 200, 100);
   EXPECT_EQ((Records{inGap(stray, 320)}), foundIn(stray, nearY));
-  EXPECT_EQ(Records{}, foundIn(onX, nearY));  // 1 settles, 2 would record
+  EXPECT_EQ(Records{}, foundIn(onX, nearY));  // 1 accepts, 2 would record
   EXPECT_EQ((Records{inGap(stray, 320)}), foundIn(nearY, stray));
-  EXPECT_EQ(Records{}, foundIn(nearY, reverseComplement(onY)));  // 2 settles, 3 would record
+  EXPECT_EQ(Records{}, foundIn(nearY, reverseComplement(onY)));  // 2 accepts, 3 would record
   EXPECT_EQ((Records{inGap(reverseComplement(stray), -20)}), foundIn(stray, nearX));
-  EXPECT_EQ(Records{}, foundIn(reverseComplement(onY), nearX));  // 3 settles, 4 would record
-  EXPECT_EQ(Records{}, foundIn(onX, nearX));                     // 1 settles, 4 would record
+  EXPECT_EQ(Records{}, foundIn(reverseComplement(onY), nearX));  // 3 accepts, 4 would record
+  EXPECT_EQ(Records{}, foundIn(onX, nearX));                     // 1 accepts, 4 would record
 }
 
-// Gaps of 500 and 5000 bases; large inserts are turned round first.
+// Gaps of 500 and 5000 bases; pairs of large inserts point outwards.
 TEST_F(FindReadsTries, ATryEndedByTheGuardEndsThePair) {
   const std::string z = randomBases(300, 76);
   assemble({{{x}, {y, 500}, {z, 5000}}});
   insertLength = 2000;
   const std::string onZ = readAt(z, 150, 100);
   // After turning, the first read is `first` and the second `second`.
-  const auto turned = [&](const std::string& first, const std::string& second) {
+  const auto outwards = [&](const std::string& first, const std::string& second) {
     return foundIn(reverseComplement(second), reverseComplement(first));
   };
   // 5000 + 150 + 100 - 2000
-  EXPECT_EQ((Records{{stray, 0, 1, 3250, 1, 5000}}), turned(stray, reverseComplement(onZ)));
-  EXPECT_EQ(Records{}, turned(onX, reverseComplement(onZ)));                     // 1, not 2
-  EXPECT_EQ(Records{}, turned(reverseComplement(onZ), reverseComplement(onY)));  // 2, not 3
+  EXPECT_EQ((Records{{stray, 0, 1, 3250, 1, 5000}}), outwards(stray, reverseComplement(onZ)));
+  EXPECT_EQ(Records{}, outwards(onX, reverseComplement(onZ)));                     // 1, not 2
+  EXPECT_EQ(Records{}, outwards(reverseComplement(onZ), reverseComplement(onY)));  // 2, not 3
   // From y at offset 50: 50 + 2000 - 100 - 300.
   const std::string forwardOnY = readAt(y, 50, 100);
-  EXPECT_EQ((Records{{reverseComplement(stray), 0, 1, 1650, 1, 5000}}), turned(stray, forwardOnY));
-  EXPECT_EQ(Records{}, turned(onX, forwardOnY));                     // 1, not 4
-  EXPECT_EQ(Records{}, turned(reverseComplement(onY), forwardOnY));  // 3, not 4
+  EXPECT_EQ((Records{{reverseComplement(stray), 0, 1, 1650, 1, 5000}}),
+            outwards(stray, forwardOnY));
+  EXPECT_EQ(Records{}, outwards(onX, forwardOnY));                     // 1, not 4
+  EXPECT_EQ(Records{}, outwards(reverseComplement(onY), forwardOnY));  // 3, not 4
 }
 
-// Whether a try settled the pair is told by the walk of its own anchor: reads of unlike lengths.
+// Whether a try accepted a hit is known from the walk of its own anchor: reads of unlike lengths.
 TEST_F(FindReadsTries, ReadsOfUnlikeLengths) {
   const std::string shorter = stray.substr(0, 60);
   EXPECT_EQ((Records{inGap(shorter, 150)}), foundIn(shorter, reverseComplement(onY)));

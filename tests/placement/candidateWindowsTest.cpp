@@ -11,7 +11,7 @@
 #include "contig/contig.h"
 #include "kmer/Sequence.h"
 #include "kmer/plainIndex.h"
-#include "placement/prepareReads.h"
+#include "placement/readPreparer.h"
 #include "tests/placement/hardPlacement.h"
 #include "tests/placement/placementTest.h"
 
@@ -34,9 +34,10 @@ class CandidateWindowsTest : public PlacementTest {
     PreparedRead prepared;
     prepared.bases = &read;
     PreparedRead* one = &prepared;
-    packReads(*seedIndex, {one, 1});
-    if (known >= Known::kAligned) alignReads(*seedIndex, {}, {&one, 1});
-    if (known >= Known::kSifted) siftReads(*seedIndex, {}, {&one, 1});
+    ReadPreparer preparer(*seedIndex, {});
+    preparer.pack({one, 1});
+    if (known >= Known::kAligned) preparer.align({&one, 1});
+    if (known >= Known::kSifted) preparer.sift({&one, 1});
     return prepared;
   }
 
@@ -44,7 +45,8 @@ class CandidateWindowsTest : public PlacementTest {
   std::vector<std::size_t> walk(const std::string& read, bool isReversed, Known known) {
     PreparedRead prepared = preparedOf(read, known);
     const std::string bases = isReversed ? plainReverseComplement(read) : read;
-    CandidateWindows windows(*seedIndex, Kmer, prepared, isReversed, FastSteps{});
+    ReadPreparer preparer(*seedIndex, {});
+    CandidateWindows windows(preparer, Kmer, prepared, isReversed);
     EXPECT_EQ(windows.count(), bases.size() - static_cast<std::size_t>(Kmer) + 1);
     std::vector<std::size_t> asked;
     refused_.clear();

@@ -24,7 +24,7 @@ namespace {
 template <class Engine>
 class EngineDifferential : public PlacementTest {
  protected:
-  // Compares worker by worker what a batch of single reads and one of pairs tell.
+  // Compares worker by worker what a batch of single reads and one of pairs give.
   void compareBatches(RandomPlacement random, const std::string& name) {
     makeParameters(random.settings);
     assemble(random.assembly);
@@ -67,8 +67,8 @@ class EngineDifferential : public PlacementTest {
     }
   }
 
-  // How often each thing was told, by its name.
-  const std::map<std::string, int>& told() const { return told_; }
+  // How often each thing was found, by its name.
+  const std::map<std::string, int>& met() const { return met_; }
 
  private:
   static std::vector<PlainEvent> scanShare(std::vector<std::string>& reads, std::string* mates,
@@ -92,7 +92,7 @@ class EngineDifferential : public PlacementTest {
       ASSERT_EQ(expected[e], events[e]) << name << ", event " << e;
     }
     ASSERT_EQ(expected.size(), events.size()) << name;
-    for (const PlainEvent& event : events) ++told_[event.what];
+    for (const PlainEvent& event : events) ++met_[event.what];
   }
 
   static void compareHits(const std::vector<PlainHit>& plain, const std::vector<Hit>& shown,
@@ -112,7 +112,7 @@ class EngineDifferential : public PlacementTest {
     ASSERT_EQ(next, shown.size()) << name;
   }
 
-  std::map<std::string, int> told_;
+  std::map<std::string, int> met_;
 };
 
 TYPED_TEST_SUITE(EngineDifferential, Engines);
@@ -132,8 +132,8 @@ TYPED_TEST(EngineDifferential, RandomAssemblies) {
                                             {"refused: short overlap", 1500},
                                             {"refused: small gap", 1400},
                                             {"refused: unlike", 5500}};
-  for (const auto& [what, times] : this->told()) EXPECT_EQ(1U, least.count(what)) << what;
-  for (const auto& [what, times] : least) EXPECT_GE(this->told().at(what), times) << what;
+  for (const auto& [what, times] : this->met()) EXPECT_EQ(1U, least.count(what)) << what;
+  for (const auto& [what, times] : least) EXPECT_GE(this->met().at(what), times) << what;
 }
 
 TYPED_TEST(EngineDifferential, RepeatsOnBothStrands) {

@@ -15,7 +15,7 @@
 
 #ifndef VELK_PLAIN_ENGINE
 #include "placement/fastEngine.h"
-#include "placement/prepareReads.h"
+#include "placement/readPreparer.h"
 #endif
 
 namespace velk::test {
@@ -69,11 +69,12 @@ class FastUpTo : public FastEngine {
   static void prepare(std::span<Prepared> reads) {
     for (Prepared& read : reads) read.windows = 0;
     if (kLast == Step::kNothing) return;
-    packReads(*seedIndex, reads);
+    ReadPreparer preparer(*seedIndex, {});
+    preparer.pack(reads);
     std::vector<Prepared*> all;
     for (Prepared& read : reads) all.push_back(&read);
-    if (kLast >= Step::kAlign) alignReads(*seedIndex, {}, all);
-    if (kLast >= Step::kSift) siftReads(*seedIndex, {}, all);
+    if (kLast >= Step::kAlign) preparer.align(all);
+    if (kLast >= Step::kSift) preparer.sift(all);
   }
 };
 

@@ -1,4 +1,4 @@
-// A sink of placement that keeps all it is told, in the words of the plain model.
+// A sink of placement that keeps all it receives, in the words of the plain model.
 #pragma once
 
 #include <iosfwd>

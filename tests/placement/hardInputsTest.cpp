@@ -48,7 +48,7 @@ TEST_F(HardInputs, MeetEverySkip) {
                           {"alignment: reversed", 4000},
                           {"anchored", 2000},
                           {"group: not full", 700},
-                          {"group: turned pairs", 200},
+                          {"group: reversed pairs", 200},
                           {"read: left to its windows", 1000},
                           {"read: long", 600},
                           {"read: not packed", 4000},

@@ -68,8 +68,8 @@ class Maker {
         return bases(number(0, 30)) + tandem(number(10, 60), number(60, 350));
       case Hard::kManyCopies:
         return manyCopies();
-      case Hard::kTurnedCopies:
-        return turnedCopies();
+      case Hard::kReversedCopies:
+        return reversedCopies();
       case Hard::kPalindromes:
         return palindromes();
       case Hard::kOddLetters:
@@ -108,7 +108,7 @@ class Maker {
     return made;
   }
 
-  std::string turnedCopies() {
+  std::string reversedCopies() {
     std::string made = bases(number(0, 60));
     for (int pieces = number(1, 4); pieces > 0; --pieces) {
       const std::string copied = piece(number(20, 120));

@@ -26,7 +26,7 @@ const std::string& other() {
   return bases;
 }
 
-// Checks that `outcome` settled the pair at the first k-mer with the mate at `position` alone.
+// Checks that `outcome` accepted a hit at the first k-mer with the mate at `position` alone.
 void expectMate(const Outcome& outcome, const TestRecord& record,
                 const std::optional<int64_t>& position, int insert) {
   EXPECT_EQ(0, outcome.stop) << "insert " << insert;

@@ -43,12 +43,12 @@ Scene randomScene() {
 }
 
 TestScaffold mirrored(const TestScaffold& scaffold) {
-  TestScaffold turned;
+  TestScaffold reversed;
   for (std::size_t c = scaffold.size(); c > 0; --c) {
     const int64_t gapBehind = c == scaffold.size() ? 0 : scaffold[c].gapBefore;
-    turned.push_back({reverseComplement(scaffold[c - 1].bases), gapBehind});
+    reversed.push_back({reverseComplement(scaffold[c - 1].bases), gapBehind});
   }
-  return turned;
+  return reversed;
 }
 
 TestRecord mirrored(TestRecord record, std::size_t contigs) {
@@ -63,7 +63,7 @@ TestRecord mirrored(TestRecord record, std::size_t contigs) {
 
 class Mirror : public PairedTest {};
 
-TEST_F(Mirror, ReverseIsForwardTurnedRound) {
+TEST_F(Mirror, ReverseIsForwardMirrored) {
   const auto property = [this] {
     const Scene scene = randomScene();
     const std::size_t contigs = scene.scaffold.size();
@@ -84,11 +84,11 @@ TEST_F(Mirror, ReverseIsForwardTurnedRound) {
       expected.push_back(mirrored(record, contigs));
     }
     // Not shared: an anchor over the right edge of the last but one contig has no record in
-    // reverse. Turned round, that is one over the left edge of the second contig.
+    // reverse. Mirrored, that is one over the left edge of the second contig.
     if (scene.contig == 1 && scene.offset < 0 && !expected.empty()) expected.pop_back();
     RC_ASSERT(backwards.records == expected);
   };
-  EXPECT_TRUE(rc::check("reverse placement is forward placement turned round", property));
+  EXPECT_TRUE(rc::check("reverse placement is forward placement mirrored", property));
 }
 
 }  // namespace

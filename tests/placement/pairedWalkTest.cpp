@@ -24,7 +24,7 @@ const std::string& contigS() {
 
 // ---- the guard ----------------------------------------------------------------------------------
 
-// The anchor's k-mers hit the last contig, which is passed over, then a contig in front of a small
+// The anchor's k-mers hit the last contig, which is skipped, then a contig in front of a small
 // gap, then one in front of a large gap that would settle the pair with a record.
 TEST_F(CheckForwardRead, LargeInsertAtASmallGapStopsTheWalk) {
   mapCut = 0.1;
@@ -175,7 +175,7 @@ TEST_F(CheckReverseRead, ARefusedAnchorMovesTheWalkOn) {
   EXPECT_EQ((Records{inGap(0, 400, mate, 100)}), outcome.records);
 }
 
-// The first k-mer settles the pair without a record; a later one would record the mate.
+// The first hit is accepted without a record; a later one would record the mate.
 TEST_F(CheckForwardRead, AConfirmedAnchorEndsTheWalkThoughNothingIsRecorded) {
   mapCut = 0.3;
   const std::string anchor = contigP().substr(50, 50) + contigQ().substr(250, 50);

@@ -51,15 +51,15 @@ std::string keyOf(const std::string& kmer) {
 }  // namespace
 
 std::string plainReverseComplement(const std::string& read) {
-  std::string turned;
+  std::string reversed;
   for (std::size_t i = read.size(); i > 0; --i) {
     char complement = 'A';
     if (read[i - 1] == 'A' || read[i - 1] == 'a') complement = 'T';
     if (read[i - 1] == 'C' || read[i - 1] == 'c') complement = 'G';
     if (read[i - 1] == 'G' || read[i - 1] == 'g') complement = 'C';
-    turned += complement;
+    reversed += complement;
   }
-  return turned;
+  return reversed;
 }
 
 // ---- the assembly -------------------------------------------------------------------------------
@@ -155,7 +155,7 @@ std::vector<TestRecord> PlainPlacement::scan(std::vector<std::string>& first,
 void PlainPlacement::scanPair(int64_t entry, std::string& a, std::string& b,
                               std::vector<TestRecord>& records) {
   if (a.find('N') != std::string::npos || b.find('N') != std::string::npos) return;
-  // The reads of a pair that is rewritten are told as they were sequenced.
+  // The reads of a pair that is rewritten are described as they were sequenced.
   const bool isRewritten = settings_.insert > 1000;
   if (isRewritten) {
     meet("batch: pair rewritten");
@@ -169,17 +169,17 @@ void PlainPlacement::scanPair(int64_t entry, std::string& a, std::string& b,
   const int mateOfA = isRewritten ? 1 : 0;
   const int mateOfB = isRewritten ? 0 : 1;
   const PlainRead asA(a, {entry, mateOfA, isRewritten});
-  const PlainRead turnedA(plainReverseComplement(a), {entry, mateOfA, !isRewritten});
+  const PlainRead reversedA(plainReverseComplement(a), {entry, mateOfA, !isRewritten});
   const PlainRead asB(b, {entry, mateOfB, isRewritten});
-  const PlainRead turnedB(plainReverseComplement(b), {entry, mateOfB, !isRewritten});
+  const PlainRead reversedB(plainReverseComplement(b), {entry, mateOfB, !isRewritten});
   meet("batch: try 1");
-  if (forward(asA, turnedB, records) != endOfA) return;
+  if (forward(asA, reversedB, records) != endOfA) return;
   meet("batch: try 2");
-  if (reverse(turnedB, asA, records) != endOfB) return;
+  if (reverse(reversedB, asA, records) != endOfB) return;
   meet("batch: try 3");
-  if (reverse(turnedA, asB, records) != endOfA) return;
+  if (reverse(reversedA, asB, records) != endOfA) return;
   meet("batch: try 4");
-  if (forward(asB, turnedA, records) == endOfB) meet("batch: no try");
+  if (forward(asB, reversedA, records) == endOfB) meet("batch: no try");
 }
 
 }  // namespace velk::test

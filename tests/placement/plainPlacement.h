@@ -2,8 +2,8 @@
 //
 // Made to be right at a glance, not fast: k-mers are strings in a map, every base is compared in a
 // loop, and forward and reverse placement are two separate functions that spell out every rule. It
-// shares no code with velk. It tells what it makes of every read, refusals included, and counts how
-// often each rule was met, so that a comparison can tell whether its input reached them all.
+// shares no code with velk. It gives what it makes of every read, refusals included, and counts how
+// often each rule was met, so that a comparison can check whether its input reached them all.
 #pragma once
 
 #include <cstdint>
@@ -56,7 +56,7 @@ struct PlainRead {
   PlainOrigin origin;
 };
 
-/// One thing that is told of a read.
+/// One thing that is found of a read.
 struct PlainEvent {
   std::string what;  // "anchored", "record: KIND" or "refused: REASON"
   PlainOrigin origin;
@@ -90,7 +90,7 @@ class PlainPlacement {
   std::vector<TestRecord> scan(std::vector<std::string>& first, std::vector<std::string>& second,
                                std::size_t t, std::size_t workers);
 
-  /// What was told since the last call, in order.
+  /// What was found since the last call, in order.
   std::vector<PlainEvent> takeEvents() { return std::exchange(events_, {}); }
 
   /// How often each rule was met, by its name.
@@ -127,7 +127,7 @@ class PlainPlacement {
 
   void tellAnchor(const PlainHit& hit, const PlainRead& anchor, int64_t right, int64_t position);
 
-  // Tells a refusal, if it is the first of the walk at this place.
+  // Gives a refusal, if it is the first of the walk at this place.
   void refuse(const PlainHit& hit, const PlainRead& read, const std::string& reason);
 
   const TestContig& contigAt(int64_t scaffold, int64_t contig) const;

@@ -101,7 +101,7 @@ bool PlainPlacement::placeForward(const PlainHit& hit, const PlainRead& anchor,
     refuse(hit, anchor, reason);
     return false;
   }
-  meet("forward: settled");
+  meet("forward: accepted");
 
   const int64_t unmoved = offset + insert - mateLength - length;
   tellAnchor(hit, anchor, c + 1, unmoved);
@@ -164,7 +164,7 @@ bool PlainPlacement::placeReverse(const PlainHit& hit, const PlainRead& anchor,
     refuse(hit, anchor, reason);
     return false;
   }
-  meet("reverse: settled");
+  meet("reverse: accepted");
 
   const int64_t unmoved = gap + offset + anchorLength - insert;
   tellAnchor(hit, anchor, c, unmoved);

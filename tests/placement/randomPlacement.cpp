@@ -79,7 +79,7 @@ class Maker {
     return kind <= 60 ? number(1, 80) : number(81, kind <= 90 ? 400 : 1200);
   }
 
-  // A stretch of an earlier contig, as it stands or turned round.
+  // A stretch of an earlier contig, as it stands or reversed.
   std::string repeat() {
     const std::string from = oneOf(contigs_);
     if (from.empty()) return from;

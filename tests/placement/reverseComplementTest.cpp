@@ -10,20 +10,20 @@
 namespace velk::test {
 namespace {
 
-std::string turned(const std::string& read) {
+std::string reverseComplementOf(const std::string& read) {
   std::string dest(read.size(), '\0');
   ReverseComplementSeq(dest, read);
   return dest;
 }
 
 TEST(ReverseComplementSeq, TurnsNIntoA) {
-  EXPECT_EQ("AACGT", turned("ACGTN"));
-  EXPECT_EQ("AACGT", turned("ACGTn"));
+  EXPECT_EQ("AACGT", reverseComplementOf("ACGTN"));
+  EXPECT_EQ("AACGT", reverseComplementOf("ACGTn"));
 }
 
 TEST(ReverseComplementSeq, WritesUpperCase) {
-  EXPECT_EQ("ACGT", turned("acgt"));
-  EXPECT_EQ("TTTGGGCCCAAA", turned("ttTggGccCaaA"));
+  EXPECT_EQ("ACGT", reverseComplementOf("acgt"));
+  EXPECT_EQ("TTTGGGCCCAAA", reverseComplementOf("ttTggGccCaaA"));
 }
 
 TEST(ReverseComplementSeq, EveryOtherByteBecomesA) {
@@ -33,15 +33,15 @@ TEST(ReverseComplementSeq, EveryOtherByteBecomesA) {
     if (letter == 'A' || letter == 'a') expected = "T";
     if (letter == 'C' || letter == 'c') expected = "G";
     if (letter == 'G' || letter == 'g') expected = "C";
-    EXPECT_EQ(expected, turned(std::string(1, letter))) << byte;
+    EXPECT_EQ(expected, reverseComplementOf(std::string(1, letter))) << byte;
   }
 }
 
 TEST(ReverseComplementSeq, AllLengths) {
   for (std::size_t length = 0; length <= 210; ++length) {
     const std::string read = randomBases(length, static_cast<unsigned>(length));
-    EXPECT_EQ(reverseComplement(read), turned(read)) << length;
-    EXPECT_EQ(read, turned(turned(read))) << length;
+    EXPECT_EQ(reverseComplement(read), reverseComplementOf(read)) << length;
+    EXPECT_EQ(read, reverseComplementOf(reverseComplementOf(read))) << length;
   }
 }
 
@@ -53,8 +53,8 @@ TEST(ReverseComplementSeq, AllLengthsWithOtherLetters) {
     for (std::size_t at = 0; at < length; at += 3) {
       std::string odd = read;
       odd[at] = "N\xC7r-"[at % 4];
-      EXPECT_EQ(plainReverseComplement(odd), turned(odd)) << length << ' ' << at;
-      EXPECT_EQ(turned(odd)[length - 1 - at], 'A');
+      EXPECT_EQ(plainReverseComplement(odd), reverseComplementOf(odd)) << length << ' ' << at;
+      EXPECT_EQ(reverseComplementOf(odd)[length - 1 - at], 'A');
     }
   }
 }
@@ -95,8 +95,8 @@ TEST(LongReverseComplement, AllLengths) {
     std::string a = first;
     std::string b = second;
     LongReverseComplement(a, b);
-    EXPECT_EQ(turned(second), a) << length;
-    EXPECT_EQ(turned(first), b) << length;
+    EXPECT_EQ(reverseComplementOf(second), a) << length;
+    EXPECT_EQ(reverseComplementOf(first), b) << length;
   }
 }
 

@@ -46,22 +46,22 @@ class WatchedWindows {
 class WatchedFast : public FastEngine {
  public:
   WatchedFast(const SeedIndex& index, int kmer, Meetings& met)
-      : FastEngine(index, kmer), watched_(index), kmer_(kmer), met_(met) {}
+      : FastEngine(index, kmer), watched_(index), preparer_(index, {}), kmer_(kmer), met_(met) {}
 
   void prepare(std::span<Prepared> leads, std::span<Prepared> others, bool isReversedFirst) {
     FastEngine::prepare(leads, others, isReversedFirst);
     for (const Prepared& read : leads) note(read);
     for (const Prepared& read : others) note(read);
     if (leads.size() < group()) ++met_["group: not full"];
-    if (isReversedFirst) ++met_["group: turned pairs"];
+    if (isReversedFirst) ++met_["group: reversed pairs"];
   }
 
   template <class Strand, class Visit>
   int64_t visitHits(Strand& strand, Visit visit) {
     Prepared& read = strand.prepared();
     if (!read.isPacked()) return FastEngine::visitHits(strand, visit);
-    WatchedWindows windows(
-        CandidateWindows(watched_, kmer_, read, strand.origin().isReversed, FastSteps{}), met_);
+    WatchedWindows windows(CandidateWindows(preparer_, kmer_, read, strand.origin().isReversed),
+                           met_);
     return visitUniqueHits(windows, visit);
   }
 
@@ -113,6 +113,7 @@ class WatchedFast : public FastEngine {
   }
 
   const SeedIndex& watched_;
+  ReadPreparer preparer_;
   int kmer_;
   Meetings& met_;
 };

@@ -1,4 +1,4 @@
-// BAM: what is left out, turned back and put in order, and what is refused.
+// BAM: what is left out, reversed back and put in order, and what is refused.
 #include <fstream>
 
 #include "tests/reads/readsTest.h"
@@ -40,7 +40,7 @@ TEST_F(BamRecords, FileWithoutRecords) {
   EXPECT_EQ(of(""), (Records{}));
 }
 
-TEST_F(BamRecords, ReversedReadsAreTurnedBack) {
+TEST_F(BamRecords, ReversedReadsAreReversedBack) {
   EXPECT_EQ(of(line("a", 16, "ACGTNRYKMBDHVSW", "ABCDEFGHIJKLMNO")),
             (Records{{{"a", "WSBDHVKMRYNACGT", "ONMLKJIHGFEDCBA"}}, ""}));
   EXPECT_EQ(of(line("a", 16, "AAC", "*")), (Records{{{"a", "GTT", ""}}, ""}));

@@ -1,4 +1,4 @@
-// The scale of qualities, told by a sample.
+// The scale of qualities, found from a sample.
 #include "reads/quality.h"
 
 #include "tests/reads/readsTest.h"

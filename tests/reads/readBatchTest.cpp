@@ -47,7 +47,7 @@ TEST(ReadBatch, BasesAreCopiesMadeAtEachCall) {
   std::string* bases = batch.basesOf(1);
   EXPECT_EQ(bases[0], "CC");
   EXPECT_EQ(bases[1], "TTT");
-  bases[1] = "turned";
+  bases[1] = "changed";
   EXPECT_EQ(batch.read(1, 1).bases, "TTT");
   EXPECT_EQ(batch.basesOf(1)[1], "TTT");
   EXPECT_EQ(batch.basesOf(0)[0], "ACGT");

@@ -99,7 +99,7 @@ TEST_F(RecordsProperty, ChangedBytesAreNoEndOfTheWorld) {
     const Records got = recordsOf("in");
     RC_ASSERT(got == recordsOf("in", Helpers::kInflateAhead));
     if (packing == Packing::kNone) return;
-    // Headers of members hold some bytes that mean nothing; all others are told.
+    // Headers of members hold some bytes that mean nothing; all others are reported.
     RC_ASSERT(!got.error.empty() || got.reads.size() == reads.size());
   }));
 }

@@ -132,7 +132,7 @@ class Maker:
         if library.is_outward:
             self.classes.add("RF")
         if library.is_outward != (insert > 1000):
-            self.classes.add("turned against the length")
+            self.classes.add("outward against the length")
         for _ in range(r.randrange(1, 120)):
             fragment = self.fragment(truth, max(30, int(r.gauss(insert, insert / 20))))
             one = self.flawed(fragment[:r.randrange(30, 110)])

@@ -101,7 +101,7 @@ TEST_F(Describe, ASingleReadOverTheEndOfAContig) {
   EXPECT_EQ(record.quality.front(), '#');
 }
 
-TEST_F(Describe, ASingleReadOverTheStartOfAContigTurned) {
+TEST_F(Describe, ASingleReadOverTheStartOfAContigReversed) {
   const OutRecord record = describeSingle(single(truth(380, 50), true, 1, -20, 1, 80));
   EXPECT_EQ(record.flag, 0x10);
   EXPECT_EQ(record.position, 380);

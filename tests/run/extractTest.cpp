@@ -68,6 +68,11 @@ TEST_F(ExtractTest, TheReadsOfEachGap) {
   EXPECT_EQ(extract({dir_, gaps}) == all, true);
 }
 
+TEST_F(ExtractTest, NoReadsOfAResultWithoutAny) {
+  entries_.clear();
+  EXPECT_EQ(extract({write("empty"), {0}}), "");
+}
+
 TEST_F(ExtractTest, FastaHasTheSameReads) {
   std::string expected;
   std::istringstream lines(extract({dir_, {3}}));

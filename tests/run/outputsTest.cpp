@@ -124,7 +124,7 @@ TEST_F(OutputsTest, SureRecordsAgreeWithTheContigs) {
   EXPECT_GT(compared, 2000U);
 }
 
-// The two reads of a pair tell the same of each other.
+// The two reads of a pair say the same of each other.
 TEST_F(OutputsTest, MatesFitTogether) {
   std::map<std::string, std::map<int, BamRecord>> pairsOf;  // by library and name
   std::vector<BamRecord> secondary;
@@ -195,11 +195,11 @@ TEST_F(OutputsTest, WhatIsSureIsTrue) {
     const uint32_t input = library == "short" ? 0 : library == "mates" ? 1 : 2;
     const std::string number = record.name.substr(record.name.find("read") + 4);
     const TruePlace truth = truthOf(input, std::stoul(number), (record.flag & 0x80) != 0 ? 1 : 0);
-    const bool isTurned = (record.flag & 0x10) != 0;
+    const bool isReversed = (record.flag & 0x10) != 0;
     const std::string& certainty = record.tags.at("zx");
     ++counts[certainty];
     if (record.mapq == 0) continue;
-    EXPECT_EQ(isTurned, truth.isReversed);
+    EXPECT_EQ(isReversed, truth.isReversed);
     const std::size_t clipped =
         record.cigar.find('S') < record.cigar.find('M') ? std::stoul(record.cigar) : 0;
     EXPECT_EQ(record.position - static_cast<int64_t>(clipped), truth.start) << record.name;
@@ -310,9 +310,9 @@ TEST_F(OutputsTest, WithoutAnchorsOnlyWhatWasFound) {
   std::multiset<std::pair<std::string, std::string>> expected;  // gap, bases as sequenced
   for (const BamRecord& record : readBam(dir + "/reads.bam").records) {
     if (record.tags.count("zp") == 0 || record.tags.at("zx") == "C") continue;
-    const bool isTurned = (record.flag & 0x10) != 0;
+    const bool isReversed = (record.flag & 0x10) != 0;
     expected.insert(
-        {record.tags.at("zg"), isTurned ? reverseComplement(record.bases) : record.bases});
+        {record.tags.at("zg"), isReversed ? reverseComplement(record.bases) : record.bases});
   }
   std::multiset<std::pair<std::string, std::string>> written;
   for (const char* name : {"/pairs.fq.gz", "/singles.fq.gz"}) {
@@ -371,6 +371,17 @@ TEST_F(OutputsTest, NothingFoundGivesWholeEmptyFiles) {
   EXPECT_EQ(readBgzip(dir + "/singles.fq.gz"), "");
   EXPECT_EQ(rowsOf(contentOf(dir + "/gaps.bed")).size(), assembly().gaps().size());
   EXPECT_TRUE(readBamRegion(dir + "/reads.bam", dir + "/reads.bam.bai", 0, 0, 1000).empty());
+}
+
+TEST_F(OutputsTest, TheIndexOfAnEmptyFileHasNoBlocks) {
+  entries_.clear();
+  OutputOptions options;
+  for (const int threads : {1, 2, 3}) {
+    options.threads = threads;
+    const std::string dir = write("out" + std::to_string(threads), options);
+    EXPECT_EQ(contentOf(dir + "/pairs.fq.gz.gzi"), std::string(8, '\0')) << threads;
+    EXPECT_EQ(contentOf(dir + "/singles.fq.gz.gzi"), std::string(8, '\0')) << threads;
+  }
 }
 
 }  // namespace

@@ -44,7 +44,7 @@ TEST_P(GzipDamage, FileCutAtEveryByte) {
       const std::string part = members_[i].substr(0, cut);
       const Inflated inflated = inflateFile(before + part);
       if (cut == 1 && i == 0) {
-        EXPECT_EQ(inflated, (Inflated{part, ""}));  // one byte tells no gzip file
+        EXPECT_EQ(inflated, (Inflated{part, ""}));  // one byte makes no gzip file
       } else if (cut == 1) {
         EXPECT_EQ(inflated, (Inflated{text, kTrailing}));
       } else {

@@ -1,4 +1,4 @@
-// What the name of a read file tells.
+// What the name of a read file says.
 #include "streaming/readFileName.h"
 
 #include <gtest/gtest.h>

@@ -51,7 +51,8 @@ struct Slots {
 /// `count` slots that hold nothing, as at the start of every file.
 Slots emptySlots(std::size_t count);
 
-/// `count` slots that hold "oldA0", ... and "oldB0", ..., to tell a kept slot from an emptied one.
+/// `count` slots that hold "oldA0", ... and "oldB0", ..., to distinguish a kept slot from an
+/// emptied one.
 Slots oldSlots(std::size_t count);
 
 struct ReaderRun {

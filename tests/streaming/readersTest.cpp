@@ -1,4 +1,4 @@
-// What sets the readers apart from each other, told on small files with the outcome spelt out.
+// What sets the readers apart from each other, on small files with the outcome spelt out.
 #include "streaming/readers.h"
 
 #include "streaming/readBuffer.h"

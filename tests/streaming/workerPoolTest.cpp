@@ -207,7 +207,7 @@ TEST_F(WorkerPool, WaitsForEveryWorkerAndCountsAnewInEveryCycle) {
 }
 
 // The workers turn pairs of large inserts round in the buffer, a repeated pair once more.
-TEST_F(WorkerPool, RepeatedPairOfALargeInsertIsTurnedBack) {
+TEST_F(WorkerPool, RepeatedPairOfALargeInsertIsReversedBack) {
   start(1);
   insertLength = 1001;
   batchLimit = 1;

@@ -17,8 +17,8 @@ std::string randomBases(std::size_t length, unsigned seed) {
 }
 
 std::string reverseComplement(const std::string& bases) {
-  std::string turned(bases.rbegin(), bases.rend());
-  for (char& base : turned) {
+  std::string reversed(bases.rbegin(), bases.rend());
+  for (char& base : reversed) {
     switch (base) {
       case 'A':
         base = 'T';
@@ -34,7 +34,7 @@ std::string reverseComplement(const std::string& bases) {
         break;
     }
   }
-  return turned;
+  return reversed;
 }
 
 void AssemblyTest::releaseAssembly() {

@@ -1,4 +1,4 @@
-// Where reads lie, and what pairs on contigs of many lengths tell.
+// Where reads lie, and what pairs on contigs of many lengths show.
 #include "survey/pairGeometry.h"
 
 #include <gtest/gtest.h>

@@ -36,7 +36,7 @@ TEST_F(TrySearchTest, CountsReadsAndWhatIsFound) {
   EXPECT_DOUBLE_EQ(trial.secondsPerRead(), trial.seconds / 3);
 }
 
-// With 400 bases of insert the mate lies in the gap; a large insert's pairs are turned round.
+// With 400 bases of insert the mate lies in the gap; a large insert's pairs point outwards.
 TEST_F(TrySearchTest, SearchesPairsByTheirInsert) {
   const std::string anchor = left_.substr(2750, 100);
   const std::string mate = test::randomBases(100, 5);

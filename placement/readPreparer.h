@@ -5,15 +5,17 @@
 //      it is, the read is compared with the text along that diagonal.
 //   3. sift: the seeds of all windows that do not agree with the text are looked up. A seed that is
 //      not in the index rules all its windows out, on both strands; for one that is, the bases
-//      around its places tell.
+//      around its places decide.
 // Each step takes a group of reads, so that the memory which it prefetches for one read arrives
 // while the others take theirs. All of it can be found out again by look-ups: no answer depends on
 // what is known.
 #pragma once
 
 #include <array>
+#include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "kmer/packedBases.h"
 #include "kmer/seedIndex.h"
@@ -48,24 +50,62 @@ struct PreparedRead {
   bool isPacked() const { return windows != 0; }
 };
 
-/// Packs the reads to which `bases` points, and forgets what was known of those before.
-void packReads(const SeedIndex& index, std::span<PreparedRead> reads);
+class ReadPreparer {
+ public:
+  /// `index` outlives the preparer.
+  ReadPreparer(const SeedIndex& index, const FastSteps& steps) : index_(index), steps_(steps) {}
 
-/// Aligns the reads that are packed and not aligned.
-void alignReads(const SeedIndex& index, const FastSteps& steps,
-                std::span<PreparedRead* const> reads);
+  const SeedIndex& index() const { return index_; }
+  const FastSteps& steps() const { return steps_; }
 
-/// Finds out which windows of the reads that are packed cannot be hits; aligns a read that is not
-/// aligned where a seed tells how.
-void siftReads(const SeedIndex& index, const FastSteps& steps,
-               std::span<PreparedRead* const> reads);
+  /// Packs a group, and takes all steps with most of its reads: not with a lead whose first window
+  /// is a known hit, nor with its mate, as such a pair mostly needs no other try.
+  void prepareGroup(std::span<PreparedRead> leads, std::span<PreparedRead> others,
+                    bool isReversedFirst);
 
-/// Packs a group, and takes all steps with most of its reads: not with a lead whose first window is
-/// a known hit, nor with its mate, as that mostly settles a pair.
-void prepareGroup(const SeedIndex& index, const FastSteps& steps, std::span<PreparedRead> leads,
-                  std::span<PreparedRead> others, bool isReversedFirst);
+  /// Takes the steps that a packed read has been left without.
+  void complete(PreparedRead& read);
 
-/// Takes the steps that a packed read has been left without.
-void completeRead(const SeedIndex& index, const FastSteps& steps, PreparedRead& read);
+  // The steps.
+
+  /// Packs the reads to which `bases` points, and forgets what was known of those before.
+  void pack(std::span<PreparedRead> reads);
+
+  /// Aligns the reads that are packed and not aligned.
+  void align(std::span<PreparedRead* const> reads);
+
+  /// Finds out which windows of the reads that are packed cannot be hits; aligns a read that is not
+  /// aligned where a seed shows how.
+  void sift(std::span<PreparedRead* const> reads);
+
+ private:
+  // A window of a read, being looked up, and the diagonal that it is on, if any.
+  struct WindowLookUp {
+    PreparedRead* read;
+    std::size_t window;
+    SeedIndex::LookUp lookUp;
+    std::optional<Diagonal> diagonal{};
+  };
+  // A seed of a read, being looked up.
+  struct SeedOfRead {
+    PreparedRead* read;
+    SeedIndex::SeedLookUp lookUp;
+  };
+
+  void endLookUp(WindowLookUp& window) const;
+  uint64_t placeOnDiagonal(const PreparedRead& read, const SeedRun& run) const;
+  void beginSeeds(PreparedRead& read);
+  void endSeed(const SeedOfRead& seed) const;
+  void findAbsent(std::span<PreparedRead* const> reads);
+  bool isHitFirst(const PreparedRead& read, bool isReversedFirst) const;
+
+  const SeedIndex& index_;
+  FastSteps steps_;
+  // What one call uses, kept for the next one's sake.
+  std::vector<WindowLookUp> lookUps_;
+  std::vector<SeedOfRead> seeds_;
+  std::vector<PreparedRead*> open_;
+  std::vector<PreparedRead*> mates_;
+};
 
 }  // namespace velk

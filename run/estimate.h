@@ -1,0 +1,38 @@
+// How long the tasks of a plan will take, and how much memory, by constants that were measured.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "run/assembly.h"
+#include "run/inputs.h"
+
+namespace velk::run {
+
+/// What all tasks have in common.
+struct CommonEstimate {
+  double loadSeconds = 0;   // of the assembly
+  double indexSeconds = 0;  // of its index
+  uint64_t memory = 0;      // bytes
+};
+
+/// One task.
+struct TaskEstimate {
+  double searchSeconds = 0;
+  uint64_t memory = 0;  // bytes
+};
+
+/// All of them, one after the other or at once.
+struct RunEstimate {
+  double oneRun = 0;   // seconds of a run in one go
+  double inTasks = 0;  // of the tasks, each on a machine of its own, and of gathering
+};
+
+CommonEstimate estimateCommon(const Assembly& assembly, int kmer, int threads);
+
+/// REQUIRES: the sample was taken without helpers.
+TaskEstimate estimateTask(const OpenInput& input, int threads, const CommonEstimate& common);
+
+RunEstimate estimateRun(const std::vector<TaskEstimate>& tasks, const CommonEstimate& common);
+
+}  // namespace velk::run

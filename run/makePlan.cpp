@@ -1,0 +1,118 @@
+#include <fcntl.h>
+
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+
+#include "driver/velk.h"
+#include "run/diskFile.h"
+#include "run/failure.h"
+#include "run/plan.h"
+#include "run/planned.h"
+#include "run/preparation.h"
+#include "run/results.h"
+#include "run/session.h"
+#include "run/signalCleanup.h"
+
+namespace velk::run {
+namespace {
+
+constexpr double kFaster = 0.8;  // of the time of one run, below which tasks pay
+
+PlannedFile plannedFile(const std::string& file, const std::string& root, Summed summed) {
+  const FileIdentity identity = identityOf(file, summed);
+  return {nameFromRoot(file, root), identity};
+}
+
+// All files, as they are now.
+void addFiles(Plan& plan, const Arguments& arguments, const std::string& root) {
+  plan.common.push_back(plannedFile(arguments.assembly, root, Summed::kAll));
+  if (!arguments.agp.empty()) {
+    plan.common.push_back(plannedFile(arguments.agp, root, Summed::kAll));
+  }
+  for (uint32_t n = 0; n < arguments.libraries.size(); ++n) {
+    for (const reads::InputFiles& files : arguments.libraries[n].inputs) {
+      PlannedInput input{
+          n, {plannedFile(files.first, root, Summed::kEnds)}, files.areInterleaved, {}};
+      if (!files.second.empty()) {
+        input.files.push_back(plannedFile(files.second, root, Summed::kEnds));
+      }
+      plan.inputs.push_back(input);
+    }
+  }
+}
+
+void requireNoInput(const std::string& output, const Arguments& arguments) {
+  for (const std::string& file : filesOf(arguments)) {
+    std::error_code ignored;
+    if (!std::filesystem::equivalent(output, file, ignored)) continue;
+    throw Failure(Status::kFailed, file + " is an input, and the plan would replace it");
+  }
+}
+
+// Writes a file that is there as a whole or not at all.
+void writeWhole(const std::string& file, const std::string& text) {
+  const std::string partial = file + ".partial";
+  const SignalCleanup cleanup({partial}, {});
+  try {
+    writeFile(partial, text);
+    syncFile(partial);
+    if (std::rename(partial.c_str(), file.c_str()) != 0) failFile(file, "made");
+  } catch (...) {
+    std::remove(partial.c_str());
+    throw;
+  }
+}
+
+std::string minutesText(double seconds) {
+  return durationText(std::ceil(seconds));
+}
+
+// What a user wants to know before tasks are submitted.
+std::vector<std::string> closingLines(const Plan& plan, const std::string& file) {
+  std::vector<TaskEstimate> tasks;
+  uint64_t memory = 0;
+  for (const PlannedInput& input : plan.inputs) {
+    tasks.push_back(input.estimate);
+    memory = std::max(memory, input.estimate.memory);
+  }
+  const RunEstimate estimate = estimateRun(tasks, plan.estimate);
+  std::vector<std::string> lines;
+  lines.push_back("Planned " + countText(tasks.size()) + " tasks in " + file + ", each with " +
+                  std::to_string(plan.threads) + " threads and up to " +
+                  countText(memory / 1000000 + 1) + " MB of memory.");
+  lines.push_back("One run takes about " + minutesText(estimate.oneRun) +
+                  "; all tasks at once, and gathering, about " + minutesText(estimate.inTasks) +
+                  ".");
+  if (estimate.inTasks > kFaster * estimate.oneRun) {
+    lines.emplace_back("One machine is as fast: velk-run --plan does it in one go.");
+  }
+  return lines;
+}
+
+}  // namespace
+
+void makePlan(const Arguments& arguments, const std::string& root) {
+  Kmer = arguments.kmer;  // read by the index
+  Session session(arguments.quiet, arguments.force, arguments.threads);
+  requireNoInput(arguments.folder, arguments);
+  session.judge(checkFiles(arguments.assembly, arguments.libraries));
+  Plan plan;
+  plan.arguments = arguments;
+  addFiles(plan, arguments, root);
+  session.begin("preparing");
+  // Samples are taken without helpers, so that a plan is the same on every machine.
+  Preparation preparation(arguments, 1, session);
+  plan.fixed = preparation.measure();
+  plan.threads = session.threads();
+  plan.estimate = estimateCommon(preparation.assembly(), arguments.kmer, plan.threads);
+  for (std::size_t n = 0; n < plan.inputs.size(); ++n) {
+    plan.inputs[n].estimate =
+        estimateTask(preparation.inputs().all()[n], plan.threads, plan.estimate);
+  }
+  plan.warnings = session.warnings();
+  writeWhole(arguments.folder, planText(plan));
+  for (const std::string& line : closingLines(plan, arguments.folder)) session.say(line);
+}
+
+}  // namespace velk::run

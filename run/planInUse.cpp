@@ -1,0 +1,72 @@
+#include "run/planInUse.h"
+
+#include "driver/velk.h"
+#include "run/placeholders.h"
+#include "run/preparation.h"
+
+namespace velk::run {
+
+PlanInUse::PlanInUse(const PlannedRequest& request)
+    : request_(request), plan_(readPlan(request.plan)) {
+  Arguments& arguments = plan_.arguments;
+  arguments.folder = request.output;
+  arguments.assembly = fileAtRoot(arguments.assembly, request.root);
+  if (!arguments.agp.empty()) arguments.agp = fileAtRoot(arguments.agp, request.root);
+  for (Library& library : plan_.fixed.libraries) {
+    for (reads::InputFiles& files : library.inputs) {
+      files.first = fileAtRoot(files.first, request.root);
+      if (!files.second.empty()) files.second = fileAtRoot(files.second, request.root);
+    }
+  }
+  arguments.libraries = plan_.fixed.libraries;
+}
+
+void PlanInUse::requireCommonFiles() const {
+  for (const PlannedFile& file : plan_.common) {
+    requireIdentity(fileAtRoot(file.name, request_.root), Summed::kAll, file.identity);
+  }
+}
+
+void PlanInUse::requireInput(uint32_t input) const {
+  for (const PlannedFile& file : plan_.inputs[input].files) {
+    requireIdentity(fileAtRoot(file.name, request_.root), Summed::kEnds, file.identity);
+  }
+}
+
+std::vector<std::string> PlanInUse::files() const {
+  std::vector<std::string> files = filesOf(arguments());
+  files.push_back(request_.plan);
+  return files;
+}
+
+std::vector<InputFacts> PlanInUse::inputFacts() const {
+  std::vector<InputFacts> facts;
+  for (const PlannedInput& input : plan_.inputs) {
+    InputFacts ofInput{plan_.fixed.libraries[input.library].name,
+                       {},
+                       input.areInterleaved || input.files.size() == 2,
+                       0,
+                       {}};
+    for (const PlannedFile& file : input.files) {
+      ofInput.files.push_back({file.name, file.identity.bytes});
+    }
+    facts.push_back(ofInput);
+  }
+  return facts;
+}
+
+InputFile PlanInUse::assemblyFacts() const {
+  const PlannedFile& file = plan_.common.front();
+  return {file.name, file.identity.bytes};
+}
+
+std::unique_ptr<Assembly> PlanInUse::assembly() const {
+  Kmer = arguments().kmer;  // read by the index
+  auto assembly = std::make_unique<Assembly>(
+      arguments().assembly, cutOptionsOf(arguments(), fixed().readLength),
+      readPlaceholders(arguments().placeholders, arguments().agp));
+  assembly->lengthenPlaceholders(fixed().placeholderLength);
+  return assembly;
+}
+
+}  // namespace velk::run

@@ -1,0 +1,88 @@
+#include "run/preparation.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "driver/velk.h"
+#include "run/measure.h"
+#include "run/placeholders.h"
+#include "survey/boundedIndex.h"
+
+namespace velk::run {
+namespace {
+
+// Of the index on which libraries are measured: so many that some thousand pairs of a sample lie on
+// it, or as many as take seconds.
+constexpr double kMeasuredShare = 0.15;
+constexpr uint64_t kLeastMeasured = 2000000;
+constexpr uint64_t kMostMeasured = 50000000;
+constexpr int kUsualReadLength = 100;  // bases, of a run without pairs
+constexpr double kReach = 3;           // deviations of a fragment's length
+
+int longestShortInsert(const std::vector<Library>& libraries) {
+  int longest = 0;
+  for (const Library& library : libraries) {
+    const auto insert = static_cast<int>(std::lround(library.insert));
+    if (insert < MINLARGEINSERT) longest = std::max(longest, insert);
+  }
+  return longest;
+}
+
+// How far the pairs of any library reach, bases.
+uint64_t longestReach(const std::vector<Library>& libraries) {
+  double reach = 0;
+  for (const Library& library : libraries) {
+    reach = std::max(reach, library.insert + kReach * library.spread);
+  }
+  return static_cast<uint64_t>(std::llround(reach));
+}
+
+}  // namespace
+
+CutOptions cutOptionsOf(const Arguments& arguments, int readLength) {
+  return {arguments.shortestContig, arguments.cut, readLength};
+}
+
+Preparation::Preparation(const Arguments& arguments, int threads, Session& session)
+    : arguments_(arguments), threads_(threads), session_(session) {
+  inputs_ = std::make_unique<Inputs>(arguments.libraries, threads);
+  session_.judge(checkSamples(*inputs_));
+  readLength_ = readLengthOfSamples();
+  assembly_ = std::make_unique<Assembly>(arguments.assembly, cutOptionsOf(arguments, readLength_),
+                                         readPlaceholders(arguments.placeholders, arguments.agp));
+  session_.judge(
+      checkAssembly(*assembly_, !arguments.placeholders.empty() || !arguments.agp.empty()));
+}
+
+int Preparation::readLengthOfSamples() const {
+  if (arguments_.readLength != 0) return arguments_.readLength;
+  const std::size_t longest = inputs_->longestPairedRead();
+  return longest == 0 ? kUsualReadLength : static_cast<int>(longest);
+}
+
+FixedValues Preparation::measure() {
+  FixedValues fixed;
+  fixed.libraries = arguments_.libraries;
+  fixed.readLength = readLength_;
+  for (Library& library : fixed.libraries) library.isInsertGiven = library.insert != 0;
+  measureOn(fixed);
+  fixed.bigGapLength = readLength_ + longestShortInsert(fixed.libraries);
+  fixed.placeholderLength = longestReach(fixed.libraries);
+  return fixed;
+}
+
+// Measures the libraries on an index of a part of the assembly (inout).
+void Preparation::measureOn(FixedValues& fixed) const {
+  const survey::Scaffolds scaffolds(assembly_->model(), assembly_->scaffolds().size());
+  const uint64_t kmers = survey::indexedKmers(scaffolds);
+  if (kmers == 0) return;
+  const auto some = static_cast<uint64_t>(kMeasuredShare * static_cast<double>(kmers));
+  const survey::BoundedIndex index(
+      survey::FirstContigs(scaffolds, std::clamp(some, kLeastMeasured, kMostMeasured)),
+      arguments_.kmer, threads_);
+  measureLibraries(fixed.libraries, *inputs_, index, scaffolds,
+                   {arguments_.kmer, 0, 0, readLength_, arguments_.mapCut, arguments_.overRatio});
+  session_.judge(checkLibraries(arguments_.libraries, fixed.libraries));
+}
+
+}  // namespace velk::run

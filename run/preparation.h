@@ -1,0 +1,42 @@
+// From the command line to what a search needs: looks at the inputs, loads the assembly, measures
+// the libraries. A run does so, and a plan.
+#pragma once
+
+#include <memory>
+
+#include "run/arguments.h"
+#include "run/assembly.h"
+#include "run/fixed.h"
+#include "run/inputs.h"
+#include "run/session.h"
+
+namespace velk::run {
+
+class Preparation {
+ public:
+  /// Opens the inputs and loads the assembly. Throws Failure where they are not what a run can use.
+  /// `threads`: of the inputs' helpers, and for measuring. Both references outlive it.
+  Preparation(const Arguments& arguments, int threads, Session& session);
+
+  /// Measures the libraries, and returns all that is fixed by it. Once. Throws Failure.
+  FixedValues measure();
+
+  const Inputs& inputs() const { return *inputs_; }
+  Assembly& assembly() { return *assembly_; }
+
+ private:
+  int readLengthOfSamples() const;
+  void measureOn(FixedValues& fixed) const;
+
+  const Arguments& arguments_;
+  int threads_;
+  Session& session_;
+  std::unique_ptr<Inputs> inputs_;
+  int readLength_ = 0;
+  std::unique_ptr<Assembly> assembly_;
+};
+
+/// How the assembly of a run is cut, with this read length.
+CutOptions cutOptionsOf(const Arguments& arguments, int readLength);
+
+}  // namespace velk::run

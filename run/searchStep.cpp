@@ -1,0 +1,40 @@
+#include "run/searchStep.h"
+
+#include <new>
+
+#include "driver/velk.h"
+#include "run/terminal.h"
+
+namespace velk::run {
+namespace {
+
+constexpr double kWriteRecord = 3e-6;  // seconds, with two threads
+
+}  // namespace
+
+std::vector<ReadCounts> searchInputs(const ToSearch& toSearch, Session& session,
+                                     FoundReceiver& receiver) {
+  const Arguments& arguments = toSearch.arguments;
+  const FixedValues& fixed = toSearch.fixed;
+  session.begin("indexing");
+  Kmer = arguments.kmer;  // read by the index
+  SeedIndex index;
+  if (!index.build(toSearch.assembly.model(),
+                   static_cast<uint32_t>(toSearch.assembly.scaffolds().size()), arguments.kmer,
+                   session.threads())) {
+    throw std::bad_alloc();
+  }
+  const SearchValues values{arguments.kmer,   fixed.readLength,    fixed.bigGapLength,
+                            arguments.mapCut, arguments.overRatio, session.threads()};
+  const uint64_t bytes = toSearch.inputs.bytes();
+  session.begin("searching");
+  return Search(toSearch.assembly, index, fixed.libraries, values)
+      .run(toSearch.inputs.toSearch(), receiver, [&](const Progress& progress) {
+        if (bytes == 0) return session.terminal().update(0, progress.reads, 0);
+        const double done = static_cast<double>(progress.bytes) / static_cast<double>(bytes);
+        const double records = static_cast<double>(receiver.records()) / done;
+        session.terminal().update(done, progress.reads, kWriteRecord * records);
+      });
+}
+
+}  // namespace velk::run

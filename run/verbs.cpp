@@ -1,0 +1,104 @@
+#include "run/verbs.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <string_view>
+
+#include "run/commandLine.h"
+
+namespace velk::run {
+namespace {
+
+// What all verbs of a plan take.
+void addCommon(CLI::App& app, PlannedRequest& request, const char* output) {
+  app.add_option("-o,--output", request.output, output)->required()->type_name("DIR");
+  app.add_option("--inputs-root", request.root, "folder that the names of the plan count from")
+      ->type_name("DIR")
+      ->capture_default_str();
+  app.add_option("-t,--threads", request.threads, "worker threads; 0: all allowed processors")
+      ->check(CLI::Range(0, 4096))
+      ->capture_default_str();
+  app.add_flag("--quiet", request.isQuiet, "say nothing but warnings and errors");
+}
+
+void addPlan(CLI::App& app, PlannedRequest& request) {
+  app.add_option("plan", request.plan, "file of velk-run plan")->required()->type_name("PLAN");
+}
+
+void addForce(CLI::App& app, PlannedRequest& request) {
+  app.add_flag("--force", request.isForced, "go on where there seems to be too little memory");
+}
+
+}  // namespace
+
+bool hasPlan(int argc, const char* const* argv) {
+  return std::any_of(argv + std::min(argc, 1), argv + argc, [](std::string_view argument) {
+    return argument == "--plan" || argument.starts_with("--plan=");
+  });
+}
+
+ExtractArguments parseExtract(int argc, const char* const* argv) {
+  ExtractArguments arguments;
+  bool asFasta = false;
+  bool asBam = false;
+  CLI::App app("Writes the reads of some gaps from the results of a run.", "velk-run extract");
+  app.add_option("folder", arguments.request.folder, "folder of results")
+      ->required()
+      ->type_name("DIR");
+  app.add_option("gaps", arguments.request.gaps, "numbers of gaps, as in gaps.tsv")
+      ->required()
+      ->type_name("GAP...");
+  CLI::Option* const fasta = app.add_flag("--fasta", asFasta, "FASTA instead of FASTQ");
+  CLI::Option* const bam = app.add_flag("--bam", asBam, "BAM instead of FASTQ")->excludes(fasta);
+  app.add_option("--flanks", arguments.request.flankBases,
+                 "also so many bases of both flanks of each gap")
+      ->type_name("N")
+      ->excludes(bam);
+  app.add_option("-o,--output", arguments.output, "file to write; -: standard output")
+      ->type_name("FILE")
+      ->capture_default_str();
+  parseLine(app, argc - 1, argv + 1);
+  if (asFasta) arguments.request.form = ExtractForm::kFasta;
+  if (asBam) arguments.request.form = ExtractForm::kBam;
+  return arguments;
+}
+
+PlannedArguments parseRunPlan(int argc, const char* const* argv) {
+  PlannedArguments arguments;
+  CLI::App app("Runs a plan in one go.", "velk-run");
+  app.add_option("--plan", arguments.request.plan, "file of velk-run plan")
+      ->required()
+      ->type_name("FILE");
+  addCommon(app, arguments.request, "folder of the results");
+  addForce(app, arguments.request);
+  parseLine(app, argc, argv);
+  return arguments;
+}
+
+PlannedArguments parseTask(int argc, const char* const* argv) {
+  PlannedArguments arguments;
+  CLI::App app("Runs one task of a plan, and writes what it finds to a folder of its own.",
+               "velk-run task");
+  addPlan(app, arguments.request);
+  app.add_option("task", arguments.task, "number of the task, from 0")
+      ->required()
+      ->type_name("TASK");
+  addCommon(app, arguments.request, "folder of the share");
+  addForce(app, arguments.request);
+  parseLine(app, argc - 1, argv + 1);
+  return arguments;
+}
+
+PlannedArguments parseGather(int argc, const char* const* argv) {
+  PlannedArguments arguments;
+  CLI::App app("Makes the results of a plan from the shares of all its tasks.", "velk-run gather");
+  addPlan(app, arguments.request);
+  app.add_option("shares", arguments.shares, "folders of velk-run task, in any order")
+      ->required()
+      ->type_name("SHARE...");
+  addCommon(app, arguments.request, "folder of the results");
+  parseLine(app, argc - 1, argv + 1);
+  return arguments;
+}
+
+}  // namespace velk::run
