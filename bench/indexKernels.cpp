@@ -9,7 +9,6 @@
 #include "kmer/Sequence.h"
 #include "kmer/hashSet.h"
 #include "kmer/packedBases.h"
-#include "kmer/rollingKey.h"
 #include "kmer/seedIndex.h"
 
 namespace velk::bench {

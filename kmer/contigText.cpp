@@ -2,7 +2,6 @@
 
 #include "driver/velk.h"
 #include "kmer/Sequence.h"
-#include "kmer/contigWindows.h"
 
 namespace velk {
 
@@ -45,6 +44,30 @@ void ContigText::markNoWindows(uint64_t from, uint64_t to) {
     lines_[from / kBasesOfLine].repeated[from / 64 % 2] |= ~uint64_t{0} >> (64 - (stop - from))
                                                                                << from % 64;
     from = stop;
+  }
+}
+
+void ContigText::pack(uint64_t from, uint64_t to) {
+  for (std::size_t n = contigOf(from); n < contigs_.size() && contigs_[n].start < to; ++n) {
+    const uint64_t start = contigs_[n].start;
+    const uint64_t end = std::min(to, start + letters(n).size());
+    for (uint64_t p = std::max(from, start); p < end; p += DATA_LEN) {
+      const std::string_view next = letters(n).substr(p - start, DATA_LEN);
+      uint64_t& word = lines_[p / kBasesOfLine].bases[p / DATA_LEN % 4];
+      if (!packBases(next, word)) markOddWindows(n, p, next);
+    }
+  }
+}
+
+// Marks the windows that hold other letters of these, which lie at `from` in a contig.
+void ContigText::markOddWindows(std::size_t n, uint64_t from, std::string_view letters) {
+  TextContig& contig = contigs_[n];
+  __atomic_store_n(&contig.hasOddLetters, 1U, __ATOMIC_RELAXED);
+  for (std::size_t i = 0; i < letters.size(); ++i) {
+    if (baseCode(letters[i]) < 4) continue;
+    const uint64_t behind = std::min(from + i + 1, contig.endWindow());
+    const uint64_t first = from + i + 1 - static_cast<uint64_t>(windowLength_);
+    for (uint64_t p = std::max(first, contig.firstWindow); p < behind; ++p) markRepeated(p);
   }
 }
 

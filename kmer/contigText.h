@@ -12,7 +12,7 @@
 #include <string_view>
 
 #include "contig/contig.h"
-#include "kmer/kmerPlace.h"
+#include "kmer/contigWindows.h"
 #include "kmer/memory.h"
 #include "kmer/packedBases.h"
 
@@ -57,13 +57,13 @@ class ContigText {
   std::string_view letters(std::size_t n) const {
     return scaffoldInfo_[contigs_[n].scaffold].contigsInfo[contigs_[n].contig].contigSeq;
   }
-  void noteOddLetter(std::size_t n) {
-    __atomic_store_n(&contigs_[n].hasOddLetters, 1U, __ATOMIC_RELAXED);
-  }
+
+  /// Packs the letters at the positions [from, to), and marks odd windows as repeated. Several
+  /// threads may pack positions of their own. REQUIRES: multiples of DATA_LEN.
+  void pack(uint64_t from, uint64_t to);
 
   /// The n-th word of the text: the bases from DATA_LEN n on, the first in the highest bits.
   uint64_t wordAt(uint64_t n) const { return lines_[n / 4].bases[n % 4]; }
-  void setWord(uint64_t n, uint64_t word) { lines_[n / 4].bases[n % 4] = word; }
 
   /// The `count` packed bases from position p on. REQUIRES: 1 <= count <= DATA_LEN.
   uint64_t basesAt(uint64_t p, int count) const { return packedAt(*this, p, count); }
@@ -131,6 +131,7 @@ class ContigText {
   }
   static uint64_t load(const uint64_t& word) { return __atomic_load_n(&word, __ATOMIC_RELAXED); }
   void markNoWindows(uint64_t from, uint64_t to);
+  void markOddWindows(std::size_t n, uint64_t from, std::string_view letters);
   bool isMarkedWindow(uint64_t p) const;
 
   const ScaffoldInfo* scaffoldInfo_ = nullptr;

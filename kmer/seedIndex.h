@@ -21,7 +21,7 @@
 
 #include "kmer/buckets.h"
 #include "kmer/contigText.h"
-#include "kmer/kmerPlace.h"
+#include "kmer/contigWindows.h"
 #include "kmer/seeds.h"
 
 namespace velk {

@@ -13,7 +13,6 @@
 
 #include "driver/velk.h"
 #include "kmer/Sequence.h"
-#include "kmer/contigWindows.h"
 #include "kmer/parallel.h"
 #include "kmer/regionBuilder.h"
 
@@ -26,266 +25,190 @@ class SeedIndexBuilder {
         text_(index.text_),
         threads_(static_cast<std::size_t>(std::max(threads, 1))) {}
 
-  // Throws std::bad_alloc without memory.
-  void build(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer,
-             uint64_t leastWindows);
+  // Builds the index of its text. Throws std::bad_alloc without memory.
+  void build() {
+    forEachPiece([&](uint64_t from, uint64_t to) { text_.pack(from, to); });
+    makeRoom();
+    forEachPiece([&](uint64_t from, uint64_t to) { gather(from, to); });
+    forEachInParallel(threads_, kRegions, [&](std::size_t r) { buildRegion(r); });
+    layBuckets();
+    for (const Region& region : regions_) {
+      index_.distinctKeys_ += region.distinctKeys;
+      for (const uint64_t p : region.strays) {
+        const uint64_t reversed = reversedKey(text_.keyAt(p), text_.windowLength());
+        if (index_.find(reversed).isThere()) text_.markReversed(p);
+      }
+    }
+  }
 
  private:
-  static constexpr uint64_t kPiece = uint64_t{1} << 16;  // positions that a thread takes at once
+  static constexpr std::size_t kRegions = SeedIndex::kRegions;
 
-  using Counts = std::array<uint64_t, SeedIndex::kRegions>;
-
-  void noteEmptyKmer(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum);
+  // Calls onPiece(from, to) for all positions, piece by piece, by all threads.
   template <class OnPiece>
-  void forEachPiece(OnPiece onPiece) const;
-  template <class OnPart>
-  void forEachPartOf(uint64_t piece, OnPart onPart) const;
-  void packPiece(uint64_t piece);
+  void forEachPiece(OnPiece onPiece) const {
+    constexpr uint64_t kPiece = uint64_t{1} << 16;  // positions
+    forEachInParallel(threads_, text_.end() / kPiece + 1,
+                      [&](std::size_t n) { onPiece(n * kPiece, (n + 1) * kPiece); });
+  }
+
+  // Calls onRun(hash of the seeds' kind, Run) for the runs of the windows [from, to), in text
+  // order. REQUIRES: odd windows are marked as repeated, and no others.
   template <class OnRun>
-  void forEachRunOf(uint64_t piece, OnRun onRun);
+  void forEachRun(uint64_t from, uint64_t to, OnRun onRun) const {
+    const auto& contigs = text_.contigs();
+    for (std::size_t n = text_.contigOf(from); n < contigs.size() && contigs[n].start < to; ++n) {
+      const uint64_t end = std::min(to, contigs[n].endWindow());
+      for (uint64_t p = std::max(from, contigs[n].firstWindow); p < end;) {
+        uint64_t odd = contigs[n].hasOddLetters != 0 ? p : end;  // the next odd window
+        while (odd < end && !text_.isMarkedRepeated(odd)) ++odd;
+        if (p < odd) forEachRunOfBases(p, odd, onRun);
+        for (p = odd; p < end && text_.isMarkedRepeated(p); ++p) {
+          const Run run{p & Run::kPosition, 0, 1, 1, 1};
+          onRun(index_.lookUpOf(text_.oddKeyAt(p)).hash, run);
+        }
+      }
+    }
+  }
+
+  // The same for windows of bases alone. Runs of one kind that follow each other are one.
   template <class OnRun>
-  void forEachRunOfContig(std::size_t contig, uint64_t from, uint64_t to, OnRun onRun);
-  template <class OnRun>
-  void forEachRunOfBases(uint64_t from, uint64_t to, OnRun onRun) const;
-  void makeRoom();
-  void gatherPiece(uint64_t piece);
-  void buildRegion(std::size_t region);
-  void layBuckets();
+  void forEachRunOfBases(uint64_t from, uint64_t to, OnRun onRun) const {
+    uint64_t kind = 0;
+    Run joined{};
+    index_.seeds_.forEachRun(text_, from, to, [&](const SeedRun& run) {
+      const uint64_t windows = run.last - run.first + 1;
+      const bool isSame = run.kind == kind && joined.windows + windows <= Run::kMostWindows;
+      if (isSame && joined.windows != 0) {
+        joined.windows = (joined.windows + windows) & Run::kMostWindows;
+        joined.places = std::min<uint64_t>(joined.places + 1U, SeedIndex::kMostPlaces) & 7U;
+        return;
+      }
+      if (joined.windows != 0) onRun(mixed(kind), joined);
+      kind = run.kind;
+      joined = {run.first & Run::kPosition, (run.at - run.first) & 31U, windows & Run::kMostWindows,
+                run.isTied ? 2U : 1U, 0};
+    });
+    onRun(mixed(kind), joined);
+  }
+
+  // Makes room for the runs of every region, and for the buckets that take their place.
+  void makeRoom() {
+    std::vector<uint64_t> places(kRegions);
+    forEachPiece([&](uint64_t from, uint64_t to) {
+      std::vector<uint64_t> ofPiece(kRegions);
+      forEachRun(from, to, [&](uint64_t hash, const Run& run) {
+        ofPiece[SeedIndex::regionOf(hash)] += run.places;
+      });
+      for (std::size_t r = 0; r < kRegions; ++r) {
+        __atomic_fetch_add(&places[r], ofPiece[r], __ATOMIC_RELAXED);
+      }
+    });
+    level_.ranges.make(kRegions);
+    uint64_t end = 0;
+    for (std::size_t r = 0; r < kRegions; ++r) {
+      const uint64_t ofRuns = places[r] / (sizeof(Bucket) / sizeof(Run)) + 1;
+      level_.ranges[r] = {end, std::max(bucketsFor(places[r]), ofRuns)};
+      end += level_.ranges[r].size;
+    }
+    level_.buckets.make(end);
+  }
+
+  Run* runsOf(std::size_t r) {
+    return reinterpret_cast<Run*>(&level_.buckets[level_.ranges[r].first]);
+  }
+
+  // Gathers the runs of a piece where the buckets of their regions will stand.
+  void gather(uint64_t from, uint64_t to) {
+    std::vector<std::pair<std::size_t, Run>> found;  // with their regions
+    std::vector<uint64_t> next(kRegions);
+    forEachRun(from, to, [&](uint64_t hash, const Run& run) {
+      found.emplace_back(SeedIndex::regionOf(hash), run);
+      ++next[found.back().first];
+    });
+    for (std::size_t r = 0; r < kRegions; ++r) {
+      next[r] = __atomic_fetch_add(&runs_[r], next[r], __ATOMIC_RELAXED);
+    }
+    for (const auto& [r, run] : found) runsOf(r)[next[r]++] = run;
+  }
 
   uint64_t bucketsFor(std::size_t places) const {
     const double filled = SeedIndex::kSeedLoad * static_cast<double>(index_.shape_.room);
     return static_cast<uint64_t>(static_cast<double>(places) / filled) + 1;
   }
 
-  Run* runsOf(std::size_t r) {
-    return reinterpret_cast<Run*>(&index_.seedLevel_.buckets[index_.seedLevel_.ranges[r].first]);
+  void buildRegion(std::size_t r) {
+    Region& region = regions_[r];
+    region = RegionBuilder(index_, text_).build({runsOf(r), runs_[r]});
+    const std::vector<Region::Place> seeds = std::move(region.seeds);
+    const std::vector<uint64_t> windows = std::move(region.windows);
+    const BucketRange ofSeeds{&level_.buckets[level_.ranges[r].first], bucketsFor(seeds.size()),
+                              index_.shape_};
+    level_.ranges[r].size = ofSeeds.size;
+    std::fill_n(ofSeeds.first, ofSeeds.size, Bucket{});
+    for (const auto& [position, hash] : seeds) ofSeeds.add(position + index_.placeBase_, hash);
+    windows_[r].resize(windows.empty() ? 0 : bucketsFor(windows.size()));
+    const BucketRange ofWindows{windows_[r].data(), windows_[r].size(), index_.shape_};
+    for (const uint64_t p : windows) {
+      const uint64_t hash = SeedIndex::windowHash(index_.lookUpOf(text_.keyAt(p)));
+      ofWindows.add(p + index_.placeBase_, hash);
+    }
+  }
+
+  // Moves the buckets of all regions together, and those of the second level.
+  void layBuckets() {
+    SeedIndex::Level& second = index_.windowLevel_;
+    second.ranges.make(kRegions);
+    SeedIndex::Level::Range seeds{};
+    SeedIndex::Level::Range windows{};
+    for (std::size_t r = 0; r < kRegions; ++r) {
+      seeds.size = level_.ranges[r].size;
+      std::copy_n(&level_.buckets[level_.ranges[r].first], seeds.size,
+                  &level_.buckets[seeds.first]);
+      windows.size = windows_[r].size();
+      level_.ranges[r] = seeds;
+      second.ranges[r] = windows;
+      seeds.first += seeds.size;
+      windows.first += windows.size;
+    }
+    level_.buckets.shrink(seeds.first);
+    second.buckets.make(windows.first);
+    for (std::size_t r = 0; r < kRegions; ++r) {
+      const std::vector<Bucket> laid = std::move(windows_[r]);
+      std::copy(laid.begin(), laid.end(), &second.buckets[second.ranges[r].first]);
+    }
   }
 
   SeedIndex& index_;
   ContigText& text_;
+  SeedIndex::Level& level_ = index_.seedLevel_;
   std::size_t threads_;
-  Counts runs_{};                                                 // gathered, of each region
-  std::array<std::vector<Bucket>, SeedIndex::kRegions> windows_;  // of the second level
-  std::array<std::vector<uint64_t>, SeedIndex::kRegions> strays_;
+  std::array<uint64_t, kRegions> runs_{};  // gathered
+  std::vector<Region> regions_{kRegions};
+  std::vector<std::vector<Bucket>> windows_{kRegions};  // of the second level
 };
 
 bool SeedIndex::build(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer, int threads,
-                      uint64_t placeBase, uint64_t leastWindows) {
-  placeBase_ = placeBase;
-  try {
-    SeedIndexBuilder(*this, threads).build(scaffoldInfo, scaffoldSum, kmer, leastWindows);
+                      uint64_t placeBase, uint64_t leastWindows) try {
+  if (kmer == 0) {  // all k-mers are the same
+    forEachIndexed(scaffoldInfo, scaffoldSum,
+                   [&](uint32_t i, uint32_t j, auto&&, uint32_t windows) {
+                     const bool isFirst = distinctKeys_ == 0;
+                     if (isFirst) emptyKmer_ = KmerAnswer{{i, j, 0}, true};
+                     emptyKmer_->isUnique = isFirst && windows == 1;
+                     distinctKeys_ = 1;
+                   });
     return true;
-  } catch (const std::bad_alloc&) {
-    return false;
-  }
-}
-
-void SeedIndexBuilder::build(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer,
-                             uint64_t leastWindows) {
-  if (kmer == 0) {
-    noteEmptyKmer(scaffoldInfo, scaffoldSum);
-    return;
   }
   text_.make(scaffoldInfo, scaffoldSum, kmer);
-  if (text_.windows() == 0) return;
-  index_.seeds_ = Seeds(text_.windowLength(), std::max(text_.windows(), leastWindows));
-  index_.shape_ = BucketShape::forPlacesBelow(index_.placeBase_ + text_.end());
-  forEachPiece([&](uint64_t piece) { packPiece(piece); });
-  makeRoom();
-  forEachPiece([&](uint64_t piece) { gatherPiece(piece); });
-  forEachInParallel(threads_, SeedIndex::kRegions, [&](std::size_t r) { buildRegion(r); });
-  layBuckets();
-  for (const std::vector<uint64_t>& strays : strays_) {
-    for (const uint64_t p : strays) {
-      const uint64_t reversed = reversedKey(text_.keyAt(p), text_.windowLength());
-      if (index_.find(reversed).isThere()) text_.markReversed(p);
-    }
-  }
-}
-
-// All k-mers of no bases are the same.
-void SeedIndexBuilder::noteEmptyKmer(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum) {
-  forEachIndexed(scaffoldInfo, scaffoldSum,
-                 [&](uint32_t i, uint32_t j, const ContigInfo&, uint32_t windows) {
-                   if (index_.emptyKmer_) {
-                     index_.emptyKmer_->isUnique = false;
-                   } else {
-                     index_.emptyKmer_ = KmerAnswer{{i, j, 0}, windows == 1};
-                   }
-                 });
-  index_.distinctKeys_ = index_.emptyKmer_ ? 1 : 0;
-}
-
-// Calls onPiece(number) for all pieces of the text, by all threads.
-template <class OnPiece>
-void SeedIndexBuilder::forEachPiece(OnPiece onPiece) const {
-  forEachInParallel(threads_, (text_.end() + kPiece - 1) / kPiece, onPiece);
-}
-
-// Calls onPart(contig, from, to) for the contigs that may lie in a piece, the positions [from, to).
-template <class OnPart>
-void SeedIndexBuilder::forEachPartOf(uint64_t piece, OnPart onPart) const {
-  const auto& contigs = text_.contigs();
-  const uint64_t from = piece * kPiece;
-  const uint64_t to = from + kPiece;
-  for (std::size_t n = text_.contigOf(from); n < contigs.size() && contigs[n].start < to; ++n) {
-    onPart(n, from, to);
-  }
-}
-
-void SeedIndexBuilder::packPiece(uint64_t piece) {
-  forEachPartOf(piece, [&](std::size_t n, uint64_t from, uint64_t to) {
-    const uint64_t start = text_.contigs()[n].start;
-    const std::string_view letters = text_.letters(n);
-    for (uint64_t p = std::max(from, start); p < std::min(to, start + letters.size());
-         p += DATA_LEN) {
-      uint64_t word = 0;
-      if (!packBases(letters.substr(p - start, DATA_LEN), word)) text_.noteOddLetter(n);
-      text_.setWord(p / DATA_LEN, word);
-    }
-  });
-}
-
-// Calls onRun(hash, Run, places) for the runs that begin in a piece, in text order: the hash of the
-// seeds' kind, and how many places it may add. Marks odd windows.
-template <class OnRun>
-void SeedIndexBuilder::forEachRunOf(uint64_t piece, OnRun onRun) {
-  forEachPartOf(piece, [&](std::size_t n, uint64_t from, uint64_t to) {
-    const TextContig& contig = text_.contigs()[n];
-    from = std::max(from, contig.firstWindow);
-    to = std::min(to, contig.endWindow());
-    if (contig.hasOddLetters == 0) {
-      forEachRunOfBases(from, to, onRun);
-    } else if (from < to) {
-      forEachRunOfContig(n, from, to, onRun);
-    }
-  });
-}
-
-// The same for the windows [from, to) of a contig with other letters.
-template <class OnRun>
-void SeedIndexBuilder::forEachRunOfContig(std::size_t contig, uint64_t from, uint64_t to,
-                                          OnRun onRun) {
-  const auto length = static_cast<uint64_t>(text_.windowLength());
-  const std::string_view letters =
-      text_.letters(contig).substr(from - text_.contigs()[contig].start, to - from + length - 1);
-  uint64_t open = from;    // the first window that has not been given
-  uint64_t behindOdd = 0;  // the first window behind the last other letter
-  for (uint64_t i = 0; i < letters.size(); ++i) {
-    if (baseCode(letters[i]) > 3) behindOdd = from + i + 1;
-    if (i + 1 < length) continue;
-    const uint64_t window = from + i + 1 - length;
-    if (window >= behindOdd) continue;
-    forEachRunOfBases(open, window, onRun);
-    open = window + 1;
-    text_.markRepeated(window);
-    onRun(index_.lookUpOf(text_.oddKeyAt(window)).hash, Run::oddAt(window), 1U);
-  }
-  forEachRunOfBases(open, to, onRun);
-}
-
-// The same for windows of bases alone. Runs of one kind that follow each other are one.
-template <class OnRun>
-void SeedIndexBuilder::forEachRunOfBases(uint64_t from, uint64_t to, OnRun onRun) const {
-  if (from >= to) return;
-  uint64_t kind = 0;
-  uint64_t places = 0;  // 0: there is no run yet
-  Run joined{};
-  const auto give = [&] {
-    if (places != 0) onRun(mixed(kind), joined, std::min(places, SeedIndex::kMostPlaces));
-  };
-  index_.seeds_.forEachRun(text_, from, to, [&](const SeedRun& run) {
-    const bool isSame = places != 0 && run.kind == kind;
-    if (isSame && joined.join(run)) {
-      ++places;
-      return;
-    }
-    give();
-    joined = Run::of(run);
-    kind = run.kind;
-    places = 1;
-  });
-  give();
-}
-
-// Makes room for the runs of every region, and for the buckets that take their place.
-void SeedIndexBuilder::makeRoom() {
-  Counts counts{};
-  forEachPiece([&](uint64_t piece) {
-    Counts ofPiece{};
-    forEachRunOf(piece, [&](uint64_t hash, const Run&, uint64_t places) {
-      ofPiece[SeedIndex::regionOf(hash)] += places;
-    });
-    for (std::size_t r = 0; r < counts.size(); ++r) {
-      __atomic_fetch_add(&counts[r], ofPiece[r], __ATOMIC_RELAXED);
-    }
-  });
-  SeedIndex::Level& level = index_.seedLevel_;
-  level.ranges.make(SeedIndex::kRegions);
-  uint64_t end = 0;
-  for (std::size_t r = 0; r < counts.size(); ++r) {
-    constexpr std::size_t kRunsOfBucket = sizeof(Bucket) / sizeof(Run);
-    level.ranges[r] = {end, std::max(bucketsFor(counts[r]), counts[r] / kRunsOfBucket + 1)};
-    end += level.ranges[r].size;
-  }
-  level.buckets.make(end);
-}
-
-// Gathers the runs of a piece where the buckets of their regions will stand.
-void SeedIndexBuilder::gatherPiece(uint64_t piece) {
-  std::vector<std::pair<std::size_t, Run>> found;  // with their regions
-  Counts next{};
-  forEachRunOf(piece, [&](uint64_t hash, const Run& run, uint64_t) {
-    found.emplace_back(SeedIndex::regionOf(hash), run);
-    ++next[found.back().first];
-  });
-  for (std::size_t r = 0; r < next.size(); ++r) {
-    next[r] = __atomic_fetch_add(&runs_[r], next[r], __ATOMIC_RELAXED);
-  }
-  for (const auto& [r, run] : found) runsOf(r)[next[r]++] = run;
-}
-
-void SeedIndexBuilder::buildRegion(std::size_t r) {
-  SeedIndex::Level::Range& range = index_.seedLevel_.ranges[r];
-  Bucket* const first = &index_.seedLevel_.buckets[range.first];
-  RegionBuilder region(index_, text_);
-  region.build({runsOf(r), runs_[r]});
-  range.size = bucketsFor(region.seeds.size());
-  std::fill_n(first, range.size, Bucket{});
-  const BucketRange seeds{first, range.size, index_.shape_};
-  for (const auto& [place, hash] : region.seeds) seeds.add(place + index_.placeBase_, hash);
-  if (!region.windows.empty()) {
-    windows_[r].resize(bucketsFor(region.windows.size()));
-    const BucketRange windows{windows_[r].data(), windows_[r].size(), index_.shape_};
-    for (const uint64_t p : region.windows) {
-      windows.add(p + index_.placeBase_, SeedIndex::windowHash(index_.lookUpOf(text_.keyAt(p))));
-    }
-  }
-  strays_[r] = std::move(region.strays);
-  __atomic_fetch_add(&index_.distinctKeys_, region.distinctKeys, __ATOMIC_RELAXED);
-}
-
-// Moves the buckets of all regions together, and those of the second level.
-void SeedIndexBuilder::layBuckets() {
-  SeedIndex::Level& seeds = index_.seedLevel_;
-  SeedIndex::Level& windows = index_.windowLevel_;
-  windows.ranges.make(SeedIndex::kRegions);
-  uint64_t end = 0;
-  uint64_t endOfWindows = 0;
-  for (std::size_t r = 0; r < SeedIndex::kRegions; ++r) {
-    const auto [first, size] = seeds.ranges[r];
-    std::copy_n(&seeds.buckets[first], size, &seeds.buckets[end]);
-    seeds.ranges[r].first = end;
-    end += size;
-    windows.ranges[r] = {endOfWindows, windows_[r].size()};
-    endOfWindows += windows_[r].size();
-  }
-  seeds.buckets.shrink(end);
-  windows.buckets.make(endOfWindows);
-  for (std::size_t r = 0; r < SeedIndex::kRegions; ++r) {
-    const std::vector<Bucket> laid = std::exchange(windows_[r], {});
-    std::copy(laid.begin(), laid.end(), &windows.buckets[windows.ranges[r].first]);
-  }
+  if (!hasText()) return true;
+  seeds_ = Seeds(text_.windowLength(), std::max(text_.windows(), leastWindows));
+  shape_ = BucketShape::forPlacesBelow(placeBase + text_.end());
+  placeBase_ = placeBase;
+  SeedIndexBuilder(*this, threads).build();
+  return true;
+} catch (const std::bad_alloc&) {
+  return false;
 }
 
 }  // namespace velk

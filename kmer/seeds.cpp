@@ -2,12 +2,16 @@
 
 #include <bit>
 
-#include "kmer/wideLetters.h"
+// Compiled twice; the processor's form is chosen when the program starts. Plain loops: gcc makes
+// vector instructions of them, if it does not unroll them before.
+#if defined(__x86_64__) && !defined(__SANITIZE_THREAD__)
+#define VELK_VECTORISED [[gnu::target_clones("avx2", "default")]]
+#else
+#define VELK_VECTORISED
+#endif
 
 namespace velk {
 namespace {
-
-// Plain loops: gcc makes vector instructions of them, if it does not unroll them before.
 
 // The ranks of the first m-mers of 32 bases, 16 of them. REQUIRES: m is at most 16.
 [[gnu::always_inline]] inline void rankShort(uint64_t bases, int m, uint32_t* ranks) {
@@ -41,8 +45,10 @@ namespace {
   }
 }
 
-[[gnu::always_inline]] inline void rank(uint64_t word, uint64_t behind, uint64_t from, uint64_t to,
-                                        int m, uint32_t* ranks) {
+}  // namespace
+
+VELK_VECTORISED void rankMers(uint64_t word, uint64_t behind, uint64_t from, uint64_t to, int m,
+                              uint32_t* ranks) {
   const bool isShort = m <= kLongestInjective;
   const uint64_t step = isShort ? 16 : 8;
   for (uint64_t i = from / step * step; i < to; i += step) {
@@ -52,7 +58,7 @@ namespace {
   }
 }
 
-[[gnu::always_inline]] inline LeastRank least(const uint32_t* ranks, unsigned count) {
+VELK_VECTORISED LeastRank leastRank(const uint32_t* ranks, unsigned count) {
   std::array<uint32_t, kMostOffsets> kept;  // those behind the last one are all ones
   for (unsigned i = 0; i < kMostOffsets; ++i) kept[i] = ranks[i] | (i < count ? 0 : ~uint32_t{0});
   uint32_t rank = ~uint32_t{0};
@@ -62,34 +68,5 @@ namespace {
   equal &= ~uint32_t{0} >> (32 - count);
   return {rank, static_cast<unsigned>(std::countr_zero(equal)), (equal & (equal - 1)) != 0};
 }
-
-#if defined(__x86_64__)
-#define VELK_WIDE [[gnu::target("avx2")]]
-#else
-#define VELK_WIDE
-#endif
-
-VELK_WIDE void rankWide(uint64_t word, uint64_t behind, uint64_t from, uint64_t to, int m,
-                        uint32_t* ranks) {
-  rank(word, behind, from, to, m, ranks);
-}
-
-VELK_WIDE LeastRank leastWide(const uint32_t* ranks, unsigned count) {
-  return least(ranks, count);
-}
-
-}  // namespace
-
-void rankMersPlainly(uint64_t word, uint64_t behind, uint64_t from, uint64_t to, int m,
-                     uint32_t* ranks) {
-  rank(word, behind, from, to, m, ranks);
-}
-
-LeastRank leastRankPlainly(const uint32_t* ranks, unsigned count) {
-  return least(ranks, count);
-}
-
-RankMers* const rankMers = hasWideLetters ? rankWide : rankMersPlainly;
-FindLeastRank* const leastRank = hasWideLetters ? leastWide : leastRankPlainly;
 
 }  // namespace velk

@@ -31,11 +31,7 @@ inline uint32_t rankOf(uint64_t kind) {
 
 /// Writes the ranks of the m-mers that begin at the bases [from, to) of a word to ranks[from] and
 /// on, and may write all of ranks[0, DATA_LEN). behind: the word of bases that follows.
-/// Here and below the processor's best form, and the one that all processors have.
-using RankMers = void(uint64_t word, uint64_t behind, uint64_t from, uint64_t to, int m,
-                      uint32_t* ranks);
-extern RankMers* const rankMers;
-RankMers rankMersPlainly;
+void rankMers(uint64_t word, uint64_t behind, uint64_t from, uint64_t to, int m, uint32_t* ranks);
 
 struct LeastRank {
   uint32_t rank;
@@ -44,9 +40,7 @@ struct LeastRank {
 };
 
 /// The least of `count` ranks, 1 to kMostOffsets. Reads kMostOffsets of them.
-using FindLeastRank = LeastRank(const uint32_t* ranks, unsigned count);
-extern FindLeastRank* const leastRank;
-FindLeastRank leastRankPlainly;
+LeastRank leastRank(const uint32_t* ranks, unsigned count);
 
 /// A longest stretch of windows that share a seed.
 struct SeedRun {

@@ -9,7 +9,6 @@
 #include "kmer/Sequence.h"
 #include "kmer/hashSet.h"
 #include "kmer/packedBases.h"
-#include "kmer/rollingKey.h"
 #include "tests/fuzz/fuzz.h"
 #include "tests/kmer/packingModel.h"
 
