@@ -22,6 +22,7 @@ if(TARGET velk-check)
   install(FILES doc/check.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/doc)
 endif()
 if(TARGET velk-run)
-  install(FILES doc/accuracy.md doc/places.md doc/run.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/doc)
+  install(FILES doc/accuracy.md doc/cluster.md doc/places.md doc/run.md
+    DESTINATION ${CMAKE_INSTALL_DOCDIR}/doc)
 endif()
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR})

@@ -1,5 +1,6 @@
 #include "placement/Read2Scaf.h"
 
+#include <cassert>
 #include <utility>
 
 #include "contig/contig.h"
@@ -73,6 +74,7 @@ Engine engineOfRun() {
 #ifdef VELK_PLAIN_ENGINE
   return {PlainIndex(*kmerHash, scaffoldInfo, scaffoldSum, Kmer), Kmer};
 #else
+  assert(seedIndex != nullptr);
   return {*seedIndex, Kmer};
 #endif
 }
@@ -105,10 +107,12 @@ void checkReverseRead(int64_t& i, const std::string& anchor, const std::string& 
 }
 
 void ReverseComplementSeq(std::string& dest, const std::string& src) {
+  assert(dest.size() == src.size());
   reverseComplement(dest.data(), src.data(), src.size());
 }
 
 void LongReverseComplement(std::string& a, std::string& b) {
+  assert(&a != &b);
   std::string ofA(a.size(), 'A');
   ReverseComplementSeq(ofA, a);
   a.resize(b.size());

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cassert>
 #include <utility>
 
 namespace velk {
@@ -42,6 +43,7 @@ void forEachMismatch(const ContigText& text, const PackedBases& bases, const Dia
 
 void Alignment::align(const ContigText& text, const PackedBases& bases, const Diagonal& diagonal,
                       std::size_t window) {
+  assert(window < matches_.size());
   isThere_ = true;
   diagonal_ = diagonal;
   const uint64_t position = diagonal.positionOf(window);

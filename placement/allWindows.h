@@ -3,6 +3,7 @@
 // Index is a class with a member placeOf(key), as kmer/plainIndex.h has it.
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <optional>
 #include <string_view>
@@ -17,7 +18,9 @@ class AllWindows {
  public:
   /// REQUIRES: bases.size() >= kmer; the index and the bases outlive the windows.
   AllWindows(const Index& index, std::string_view bases, int kmer)
-      : index_(index), bases_(bases), kmer_(static_cast<std::size_t>(kmer)) {}
+      : index_(index), bases_(bases), kmer_(static_cast<std::size_t>(kmer)) {
+    assert(bases.size() >= kmer_);
+  }
 
   std::size_t count() const { return bases_.size() - kmer_ + 1; }
   static std::size_t first() { return 0; }

@@ -1,5 +1,7 @@
 #include "placement/candidateWindows.h"
 
+#include <cassert>
+
 namespace velk {
 
 CandidateWindows::CandidateWindows(ReadPreparer& preparer, int kmer, PreparedRead& read,
@@ -9,7 +11,9 @@ CandidateWindows::CandidateWindows(ReadPreparer& preparer, int kmer, PreparedRea
       read_(read),
       isReversed_(isReversed),
       before_(static_cast<std::size_t>(kmer - index_.text().windowLength())),
-      skipped_(read.skipped[isReversed ? 1 : 0]) {}
+      skipped_(read.skipped[isReversed ? 1 : 0]) {
+  assert(read.isPacked() && read.windows > before_);
+}
 
 // The window of the packed read that holds the key of a window of this strand, and the other way
 // round.

@@ -1,6 +1,7 @@
 #include "placement/edgeCheck.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <limits>
 
@@ -41,6 +42,7 @@ int64_t countSame(const std::string& contig, int64_t contigStart, const std::str
 
 Refusal checkOverRightEnd(const std::string& contig, const std::string& read, int64_t offset,
                           const PlacementOptions& options) {
+  assert(offset > 0);
   if (lengthOf(contig) > lengthOf(read) + offset) return Refusal::kInsideContig;
   const int64_t overlap = lengthOf(contig) - offset;
   if (overlap < cutToInt(leastOverlap(read, options))) return Refusal::kShortOverlap;
@@ -49,6 +51,7 @@ Refusal checkOverRightEnd(const std::string& contig, const std::string& read, in
 
 Refusal checkOverLeftEnd(const std::string& contig, const std::string& read, int64_t offset,
                          const PlacementOptions& options) {
+  assert(offset < 0);
   const int64_t reach = lengthOf(read) + offset;
   const int64_t compared = std::min(lengthOf(contig), reach);
   // KEPT: measured against the reach, also where only the contig's length could be compared

@@ -8,6 +8,7 @@
 //   int64_t visitHits(visit);      visitUniqueHits of its windows (placement/kmerWalk.h)
 #pragma once
 
+#include <cassert>
 #include <set>
 
 #include "placement/sink.h"
@@ -18,7 +19,7 @@ namespace velk {
 /// Visits the hits of `read` until one is accepted or ends the walk. judge(hit) is the verdict;
 /// accept(hit, verdict) takes one that is no refusal. Returns where the walk stopped.
 template <class Read, class Sink, class Judge, class Accept>
-int64_t walkAndTell(Read& read, Sink& sink, Judge judge, Accept accept) {
+int64_t walkHits(Read& read, Sink& sink, Judge judge, Accept accept) {
   std::set<Hit> refused;  // empty if the sink takes no refusals
   return read.visitHits([&](const Hit& hit) {
     if (refused.contains(hit)) return Walk::kGoOn;
@@ -42,7 +43,8 @@ int64_t walkAndTell(Read& read, Sink& sink, Judge judge, Accept accept) {
 template <class Read, class Sink>
 int64_t placeSingle(Read& read, const ScaffoldInfo* scaffolds, const PlacementOptions& options,
                     Sink& sink) {
-  return walkAndTell(
+  assert(read.size() >= static_cast<std::size_t>(options.kmer));
+  return walkHits(
       read, sink,
       [&](const Hit& hit) {
         return judgeSingle(hit, read.bases(), scaffolds[hit.scaffold], options);
@@ -59,8 +61,9 @@ int64_t placeSingle(Read& read, const ScaffoldInfo* scaffolds, const PlacementOp
 template <class Read, class Sink>
 int64_t placePair(Direction direction, Read& anchor, Read& mate, const ScaffoldInfo* scaffolds,
                   const PlacementOptions& options, Sink& sink) {
+  assert(anchor.size() >= static_cast<std::size_t>(options.kmer));
   const auto mateLength = static_cast<int64_t>(mate.size());
-  return walkAndTell(
+  return walkHits(
       anchor, sink,
       [&](const Hit& hit) {
         return judgePair(direction, hit, anchor.bases(), mateLength, scaffolds[hit.scaffold],

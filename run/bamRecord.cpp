@@ -21,6 +21,7 @@ constexpr char kFirstQuality = '!';  // Phred 0
 struct Head {
   bam1_core_t core;
   uint32_t library;
+  uint32_t unused = 0;  // in place of padding: the bytes of shares are the same each time
 };
 
 struct BamDeleter {

@@ -19,7 +19,8 @@ struct CommonEstimate {
 /// One task.
 struct TaskEstimate {
   double searchSeconds = 0;
-  uint64_t memory = 0;  // bytes
+  double gatherSeconds = 0;  // of what it finds
+  uint64_t memory = 0;       // bytes
 };
 
 /// All of them, one after the other or at once.
@@ -30,8 +31,9 @@ struct RunEstimate {
 
 CommonEstimate estimateCommon(const Assembly& assembly, int kmer, int threads);
 
-/// REQUIRES: the sample was taken without helpers.
-TaskEstimate estimateTask(const OpenInput& input, int threads, const CommonEstimate& common);
+/// `foundPerRead`: records of the search. REQUIRES: the sample was taken without helpers.
+TaskEstimate estimateTask(const OpenInput& input, double foundPerRead, int threads,
+                          const CommonEstimate& common);
 
 RunEstimate estimateRun(const std::vector<TaskEstimate>& tasks, const CommonEstimate& common);
 

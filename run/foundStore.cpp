@@ -72,11 +72,11 @@ void FoundStore::writeNative() {
   });
   stream.close();
   if (!stream) failFile(file, "written");
-  std::vector<uint64_t> counts;
+  std::vector<uint64_t> ofGaps;
   for (std::size_t gap = 0; gap < assembly_.gaps().size(); ++gap) {
-    counts.push_back(outputs_.counts().records(gap));
+    ofGaps.push_back(outputs_.counts().records(gap));
   }
-  writeNativeTables(folder_.partial(kNativeName), assembly_, counts);
+  writeNativeTables(folder_.partial(kNativeName), assembly_, ofGaps);
 }
 
 }  // namespace velk::run

@@ -78,9 +78,10 @@ std::vector<std::string> closingLines(const Plan& plan, const std::string& file)
   }
   const RunEstimate estimate = estimateRun(tasks, plan.estimate);
   std::vector<std::string> lines;
-  lines.push_back("Planned " + countText(tasks.size()) + " tasks in " + file + ", each with " +
-                  std::to_string(plan.threads) + " threads and up to " +
-                  countText(memory / 1000000 + 1) + " MB of memory.");
+  lines.push_back("Planned " + countText(tasks.size()) +
+                  (tasks.size() == 1 ? " task in " : " tasks in ") + file + ", each with " +
+                  std::to_string(plan.threads) + (plan.threads == 1 ? " thread" : " threads") +
+                  " and up to " + countText(memory / 1000000 + 1) + " MB of memory.");
   lines.push_back("One run takes about " + minutesText(estimate.oneRun) +
                   "; all tasks at once, and gathering, about " + minutesText(estimate.inTasks) +
                   ".");
@@ -107,11 +108,12 @@ void makePlan(const Arguments& arguments, const std::string& root) {
   plan.threads = session.threads();
   plan.estimate = estimateCommon(preparation.assembly(), arguments.kmer, plan.threads);
   for (std::size_t n = 0; n < plan.inputs.size(); ++n) {
-    plan.inputs[n].estimate =
-        estimateTask(preparation.inputs().all()[n], plan.threads, plan.estimate);
+    const OpenInput& input = preparation.inputs().all()[n];
+    plan.inputs[n].estimate = estimateTask(input, preparation.foundPerRead(input, plan.fixed),
+                                           plan.threads, plan.estimate);
   }
   plan.warnings = session.warnings();
-  writeWhole(arguments.folder, planText(plan));
+  writeWhole(arguments.folder, textOfPlan(plan));
   for (const std::string& line : closingLines(plan, arguments.folder)) session.say(line);
 }
 

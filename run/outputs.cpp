@@ -117,8 +117,8 @@ void Outputs::addShare(const std::string& share, uint64_t library, const ShareIt
   records_.addSaved(file(kShareRecordsName), items.records);
   gapReads_.addSaved(file(kShareReadsName), items.gapReads);
   clashes_.addSaved(file(kShareNamesName), items.names);
-  const std::string counts = file(kShareCountsName);
-  counts_.addEncoded(readFile(counts), library, counts);
+  const std::string ofGaps = file(kShareCountsName);
+  counts_.addEncoded(readFile(ofGaps), library, ofGaps);
 }
 
 ShareItems Outputs::writeShare(uint64_t library) {

@@ -161,16 +161,16 @@ Json jsonOf(const Plan& plan, uint32_t task) {
             {"interleaved", input.areInterleaved},
             {"files", Json::array()}};
   for (const PlannedFile& file : input.files) json["files"].push_back(jsonOf(file));
-  const CommonEstimate& common = plan.estimate;
-  const double seconds = common.loadSeconds + common.indexSeconds + input.estimate.searchSeconds;
-  json["minutes"] = std::ceil(seconds / 6) / 10;
+  const double seconds =
+      plan.estimate.loadSeconds + plan.estimate.indexSeconds + input.estimate.searchSeconds;
+  json["minutes"] = std::ceil(seconds / 0.6) / 100;
   json["memory_mb"] = input.estimate.memory / 1000000 + 1;
   return json;
 }
 
 }  // namespace
 
-std::string planText(const Plan& plan) {
+std::string textOfPlan(const Plan& plan) {
   Json json{{"schema", kPlanSchema},
             {"program", {{"name", "velk-run"}, {"version", VELK_VERSION}}},
             {"sample", plan.arguments.sample},
@@ -203,8 +203,9 @@ Plan readPlan(const std::string& file) {
     plan.checksum = md5OfText(text);
     return plan;
   } catch (const std::exception& error) {
+    const std::string version = VELK_VERSION;
     throw Failure(Status::kUsage,
-                  file + " is no plan of velk-run " VELK_VERSION ": " + error.what());
+                  file + " is no plan of velk-run " + version + ": " + error.what());
   }
 }
 

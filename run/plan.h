@@ -41,7 +41,7 @@ struct Plan {
 };
 
 /// The text of the file. Throws Failure where a name can't be written in it.
-std::string planText(const Plan& plan);
+std::string textOfPlan(const Plan& plan);
 
 /// Throws Failure where the file can't be read, or is no plan of this version.
 Plan readPlan(const std::string& file);

@@ -8,17 +8,20 @@ namespace velk::run {
 
 PlanInUse::PlanInUse(const PlannedRequest& request)
     : request_(request), plan_(readPlan(request.plan)) {
-  Arguments& arguments = plan_.arguments;
-  arguments.folder = request.output;
-  arguments.assembly = fileAtRoot(arguments.assembly, request.root);
-  if (!arguments.agp.empty()) arguments.agp = fileAtRoot(arguments.agp, request.root);
+  Arguments& ofPlan = plan_.arguments;
+  const auto place = [&](std::string& name) {
+    if (!name.empty()) name = fileAtRoot(name, request_.root);
+  };
+  ofPlan.folder = request.output;
+  place(ofPlan.assembly);
+  place(ofPlan.agp);
   for (Library& library : plan_.fixed.libraries) {
-    for (reads::InputFiles& files : library.inputs) {
-      files.first = fileAtRoot(files.first, request.root);
-      if (!files.second.empty()) files.second = fileAtRoot(files.second, request.root);
+    for (reads::InputFiles& input : library.inputs) {
+      place(input.first);
+      place(input.second);
     }
   }
-  arguments.libraries = plan_.fixed.libraries;
+  ofPlan.libraries = plan_.fixed.libraries;
 }
 
 void PlanInUse::requireCommonFiles() const {
@@ -34,9 +37,9 @@ void PlanInUse::requireInput(uint32_t input) const {
 }
 
 std::vector<std::string> PlanInUse::files() const {
-  std::vector<std::string> files = filesOf(arguments());
-  files.push_back(request_.plan);
-  return files;
+  std::vector<std::string> all = filesOf(arguments());
+  all.push_back(request_.plan);
+  return all;
 }
 
 std::vector<InputFacts> PlanInUse::inputFacts() const {

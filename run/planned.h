@@ -29,8 +29,8 @@ void makePlan(const Arguments& arguments, const std::string& root);
 /// Runs a plan in one go.
 void runPlan(const PlannedRequest& request);
 
-/// Runs one task, whose share is the output.
-void runTask(const PlannedRequest& request, uint64_t task);
+/// Runs one task, by its number from 0, whose share is the output.
+void runTask(const PlannedRequest& request, uint64_t number);
 
 /// Gathers all shares, named in any order.
 void gather(const PlannedRequest& request, const std::vector<std::string>& shares);

@@ -7,6 +7,7 @@
 #include "run/measure.h"
 #include "run/placeholders.h"
 #include "survey/boundedIndex.h"
+#include "survey/timeModel.h"
 
 namespace velk::run {
 namespace {
@@ -37,6 +38,12 @@ uint64_t longestReach(const std::vector<Library>& libraries) {
   return static_cast<uint64_t>(std::llround(reach));
 }
 
+std::vector<std::string> basesOf(const std::vector<reads::KeptRead>& reads) {
+  std::vector<std::string> bases;
+  for (const reads::KeptRead& read : reads) bases.push_back(read.bases);
+  return bases;
+}
+
 }  // namespace
 
 CutOptions cutOptionsOf(const Arguments& arguments, int readLength) {
@@ -44,8 +51,10 @@ CutOptions cutOptionsOf(const Arguments& arguments, int readLength) {
 }
 
 Preparation::Preparation(const Arguments& arguments, int threads, Session& session)
-    : arguments_(arguments), threads_(threads), session_(session) {
-  inputs_ = std::make_unique<Inputs>(arguments.libraries, threads);
+    : arguments_(arguments),
+      threads_(threads),
+      session_(session),
+      inputs_(std::make_unique<Inputs>(arguments.libraries, threads)) {
   session_.judge(checkSamples(*inputs_));
   readLength_ = readLengthOfSamples();
   assembly_ = std::make_unique<Assembly>(arguments.assembly, cutOptionsOf(arguments, readLength_),
@@ -71,18 +80,33 @@ FixedValues Preparation::measure() {
   return fixed;
 }
 
-// Measures the libraries on an index of a part of the assembly (inout).
-void Preparation::measureOn(FixedValues& fixed) const {
+// Measures the libraries (inout) on an index of a part of the assembly.
+void Preparation::measureOn(FixedValues& fixed) {
   const survey::Scaffolds scaffolds(assembly_->model(), assembly_->scaffolds().size());
   const uint64_t kmers = survey::indexedKmers(scaffolds);
   if (kmers == 0) return;
   const auto some = static_cast<uint64_t>(kMeasuredShare * static_cast<double>(kmers));
-  const survey::BoundedIndex index(
+  index_ = std::make_unique<survey::BoundedIndex>(
       survey::FirstContigs(scaffolds, std::clamp(some, kLeastMeasured, kMostMeasured)),
       arguments_.kmer, threads_);
-  measureLibraries(fixed.libraries, *inputs_, index, scaffolds,
+  measureLibraries(fixed.libraries, *inputs_, *index_, scaffolds,
                    {arguments_.kmer, 0, 0, readLength_, arguments_.mapCut, arguments_.overRatio});
   session_.judge(checkLibraries(arguments_.libraries, fixed.libraries));
+}
+
+double Preparation::foundPerRead(const OpenInput& input, const FixedValues& fixed) const {
+  if (index_ == nullptr) return 0;
+  const Library& library = fixed.libraries[input.library];
+  survey::Sample sample{0, basesOf(input.sample().first), basesOf(input.sample().second)};
+  if (library.arePairs()) sample.insert = static_cast<int>(std::lround(library.insert));
+  const survey::Scaffolds scaffolds(assembly_->model(), assembly_->scaffolds().size());
+  const survey::SearchTrial trial =
+      survey::trySearch(*index_, scaffolds,
+                        {arguments_.kmer, 0, fixed.bigGapLength, readLength_, arguments_.mapCut,
+                         arguments_.overRatio},
+                        {sample});
+  const auto part = static_cast<double>(index_->contigs().kmers());
+  return trial.foundPerRead() * static_cast<double>(survey::indexedKmers(scaffolds)) / part;
 }
 
 }  // namespace velk::run

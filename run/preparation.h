@@ -9,6 +9,7 @@
 #include "run/fixed.h"
 #include "run/inputs.h"
 #include "run/session.h"
+#include "survey/boundedIndex.h"
 
 namespace velk::run {
 
@@ -21,12 +22,16 @@ class Preparation {
   /// Measures the libraries, and returns all that is fixed by it. Once. Throws Failure.
   FixedValues measure();
 
+  /// The records that a search finds, of a read of this input, as its sample on a part of the
+  /// assembly has them. REQUIRES: measure().
+  double foundPerRead(const OpenInput& input, const FixedValues& fixed) const;
+
   const Inputs& inputs() const { return *inputs_; }
   Assembly& assembly() { return *assembly_; }
 
  private:
   int readLengthOfSamples() const;
-  void measureOn(FixedValues& fixed) const;
+  void measureOn(FixedValues& fixed);
 
   const Arguments& arguments_;
   int threads_;
@@ -34,6 +39,7 @@ class Preparation {
   std::unique_ptr<Inputs> inputs_;
   int readLength_ = 0;
   std::unique_ptr<Assembly> assembly_;
+  std::unique_ptr<survey::BoundedIndex> index_;  // of a part of it; null without k-mers
 };
 
 /// How the assembly of a run is cut, with this read length.

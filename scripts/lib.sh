@@ -14,6 +14,7 @@
   fuzz_packages=(clang libclang-rt-14-dev)
   coverage_packages=(gcovr)
   bench_packages=(libisal-dev libcli11-dev libbenchmark-dev python3 patch seqtk minimap2 tabix isal)
+  cluster_packages=(munge slurmctld slurmd slurm-client)
   package_packages=(libisal-dev dpkg-dev lintian debootstrap)
 }
 
@@ -39,6 +40,8 @@ probe_of() {
     libgtest-dev) echo /usr/include/gtest/gtest.h ;;
     libclang-rt-14-dev) echo /usr/lib/llvm-14/lib/clang/14.0.6/lib/linux/libclang_rt.fuzzer-x86_64.a ;;
     dpkg-dev) echo dpkg-shlibdeps ;;
+    munge) echo munged ;;
+    slurm-client) echo sbatch ;;
     librapidcheck-dev) echo /usr/include/rapidcheck.h ;;
     *) echo "$1" ;;
   esac

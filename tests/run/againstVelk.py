@@ -294,10 +294,13 @@ class Comparison:
 
     @staticmethod
     def classes_of(found):
-        headers = [line.split(b"\t")[0] for line in found.split(b"\n") if line.startswith(b">")]
-        if not headers:
+        lines = found.decode().split("\n")
+        reads = collections.Counter(min(bases, reversed_complement(bases))
+                                    for bases in lines if bases and not bases.startswith(">"))
+        if not reads:
             return {"nothing found"}
-        return {"something found"}
+        several = {"reads at several gaps"} if max(reads.values()) > 1 else set()
+        return {"something found"} | several
 
     @staticmethod
     def check(command, folder):

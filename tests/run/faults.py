@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """velk-run where system calls fail or the process is killed: at every call of a small run, by strace.
 
-    faults.py VELK_RUN EXAMPLES [--every N]
+    faults.py VELK_RUN EXAMPLES [--verb run|task|gather] [--every N]
 
 What must hold of each run: with status 0 all files are those of an undisturbed one; with another
 status, or after a kill, there is no summary, or all the files that it lists are whole; a run that
@@ -27,14 +27,17 @@ ERRORS = {call: ("EIO", "ENOSPC") for call in (
     "mkdir", "lseek", "newfstatat", "ftruncate", "unlink", "flock", "getdents64")}
 ERRORS |= {"clone3": ("EAGAIN",)}
 PAIRS = 400  # of the example's
+RUN = ["scaffolds.fa", "--samplesheet", "sheet.tsv", "--native"]
+VERBS = {"run": RUN, "task": ["task", "plan.json", "0"], "gather": ["gather", "plan.json", "share"]}
 SHEET = "library\tR1\tR2\tinsert\torientation\na\tr_1.fq.gz\tr_2.fq.gz\t215\tFR\n"
 
 
 class Bench:
     """A folder of inputs, and runs on them."""
 
-    def __init__(self, velk_run, examples):
-        self.velk_run = velk_run
+    def __init__(self, velk_run, examples, verb):
+        self.command = [velk_run, *VERBS[verb], "-o", "out", "--quiet", "-t", "1"]
+        self.summary = "share.json" if verb == "task" else "summary.json"
         self.inputs = tempfile.mkdtemp()
         shutil.copy(os.path.join(examples, "scaffolds.fa"), self.inputs)
         for mate in "12":
@@ -44,6 +47,8 @@ class Bench:
                 file.write(gzip.compress(b"\n".join(lines) + b"\n"))
         with open(os.path.join(self.inputs, "sheet.tsv"), "w", encoding="ascii") as file:
             file.write(SHEET)
+        for arguments in (["plan", *RUN, "-o", "plan.json"], [*VERBS["task"], "-o", "share"]):
+            subprocess.run([velk_run, *arguments, "--quiet"], cwd=self.inputs, check=True)
         self.whole = self.results(self.run([])[1])
 
     def run(self, strace):
@@ -51,17 +56,17 @@ class Bench:
         folder = tempfile.mkdtemp()
         for name in os.listdir(self.inputs):
             os.symlink(os.path.join(self.inputs, name), os.path.join(folder, name))
-        command = [*strace, self.velk_run, "scaffolds.fa", "--samplesheet", "sheet.tsv", "-o", "out",
-                   "--native", "--quiet", "-t", "1"]
-        return subprocess.run(command, cwd=folder, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                              check=False, timeout=120), folder
+        return self.call(strace, folder), folder
 
-    @staticmethod
-    def results(folder):
+    def call(self, strace, folder):
+        return subprocess.run([*strace, *self.command], cwd=folder, stdout=subprocess.PIPE,
+                              stderr=subprocess.PIPE, check=False, timeout=120)
+
+    def results(self, folder):
         """Name -> MD5 of all files that the summary lists; None without a summary."""
         out = os.path.join(folder, "out")
         try:
-            with open(os.path.join(out, "summary.json"), encoding="utf-8") as file:
+            with open(os.path.join(out, self.summary), encoding="utf-8") as file:
                 listed = [entry["name"] for entry in json.load(file)["files"]]
         except FileNotFoundError:
             return None
@@ -114,10 +119,7 @@ class Bench:
         return wrong or again
 
     def run_again(self, folder):
-        process = subprocess.run(
-            [self.velk_run, "scaffolds.fa", "--samplesheet", "sheet.tsv", "-o", "out", "--native",
-             "--quiet", "-t", "1"], cwd=folder, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-            check=False, timeout=120)
+        process = self.call([], folder)
         if process.returncode != 0:
             return "the next run fails: " + process.stderr.decode()
         return "" if self.results(folder) == self.whole else "the next run gives something else"
@@ -127,9 +129,10 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("velk_run", type=os.path.abspath)
     parser.add_argument("examples", type=os.path.abspath)
+    parser.add_argument("--verb", choices=VERBS, default="run")
     parser.add_argument("--every", type=int, default=1, help="only every so many calls")
     options = parser.parse_args()
-    bench = Bench(options.velk_run, options.examples)
+    bench = Bench(options.velk_run, options.examples, options.verb)
     faults = []
     for call, count in sorted(bench.count_calls().items()):
         ways = [f"error={error}" for error in ERRORS[call]] + ["signal=KILL"]

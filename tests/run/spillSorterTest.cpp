@@ -112,6 +112,41 @@ TEST_F(SpillSorterTest, NoFileIsLeftOrSeen) {
   EXPECT_TRUE(std::filesystem::is_empty(folder_.path("")));
 }
 
+TEST_F(SpillSorterTest, SavedItemsOfSeveralMakeOneOrder) {
+  const Items items = randomItems(3000, 6);
+  for (const uint64_t memory : {500U, 10000000U}) {
+    SpillSorter all(file(), memory);
+    for (std::size_t part = 0; part < 4; ++part) {
+      SpillSorter sorter(file(), memory);
+      // The last part has none.
+      for (std::size_t n = part; part < 3 && n < items.size(); n += 3) {
+        sorter.add(items[n].first, items[n].second);
+      }
+      const std::string saved = folder_.path("saved" + std::to_string(part));
+      sorter.save(saved);
+      all.addSaved(saved, sorter.items());
+    }
+    EXPECT_EQ(all.items(), items.size());
+    EXPECT_EQ(takenFrom(all), sorted(items));
+    EXPECT_EQ(takenFrom(all), sorted(items)) << "what was saved stays";
+    EXPECT_EQ(all.spilledBytes(), 0U);
+  }
+}
+
+TEST_F(SpillSorterTest, SavedItemsThatAreCutEndTheRun) {
+  const std::string saved = folder_.path("saved");
+  SpillSorter sorter(file(), 100000);
+  for (const auto& [key, payload] : randomItems(10, 7)) sorter.add(key, payload);
+  sorter.save(saved);
+  const auto size = std::filesystem::file_size(saved);
+  for (const auto bytes : {size - 1, size / 2, std::uintmax_t{31}, std::uintmax_t{1}}) {
+    std::filesystem::resize_file(saved, bytes);
+    SpillSorter reader(file(), 100000);
+    reader.addSaved(saved, 10);
+    EXPECT_THROW(takenFrom(reader), run::Failure) << bytes;
+  }
+}
+
 TEST_F(SpillSorterTest, AFileThatCannotBeMadeEndsTheRun) {
   SpillSorter sorter(folder_.path("missing/spill"), 1);
   sorter.add({1, 0, 0}, "one");
