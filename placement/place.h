@@ -8,8 +8,9 @@
 //   int64_t visitHits(visit);      visitUniqueHits of its windows (placement/kmerWalk.h)
 #pragma once
 
-#include <set>
+#include <type_traits>
 
+#include "placement/refusedHits.h"
 #include "placement/sink.h"
 #include "placement/verdict.h"
 
@@ -19,7 +20,7 @@ namespace velk {
 /// accept(hit, verdict) takes one that is no refusal. Returns where the walk stopped.
 template <class Read, class Sink, class Judge, class Accept>
 int64_t walkAndTell(Read& read, Sink& sink, Judge judge, Accept accept) {
-  std::set<Hit> refused;  // empty if the sink takes no refusals
+  std::conditional_t<Sink::kTakesRefusals, RefusedHits, NoRefusedHits> refused;
   return read.visitHits([&](const Hit& hit) {
     if (refused.contains(hit)) return Walk::kGoOn;
     const Verdict verdict = judge(hit);
@@ -28,8 +29,8 @@ int64_t walkAndTell(Read& read, Sink& sink, Judge judge, Accept accept) {
       return Walk::kStop;
     }
     if constexpr (Sink::kTakesRefusals) {
-      sink.refused(Refused{read.origin(), hit, verdict.refusal});
-      refused.insert(hit);
+      sink.refused(Refused{read.origin(), hit, verdict.refusal, verdict.gap, verdict.matePosition});
+      refused.add(hit);
     }
     // KEPT: a large insert at a small gap gives up the whole pair
     // (CheckForwardRead.LargeInsertAtASmallGapStopsTheWalk)

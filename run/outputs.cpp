@@ -9,8 +9,10 @@
 #include "run/describe.h"
 #include "run/diskFile.h"
 #include "run/flanks.h"
+#include "run/gapFlanks.h"
 #include "run/gapIndex.h"
 #include "run/gapTable.h"
+#include "run/insertTable.h"
 #include "run/layReads.h"
 
 namespace velk::run {
@@ -64,6 +66,13 @@ uint64_t reachOf(const std::vector<Library>& libraries) {
   return static_cast<uint64_t>(std::llround(longest)) + 1;
 }
 
+std::vector<std::string> namesOf(const std::vector<Library>& libraries) {
+  std::vector<std::string> names;
+  names.reserve(libraries.size());
+  for (const Library& library : libraries) names.push_back(library.name);
+  return names;
+}
+
 }  // namespace
 
 Outputs::Outputs(const ResultFolder& folder, const Assembly& assembly,
@@ -75,7 +84,8 @@ Outputs::Outputs(const ResultFolder& folder, const Assembly& assembly,
       records_(folder.partial("records.spill"), share(options.memory, kShareOfRecords)),
       gapReads_(folder.partial("gaps.spill"), share(options.memory, kShareOfGapReads)),
       clashes_(libraries, folder.partial("names.spill"), share(options.memory, kShareOfNames)),
-      counts_(assembly.gaps().size(), libraries.size()) {}
+      counts_(assembly.gaps().size(), libraries.size()),
+      evidence_(assembly.gaps().size(), namesOf(libraries)) {}
 
 void Outputs::take(const FoundEntry& entry) {
   const Library& library = libraries_[entry.library];
@@ -83,6 +93,7 @@ void Outputs::take(const FoundEntry& entry) {
   for (std::size_t n = 0; n < described.size(); ++n) {
     records_.add(keyOf(described[n], n), encodeBam(described[n], library.name));
   }
+  noteReaches(assembly_, described, evidence_);
   clashes_.add(entry.library, entry.texts[0].name);
   takeForGaps(entry, described);
 }
@@ -118,6 +129,8 @@ void Outputs::write() {
   writeIndex(texts, writeFlanks());
   writeFile(folder_.partial("gaps.tsv"), gapTable(assembly_, libraries_, counts_));
   writeFile(folder_.partial("gaps.bed"), gapBed(assembly_, counts_));
+  writeFile(folder_.partial("evidence.tsv"), evidence_.text());
+  writeFile(folder_.partial("inserts.tsv"), insertTable(libraries_));
 }
 
 void Outputs::writeBam() {

@@ -11,6 +11,7 @@
 
 #include "run/assembly.h"
 #include "run/bamWriter.h"
+#include "run/evidence.h"
 #include "run/fastqWriter.h"
 #include "run/found.h"
 #include "run/gapCounts.h"
@@ -45,6 +46,7 @@ class Outputs {
   void write();
 
   const GapCounts& counts() const { return counts_; }
+  Evidence& evidence() { return evidence_; }
 
   /// Distinct reads that were found, and alignment records of BAM.
   uint64_t reads() const { return reads_; }
@@ -70,6 +72,7 @@ class Outputs {
   SpillSorter gapReads_;  // by gap
   NameClashes clashes_;
   GapCounts counts_;
+  Evidence evidence_;
   std::atomic<uint64_t> reads_ = 0;
 };
 

@@ -42,6 +42,7 @@ class Results : public FoundReceiver {
 
   void take(int worker, const FoundEntry& entry) override;
   void takeSpan(const Span& span) override;
+  Evidence& evidence() override { return outputs_->evidence(); }
 
   /// Reads that have been found so far.
   uint64_t foundReads() const { return outputs_->reads(); }

@@ -10,6 +10,7 @@
 #include "kmer/seedIndex.h"
 #include "run/assembly.h"
 #include "run/failure.h"
+#include "run/gapFlanks.h"
 #include "run/inputs.h"
 #include "run/measure.h"
 #include "run/placeholders.h"
@@ -69,6 +70,7 @@ class Run {
     warnOfLongReads(counts, readLength);
     if (results.foundReads() == 0) warn("no reads were found for any gap");
     begin(results, "writing", std::nullopt);
+    noteRepeats(index.text(), assembly, flankBases(reach, readLength), results.evidence());
     results.finish(warnings_, counts);
     for (const std::string& line : results.closingLines()) terminal_.say(line);
   }
@@ -126,6 +128,11 @@ class Run {
     }
     return {arguments_.kmer,   readLength,           readLength + longest,
             arguments_.mapCut, arguments_.overRatio, threads_};
+  }
+
+  // How far into the contigs beside a gap its reads may lie: the largest insert, or a read.
+  uint64_t flankBases(uint64_t reach, int readLength) const {
+    return std::max(reach, static_cast<uint64_t>(readLength));
   }
 
   // How far the pairs of any library reach, bases.

@@ -64,6 +64,8 @@ Json jsonOf(const LibraryFacts& facts) {
   }
   json["reads_searched"] = facts.reads;
   json["reads_found"] = facts.found;
+  json["bases_searched"] = facts.counts.bases;
+  json[library.arePairs() ? "pairs_on_contigs" : "reads_on_contigs"] = facts.counts.placed;
   json["not_searched"] = {{"with_n", facts.counts.withN}, {"too_short", facts.counts.tooShort}};
   if (library.arePairs()) json["reads_longer_than_read_length"] = facts.counts.longer;
   return json;
