@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <set>
 
 #include "placement/kmerWalk.h"
@@ -15,21 +16,22 @@ class RefusedHits {
  public:
   bool contains(const Hit& hit) const {
     const auto end = few_.begin() + static_cast<std::ptrdiff_t>(count_);
-    return std::find(few_.begin(), end, hit) != end || more_.contains(hit);
+    return std::find(few_.begin(), end, hit) != end || (more_ && more_->contains(hit));
   }
 
   void add(const Hit& hit) {
     if (count_ < few_.size()) {
       few_[count_++] = hit;
     } else {
-      more_.insert(hit);
+      if (!more_) more_.emplace();
+      more_->insert(hit);
     }
   }
 
  private:
-  std::array<Hit, 4> few_{};
+  std::array<Hit, 4> few_;  // the first `count_` are there
   std::size_t count_ = 0;
-  std::set<Hit> more_;
+  std::optional<std::set<Hit>> more_;  // behind those
 };
 
 /// What stands for them where nobody is told.
