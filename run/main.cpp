@@ -8,6 +8,7 @@
 #include "driver/listener.h"
 #include "driver/standardDescriptors.h"
 #include "reads/record.h"
+#include "report/report.h"
 #include "run/arguments.h"
 #include "run/failure.h"
 #include "run/run.h"
@@ -41,7 +42,9 @@ int guarded(int argc, char** argv) {
       const ExtractArguments arguments = parseExtract(argc, argv);
       extractReads(arguments.request, arguments.output);
     } else {
-      runAll(parseArguments(argc, argv));
+      runAll(parseArguments(argc, argv), [](const std::string& folder, const std::string& text) {
+        return report::writeReport(folder, text, folder);
+      });
     }
     return static_cast<int>(Status::kWhole);
   } catch (const TextWanted& wanted) {

@@ -111,11 +111,15 @@ void Results::writeNative() {
 }
 
 void Results::finish(const std::vector<std::string>& warnings,
-                     const std::vector<ReadCounts>& counts) {
+                     const std::vector<ReadCounts>& counts, const ReportMaker& makeReport) {
   warnings_ = warnings;
   counts_ = counts;
   outputs_->write();
   if (native_ != nullptr) writeNative();
+  if (makeReport) {
+    const std::string text = summaryText(summary(), fixed_->assembly, outputs_->counts());
+    report_ = makeReport(folder_.partial("."), text);
+  }
   files_ = folder_.seal();
   endPhase();
   folder_.publish(summaryText(summary(), fixed_->assembly, outputs_->counts()));
@@ -175,6 +179,7 @@ Summary Results::summary() const {
   summary.times = times_;
   summary.peakMemory = peakMemory();
   summary.files = files_;
+  summary.report = report_;
   return summary;
 }
 

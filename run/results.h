@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -29,6 +30,10 @@ struct Fixed {
   uint64_t placeholderLength;  // bases
 };
 
+/// Makes the report of a result, whose files are in `folder` and whose summary has this text, in
+/// the same folder. Returns what the summary is to say of it: the text of a JSON object.
+using ReportMaker = std::function<std::string(const std::string& folder, const std::string& text)>;
+
 class Results : public FoundReceiver {
  public:
   /// Claims the folder, and removes an earlier result. Throws Failure.
@@ -47,8 +52,9 @@ class Results : public FoundReceiver {
   /// Reads that have been found so far.
   uint64_t foundReads() const { return outputs_->reads(); }
 
-  /// Writes all files, the summary last. Throws Failure.
-  void finish(const std::vector<std::string>& warnings, const std::vector<ReadCounts>& counts);
+  /// Writes all files, the summary last; `makeReport` may be empty. Throws Failure.
+  void finish(const std::vector<std::string>& warnings, const std::vector<ReadCounts>& counts,
+              const ReportMaker& makeReport);
 
   /// What the user is told at the end. REQUIRES: finish().
   std::vector<std::string> closingLines() const;
@@ -72,6 +78,7 @@ class Results : public FoundReceiver {
   std::vector<std::string> warnings_;
   std::vector<ReadCounts> counts_;  // by library
   std::vector<ResultFile> files_;
+  std::string report_;  // what the summary says of it
   std::vector<PhaseTime> times_;
   Clock::time_point start_ = Clock::now();
   Clock::time_point phaseStart_ = start_;

@@ -35,8 +35,9 @@ constexpr double kWritingShare = 0.1;  // of the time of the search, that writin
 
 class Run {
  public:
-  explicit Run(const Arguments& arguments)
+  Run(const Arguments& arguments, const ReportMaker& makeReport)
       : arguments_(arguments),
+        makeReport_(makeReport),
         terminal_(arguments.quiet),
         threads_(arguments.threads == 0 ? survey::allowedProcessors() : arguments.threads),
         libraries_(arguments.libraries) {}
@@ -71,7 +72,7 @@ class Run {
     if (results.foundReads() == 0) warn("no reads were found for any gap");
     begin(results, "writing", std::nullopt);
     noteRepeats(index.text(), assembly, flankBases(reach, readLength), results.evidence());
-    results.finish(warnings_, counts);
+    results.finish(warnings_, counts, arguments_.noReport ? ReportMaker() : makeReport_);
     for (const std::string& line : results.closingLines()) terminal_.say(line);
   }
 
@@ -165,6 +166,7 @@ class Run {
   }
 
   const Arguments& arguments_;
+  const ReportMaker& makeReport_;
   Terminal terminal_;
   int threads_;
   std::vector<Library> libraries_;
@@ -173,8 +175,8 @@ class Run {
 
 }  // namespace
 
-void runAll(const Arguments& arguments) {
-  Run(arguments).run();
+void runAll(const Arguments& arguments, const ReportMaker& makeReport) {
+  Run(arguments, makeReport).run();
 }
 
 }  // namespace velk::run

@@ -138,6 +138,7 @@ std::string summaryText(const Summary& summary, const Assembly& assembly, const 
   for (const PhaseTime& time : summary.times) json["seconds"][time.name] = time.seconds;
   json["peak_memory_bytes"] = summary.peakMemory;
   json["spilled_bytes"] = summary.spilledBytes;
+  if (!summary.report.empty()) json["report"] = Json::parse(summary.report);
   json["files"] = Json::array();
   for (const ResultFile& file : summary.files) {
     json["files"].push_back({{"name", file.name}, {"bytes", file.bytes}, {"md5", file.md5}});
