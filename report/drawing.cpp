@@ -20,7 +20,7 @@ constexpr double kSideMargin = 14;
 constexpr double kDepthHeight = 44;
 constexpr double kTop = 14;
 constexpr double kBandHeight = 14;
-constexpr double kLaneHeight = 4.5;
+constexpr double kLaneHeight = 5;
 constexpr double kColumn = 4;  // pixels over which depth is taken together
 
 // The reads of a fragment that are drawn, in one lane.

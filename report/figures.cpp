@@ -15,7 +15,8 @@ namespace {
 using run::countText;
 using run::Side;
 
-constexpr std::size_t kMany = 1500;  // gaps, of which each is a smaller dot
+constexpr std::size_t kFew = 120;    // gaps, of which each is a larger dot
+constexpr std::size_t kMany = 1500;  // gaps, of which each is a smaller one
 
 // The frame of a plot with room for the names of its axes.
 Frame frameOf(const Svg& svg) {
@@ -95,16 +96,29 @@ double highest(const std::vector<Bar>& bars) {
 }
 
 std::string dotClasses(std::size_t dots, const std::string& more) {
-  return std::string("dots") + (dots > kMany ? " dense " : " ") + more;
+  const char* const size = dots > kMany ? " dense " : dots <= kFew ? " large " : " ";
+  return std::string("dots") + size + more;
 }
+
+// The smallest and the largest of what is taken in, at first nothing.
+struct Span {
+  double low = 0;
+  double high = 0;
+
+  void take(double value) {
+    low = low == 0 ? value : std::min(low, value);
+    high = std::max(high, value);
+  }
+};
 
 // The curve of what is predicted, times `share`.
 void drawPrediction(Svg& svg, const Findings& findings, const Scale& x, const Scale& y,
-                    double longest, double share) {
+                    const Span& lengths, double share) {
   constexpr int kSteps = 90;
   std::string d;
   for (int n = 0; n <= kSteps; ++n) {
-    const double length = std::pow(10, std::log10(longest) * n / kSteps);
+    const double length =
+        lengths.low * std::pow(lengths.high / lengths.low, double{1} * n / kSteps);
     const double reads = share * findings.judge.expectedAt(length);
     d += (d.empty() ? "M" : "L") + brief(x.at(length)) + " " + brief(y.at(reads));
   }
@@ -157,17 +171,25 @@ std::string plotInserts(const LibraryData& library, std::size_t number) {
 std::string plotReads(const Findings& findings) {
   Svg svg(1040, 400, "Reads of each gap against its length");
   const Frame frame = frameOf(svg);
-  double longest = 10;
-  double most = 10;
+  Span lengths;
+  Span reads;
+  bool hasEmpty = false;
   for (std::size_t gap = 0; gap < findings.gaps.size(); ++gap) {
-    longest = std::max(longest, static_cast<double>(findings.data.gaps[gap].length));
-    most = std::max({most, static_cast<double>(findings.gaps[gap].belonging)});
+    lengths.take(std::max<double>(1, static_cast<double>(findings.data.gaps[gap].length)));
+    const auto belonging = static_cast<double>(findings.gaps[gap].belonging);
+    hasEmpty = hasEmpty || belonging == 0;
+    if (belonging > 0) reads.take(belonging);
   }
-  most = std::max(most, findings.judge.expectedAt(longest));
-  const Scale x = Scale::logarithmic(longest * 1.2, frame.left, frame.right);
-  const Scale y = Scale::logarithmic(most * 1.3, frame.bottom - 14, frame.top);
+  for (const double length : {lengths.low, lengths.high}) {
+    reads.take(std::max(1.0, findings.judge.expectedAt(length)));
+    reads.take(std::max(1.0, kFewShare * findings.judge.expectedAt(length)));
+  }
+  lengths = {lengths.low / 1.3, std::max(lengths.high * 1.3, lengths.low * 10)};
+  const Scale x = Scale::logarithmic(lengths.low, lengths.high, frame.left, frame.right);
+  const Scale y = Scale::logarithmic(hasEmpty ? 0.5 : reads.low / 1.5, reads.high * 1.5,
+                                     frame.bottom - 10, frame.top);
   drawAxes(svg, frame, x, y, "length of the gap, bases", "reads that belong in it");
-  svg.text(frame.left - 8, frame.bottom - 10, "0", "end", "tick");
+  if (hasEmpty) svg.text(frame.left - 8, frame.bottom - 6, "0", "end", "tick");
   std::array<Dots, kReasons> dots;
   for (std::size_t gap = 0; gap < findings.gaps.size(); ++gap) {
     const Judgement& judged = findings.gaps[gap];
@@ -180,26 +202,30 @@ std::string plotReads(const Findings& findings) {
              dotClasses(findings.gaps.size(),
                         reasonClass(static_cast<Reason>(reason)) + (reason == 0 ? "" : " few")));
   }
-  drawPrediction(svg, findings, x, y, longest, 1);
-  drawPrediction(svg, findings, x, y, longest, 0.25);
+  drawPrediction(svg, findings, x, y, lengths, 1);
+  drawPrediction(svg, findings, x, y, lengths, kFewShare);
   return std::move(svg).finish();
 }
 
 std::string plotLengths(const Findings& findings, std::size_t& gaps) {
   Svg svg(500, 330, "Length by the pairs that span a gap, against the length that is written");
   const Frame frame = frameOf(svg);
-  double longest = 100;
+  Span lengths;
   gaps = 0;
   for (const GapData& gap : findings.data.gaps) {
     if (!gap.implied) continue;
     ++gaps;
-    longest = std::max(
-        {longest, static_cast<double>(*gap.implied), static_cast<double>(gap.to - gap.from)});
+    for (const double length :
+         {static_cast<double>(*gap.implied), static_cast<double>(gap.to - gap.from)}) {
+      lengths.take(std::max(length, 1.0));
+    }
   }
-  const Scale x = Scale::logarithmic(longest * 1.2, frame.left, frame.right);
-  const Scale y = Scale::logarithmic(longest * 1.2, frame.bottom, frame.top);
+  const double low = std::max(lengths.low, 1.0) / 1.5;
+  const double high = std::max(lengths.high * 1.5, 10 * low);
+  const Scale x = Scale::logarithmic(low, high, frame.left, frame.right);
+  const Scale y = Scale::logarithmic(low, high, frame.bottom, frame.top);
   drawAxes(svg, frame, x, y, "written length, bases", "implied length, bases");
-  svg.line(x.at(0.5), y.at(0.5), x.at(longest * 1.2), y.at(longest * 1.2), "same");
+  svg.line(x.at(low), y.at(low), x.at(high), y.at(high), "same");
   Dots plain;
   Dots placeholders;
   for (const GapData& gap : findings.data.gaps) {
@@ -250,7 +276,7 @@ Reached reachedOf(const RunData& data, std::size_t gap) {
 }
 
 std::string plotReach(const Findings& findings) {
-  Svg svg(500, 330, "Share of each gap that exact reads cover from either side");
+  Svg svg(1040, 250, "Share of each gap that exact reads cover from either side");
   const Frame frame = frameOf(svg);
   const Scale x = Scale::linear(0, 100, frame.left, frame.right);
   const Scale y = Scale::linear(0, 100, frame.bottom, frame.top);

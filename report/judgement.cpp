@@ -12,7 +12,6 @@ using run::countText;
 using run::Evidence;
 using run::Side;
 
-constexpr double kFewShare = 0.25;      // of the reads that can be expected
 constexpr double kLeastExpected = 4;    // reads, below which no number is few
 constexpr double kRepeatedShare = 0.9;  // of the k-mers
 

@@ -26,6 +26,9 @@ enum class Reason : uint8_t {
 };
 constexpr std::size_t kReasons = 10;
 
+/// The share of the reads that can be expected, below which a gap has few.
+constexpr double kFewShare = 0.25;
+
 /// A word or two for tables, and a sentence.
 const char* nameOf(Reason reason);
 const char* explain(Reason reason);

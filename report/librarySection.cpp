@@ -55,13 +55,16 @@ std::string factsOf(const LibraryData& library) {
 std::string panelOf(const RunData& data, std::size_t number) {
   const LibraryData& library = data.libraries[number];
   const std::string colour = libraryClass(number);
-  std::string html = "<div class=\"panel library\"><h3>" + named(library.name, 80) +
-                     "</h3><p class=\"hint\">" + escaped(library.kind) + "</p>";
+  const bool isAlone = data.libraries.size() == 1;
+  std::string html = std::string("<div class=\"panel library") + (isAlone ? " alone" : "") +
+                     "\"><div><h3>" + named(library.name, 80) + "</h3><p class=\"hint\">" +
+                     escaped(library.kind) + "</p>";
   if (library.arePairs) html += plotInserts(library, number);
-  html += stackedBar({{colour, "exact", atGaps(data, number, ReadKind::kExact)},
+  html += "</div><div>" +
+          stackedBar({{colour, "exact", atGaps(data, number, ReadKind::kExact)},
                       {colour + " estimate", "estimate", atGaps(data, number, ReadKind::kEstimate)},
                       {"contained", "contained", atGaps(data, number, ReadKind::kContained)}});
-  return html + factsOf(library) + "</div>";
+  return html + factsOf(library) + "</div></div>";
 }
 
 }  // namespace

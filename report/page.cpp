@@ -28,14 +28,19 @@ std::string headOf(const RunData& data) {
 }
 
 std::string headerOf(const RunData& data, bool hasDrawings) {
-  std::string html =
-      "<header><div>" + std::string(kBrand) + "<h1>" + named(data.sample, 100) +
-      "</h1><p class=\"about\">" + named(data.assembly.name, 120) + " &middot; " +
-      countText(data.assembly.scaffolds) + " scaffolds, " + countText(data.assembly.bases) +
-      " bases, " + countText(data.assembly.contigs) +
-      " contigs &middot; k = " + std::to_string(data.settings.kmer) + " &middot; velk-run " +
-      escaped(data.version, 20) + "</p><nav><a href=\"#libraries\">Libraries</a>" +
-      "<a href=\"#gaps\">Gaps</a><a href=\"#table\">Gap by gap</a>";
+  const std::string& path = data.assembly.name;
+  const std::string file = path.substr(path.rfind('/') + 1);
+  const auto counted = [](uint64_t number, const char* what) {
+    return countText(number) + " " + what + (number == 1 ? "" : "s");
+  };
+  std::string html = "<header><div>" + std::string(kBrand) + "<h1>" + named(data.sample, 100) +
+                     "</h1><p class=\"about\">" + named(file, 120) + " &middot; " +
+                     counted(data.assembly.scaffolds, "scaffold") + ", " +
+                     counted(data.assembly.bases, "base") + ", " +
+                     counted(data.assembly.contigs, "contig") +
+                     " &middot; k = " + std::to_string(data.settings.kmer) + " &middot; velk-run " +
+                     escaped(data.version, 20) + "</p><nav><a href=\"#libraries\">Libraries</a>" +
+                     "<a href=\"#gaps\">Gaps</a><a href=\"#table\">Gap by gap</a>";
   if (hasDrawings) html += "<a href=\"#drawings\">Drawings</a>";
   return html + "</nav></div></header>\n";
 }

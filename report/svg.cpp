@@ -67,12 +67,12 @@ Scale Scale::linear(double low, double high, double from, double to) {
   return {false, low, high > low ? high : low + 1, from, to};
 }
 
-Scale Scale::logarithmic(double high, double from, double to) {
-  return {true, std::log10(0.5), std::log10(std::max(high, 10.0)), from, to};
+Scale Scale::logarithmic(double low, double high, double from, double to) {
+  return {true, std::log10(low), std::log10(std::max(high, 10 * low)), from, to};
 }
 
 double Scale::shapedOf(double value) const {
-  return isLog_ ? std::log10(std::max(value, 0.5)) : value;
+  return isLog_ ? std::max(std::log10(std::max(value, 1e-9)), low_) : value;
 }
 
 double Scale::at(double value) const {
@@ -82,10 +82,15 @@ double Scale::at(double value) const {
 std::vector<Tick> Scale::ticks(int wanted) const {
   std::vector<Tick> ticks;
   if (isLog_) {
-    const int every = std::max(1, static_cast<int>(std::ceil(high_ / wanted)));
+    const bool isShort = high_ - low_ < 2;
+    const int every = std::max(1, static_cast<int>(std::ceil((high_ - low_) / wanted)));
     for (int power = 0; power <= static_cast<int>(high_ + 1e-9); power += every) {
-      const double value = std::pow(10, power);
-      ticks.push_back({value, shortNumber(value)});
+      for (const double times : {1.0, 2.0, 5.0}) {
+        const double value = times * std::pow(10, power);
+        const double shaped = std::log10(value);
+        if (times != 1 && !isShort) continue;
+        if (shaped >= low_ && shaped <= high_) ticks.push_back({value, shortNumber(value)});
+      }
     }
     return ticks;
   }

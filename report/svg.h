@@ -51,8 +51,8 @@ struct Tick {
 class Scale {
  public:
   static Scale linear(double low, double high, double from, double to);
-  /// Of 1 and more; what is smaller counts as 1/2, below the first mark.
-  static Scale logarithmic(double high, double from, double to);
+  /// REQUIRES: low > 0. What is smaller counts as `low`.
+  static Scale logarithmic(double low, double high, double from, double to);
 
   double at(double value) const;
 
@@ -84,7 +84,7 @@ struct Frame {
 void drawAxes(Svg& svg, const Frame& frame, const Scale& x, const Scale& y, std::string_view xName,
               std::string_view yName);
 
-/// Many dots as one path: those at the same tenth of a pixel count once.
+/// Many dots as one path: those at the same half of a pixel count once.
 class Dots {
  public:
   void add(double x, double y);
