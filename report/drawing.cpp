@@ -181,7 +181,7 @@ class Drawing {
     svg.line(left, top + kBandHeight / 2, right, top + kBandHeight / 2, "unknown");
     const std::string name = countText(gap_.to - gap_.from) + " N";
     const bool hasRoom = right - left > 7 * static_cast<double>(name.size());
-    if (hasRoom) svg.text((left + right) / 2, top - 7, name, "middle", "gap-name");
+    if (hasRoom) svg.text((left + right) / 2, top + 11, name, "middle", "gap-name");
     nameContig(svg, kSideMargin, left, gap_.basesBefore);
     nameContig(svg, right, kWidth - kSideMargin, gap_.basesBehind);
   }

@@ -83,7 +83,7 @@ std::string gapSection(const Findings& findings) {
                 lengths);
   if (findings.data.evidence) {
     html += panel("", "Depth beside the gaps",
-                  "Reads within 1,000 bases of each gap. Twice the median is where a repeat may be "
+                  "Reads within 500 bases of each gap. Twice the median is where a repeat may be "
                   "collapsed in the contigs.",
                   plotFlanks(findings));
     html += panel("wide", "Covered by exact reads",

@@ -41,6 +41,8 @@ const char* nameOf(Reason reason) {
       return "unknown length";
     case Reason::kContained:
       return "contained reads";
+    case Reason::kFewNear:
+      return "few reads near";
     case Reason::kUnknown:
       break;
   }
@@ -52,7 +54,7 @@ const char* explain(Reason reason) {
     case Reason::kEnough:
       return "At least a quarter of the reads that depth and reach predict.";
     case Reason::kInsertTooLarge:
-      return "Every library that reaches the gap has inserts too large for a gap of its length.";
+      return "Every library has inserts too large for a gap of this length.";
     case Reason::kRepeats:
       return "Over 90 % of the k-mers in the flanks occur more than once, so that no read is "
              "placed "
@@ -60,7 +62,7 @@ const char* explain(Reason reason) {
     case Reason::kShortContig:
       return "A contig beside the gap is shorter than -L or than a k-mer, and places no read.";
     case Reason::kNothingNear:
-      return "No read of any library lies within reach of the gap.";
+      return "No read of any library that a gap of this length can use lies within reach.";
     case Reason::kUnlike:
       return "Reads are there, but differ from the contigs in more bases than -M allows.";
     case Reason::kShortOverlap:
@@ -69,6 +71,8 @@ const char* explain(Reason reason) {
       return "The gap's length is unknown, and its reads may lie anywhere within the reach.";
     case Reason::kContained:
       return "Reads were found, but a contig beside the gap has all of their bases.";
+    case Reason::kFewNear:
+      return "The flanks of the gap have under a quarter of the reads of other gaps' flanks.";
     case Reason::kUnknown:
       break;
   }
@@ -153,28 +157,39 @@ double Judge::shareRepeated(std::size_t gap) const {
   return kmers == 0 ? 0 : static_cast<double>(repeated) / static_cast<double>(kmers);
 }
 
-Reason Judge::reasonOf(std::size_t gap, uint64_t belonging) const {
+// The rule of placement for large inserts at small gaps, where it has refused pairs at this one.
+bool Judge::areInsertsTooLarge(std::size_t gap) const {
+  const auto bigGap = std::max<int64_t>(0, data_.settings.bigGapLength);
+  return data_.gaps[gap].length < static_cast<uint64_t>(bigGap) &&
+         refused(gap, Refusal::kSmallGap) > 0 &&
+         std::all_of(depths_.begin(), depths_.end(),
+                     [](const Depth& depth) { return depth.needsBigGap; });
+}
+
+Reason Judge::reasonOf(std::size_t gap, double expected, uint64_t belonging) const {
   if (!data_.evidence) return Reason::kUnknown;
-  const uint64_t contained = data_.count(gap, ReadKind::kContained);
-  const uint64_t small = refused(gap, Refusal::kSmallGap);
-  const uint64_t unlike = refused(gap, Refusal::kUnlike);
-  const uint64_t shortOverlap = refused(gap, Refusal::kShortOverlap);
-  const uint64_t found = belonging + contained;
-  // 1. Nothing came near but reads of inserts too large.
-  if (small > 0 && found + unlike + shortOverlap == 0) return Reason::kInsertTooLarge;
-  // 2, 3. What the contigs cannot place.
+  // 1, 2, 3. What the libraries cannot reach, and the contigs cannot place.
+  if (areInsertsTooLarge(gap)) return Reason::kInsertTooLarge;
   if (shareRepeated(gap) > kRepeatedShare) return Reason::kRepeats;
   for (const Side side : {Side::kFront, Side::kBehind}) {
     if (data_.evidence->kmers(gap, side) == 0) return Reason::kShortContig;
   }
-  // 4, 5. What came, and what of it was refused: most of it, or all.
-  if (found + small + unlike + shortOverlap == 0) return Reason::kNothingNear;
-  if (unlike + shortOverlap > 0 && unlike + shortOverlap >= belonging) {
-    return unlike >= shortOverlap ? Reason::kUnlike : Reason::kShortOverlap;
-  }
-  // 6, 7.
+  // 4. What came of the libraries that a gap of its length can use.
+  const uint64_t contained = data_.count(gap, ReadKind::kContained);
+  const uint64_t unlike = refused(gap, Refusal::kUnlike);
+  const uint64_t lost = unlike + refused(gap, Refusal::kShortOverlap);
+  if (belonging + contained + lost == 0) return Reason::kNothingNear;
+  // 5. What of it was refused: so much that with it there would be enough.
+  const Reason ofLost = 2 * unlike >= lost ? Reason::kUnlike : Reason::kShortOverlap;
+  const bool isMost = lost > 0 && lost >= belonging;
+  if (isMost && static_cast<double>(lost + belonging) >= kFewShare * expected) return ofLost;
+  // 6, 7. What it was found to be.
   if (data_.gaps[gap].isPlaceholder) return Reason::kPlaceholder;
-  return contained > 0 && contained >= belonging ? Reason::kContained : Reason::kUnknown;
+  if (contained > 0 && contained >= belonging) return Reason::kContained;
+  // 8. Hardly anything came, or most of the little that did was refused.
+  const double depth = flankDepth(gap);
+  if (depth >= 0 && depth < kFewShare) return Reason::kFewNear;
+  return isMost ? ofLost : Reason::kUnknown;
 }
 
 std::string Judge::figureOf(std::size_t gap, Reason reason) const {
@@ -192,10 +207,16 @@ std::string Judge::figureOf(std::size_t gap, Reason reason) const {
       return countText(refused(gap, Refusal::kShortOverlap)) + " refused";
     case Reason::kContained:
       return countText(data_.count(gap, ReadKind::kContained)) + " contained";
+    case Reason::kFewNear:
+      return percent(flankDepth(gap)) + " of the median";
     case Reason::kEnough:
-    case Reason::kNothingNear:
     case Reason::kPlaceholder:
     case Reason::kUnknown:
+      break;
+    case Reason::kNothingNear:
+      if (const uint64_t large = refused(gap, Refusal::kSmallGap); large > 0) {
+        return "but for " + countText(large) + " of large inserts";
+      }
       break;
   }
   return "";
@@ -207,12 +228,10 @@ Judgement Judge::judge(std::size_t gap) const {
   Judgement judgement{expectedAt(length, static_cast<double>(facts.basesBefore),
                                  static_cast<double>(facts.basesBehind)),
                       data_.belonging(gap), Reason::kEnough, ""};
-  // A short contig may be why little can be expected: what counts is what the gap itself allows.
-  const double possible = expectedAt(length);
-  const bool isFew =
-      possible >= kLeastExpected && static_cast<double>(judgement.belonging) < kFewShare * possible;
+  const bool isFew = judgement.expected >= kLeastExpected &&
+                     static_cast<double>(judgement.belonging) < kFewShare * judgement.expected;
   if (judgement.belonging == 0 || isFew) {
-    judgement.reason = reasonOf(gap, judgement.belonging);
+    judgement.reason = reasonOf(gap, judgement.expected, judgement.belonging);
     judgement.figure = figureOf(gap, judgement.reason);
   }
   return judgement;

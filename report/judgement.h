@@ -14,7 +14,7 @@ namespace velk::report {
 /// Why a gap has few reads or none: the first of these that holds.
 enum class Reason : uint8_t {
   kEnough,          // it has as many as can be expected
-  kInsertTooLarge,  // every library's insert is too large for its length
+  kInsertTooLarge,  // every library's insert is too large for its length, and was refused so
   kRepeats,         // the flanks are repeats
   kShortContig,     // a contig beside it is below -L, or shorter than a k-mer
   kNothingNear,     // no read of any library within reach
@@ -22,9 +22,10 @@ enum class Reason : uint8_t {
   kShortOverlap,    // reads are there, with too little overlap
   kPlaceholder,     // its length is not known
   kContained,       // a contig beside it has all of the reads
+  kFewNear,         // its flanks have few reads, too
   kUnknown          // none of these
 };
-constexpr std::size_t kReasons = 10;
+constexpr std::size_t kReasons = 11;
 
 /// The share of the reads that can be expected, below which a gap has few.
 constexpr double kFewShare = 0.25;
@@ -68,7 +69,8 @@ class Judge {
 
   static double ofSide(const Depth& depth, double length, double contig);
   double expectedAt(double length, double before, double behind) const;
-  Reason reasonOf(std::size_t gap, uint64_t belonging) const;
+  Reason reasonOf(std::size_t gap, double expected, uint64_t belonging) const;
+  bool areInsertsTooLarge(std::size_t gap) const;
   uint64_t refused(std::size_t gap, Refusal why) const;
   double shareRepeated(std::size_t gap) const;
   double readsPerFlankBase(std::size_t gap) const;

@@ -71,17 +71,16 @@ std::string rowOf(const Findings& findings, std::size_t number, bool isDrawn) {
                       : "<td class=none>.";
   html += numberCell(judged.belonging);
   html += numberCell(data.count(number, ReadKind::kExact));
-  html += numberCell(data.count(number, ReadKind::kEstimate));
   html += numberCell(data.count(number, ReadKind::kContained));
   if (!data.evidence) return html;
   html += cell(countText(static_cast<uint64_t>(std::llround(judged.expected))));
   const double depth = findings.judge.flankDepth(number);
   html += depth < 0 ? "<td class=none>." : cell(brief(depth));
   html += reachCell(reachedOf(data, number));
-  html += "<td class=word>";
+  html += "<td class=\"word why\">";
   if (judged.reason == Reason::kEnough) return html;
   html += "<i class=" + reasonClass(judged.reason) + "></i>" + nameOf(judged.reason);
-  return judged.figure.empty() ? html : html + ", " + judged.figure;
+  return judged.figure.empty() ? html : html + "<small>" + judged.figure + "</small>";
 }
 
 }  // namespace
@@ -103,10 +102,11 @@ std::string tableSection(const Findings& findings, const std::set<std::size_t>& 
     html += "Gaps without reads first, then from poor to rich, measured by what is predicted. ";
   }
   html +=
-      "Positions count from 1.</p><div class=\"panel scroll\"><table class=\"sorts filters-too\">"
+      "Positions count from 1.<span class=\"paper\"> On paper stand the first 100 "
+      "rows.</span></p><div class=\"panel scroll rows\"><table class=\"sorts filters-too\">"
       "<thead><tr><th>Gap<th class=word>Scaffold<th>Position<th>Length<th>By pairs<th>Reads"
-      "<th>Exact<th>Estimate<th>Contained";
-  if (hasEvidence) html += "<th>Predicted<th>Flanks<th>Covered<th class=word>Why few";
+      "<th>Exact<th>Contained";
+  if (hasEvidence) html += "<th>Predicted<th>Flanks<th>Covered<th class=word>Why few or none";
   html += "</tr></thead><tbody>";
   for (const std::size_t row : rows) html += rowOf(findings, row, drawn.contains(row)) + "</tr>\n";
   return html + "</tbody></table></div></section>";

@@ -42,8 +42,8 @@ std::string topSection(const Findings& findings) {
                      countText(data.readsFound) + " were found at gaps; " +
                      countText(tally.withReads) + " of " + countText(gaps) +
                      " gaps have reads.</p><div class=\"tiles\">";
-  html += tile("gaps", countText(tally.withReads) + " of " + countText(gaps), "gaps with reads",
-               percentText(shareOf(tally.withReads, gaps)));
+  html += tile("gaps", countText(tally.withReads), "gaps with reads",
+               "of " + countText(gaps) + ", " + percentText(shareOf(tally.withReads, gaps)));
   html += tile("found", countText(data.readsFound), "reads found",
                percentText(shareOf(data.readsFound, data.readsSearched)) + " of all");
   html += tile("exact", percentText(shareOf(tally.exact, tally.exact + tally.estimates)),

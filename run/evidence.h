@@ -20,7 +20,7 @@ enum class Side : uint8_t { kFront, kBehind };
 class Evidence {
  public:
   /// A read lies in the flank of a gap where it begins within so many bases of the gap.
-  static constexpr int64_t kFlankBases = 1000;
+  static constexpr int64_t kFlankBases = 500;
 
   /// `libraries`: their names.
   Evidence(uint64_t gaps, std::vector<std::string> libraries);

@@ -92,8 +92,7 @@ class Planted:
         """Near the gap there are single reads alone, which run over an edge by most of their bases."""
         genome = self.add_plain("too little overlap", gap, keep=lambda start, end: (
             end < CONTIG - 700 or start > CONTIG + gap + 700))
-        self.sequence_singles(genome, [CONTIG - on for on in range(33, 44)])
-        self.sequence_singles(genome, [CONTIG + gap + on - 150 for on in range(33, 44)])
+        self.sequence_singles(genome, [CONTIG - on for on in range(33, 44)] * 6)
 
     def add_overlap(self, reason, gap):
         """The contigs share 60 bases, so that nothing is missing between them."""

@@ -87,17 +87,20 @@ TEST_F(GapWatchTest, WhatIsFoundOrLiesOnAContigIsNoLoss) {
 }
 
 TEST_F(GapWatchTest, ReadsInTheFlanks) {
-  watch_->anchored({0, 0, 1949}, 50);  // 1,001 bases lie between it and the gap
+  watch_->anchored({0, 0, 2449}, 50);  // 501 bases lie between it and the gap
   watch_->endEntry(false);
   EXPECT_EQ(evidence_->flankReads(0), 0U);
-  watch_->anchored({0, 0, 1951}, 50);
-  watch_->anchored({0, 0, 1951}, 50);  // the same pair
+  watch_->anchored({0, 0, 2451}, 50);
+  watch_->anchored({0, 0, 2451}, 50);  // the same pair
   watch_->endEntry(false);
   EXPECT_EQ(evidence_->flankReads(0), 1U);
-  watch_->refused(refusedAt(1, 600, Refusal::kInsideContig, 2, 0), 50, 0);  // near both
+  watch_->refused(refusedAt(1, 690, Refusal::kInsideContig, 2, 0), 50, 0);  // near the next gap
   watch_->endEntry(false);
-  EXPECT_EQ(evidence_->flankReads(0), 2U);
+  EXPECT_EQ(evidence_->flankReads(0), 1U);
   EXPECT_EQ(evidence_->flankReads(1), 1U);
+  watch_->refused(refusedAt(2, 200, Refusal::kInsideContig, 2, 0), 50, 0);  // of a last contig
+  watch_->endEntry(false);
+  EXPECT_EQ(evidence_->flankReads(1), 2U);
 }
 
 TEST_F(GapWatchTest, RefusalsAtNoGapSayNothing) {
