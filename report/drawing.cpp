@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <map>
 #include <tuple>
 
@@ -193,20 +194,20 @@ class Drawing {
              "contig-name");
   }
 
-  // All reads of a library and kind in one path, a stroke for each.
+  // All reads of a library and kind in one path, a stroke for each, on whole pixels.
   void drawReads(Svg& svg) const {
     std::string joins;
     std::map<std::pair<uint32_t, ReadKind>, std::string> strokes;
     for (std::size_t n = 0; n < fragments_.size(); ++n) {
       const Fragment& fragment = fragments_[n];
-      const double y = laneTop() + kLaneHeight * (static_cast<double>(laneOf_[n]) + 0.5);
-      const double from = x(fragment.start);
+      const double y = laneTop() + kLaneHeight * static_cast<double>(laneOf_[n]) + 3;
+      const double from = std::round(x(fragment.start));
       if (fragment.reads.size() > 1) {
-        joins += "M" + brief(from) + " " + brief(y) + "H" + brief(x(fragment.end));
+        joins += "M" + brief(from) + " " + brief(y) + "H" + brief(std::round(x(fragment.end)));
       }
       for (const GapRead* read : fragment.reads) {
-        const double start = x(read->start);
-        const double length = std::max(x(read->end) - start, 1.0);
+        const double start = std::round(x(read->start));
+        const double length = std::max(std::round(x(read->end)) - start, 1.0);
         strokes[{fragment.library, read->kind}] +=
             "M" + brief(start) + " " + brief(y) + "h" + brief(length);
       }

@@ -257,7 +257,7 @@ std::string plotFlanks(const Findings& findings) {
     ++bars[bar].height;
   }
   const Scale x = Scale::linear(0, kWidest, frame.left, frame.right);
-  const Scale y = Scale::linear(0, std::max(1.0, highest(bars)), frame.bottom, frame.top);
+  const Scale y = Scale::linear(0, std::max(5.0, highest(bars)), frame.bottom, frame.top);
   drawAxes(svg, frame, x, y, "depth of the flanks, times the median (the last bar: and more)",
            "gaps");
   drawBars(svg, frame, x, y, bars, "bars");

@@ -1,9 +1,10 @@
 """Chromium without a window, driven over the pipe of its DevTools protocol, with the standard library
 alone.
 
-    with Browser() as browser:
-        page = browser.open("file:///.../report.html")
-        page.evaluate("document.title")
+    browser = Browser()
+    page = browser.open("file:///.../report.html")
+    page.evaluate("document.title")
+    browser.close()
 """
 
 import base64
@@ -51,10 +52,7 @@ class Browser:
         os.close(end)
         return copy
 
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
+    def close(self):
         try:
             self.call("Browser.close")
         except (EOFError, OSError):
@@ -150,7 +148,7 @@ class Page:
         size = self.call("Page.getLayoutMetrics")["cssContentSize"]
         x, y, width, height = clip or (0, 0, size["width"], size["height"])
         picture = self.call("Page.captureScreenshot", format="png", captureBeyondViewport=True,
-                            clip={"x": x, "y": y, "width": width, "height": min(height, 16000),
+                            clip={"x": x, "y": y, "width": width, "height": min(height, 6000),
                                   "scale": 1})
         with open(file, "wb") as output:
             output.write(base64.b64decode(picture["data"]))

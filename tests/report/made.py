@@ -83,3 +83,9 @@ def many_gaps(chance, count):
         scaffolds.append((f"scaffold_{len(scaffolds) + 1}", "".join(text)))
         genomes.append("".join(genome))
     return scaffolds, genomes
+
+
+def stretch(chance, genome):
+    """(start, end) of a stretch of some hundred or thousand bases."""
+    start = chance.randrange(len(genome))
+    return start, start + chance.randrange(500, 5000)
