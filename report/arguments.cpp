@@ -18,7 +18,8 @@ constexpr const char* kExamples =
     "\nExamples:\n"
     "  velk-report found                        writes found/report.html\n"
     "  velk-report --text found                 the same in short, on the terminal\n"
-    "  velk-report --gap 17 found >gap17.svg    draws a gap\n";
+    "  velk-report --gap 17 found >gap17.svg    draws a gap\n"
+    "  velk-report one other -o both.html       puts two runs side by side\n";
 
 }  // namespace
 
@@ -27,19 +28,19 @@ Arguments parseArguments(int argc, const char* const* argv) {
   CLI::App app(kAbout, "velk-report");
   app.footer(kExamples);
   app.set_version_flag("--version", "velk-report " VELK_VERSION);
-  app.add_option("folder", arguments.folders, "folder of results")
+  app.add_option("folder", arguments.folders, "folder of results; two to compare them")
       ->required()
-      ->expected(1)
-      ->type_name("DIR");
+      ->expected(1, 2)
+      ->type_name("DIR [DIR]");
   CLI::Option* const gap =
       app.add_option("--gap", arguments.gap, "draw this gap as SVG, by its number in gaps.tsv")
           ->type_name("N");
   CLI::Option* const text =
       app.add_flag("--text", arguments.asText, "a summary as text, on standard output")
           ->excludes(gap);
-  app.add_option("-o,--output", arguments.output, "file for the drawing; -: standard output")
+  app.add_option("-o,--output", arguments.output,
+                 "file for a drawing or a comparison; -: standard output")
       ->type_name("FILE")
-      ->needs(gap)
       ->excludes(text);
   try {
     app.parse(argc, argv);
@@ -49,6 +50,17 @@ Arguments parseArguments(int argc, const char* const* argv) {
     throw run::TextWanted{app.version() + "\n"};
   } catch (const CLI::Error& error) {
     throw Failure(Status::kUsage, error.what() + std::string(kMore));
+  }
+  const bool areTwo = arguments.folders.size() == 2;
+  if (areTwo && arguments.gap) {
+    throw Failure(Status::kUsage, std::string("--gap takes one folder") + kMore);
+  }
+  if (!areTwo && !arguments.gap && !arguments.output.empty()) {
+    throw Failure(
+        Status::kUsage,
+        std::string("--output takes --gap or two folders; report.html stands in the folder "
+                    "of the results") +
+            kMore);
   }
   return arguments;
 }

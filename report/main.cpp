@@ -42,17 +42,24 @@ void print(const std::string& text) {
   run::writeDescriptor(STDOUT_FILENO, "standard output", text);
 }
 
+void put(const std::string& text, const std::string& output) {
+  if (output.empty() || output == "-") {
+    print(text);
+  } else {
+    run::writeFile(output, text);
+  }
+}
+
 void run(const Arguments& arguments) {
   const std::string& folder = arguments.folders.front();
+  const bool areTwo = arguments.folders.size() == 2;
   if (arguments.gap) {
-    const std::string drawing = drawingOf(folder, *arguments.gap);
-    if (arguments.output.empty() || arguments.output == "-") {
-      print(drawing);
-    } else {
-      run::writeFile(arguments.output, drawing);
-    }
+    put(drawingOf(folder, *arguments.gap), arguments.output);
   } else if (arguments.asText) {
-    print(textOf(folder, widthOfTerminal()));
+    const std::size_t width = widthOfTerminal();
+    print(areTwo ? comparisonTextOf(folder, arguments.folders[1], width) : textOf(folder, width));
+  } else if (areTwo) {
+    put(comparisonOf(folder, arguments.folders[1]), arguments.output);
   } else {
     reportOn(folder);
   }

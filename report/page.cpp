@@ -7,25 +7,31 @@
 #include "run/terminal.h"
 
 namespace velk::report {
-namespace {
-
 using run::countText;
 
-constexpr std::string_view kBrand =
+const std::string_view kBrand =
     "<div class=\"brand\"><svg viewBox=\"0 0 46 16\" aria-hidden=\"true\"><rect class=\"solid\" "
     "y=\"5\" width=\"14\" height=\"6\" rx=\"2\"/><path class=\"dash\" d=\"M16.5 8h13\"/><rect "
     "class=\"solid\" x=\"32\" y=\"5\" width=\"14\" height=\"6\" rx=\"2\"/></svg>velk report</div>";
 
-std::string headOf(const RunData& data) {
+std::string pageHead(const std::string& title) {
   std::string html =
       "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
       "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
       "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; style-src "
       "'unsafe-inline'; script-src 'unsafe-inline'; base-uri 'none'; form-action 'none'\">\n"
       "<title>";
-  html += escaped(data.sample, 80) + ": velk report</title>\n<style>\n";
+  html += escaped(title, 160) + ": velk report</title>\n<style>\n";
   return html.append(drawingStyle()).append(pageStyle()).append("</style>\n</head>\n");
 }
+
+std::string pageEnd() {
+  return "</main>\n<footer>Made by velk-report " VELK_VERSION
+         ". What the figures mean: doc/report.md.</footer>\n<script>\n" +
+         std::string(pageScript()) + "</script>\n</body>\n</html>\n";
+}
+
+namespace {
 
 std::string headerOf(const RunData& data, bool hasDrawings) {
   const std::string& path = data.assembly.name;
@@ -48,13 +54,11 @@ std::string headerOf(const RunData& data, bool hasDrawings) {
 }  // namespace
 
 std::string makePage(const Findings& findings, GapReadSource* reads) {
-  std::string html = headOf(findings.data);
+  std::string html = pageHead(findings.data.sample);
   html += "<body>\n" + headerOf(findings.data, reads != nullptr) + "<main>\n";
   html += topSection(findings) + "\n" + librarySection(findings) + "\n";
   html += gapSection(findings) + "\n";
-  const std::string end = "</main>\n<footer>Made by velk-report " VELK_VERSION
-                          ". What the figures mean: doc/report.md.</footer>\n<script>\n" +
-                          std::string(pageScript()) + "</script>\n</body>\n</html>\n";
+  const std::string end = pageEnd();
   std::set<std::size_t> drawn;
   std::string drawings;
   if (reads != nullptr) {

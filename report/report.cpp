@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
+#include "report/comparison.h"
 #include "report/drawing.h"
 #include "report/multiqc.h"
 #include "report/page.h"
@@ -99,6 +100,24 @@ std::string summaryWith(const std::string& summary, const std::string& said,
   return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
+// A run with what is said of its gaps.
+class Judged {
+ public:
+  explicit Judged(const std::string& folder)
+      : data_(readRun(folder, wholeSummary(folder))),
+        judge_(data_),
+        gaps_(judgeAll(data_, judge_)) {}
+  Judged(const Judged&) = delete;
+  Judged& operator=(const Judged&) = delete;
+
+  Findings findings() const { return {data_, judge_, gaps_}; }
+
+ private:
+  RunData data_;
+  Judge judge_;
+  std::vector<Judgement> gaps_;
+};
+
 }  // namespace
 
 std::string writeReport(const std::string& folder, const std::string& summary,
@@ -147,10 +166,21 @@ std::string drawingOf(const std::string& folder, uint64_t gap) {
 }
 
 std::string textOf(const std::string& folder, std::size_t width) {
-  const RunData data = readRun(folder, wholeSummary(folder));
-  const Judge judge(data);
-  const std::vector<Judgement> gaps = judgeAll(data, judge);
-  return summaryText({data, judge, gaps}, width);
+  const Judged run(folder);
+  return summaryText(run.findings(), width);
+}
+
+std::string comparisonOf(const std::string& folder, const std::string& other) {
+  const Judged one(folder);
+  const Judged two(other);
+  return comparisonPage(one.findings(), two.findings());
+}
+
+std::string comparisonTextOf(const std::string& folder, const std::string& other,
+                             std::size_t width) {
+  const Judged one(folder);
+  const Judged two(other);
+  return comparisonText(one.findings(), two.findings(), width);
 }
 
 }  // namespace velk::report

@@ -22,4 +22,9 @@ std::string drawingOf(const std::string& folder, uint64_t gap);
 /// A summary of at most `width` characters a line. Throws Failure.
 std::string textOf(const std::string& folder, std::size_t width);
 
+/// Two runs side by side: a page, or text. Throws Failure.
+std::string comparisonOf(const std::string& folder, const std::string& other);
+std::string comparisonTextOf(const std::string& folder, const std::string& other,
+                             std::size_t width);
+
 }  // namespace velk::report

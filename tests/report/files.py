@@ -150,11 +150,44 @@ class Files(unittest.TestCase):
         self.assertIn("found 2,462 of 16,000 reads; 6 of 6 gaps have reads", done.stdout)
         self.assertLessEqual(max(map(len, done.stdout.splitlines())), 80)
 
+    def test_two_runs(self):
+        """Against a run with half of the reads, and one whose scaffold has another name."""
+        half = os.path.join(self.folder, "half")
+        done = run(VELK_RUN, "scaffolds.fa", "--single", "reads_1.fq.gz", "-o", half, "--quiet",
+                   cwd=EXAMPLES)
+        self.assertEqual(done.returncode, 0)
+        counts = [load(out, "summary.json")["libraries"][0]["reads_at_gaps"]
+                  for out in (self.out, half)]
+        text = run(VELK_REPORT, "--text", self.out, half).stdout
+        rows = dict(re.findall(r"lib1 +(\w+) +(.*)", text))
+        for kind in ("exact", "estimate", "contained"):
+            one, other = (each[kind] for each in counts)
+            self.assertEqual(rows[kind].split(), [f"{one:,}", f"{other:,}", f"{other - one:+,}"])
+        self.assertRegex(" ".join(text.split()), "of 6 gaps of both runs 0 gained .* 6 lost some")
+        self.assertLessEqual(max(map(len, text.splitlines())), 80)
+        page = run(VELK_REPORT, self.out, half).stdout
+        elements = Elements(page)
+        self.assertEqual(elements.names.count("tr"), 1 + 3 + 1 + 6)
+        same = run(VELK_REPORT, "--text", self.out, self.out).stdout
+        self.assertRegex(" ".join(same.split()), "of 6 gaps of both runs 0 gained .* 0 lost some")
+        self.assertNotIn("Gaps that", same)
+        renamed = self.copy()
+        path = os.path.join(renamed, "gaps.tsv")
+        with open(path, encoding="ascii") as file:
+            table = file.read()
+        with open(path, "w", encoding="ascii") as file:
+            file.write(table.replace("scaffold1", "chr1"))
+        text = " ".join(run(VELK_REPORT, "--text", self.out, renamed).stdout.split())
+        self.assertRegex(text, "of 0 gaps of both runs .* 6 gaps are of the first run alone, 6 of")
+
     def test_command_line(self):
         more = " (velk-report --help tells more)"
         self.failure(2, "folder is required" + more)
         self.failure(2, "there is no gap 6; " + self.out + " has 6, numbered from 0",
                      "--gap", "6", self.out)
+        self.failure(2, "--gap takes one folder" + more, "--gap", "1", self.out, self.out)
+        self.failure(2, "--output takes --gap or two folders; report.html stands in the folder of the"
+                     " results" + more, self.out, "-o", "page.html")
         self.assertIn("--gap", run(VELK_REPORT, "--help").stdout)
         self.assertRegex(run(VELK_REPORT, "--version").stdout, r"^velk-report \d+\.\d+\n$")
 
