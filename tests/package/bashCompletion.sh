@@ -77,5 +77,7 @@ if [[ $run != no-run ]]; then
   expect '1|2|3|' velk-run scaffolds.fa -t ''
   expect '' velk-run scaffolds.fa -k ''
   expect 'sub|' velk-run extract ''
+  expect "$(marked "${run%/run/velk-run}/report/velk-report")" velk-report -
+  expect 'sub|' velk-report --text ''
 fi
 exit "$failed"

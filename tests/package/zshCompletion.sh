@@ -14,8 +14,8 @@ zsh -n "$root/completions/_velk"
 
 # shellcheck disable=SC2016  # for zsh
 taken=$(zsh -fc 'fpath=($1 $fpath); autoload -U compinit; compinit -D -u
-  print -- $_comps[velk] $_comps[velk-check] $_comps[velk-run]' zsh "$root/completions")
-[[ $taken == "_velk _velk _velk" ]] || { echo "zsh completes by: $taken"; exit 1; }
+  print -- $_comps[velk] $_comps[velk-check] $_comps[velk-run] $_comps[velk-report]' zsh "$root/completions")
+[[ $taken == "_velk _velk _velk _velk" ]] || { echo "zsh completes by: $taken"; exit 1; }
 
 # handed SERVICE [VERB]: the options handed to _arguments; each is [(EXCLUDED)][*]OPTION[TEXT]...
 handed() {
@@ -29,4 +29,5 @@ if [[ $# -gt 1 ]]; then diff <(options_of "$@") <(handed velk-check); fi
 if [[ $run != no-run ]]; then
   diff <(long_options_of "$run") <(handed velk-run)
   diff <(long_options_of "$run" extract) <(handed velk-run extract)
+  diff <(long_options_of "${run%/run/velk-run}/report/velk-report") <(handed velk-report)
 fi
