@@ -59,19 +59,19 @@ class Gallery {
   std::string group(const char* name, const std::vector<std::size_t>& gaps) {
     std::string shown;
     std::string folded;
-    std::size_t drawn = 0;
+    std::size_t count = 0;
     for (const std::size_t gap : gaps) {
       const std::string figure = figureOf(gap);
       if (figure.size() > left_) break;
       left_ -= figure.size();
       drawn_.insert(gap);
-      (drawn < kUnfolded ? shown : folded) += figure;
-      ++drawn;
+      (count < kUnfolded ? shown : folded) += figure;
+      ++count;
     }
-    if (drawn == 0) return "";
+    if (count == 0) return "";
     std::string html = std::string("<h3>") + name + "</h3>" + shown;
-    if (drawn > kUnfolded) {
-      html += "<details class=\"more\"><summary>" + countText(drawn - kUnfolded) +
+    if (count > kUnfolded) {
+      html += "<details class=\"more\"><summary>" + countText(count - kUnfolded) +
               " more</summary>" + folded + "</details>";
     }
     return html;

@@ -117,7 +117,7 @@ class GapReadSource::Bam {
 };
 
 GapReadSource::GapReadSource(const std::string& folder, const RunData& data)
-    : data_(data), bam_(std::make_unique<Bam>(folder, data)) {}
+    : bam_(std::make_unique<Bam>(folder, data)) {}
 
 GapReadSource::~GapReadSource() = default;
 

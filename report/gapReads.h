@@ -27,7 +27,7 @@ struct GapReads {
 
 class GapReadSource {
  public:
-  /// Opens the alignment records of the folder. `data` outlives it. Throws Failure.
+  /// Opens the alignment records of the folder. Throws Failure.
   GapReadSource(const std::string& folder, const RunData& data);
   ~GapReadSource();
   GapReadSource(const GapReadSource&) = delete;
@@ -39,7 +39,6 @@ class GapReadSource {
  private:
   class Bam;
 
-  const RunData& data_;
   std::unique_ptr<Bam> bam_;
 };
 

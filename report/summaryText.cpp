@@ -94,8 +94,7 @@ std::string summaryText(const Findings& findings, std::size_t width) {
           countText(data.gaps.size()) + " gaps have reads, " + countText(tally.medianReads) +
           " in the median; " + countText(tally.covered) + " are covered whole by exact reads.",
       width, 0);
-  for (std::size_t l = 0; l < data.libraries.size(); ++l) {
-    const LibraryData& library = data.libraries[l];
+  for (const LibraryData& library : data.libraries) {
     std::string line = cleaned(library.name, 40) + ": found " + countText(library.readsFound) +
                        " of " + countText(library.readsSearched);
     if (library.arePairs) {

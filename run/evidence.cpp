@@ -148,7 +148,7 @@ Evidence Evidence::parse(std::string_view text, const std::string& file) {
   for (const char* name : kNames) {
     if (takeUntil(names, '\t') != name) fail();
   }
-  std::vector<std::string> libraries;
+  std::vector<std::string> ofLibraries;
   while (!names.empty()) {
     std::string_view library;
     for (const std::string_view name : kRefusalNames) {
@@ -156,10 +156,10 @@ Evidence Evidence::parse(std::string_view text, const std::string& file) {
       if (!library.ends_with(name)) fail();
       library.remove_suffix(name.size());
     }
-    libraries.emplace_back(library);
+    ofLibraries.emplace_back(library);
   }
   Evidence evidence(static_cast<uint64_t>(std::count(text.begin(), text.end(), '\n')),
-                    std::move(libraries));
+                    std::move(ofLibraries));
   for (uint64_t gap = 0; gap < evidence.gaps_; ++gap) {
     std::string_view line = takeUntil(text, '\n');
     if (takeUntil(line, '\t') != std::to_string(gap)) fail();

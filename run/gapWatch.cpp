@@ -40,9 +40,9 @@ void GapWatch::refused(const Refused& refused, int64_t length, int64_t mateLengt
 }
 
 void GapWatch::note(uint64_t scaffold, uint64_t contigBehind, Refusal why) {
-  const AtGap refused{assembly_.gapInFront(scaffold, contigBehind), why};
-  if (std::find(refused_.begin(), refused_.end(), refused) == refused_.end()) {
-    refused_.push_back(refused);
+  const AtGap here{assembly_.gapInFront(scaffold, contigBehind), why};
+  if (std::find(refused_.begin(), refused_.end(), here) == refused_.end()) {
+    refused_.push_back(here);
   }
 }
 
@@ -68,7 +68,7 @@ void GapWatch::place(const Hit& hit, int64_t length) {
 void GapWatch::endEntry(bool isFound) {
   if (isFound || isPlaced_) ++placedEntries_;
   if (!isFound && !isAccepted_) {
-    for (const AtGap& refused : refused_) evidence_.addRefused(refused.gap, library_, refused.why);
+    for (const AtGap& one : refused_) evidence_.addRefused(one.gap, library_, one.why);
   }
   refused_.clear();
   isPlaced_ = false;
