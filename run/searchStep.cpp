@@ -1,8 +1,10 @@
 #include "run/searchStep.h"
 
+#include <algorithm>
 #include <new>
 
 #include "driver/velk.h"
+#include "run/gapFlanks.h"
 #include "run/terminal.h"
 
 namespace velk::run {
@@ -28,13 +30,19 @@ std::vector<ReadCounts> searchInputs(const ToSearch& toSearch, Session& session,
                             arguments.mapCut, arguments.overRatio, session.threads()};
   const uint64_t bytes = toSearch.inputs.bytes();
   session.begin("searching");
-  return Search(toSearch.assembly, index, fixed.libraries, values)
-      .run(toSearch.inputs.toSearch(), receiver, [&](const Progress& progress) {
-        if (bytes == 0) return session.terminal().update(0, progress.reads, 0);
-        const double done = static_cast<double>(progress.bytes) / static_cast<double>(bytes);
-        const double records = static_cast<double>(receiver.records()) / done;
-        session.terminal().update(done, progress.reads, kWriteRecord * records);
-      });
+  const std::vector<ReadCounts> counts =
+      Search(toSearch.assembly, index, fixed.libraries, values)
+          .run(toSearch.inputs.toSearch(), receiver, [&](const Progress& progress) {
+            if (bytes == 0) return session.terminal().update(0, progress.reads, 0);
+            const double done = static_cast<double>(progress.bytes) / static_cast<double>(bytes);
+            const double records = static_cast<double>(receiver.records()) / done;
+            session.terminal().update(done, progress.reads, kWriteRecord * records);
+          });
+  // Reads of a gap lie in its flanks as far as the largest insert reaches, or a read.
+  const auto readLength = static_cast<uint64_t>(fixed.readLength);
+  noteRepeats(index.text(), toSearch.assembly, std::max(fixed.placeholderLength, readLength),
+              receiver.evidence());
+  return counts;
 }
 
 }  // namespace velk::run

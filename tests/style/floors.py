@@ -20,7 +20,8 @@ FLOORS = [
     ["driver/gapReport", "driver/main", "driver/runFiles"],
     ["reads"],
     ["run"],
-    ["check"],
+    ["report"],
+    ["check", "run/main"],
 ]
 # The plain engine, and what both engines share; all else of these folders is the fast engine.
 PLAIN = ["kmer/fetchKmersPlain", "kmer/hashSet", "kmer/plainIndex"]
