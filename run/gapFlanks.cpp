@@ -32,13 +32,15 @@ void noteReach(const Gap& gap, const OutRecord& record, Evidence& evidence) {
   }
 }
 
+constexpr uint64_t kMarks = 64;  // of the text, in a word
+
 // How many of the windows [from, to) are marked as repeated.
 uint64_t repeatedIn(const ContigText& text, uint64_t from, uint64_t to) {
   uint64_t sum = 0;
-  for (; from < to; from += ContigText::kMarks) {
+  for (; from < to; from += kMarks) {
     uint64_t marks = text.repeatedMarksFrom(from);
     const uint64_t left = to - from;
-    if (left < ContigText::kMarks) marks &= (uint64_t{1} << left) - 1;
+    if (left < kMarks) marks &= (uint64_t{1} << left) - 1;
     sum += static_cast<uint64_t>(std::popcount(marks));
   }
   return sum;
@@ -57,7 +59,7 @@ void noteReaches(const Assembly& assembly, const std::vector<OutRecord>& records
 void noteRepeats(const ContigText& text, const Assembly& assembly, uint64_t bases,
                  Evidence& evidence) {
   for (const TextContig& contig : text.contigs()) {
-    const uint64_t windows = std::min(contig.windows, bases);
+    const uint64_t windows = std::min<uint64_t>(contig.windows, bases);
     const auto note = [&](uint64_t contigBehind, Side side, uint64_t from) {
       evidence.setKmers(assembly.gapInFront(contig.scaffold, contigBehind), side, windows,
                         repeatedIn(text, from, from + windows));

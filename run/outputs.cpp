@@ -8,6 +8,7 @@
 #include "run/bamRecord.h"
 #include "run/describe.h"
 #include "run/diskFile.h"
+#include "run/failure.h"
 #include "run/flanks.h"
 #include "run/gapFlanks.h"
 #include "run/gapIndex.h"
