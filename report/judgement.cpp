@@ -14,6 +14,7 @@ using run::Side;
 
 constexpr double kLeastExpected = 4;    // reads, below which no number is few
 constexpr double kRepeatedShare = 0.9;  // of the k-mers
+constexpr double kMuchRepeated = 0.5;   // of them, where the flanks have few reads
 
 std::string percent(double share) {
   return std::to_string(std::lround(100 * share)) + " %";
@@ -58,7 +59,7 @@ const char* explain(Reason reason) {
     case Reason::kRepeats:
       return "Over 90 % of the k-mers in the flanks occur more than once, so that no read is "
              "placed "
-             "by them.";
+             "by them; or over half of them, and few reads lie there.";
     case Reason::kShortContig:
       return "A contig beside the gap is shorter than -L or than a k-mer, and places no read.";
     case Reason::kNothingNear:
@@ -185,10 +186,15 @@ Reason Judge::reasonOf(std::size_t gap, double expected, uint64_t belonging) con
   if (isMost && static_cast<double>(lost + belonging) >= kFewShare * expected) return ofLost;
   // 6, 7. What it was found to be.
   if (data_.gaps[gap].isPlaceholder) return Reason::kPlaceholder;
-  if (contained > 0 && contained >= belonging) return Reason::kContained;
-  // 8. Hardly anything came, or most of the little that did was refused.
+  const bool isEnoughWithContained =
+      belonging == 0 || static_cast<double>(contained + belonging) >= kFewShare * expected;
+  if (contained > 0 && contained >= belonging && isEnoughWithContained) return Reason::kContained;
+  // 8. Hardly anything came, as much of the flanks is repeats or for another reason; or most of the
+  // little that did was refused.
   const double depth = flankDepth(gap);
-  if (depth >= 0 && depth < kFewShare) return Reason::kFewNear;
+  if (depth >= 0 && depth < kFewShare) {
+    return shareRepeated(gap) > kMuchRepeated ? Reason::kRepeats : Reason::kFewNear;
+  }
   return isMost ? ofLost : Reason::kUnknown;
 }
 

@@ -71,7 +71,7 @@ class Run {
     warnOfLongReads(counts, readLength);
     if (results.foundReads() == 0) warn("no reads were found for any gap");
     begin(results, "writing", std::nullopt);
-    noteRepeats(index.text(), assembly, flankBases(reach, readLength), results.evidence());
+    noteRepeats(index.text(), assembly, flankReach(values), results.evidence());
     results.finish(warnings_, counts, arguments_.noReport ? ReportMaker() : makeReport_);
     for (const std::string& line : results.closingLines()) terminal_.say(line);
   }
@@ -131,9 +131,20 @@ class Run {
             arguments_.mapCut, arguments_.overRatio, threads_};
   }
 
-  // How far into the contigs beside a gap its reads may lie: the largest insert, or a read.
-  uint64_t flankBases(uint64_t reach, int readLength) const {
-    return std::max(reach, static_cast<uint64_t>(readLength));
+  // How far into the contigs beside a gap its reads may lie: as far as the fragments of the
+  // libraries that are used there, or a read.
+  FlankReach flankReach(const SearchValues& values) const {
+    FlankReach reach{static_cast<uint64_t>(values.bigGapLength),
+                     static_cast<uint64_t>(values.readLength),
+                     static_cast<uint64_t>(values.readLength)};
+    for (const Library& library : libraries_) {
+      const auto bases =
+          static_cast<uint64_t>(std::llround(library.insert + kReach * library.spread));
+      reach.atBigGaps = std::max(reach.atBigGaps, bases);
+      const bool isForAll = std::lround(library.insert) <= values.bigGapLength;
+      if (isForAll) reach.atOthers = std::max(reach.atOthers, bases);
+    }
+    return reach;
   }
 
   // How far the pairs of any library reach, bases.

@@ -141,11 +141,15 @@ TEST_F(JudgementTest, ReadsOfAnUnknownLength) {
 }
 
 TEST_F(JudgementTest, ContainedReads) {
-  setCount(ReadKind::kExact, 9);
-  setCount(ReadKind::kContained, 9);
+  setCount(ReadKind::kExact, 45);
+  setCount(ReadKind::kContained, 45);
   EXPECT_EQ(judge().reason, Reason::kContained);
-  setCount(ReadKind::kContained, 8);
+  setCount(ReadKind::kContained, 44);  // with them there are still few
   EXPECT_NE(judge().reason, Reason::kContained);
+  setCount(ReadKind::kExact, 46);
+  EXPECT_NE(judge().reason, Reason::kContained);
+  setCount(ReadKind::kExact, 0);
+  EXPECT_EQ(judge().reason, Reason::kContained);
 }
 
 TEST_F(JudgementTest, FewReadsInTheFlanks) {
@@ -158,6 +162,15 @@ TEST_F(JudgementTest, FewReadsInTheFlanks) {
   EXPECT_EQ(judge().reason, Reason::kUnknown);
   refuse(Refusal::kUnlike, 9);  // too few to be the reason, but most of what came
   EXPECT_EQ(judge().reason, Reason::kUnlike);
+}
+
+TEST_F(JudgementTest, FewReadsBesideManyRepeats) {
+  setCount(ReadKind::kExact, 9);
+  data_.evidence->setKmers(0, Side::kFront, 300, 300);
+  EXPECT_EQ(judge().reason, Reason::kFewNear);
+  data_.evidence->setKmers(0, Side::kFront, 301, 301);
+  EXPECT_EQ(judge().reason, Reason::kRepeats);
+  EXPECT_EQ(judge().figure, "50 % of k-mers");
 }
 
 TEST_F(JudgementTest, DepthOfTheFlanks) {
