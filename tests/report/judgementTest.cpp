@@ -164,13 +164,17 @@ TEST_F(JudgementTest, FewReadsInTheFlanks) {
   EXPECT_EQ(judge().reason, Reason::kUnlike);
 }
 
-TEST_F(JudgementTest, FewReadsBesideManyRepeats) {
-  setCount(ReadKind::kExact, 9);
-  data_.evidence->setKmers(0, Side::kFront, 300, 300);
-  EXPECT_EQ(judge().reason, Reason::kFewNear);
-  data_.evidence->setKmers(0, Side::kFront, 301, 301);
+TEST_F(JudgementTest, ManyRepeatsWhereNothingElseIsTheReason) {
+  setCount(ReadKind::kContained, 9);
+  data_.evidence->setKmers(0, Side::kFront, 300, 240);
+  EXPECT_EQ(judge().reason, Reason::kContained);
+  data_.evidence->setKmers(0, Side::kFront, 300, 241);
   EXPECT_EQ(judge().reason, Reason::kRepeats);
-  EXPECT_EQ(judge().figure, "50 % of k-mers");
+  EXPECT_EQ(judge().figure, "40 % of k-mers");
+  data_.gaps[0].isPlaceholder = true;
+  EXPECT_EQ(judge().reason, Reason::kPlaceholder);
+  refuse(Refusal::kUnlike, 100);
+  EXPECT_EQ(judge().reason, Reason::kUnlike);
 }
 
 TEST_F(JudgementTest, DepthOfTheFlanks) {
