@@ -66,6 +66,9 @@ std::string reasonsPanel(const Findings& findings) {
 }  // namespace
 
 std::string gapSection(const Findings& findings) {
+  if (findings.gaps.empty()) {
+    return "<section id=\"gaps\"><h2>Gaps</h2><p>The assembly has no gap.</p></section>";
+  }
   std::string html = "<section id=\"gaps\"><h2>Gaps</h2><div class=\"panels\">";
   html += panel("wide", "Reads against length",
                 "A dot a gap. The line is what depth and reach of the libraries predict between "

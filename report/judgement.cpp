@@ -14,6 +14,7 @@ using run::Side;
 
 constexpr double kLeastExpected = 4;    // reads, below which no number is few
 constexpr double kRepeatedShare = 0.9;  // of the k-mers
+constexpr double kMuchRepeated = 0.4;   // of them, where nothing else is the reason
 
 std::string percent(double share) {
   return std::to_string(std::lround(100 * share)) + " %";
@@ -58,7 +59,7 @@ const char* explain(Reason reason) {
     case Reason::kRepeats:
       return "Over 90 % of the k-mers in the flanks occur more than once, so that no read is "
              "placed "
-             "by them.";
+             "by them; or over 40 %, and nothing else is a reason.";
     case Reason::kShortContig:
       return "A contig beside the gap is shorter than -L or than a k-mer, and places no read.";
     case Reason::kNothingNear:
@@ -183,9 +184,13 @@ Reason Judge::reasonOf(std::size_t gap, double expected, uint64_t belonging) con
   const Reason ofLost = 2 * unlike >= lost ? Reason::kUnlike : Reason::kShortOverlap;
   const bool isMost = lost > 0 && lost >= belonging;
   if (isMost && static_cast<double>(lost + belonging) >= kFewShare * expected) return ofLost;
-  // 6, 7. What it was found to be.
+  // 6, 7. What it was found to be; if much of the flanks is repeats, these come before what chance
+  // has left.
   if (data_.gaps[gap].isPlaceholder) return Reason::kPlaceholder;
-  if (contained > 0 && contained >= belonging) return Reason::kContained;
+  if (shareRepeated(gap) > kMuchRepeated) return Reason::kRepeats;
+  const bool isEnoughWithContained =
+      belonging == 0 || static_cast<double>(contained + belonging) >= kFewShare * expected;
+  if (contained > 0 && contained >= belonging && isEnoughWithContained) return Reason::kContained;
   // 8. Hardly anything came, or most of the little that did was refused.
   const double depth = flankDepth(gap);
   if (depth >= 0 && depth < kFewShare) return Reason::kFewNear;

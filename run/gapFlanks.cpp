@@ -56,17 +56,21 @@ void noteReaches(const Assembly& assembly, const std::vector<OutRecord>& records
   }
 }
 
-void noteRepeats(const ContigText& text, const Assembly& assembly, uint64_t bases,
+void noteRepeats(const ContigText& text, const Assembly& assembly, const FlankReach& reach,
                  Evidence& evidence) {
   for (const TextContig& contig : text.contigs()) {
-    const uint64_t windows = std::min<uint64_t>(contig.windows, bases);
-    const auto note = [&](uint64_t contigBehind, Side side, uint64_t from) {
-      evidence.setKmers(assembly.gapInFront(contig.scaffold, contigBehind), side, windows,
-                        repeatedIn(text, from, from + windows));
+    const auto note = [&](uint64_t contigBehind, Side side) {
+      const uint64_t gap = assembly.gapInFront(contig.scaffold, contigBehind);
+      const bool isBig = assembly.gaps()[gap].length >= reach.bigGapLength;
+      const uint64_t windows =
+          std::min<uint64_t>(contig.windows, isBig ? reach.atBigGaps : reach.atOthers);
+      const uint64_t from =
+          side == Side::kBehind ? contig.firstWindow : contig.endWindow() - windows;
+      evidence.setKmers(gap, side, windows, repeatedIn(text, from, from + windows));
     };
-    if (contig.contig > 0) note(contig.contig, Side::kBehind, contig.firstWindow);
+    if (contig.contig > 0) note(contig.contig, Side::kBehind);
     if (contig.contig + 1 < assembly.scaffolds()[contig.scaffold].contigs.size()) {
-      note(contig.contig + 1, Side::kFront, contig.endWindow() - windows);
+      note(contig.contig + 1, Side::kFront);
     }
   }
 }

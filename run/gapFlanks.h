@@ -16,9 +16,16 @@ namespace velk::run {
 void noteReaches(const Assembly& assembly, const std::vector<OutRecord>& records,
                  Evidence& evidence);
 
-/// Notes, of all gaps, the k-mers that begin within `bases` of the gap in either flank, and those
-/// of them that are not unique. REQUIRES: `text` is that of the index of the assembly's model.
-void noteRepeats(const ContigText& text, const Assembly& assembly, uint64_t bases,
+/// How far into the contigs beside a gap its reads may lie, bases.
+struct FlankReach {
+  uint64_t bigGapLength;  // of a gap at which all libraries are used
+  uint64_t atBigGaps;
+  uint64_t atOthers;
+};
+
+/// Notes, of all gaps, the k-mers that begin within reach of the gap in either flank, and those of
+/// them that are not unique. REQUIRES: `text` is that of the index of the assembly's model.
+void noteRepeats(const ContigText& text, const Assembly& assembly, const FlankReach& reach,
                  Evidence& evidence);
 
 }  // namespace velk::run

@@ -1,6 +1,7 @@
 #include "run/searchStep.h"
 
 #include <algorithm>
+#include <cmath>
 #include <new>
 
 #include "driver/velk.h"
@@ -11,6 +12,21 @@ namespace velk::run {
 namespace {
 
 constexpr double kWriteRecord = 3e-6;  // seconds, with two threads
+
+// How far into the contigs beside a gap its reads may lie: as far as the fragments of the libraries
+// that are used there, or a read.
+FlankReach flankReach(const FixedValues& fixed) {
+  const auto readLength = static_cast<uint64_t>(fixed.readLength);
+  FlankReach reach{static_cast<uint64_t>(fixed.bigGapLength), readLength, readLength};
+  for (const Library& library : fixed.libraries) {
+    const auto bases =
+        static_cast<uint64_t>(std::llround(library.insert + kDeviations * library.spread));
+    reach.atBigGaps = std::max(reach.atBigGaps, bases);
+    const bool isForAll = std::lround(library.insert) <= fixed.bigGapLength;
+    if (isForAll) reach.atOthers = std::max(reach.atOthers, bases);
+  }
+  return reach;
+}
 
 }  // namespace
 
@@ -38,10 +54,7 @@ std::vector<ReadCounts> searchInputs(const ToSearch& toSearch, Session& session,
             const double records = static_cast<double>(receiver.records()) / done;
             session.terminal().update(done, progress.reads, kWriteRecord * records);
           });
-  // Reads of a gap lie in its flanks as far as the largest insert reaches, or a read.
-  const auto readLength = static_cast<uint64_t>(fixed.readLength);
-  noteRepeats(index.text(), toSearch.assembly, std::max(fixed.placeholderLength, readLength),
-              receiver.evidence());
+  noteRepeats(index.text(), toSearch.assembly, flankReach(fixed), receiver.evidence());
   return counts;
 }
 

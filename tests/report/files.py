@@ -150,6 +150,21 @@ class Files(unittest.TestCase):
         self.assertIn("found 2,462 of 16,000 reads; 6 of 6 gaps have reads", done.stdout)
         self.assertLessEqual(max(map(len, done.stdout.splitlines())), 80)
 
+    def test_no_gap(self):
+        folder = tempfile.mkdtemp(dir=self.folder)
+        with open(os.path.join(EXAMPLES, "scaffolds.fa"), encoding="ascii") as file:
+            text = file.read()
+        with open(os.path.join(folder, "a.fa"), "w", encoding="ascii") as file:
+            file.write(text.replace("N", "A"))
+        out = os.path.join(folder, "out")
+        self.velk_run(out, "--force", assembly=os.path.join(folder, "a.fa"))
+        self.assertEqual(run(VELK_REPORT, out).returncode, 0)
+        with open(os.path.join(out, "report.html"), encoding="utf-8") as file:
+            self.assertIn("The assembly has no gap.", file.read())
+        self.assertIn("0 of 0 gaps have reads", run(VELK_REPORT, "--text", out).stdout)
+        self.assertEqual(run(VELK_REPORT, "--gap", "0", out).returncode, 2)
+        self.assertEqual(run(VELK_REPORT, out, out).returncode, 0)
+
     def test_two_runs(self):
         """Against a run with half of the reads, and one whose scaffold has another name."""
         half = os.path.join(self.folder, "half")

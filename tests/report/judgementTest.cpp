@@ -141,11 +141,15 @@ TEST_F(JudgementTest, ReadsOfAnUnknownLength) {
 }
 
 TEST_F(JudgementTest, ContainedReads) {
-  setCount(ReadKind::kExact, 9);
-  setCount(ReadKind::kContained, 9);
+  setCount(ReadKind::kExact, 45);
+  setCount(ReadKind::kContained, 45);
   EXPECT_EQ(judge().reason, Reason::kContained);
-  setCount(ReadKind::kContained, 8);
+  setCount(ReadKind::kContained, 44);  // with them there are still few
   EXPECT_NE(judge().reason, Reason::kContained);
+  setCount(ReadKind::kExact, 46);
+  EXPECT_NE(judge().reason, Reason::kContained);
+  setCount(ReadKind::kExact, 0);
+  EXPECT_EQ(judge().reason, Reason::kContained);
 }
 
 TEST_F(JudgementTest, FewReadsInTheFlanks) {
@@ -157,6 +161,19 @@ TEST_F(JudgementTest, FewReadsInTheFlanks) {
   addFlankReads(0, 1);
   EXPECT_EQ(judge().reason, Reason::kUnknown);
   refuse(Refusal::kUnlike, 9);  // too few to be the reason, but most of what came
+  EXPECT_EQ(judge().reason, Reason::kUnlike);
+}
+
+TEST_F(JudgementTest, ManyRepeatsWhereNothingElseIsTheReason) {
+  setCount(ReadKind::kContained, 9);
+  data_.evidence->setKmers(0, Side::kFront, 300, 240);
+  EXPECT_EQ(judge().reason, Reason::kContained);
+  data_.evidence->setKmers(0, Side::kFront, 300, 241);
+  EXPECT_EQ(judge().reason, Reason::kRepeats);
+  EXPECT_EQ(judge().figure, "40 % of k-mers");
+  data_.gaps[0].isPlaceholder = true;
+  EXPECT_EQ(judge().reason, Reason::kPlaceholder);
+  refuse(Refusal::kUnlike, 100);
   EXPECT_EQ(judge().reason, Reason::kUnlike);
 }
 

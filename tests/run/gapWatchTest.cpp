@@ -155,11 +155,15 @@ TEST_F(GapWatchTest, RepeatedKmersOfTheFlanks) {
                   {bases_.substr(4200, 400) + bases_.substr(3000, 300), 50}}}});
   SeedIndex index;
   ASSERT_TRUE(index.build(assembly().model(), 1, 21, 1));
-  run::noteRepeats(index.text(), assembly(), 500, *evidence_);
+  run::noteRepeats(index.text(), assembly(), {60, 500, 200}, *evidence_);
   EXPECT_EQ(evidence_->kmers(0, Side::kFront), 500U);
   EXPECT_EQ(evidence_->repeatedKmers(0, Side::kFront), 0U);
   EXPECT_EQ(evidence_->kmers(0, Side::kBehind), 500U);
   EXPECT_EQ(evidence_->repeatedKmers(0, Side::kBehind), 280U);
+  // Gap 1 is a small one. Contig 2 begins with 400 bases of its own.
+  EXPECT_EQ(evidence_->kmers(1, Side::kBehind), 200U);
+  EXPECT_EQ(evidence_->repeatedKmers(1, Side::kBehind), 0U);
+  run::noteRepeats(index.text(), assembly(), {0, 500, 200}, *evidence_);
   EXPECT_EQ(evidence_->kmers(1, Side::kBehind), 500U);
   EXPECT_EQ(evidence_->repeatedKmers(1, Side::kBehind), 100U);
 }
