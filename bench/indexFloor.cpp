@@ -8,16 +8,14 @@
 #include <CLI/CLI.hpp>
 #include <chrono>
 #include <cstdint>
-#include <cstdlib>
 #include <iostream>
-#include <new>
 #include <string>
 
 #include "contig/contig.h"
 #include "driver/velk.h"
 #include "kmer/contigWindows.h"
 #include "kmer/fetchKmers.h"
-#include "kmer/tableMemory.h"
+#include "kmer/memory.h"
 
 namespace velk::bench {
 namespace {
@@ -61,9 +59,8 @@ uint64_t readAndWrite(Slot& slot, uint64_t state, uint64_t i) {
 // memory can slow the loop down.
 template <class Work>
 void atRandom(uint64_t slots, uint64_t kmers, Work work) {
-  auto* table = static_cast<Slot*>(std::calloc(slots + 1, sizeof(Slot)));
-  if (table == nullptr) throw std::bad_alloc();
-  adviseHugePages(table, (slots + 1) * sizeof(Slot));
+  Array<Slot> table;
+  table.make(slots + 1);
   __extension__ using Uint128 = unsigned __int128;
   uint64_t state = 1;
   uint64_t seen = 0;
@@ -72,7 +69,6 @@ void atRandom(uint64_t slots, uint64_t kmers, Work work) {
     seen += work(table[static_cast<uint64_t>((Uint128{state} * slots) >> 64)], state, i);
     asm volatile("" : : "r"(seen) : "memory");  // nothing may be left out or put off
   }
-  std::free(table);
 }
 
 void measure(const std::string& scaffolds, uint64_t slots, int rounds) {

@@ -9,7 +9,6 @@
 #include "kmer/Sequence.h"
 #include "kmer/hashSet.h"
 #include "kmer/packedBases.h"
-#include "kmer/rollingKey.h"
 #include "kmer/seedIndex.h"
 
 namespace velk::bench {
@@ -50,7 +49,7 @@ void packAtOnce(benchmark::State& state) {
   PackedBases packed;
   for (auto _ : state) {
     benchmark::DoNotOptimize(packed.fill(read));
-    for (std::size_t i = 0; i < 100; ++i) benchmark::DoNotOptimize(packed.key(i, Kmer));
+    for (std::size_t i = 0; i < 100; ++i) benchmark::DoNotOptimize(packed.at(i, Kmer));
   }
   state.SetItemsProcessed(state.iterations() * 100);
 }

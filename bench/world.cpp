@@ -11,7 +11,7 @@
 #include "bench/simulate.h"
 #include "driver/velk.h"
 #include "kmer/fetchKmers.h"
-#include "kmer/rollingKey.h"
+#include "kmer/Sequence.h"
 #include "streaming/readBuffer.h"
 
 namespace velk::bench {

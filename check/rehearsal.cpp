@@ -11,7 +11,7 @@
 #include "check/progress.h"
 #include "driver/velk.h"
 #include "kmer/hashSet.h"
-#include "kmer/rollingKey.h"
+#include "kmer/Sequence.h"
 #include "placement/Read2Scaf.h"
 #include "survey/machine.h"
 #include "survey/memoryModel.h"

@@ -4,7 +4,7 @@ set(VELK_ZSH_COMPLETIONS ${CMAKE_INSTALL_DATADIR}/zsh/site-functions CACHE STRIN
   "Folder of zsh completions, relative to the prefix")
 set(bash_completions ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 
-foreach(program velk velk-check velk-run)
+foreach(program velk velk-check velk-run velk-report)
   if(TARGET ${program})
     install(TARGETS ${program} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
     install(FILES doc/man/${program}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
@@ -22,7 +22,7 @@ if(TARGET velk-check)
   install(FILES doc/check.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/doc)
 endif()
 if(TARGET velk-run)
-  install(FILES doc/accuracy.md doc/cluster.md doc/places.md doc/run.md
+  install(FILES doc/accuracy.md doc/cluster.md doc/places.md doc/report.md doc/run.md
     DESTINATION ${CMAKE_INSTALL_DOCDIR}/doc)
 endif()
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR})

@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# Completion of velk, velk-check and velk-run in bash: options, and for an option's value what fits it.
+# Completion of velk, velk-check, velk-run and velk-report in bash: options, and for an option's value what fits it.
 
 # _velk_files PATTERN: offers folders and the files that PATTERN (as in [[ == ]]) fits; all files
 # where none fits.
@@ -74,7 +74,7 @@ _velk_run_value() {
 # The options of velk-run or of its verb $1.
 _velk_run_options() {
   local search="--pairs --mate-pairs --interleaved --single --samplesheet --library --placeholder
-    --agp --sample --no-anchors --native --force -k --kmer -L --min-contig -C --cut
+    --agp --sample --no-anchors --no-report --native --force -k --kmer -L --min-contig -C --cut
     -M --min-identity -O --min-overlap -r --read-length"
   local common="-o --output --quiet -t --threads -h --help"
   case $1 in
@@ -109,4 +109,18 @@ _velk_run() {
 }
 
 complete -F _velk velk velk-check
+_velk_report() {
+  local current=${COMP_WORDS[COMP_CWORD]}
+  if [[ $current == -* ]]; then
+    _velk_words "--gap --text -o --output -h --help --version"
+    return
+  fi
+  case ${COMP_WORDS[COMP_CWORD - 1]} in
+    -o | --output) _velk_files '*.@(svg|html)' ;;
+    --gap) COMPREPLY=() ;;
+    *) _velk_files '/' ;;
+  esac
+}
+
 complete -F _velk_run velk-run
+complete -F _velk_report velk-report

@@ -1,7 +1,5 @@
 #include "kmer/Sequence.h"
 
-#include "driver/velk.h"
-
 namespace velk {
 namespace {
 

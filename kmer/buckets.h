@@ -15,8 +15,6 @@
 #include <emmintrin.h>
 #endif
 
-#include "kmer/prefetch.h"
-
 namespace velk {
 
 /// The upper half of a product of 64 bits each: `hash` scaled to [0, size).
@@ -71,15 +69,6 @@ class alignas(64) Bucket {
     std::memcpy(bytes_ + shape.room + i * shape.width, &place, shape.width);
   }
 
-  /// Set on a kind's first place only: all windows of the kind are in the second level. The later
-  /// places stay.
-  bool isHeavy(unsigned i) const { return heavy_ >> i & 1U; }
-  void setHeavy(unsigned i) { heavy_ = static_cast<uint16_t>(heavy_ | 1U << i); }
-
-  /// Whether a window with other letters than bases may have a key whose seed belongs here.
-  bool hasOdd() const { return hasOdd_ != 0; }
-  void setOdd() { __atomic_store_n(&hasOdd_, uint8_t{1}, __ATOMIC_RELAXED); }
-
  private:
   static constexpr uint64_t kTagMask = (1U << kTagBits) - 1;
 
@@ -97,9 +86,7 @@ class alignas(64) Bucket {
   }
 
   uint8_t count_;
-  uint8_t hasOdd_;
-  uint16_t heavy_;     // a bit for each place
-  uint8_t bytes_[60];  // tags, then places
+  uint8_t bytes_[63];  // tags, then places
 };
 static_assert(sizeof(Bucket) == 64);
 
@@ -115,26 +102,24 @@ struct Buckets {
   Bucket* home(uint64_t hash) const { return first + scaledTo(hash << kRegionBits, size); }
   Bucket* next(Bucket* bucket) const { return bucket + 1 == first + size ? first : bucket + 1; }
 
-  /// Calls onHit(bucket, i, place) for every place whose tag agrees with the hash, in the order in
+  /// Calls onHit(place) for every place whose tag agrees with the hash, in the order in
   /// which they were added, until it returns true. Returns whether it did.
   template <class OnHit>
   bool anyHit(uint64_t hash, OnHit onHit) const {
     for (Bucket* bucket = home(hash);; bucket = next(bucket)) {
       for (unsigned hits = bucket->hits(hash); hits != 0; hits &= hits - 1) {
         const auto i = static_cast<unsigned>(std::countr_zero(hits));
-        if (onHit(*bucket, i, bucket->place(i, shape))) return true;
+        if (onHit(bucket->place(i, shape))) return true;
       }
       if (!bucket->isFull(shape)) return false;
     }
   }
 
-  /// Adds a place behind all others of its hash. Returns the bucket that has it, as its last.
-  /// REQUIRES: one bucket is not full, also then.
-  Bucket* add(uint64_t place, uint64_t hash) const {
+  /// Adds a place behind all others of its hash. REQUIRES: one bucket is not full, also then.
+  void add(uint64_t place, uint64_t hash) const {
     Bucket* bucket = home(hash);
     while (bucket->isFull(shape)) bucket = next(bucket);
     bucket->add(place, hash, shape);
-    return bucket;
   }
 };
 

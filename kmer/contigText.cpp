@@ -1,80 +1,100 @@
 #include "kmer/contigText.h"
 
-#include <algorithm>
-
 #include "driver/velk.h"
 #include "kmer/Sequence.h"
-#include "kmer/contigWindows.h"
 
 namespace velk {
 
 void ContigText::make(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer) {
+  scaffoldInfo_ = scaffoldInfo;
   windowLength_ = std::min(kmer, DATA_LEN);
   const auto before = static_cast<uint64_t>(kmer - windowLength_);  // bases that no key holds
   windows_ = 0;
-  contigs_.clear();
-  letters_.clear();
-  uint64_t position = kPad;
+  end_ = kPad;
+  std::size_t count = 0;
+  forEachIndexed(scaffoldInfo, scaffoldSum, [&](auto&&...) { ++count; });
+  contigs_.make(count);
+  count = 0;
   forEachIndexed(scaffoldInfo, scaffoldSum,
                  [&](uint32_t i, uint32_t j, const ContigInfo& contig, uint32_t windows) {
-                   contigs_.push_back({position, position + before, windows, i, j, 0});
-                   letters_.emplace_back(contig.contigSeq);
+                   contigs_[count++] = {end_, end_ + before, windows, i, j, 0};
                    windows_ += windows;
                    // Contigs begin on words, so that several threads may pack them.
-                   const uint64_t words = (contig.contigSeq.size() + DATA_LEN - 1) / DATA_LEN;
-                   position += words * DATA_LEN;
+                   end_ += (contig.contigSeq.size() + DATA_LEN - 1) / DATA_LEN * DATA_LEN;
                  });
-  end_ = position;
-  words_.make((end_ + kPad) / kBasesOfLine * 8 + 8);
+  lines_.make((end_ + kPad) / kBasesOfLine + 1);
+  numbers_.make(end_ / kNumbered + 2);
 
-  numbers_.assign(end_ / kNumbered + 1, 0);
-  uint32_t number = 0;
-  for (uint64_t n = 0; n < numbers_.size(); ++n) {
-    while (number + 1 < contigs_.size() && contigs_[number + 1].start <= n * kNumbered) ++number;
-    numbers_[n] = number;
-  }
   uint64_t from = 0;
-  for (const TextContig& contig : contigs_) {
-    markRange(from, contig.firstWindow);
-    from = contig.endWindow();
+  for (uint32_t n = 0; n < count; ++n) {
+    numbers_[(contigs_[n].start + kNumbered - 1) / kNumbered] = n;
+    markNoWindows(from, contigs_[n].firstWindow);
+    from = contigs_[n].endWindow();
   }
-  markRange(from, words_.size() / 8 * kBasesOfLine);
+  markNoWindows(from, lines_.size() * kBasesOfLine);
+  for (std::size_t i = 1; i < numbers_.size(); ++i) {
+    numbers_[i] = std::max(numbers_[i], numbers_[i - 1]);
+  }
 }
 
-uint64_t ContigText::bytes() const {
-  return words_.size() * sizeof(uint64_t) + numbers_.size() * sizeof(uint32_t) +
-         contigs_.size() * (sizeof(TextContig) + sizeof(std::string_view));
-}
-
-void ContigText::markRange(uint64_t from, uint64_t to) {
+// Marks the positions [from, to) as repeated.
+void ContigText::markNoWindows(uint64_t from, uint64_t to) {
   while (from < to) {
-    const uint64_t stop = std::min(to, (from / kMarks + 1) * kMarks);
-    const uint64_t bits = ~uint64_t{0} >> (kMarks - (stop - from)) << from % kMarks;
-    words_[from / 128 * 8 + 4 + from / 64 % 2] |= bits;
+    const uint64_t stop = std::min(to, (from / 64 + 1) * 64);
+    lines_[from / kBasesOfLine].repeated[from / 64 % 2] |= ~uint64_t{0} >> (64 - (stop - from))
+                                                                               << from % 64;
     from = stop;
   }
 }
 
-std::size_t ContigText::contigOf(uint64_t p) const {
-  const uint64_t n = std::min<uint64_t>(p / kNumbered, numbers_.size() - 1);
-  const uint32_t first = numbers_[n];
-  const uint32_t last =
-      n + 1 < numbers_.size() ? numbers_[n + 1] : static_cast<uint32_t>(contigs_.size() - 1);
-  const auto behind = std::upper_bound(
-      contigs_.begin() + first + 1, contigs_.begin() + last + 1, p,
-      [](uint64_t position, const TextContig& contig) { return position < contig.start; });
-  return static_cast<std::size_t>(behind - contigs_.begin()) - 1;
+void ContigText::pack(uint64_t from, uint64_t to) {
+  for (std::size_t n = contigOf(from); n < contigs_.size() && contigs_[n].start < to; ++n) {
+    const uint64_t start = contigs_[n].start;
+    const uint64_t end = std::min(to, start + letters(n).size());
+    for (uint64_t p = std::max(from, start); p < end; p += DATA_LEN) {
+      const std::string_view next = letters(n).substr(p - start, DATA_LEN);
+      uint64_t& word = lines_[p / kBasesOfLine].bases[p / DATA_LEN % 4];
+      if (!packBases(next, word)) markOddWindows(n, p, next);
+    }
+  }
 }
 
-bool ContigText::isWindow(uint64_t p) const {
-  if (contigs_.empty()) return false;
+// Marks the windows that hold other letters of these, which lie at `from` in a contig.
+void ContigText::markOddWindows(std::size_t n, uint64_t from, std::string_view letters) {
+  TextContig& contig = contigs_[n];
+  __atomic_store_n(&contig.hasOddLetters, 1U, __ATOMIC_RELAXED);
+  for (std::size_t i = 0; i < letters.size(); ++i) {
+    if (baseCode(letters[i]) < 4) continue;
+    const uint64_t behind = std::min(from + i + 1, contig.endWindow());
+    const uint64_t first = from + i + 1 - static_cast<uint64_t>(windowLength_);
+    for (uint64_t p = std::max(first, contig.firstWindow); p < behind; ++p) markRepeated(p);
+  }
+}
+
+std::size_t ContigText::contigOf(uint64_t p) const {
+  if (contigs_.size() == 0) return 0;
+  std::size_t n = numbers_[std::min<uint64_t>(p / kNumbered, numbers_.size() - 1)];
+  while (n + 1 < contigs_.size() && contigs_[n + 1].start <= p) ++n;
+  return n;
+}
+
+// As isWindow, of a position that is marked as repeated.
+bool ContigText::isMarkedWindow(uint64_t p) const {
+  if (contigs_.size() == 0) return false;
   const std::size_t n = contigOf(p);
   const TextContig& contig = contigs_[n];
   if (p < contig.firstWindow || p >= contig.endWindow()) return false;
   if (contig.hasOddLetters == 0) return true;
   const std::string_view window =
-      letters_[n].substr(p - contig.start, static_cast<std::size_t>(windowLength_));
+      letters(n).substr(p - contig.start, static_cast<std::size_t>(windowLength_));
   return std::all_of(window.begin(), window.end(), [](char c) { return baseCode(c) < 4; });
+}
+
+// The key of the odd window at p.
+uint64_t ContigText::oddKeyAt(uint64_t p) const {
+  const std::size_t n = contigOf(p);
+  return packedKmer(
+      letters(n).substr(p - contigs_[n].start, static_cast<std::size_t>(windowLength_)));
 }
 
 }  // namespace velk

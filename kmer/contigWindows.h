@@ -1,16 +1,35 @@
 // Which windows of the scaffold model are indexed: all k-mers, forward strand only, of every contig
-// of at least CONTIGLEN bases.
+// of at least CONTIGLEN bases. And what an index answers about a k-mer.
 #pragma once
 
 #include <cstdint>
 
 #include "contig/contig.h"
+#include "driver/velk.h"
 
 namespace velk {
 
+/// Scaffold and contig index, offset of the k-mer's first base in contigSeq.
+struct KmerPlace {
+  uint64_t scaffold;
+  uint64_t contig;
+  uint64_t start;
+};
+
+/// What is known of a k-mer that the contigs hold.
+struct KmerAnswer {
+  KmerPlace first;  // its first occurrence, in the order scaffold, contig, offset
+  bool isUnique;    // it has no other
+};
+
 /// The number of k-mers of a contig that are indexed, counted in 32 bits; 0 for a contig shorter
 /// than CONTIGLEN or Kmer.
-uint32_t windowsOf(const ContigInfo& contig);
+inline uint32_t windowsOf(const ContigInfo& contig) {
+  const std::size_t length = contig.contigSeq.size();
+  if (length < static_cast<uint32_t>(CONTIGLEN)) return 0;
+  if (static_cast<int64_t>(length) < Kmer) return 0;
+  return static_cast<uint32_t>(length - static_cast<std::size_t>(Kmer) + 1);
+}
 
 /// Calls onContig(i, j, contig, windows) for every contig that has k-mers in the index, in order.
 template <class OnContig>

@@ -27,6 +27,11 @@ HashSet* newKmerHash(uint64_t initSize, float loadFactor);
 /// out-of-memory message when there is no memory, or when the table would grow beyond kMaxSlots.
 void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum);
 
+/// Of the fast engine: makes the numbers of a new set those after `keys` different keys have been
+/// added, with the lines that add_hashset gives as it grows. Exits as
+/// enlarge_hashset does without memory when the set would grow beyond kMaxSlots.
+void growForetold(HashSet* set, uint64_t keys);
+
 /// Releases the set, and what FetchKmers1 made for it.
 void freeKmerHash(HashSet* kmerHash);
 

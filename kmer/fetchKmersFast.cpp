@@ -2,24 +2,20 @@
 // number.
 #include <memory>
 #include <new>
+#include <string>
 
+#include "driver/fatal.h"
+#include "driver/listener.h"
 #include "driver/velk.h"
 #include "kmer/fetchKmers.h"
-#include "kmer/foretoldTable.h"
 #include "kmer/seedIndex.h"
+#include "kmer/tableSize.h"
 
 namespace velk {
 namespace {
 
-// The index of all indexed k-mers; null without memory.
-std::unique_ptr<SeedIndex> builtIndex(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum) {
-  try {
-    auto index = std::make_unique<SeedIndex>();
-    if (index->build(scaffoldInfo, scaffoldSum, Kmer, thread_num)) return index;
-  } catch (const std::bad_alloc&) {
-    // no memory for the object itself
-  }
-  return nullptr;
+[[noreturn]] void failGrowth() {
+  outOfMemory({__LINE__, "enlarge_hashset", kUserError, ". Function: ", ".\n"});
 }
 
 }  // namespace
@@ -28,13 +24,36 @@ HashSet* kmerHash = nullptr;
 SeedIndex* seedIndex = nullptr;
 
 HashSet* newKmerHash(uint64_t initSize, float loadFactor) {
-  return newForetoldTable(initSize, loadFactor);
+  const AllocationSite site{__LINE__, "init_hashset", kUserError};
+  const uint64_t size = slotsFor(initSize);
+  if (size > kMaxSlots) outOfMemory(site);
+  auto* set = allocateArray<HashSet>(1, site);
+  set->e_size = sizeof(Entity);
+  set->size = size;
+  set->load_factor = clampedLoadFactor(loadFactor);
+  set->max = mostOfNew(size, set->load_factor);
+  return set;
+}
+
+void growForetold(HashSet* set, uint64_t keys) {
+  const TableCourse course = courseOfTable(set->size, set->load_factor, keys);
+  for (std::size_t i = 1; i < course.sizes.size(); ++i) {
+    say("old set->size: " + std::to_string(course.sizes[i - 1]) + "\n");
+    say("new set->size: " + std::to_string(course.sizes[i]) + "\n");
+  }
+  if (course.isTooLarge) {
+    say("old set->size: " + std::to_string(course.sizes.back()) + "\n");
+    failGrowth();
+  }
+  set->count = keys;
+  set->size = course.sizes.back();
+  set->max = course.most;
 }
 
 void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum) {
-  std::unique_ptr<SeedIndex> made = builtIndex(scaffoldInfo, scaffoldSum);
-  if (made == nullptr) failForetoldTable();
-  growForetoldTable(kmerHash, made->distinctKeys());
+  std::unique_ptr<SeedIndex> made(new (std::nothrow) SeedIndex);
+  if (made == nullptr || !made->build(scaffoldInfo, scaffoldSum, Kmer, thread_num)) failGrowth();
+  growForetold(kmerHash, made->distinctKeys());
   delete seedIndex;
   seedIndex = made.release();
 }
@@ -42,7 +61,7 @@ void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t s
 void freeKmerHash(HashSet* kmerHash) {
   delete seedIndex;
   seedIndex = nullptr;
-  releaseForetoldTable(kmerHash);
+  delete[] kmerHash;
 }
 
 }  // namespace velk

@@ -2,36 +2,22 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 
-#include "kmer/eightLetters.h"
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
+#include "kmer/Sequence.h"
 #include "kmer/wideLetters.h"
 
 namespace velk {
 namespace {
 
-static_assert(kWide == DATA_LEN);
-
-constexpr std::size_t kAtOnce = sizeof(uint64_t);
-constexpr unsigned kBitsAtOnce = LEN_TO_BITLEN * kAtOnce;
-
-// Packs the letters of one word; returns whether all are bases.
-bool packWord(const char* letters, uint64_t& word) {
-  uint64_t notBases = 0;
-  for (std::size_t i = 0; i < kWide; i += kAtOnce) {
-    uint64_t eight = 0;
-    std::memcpy(&eight, letters + i, kAtOnce);
-    const EightLetters split(eight);
-    notBases |= split.notBases();
-    word = word << kBitsAtOnce | split.codes();
-  }
-  return notBases == 0;
-}
-
 #if defined(__x86_64__)
 
-[[gnu::target("avx2")]] bool packWordWide(const char* letters, uint64_t& word) {
-  const __m256i wide = wideLettersAt(letters);
+// Packs DATA_LEN letters, if all are bases. Returns whether they are.
+[[gnu::target("avx2")]] bool packWide(const char* letters, uint64_t& word) {
+  const __m256i wide = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(letters));
   // Bits 1 and 2 of a letter, A 00, C 01, T 10, G 11, make its code when the higher flips the
   // lower.
   const __m256i bits = _mm256_and_si256(_mm256_srli_epi16(wide, 1), _mm256_set1_epi8(3));
@@ -45,50 +31,46 @@ bool packWord(const char* letters, uint64_t& word) {
                                      12, 8, 4, 0, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1)));
   word = static_cast<uint64_t>(static_cast<uint32_t>(_mm256_extract_epi32(halves, 0))) << 32 |
          static_cast<uint32_t>(_mm256_extract_epi32(halves, 4));
-  return areWideBases(wide);
+  // A base is the letter of its code, in either case.
+  const __m256i upper = _mm256_and_si256(wide, _mm256_set1_epi8(static_cast<char>(0xDF)));
+  const __m256i bases =
+      _mm256_shuffle_epi8(_mm256_set1_epi32('T' << 24 | 'G' << 16 | 'C' << 8 | 'A'), codes);
+  return _mm256_movemask_epi8(_mm256_cmpeq_epi8(bases, upper)) == -1;
 }
-
-const auto packWordBest = hasWideLetters ? packWordWide : packWord;
 
 #else
 
-constexpr auto packWordBest = packWord;
+bool packWide(const char*, uint64_t&) {
+  return false;
+}
 
 #endif
 
 }  // namespace
 
-bool packBases(const char* letters, uint64_t& word) {
-  return packWordBest(letters, word);
+bool packBases(std::string_view letters, uint64_t& word, bool isPlain) {
+  std::array<char, DATA_LEN> room;
+  if (letters.size() < room.size()) {
+    room.fill('A');
+    std::copy(letters.begin(), letters.end(), room.begin());
+    letters = {room.data(), room.size()};
+  }
+  if (hasWideLetters && !isPlain && packWide(letters.data(), word)) return true;
+  word = 0;
+  bool areBases = true;
+  for (const char letter : letters) {
+    const uint8_t code = baseCode(letter);
+    word = word << LEN_TO_BITLEN | (code & 3U);
+    areBases &= code < 4;
+  }
+  return areBases;
 }
 
 bool PackedBases::fill(std::string_view bases) {
-  return fillBy(packWordBest, bases);
-}
-
-bool PackedBases::fillPlainly(std::string_view bases) {
-  return fillBy(packWord, bases);
-}
-
-bool PackedBases::fillBy(bool (*pack)(const char*, uint64_t&), std::string_view bases) {
-  words_.resize(bases.size() / kWide + 2);
+  words_.resize(bases.size() / DATA_LEN + 2);
   bool areBases = true;
-  std::size_t i = 0;
-  for (; i + kWide <= bases.size(); i += kWide) {
-    areBases &= pack(bases.data() + i, words_[i / kWide]);
-  }
-  const std::size_t rest = bases.size() - i;
-  if (rest == 0) return areBases;
-  uint64_t& last = words_[i / kWide];
-  if (i != 0) {
-    // the last 32 letters; those that have been packed are shifted out
-    areBases &= pack(bases.data() + bases.size() - kWide, last);
-    last <<= LEN_TO_BITLEN * (kWide - rest);
-  } else {
-    std::array<char, kWide> letters;
-    letters.fill('A');
-    std::copy(bases.begin(), bases.end(), letters.begin());
-    areBases &= pack(letters.data(), last);
+  for (std::size_t i = 0; i < bases.size(); i += DATA_LEN) {
+    areBases &= packBases(bases.substr(i, DATA_LEN), words_[i / DATA_LEN]);
   }
   return areBases;
 }

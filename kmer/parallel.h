@@ -3,8 +3,8 @@
 
 #include <atomic>
 #include <cstddef>
+#include <exception>
 #include <new>
-#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -27,10 +27,8 @@ void forEachInParallel(std::size_t threads, std::size_t count, Work work) {
   std::vector<std::thread> helpers;
   try {
     for (std::size_t t = 1; t < threads && t < count; ++t) helpers.emplace_back(share);
-  } catch (const std::system_error&) {
-    // the threads that are there do it
-  } catch (const std::bad_alloc&) {
-    // so here
+  } catch (const std::exception&) {
+    // no more can be had: the threads that are there do it
   }
   share();
   for (std::thread& helper : helpers) helper.join();

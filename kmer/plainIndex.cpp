@@ -5,7 +5,6 @@
 
 #include "driver/velk.h"
 #include "kmer/Sequence.h"
-#include "kmer/contigWindows.h"
 
 namespace velk {
 

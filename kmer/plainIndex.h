@@ -8,8 +8,8 @@
 #include <optional>
 
 #include "contig/contig.h"
+#include "kmer/contigWindows.h"
 #include "kmer/hashSet.h"
-#include "kmer/kmerPlace.h"
 
 namespace velk {
 

@@ -1,11 +1,8 @@
 #include "kmer/seedIndex.h"
 
-#include <algorithm>
 #include <bit>
-#include <new>
 
 #include "driver/velk.h"
-#include "kmer/seedIndexBuilder.h"
 
 namespace velk {
 namespace {
@@ -17,25 +14,10 @@ uint32_t offsetBits(int low, int high) {
 
 }  // namespace
 
-bool SeedIndex::build(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer, int threads,
-                      uint64_t placeBase, uint64_t leastWindows) {
-  try {
-    SeedIndexBuilder(*this, threads, placeBase)
-        .build(scaffoldInfo, scaffoldSum, kmer, leastWindows);
-    return true;
-  } catch (const std::bad_alloc&) {
-    return false;
-  }
-}
-
 uint64_t SeedIndex::bytes() const {
-  return text_.bytes() + (seedBuckets_.size() + deepBuckets_.size()) * sizeof(Bucket) +
-         odd_.bytes() + sizeof *this;
-}
-
-bool SeedIndex::isOrdinary(uint64_t key) const {
-  const int k = seeds_.windowLength();
-  return k == DATA_LEN || key >> (LEN_TO_BITLEN * k) == 0;
+  uint64_t bytes = sizeof *this;
+  forEachArray([&](const auto& array) { bytes += array.size() * sizeof(array[0]); });
+  return bytes;
 }
 
 std::optional<KmerAnswer> SeedIndex::placeOf(uint64_t key) const {
@@ -45,17 +27,18 @@ std::optional<KmerAnswer> SeedIndex::placeOf(uint64_t key) const {
   return KmerAnswer{text_.placeOf(found.position), found.isUnique};
 }
 
-Occurrence SeedIndex::find(uint64_t key) const {
-  if (!hasText()) return {};
-  if (!isOrdinary(key)) return joinOdd({}, key);
-  return end(begin(key));
+SeedIndex::LookUp SeedIndex::lookUpOf(uint64_t key) const {
+  const int k = seeds_.windowLength();
+  // A letter that is no base may set a bit above those of the k-mer. No seed is so large a number.
+  if (k < DATA_LEN && key >> LEN_TO_BITLEN * k != 0) return {key, mixed(key), 0, false};
+  const int offset = seeds_.offsetIn(key);
+  return {key, mixed(seeds_.kindOf(seeds_.merAt(key, offset))), offset, false};
 }
 
 SeedIndex::LookUp SeedIndex::begin(uint64_t key) const {
-  const int offset = seeds_.offsetIn(key);
-  const uint64_t hash = mixed(seeds_.kindOf(seeds_.merAt(key, offset)));
-  prefetchLine(seedRange(hash).home(hash));
-  return {key, hash, offset, false};
+  const LookUp lookUp = lookUpOf(key);
+  prefetch(seedLevel_, lookUp.hash);
+  return lookUp;
 }
 
 SeedIndex::LookUp SeedIndex::beginReversed(const LookUp& lookUp) const {
@@ -64,80 +47,58 @@ SeedIndex::LookUp SeedIndex::beginReversed(const LookUp& lookUp) const {
 }
 
 void SeedIndex::advance(LookUp& lookUp) const {
-  seedRange(lookUp.hash).anyHit(lookUp.hash, [&](const Bucket& bucket, unsigned i, uint64_t place) {
-    lookUp.isHeavy = bucket.isHeavy(i);
+  anyPlace(seedLevel_, lookUp.hash, [&](uint64_t place) {
+    lookUp.isHeavy = place == kElsewhere;
     if (lookUp.isHeavy) {
-      const Region& region = regions_[regionOf(lookUp.hash)];
-      const uint64_t hash = deepHashOf(lookUp.key);
-      prefetchLine(deepRange(region).home(hash));
+      prefetch(windowLevel_, windowHash(lookUp));
     } else {
-      text_.prefetch(place - placeBase_ - static_cast<uint64_t>(lookUp.offset));
+      const uint64_t position = place - static_cast<uint64_t>(lookUp.offset);
+      text_.prefetchRange(position, position + static_cast<uint64_t>(text_.windowLength()));
     }
     return true;
   });
 }
 
 Occurrence SeedIndex::end(const LookUp& lookUp) const {
-  const Occurrence found = findOrdinary(lookUp);
-  const bool mayBeOdd = seedRange(lookUp.hash).home(lookUp.hash)->hasOdd();
-  return mayBeOdd ? joinOdd(found, lookUp.key) : found;
-}
-
-Occurrence SeedIndex::findOrdinary(const LookUp& lookUp) const {
   Occurrence found;
-  const auto isAt = [&](uint64_t position) {
-    if (text_.basesAt(position, seeds_.windowLength()) != lookUp.key) return false;
-    const bool isMarked = text_.isMarkedRepeated(position);
-    if (isMarked && !text_.isWindow(position)) return false;
-    found = {position, !isMarked};
-    return true;
-  };
-  seedRange(lookUp.hash).anyHit(lookUp.hash, [&](const Bucket& bucket, unsigned i, uint64_t place) {
-    if (!bucket.isHeavy(i)) {
-      return isAt(place - placeBase_ - static_cast<uint64_t>(lookUp.offset));
+  anyPlace(seedLevel_, lookUp.hash, [&](uint64_t place) {
+    if (place == kElsewhere) {
+      found = findWindow(lookUp);
+      return found.isThere();
     }
-    const uint64_t position = findDeep(lookUp.key, regions_[regionOf(lookUp.hash)]);
-    if (position == Occurrence::kAbsent) return false;
+    const uint64_t position = place - static_cast<uint64_t>(lookUp.offset);
+    if (text_.basesAt(position, seeds_.windowLength()) != lookUp.key) return false;
+    if (!text_.isWindow(position)) return false;
     found = {position, !text_.isMarkedRepeated(position)};
     return true;
   });
   return found;
 }
 
-uint64_t SeedIndex::findDeep(uint64_t key, const Region& region) const {
-  uint64_t found = Occurrence::kAbsent;
-  const uint64_t hash = deepHashOf(key);
-  deepRange(region).anyHit(hash, [&](const Bucket&, unsigned, uint64_t place) {
-    if (text_.basesAt(place - placeBase_, seeds_.windowLength()) != key) return false;
-    found = place - placeBase_;
+// The window in the second level that has the key.
+Occurrence SeedIndex::findWindow(const LookUp& lookUp) const {
+  Occurrence found;
+  anyPlace(windowLevel_, windowHash(lookUp), [&](uint64_t position) {
+    if (text_.keyAt(position) != lookUp.key) return false;
+    found = {position, text_.isUnique(position)};
     return true;
   });
   return found;
 }
 
-Occurrence SeedIndex::joinOdd(Occurrence found, uint64_t key) const {
-  if (odd_.isEmpty()) return found;
-  const OddKmers::Entry* const entry = odd_.find(key);
-  if (entry == nullptr) return found;
-  if (!found.isThere()) return {entry->position(), !entry->isRepeated()};
-  return {std::min(found.position, entry->position()), false};
-}
-
 SeedIndex::SeedLookUp SeedIndex::beginSeed(const SeedRun& run, uint64_t unlike) const {
   const uint64_t hash = mixed(run.kind);
-  prefetchLine(seedRange(hash).home(hash));
+  prefetch(seedLevel_, hash);
   return {run, hash, unlike};
 }
 
 bool SeedIndex::advanceSeed(const SeedLookUp& lookUp) const {
-  const auto range = seedRange(lookUp.hash);
   // Of m-mers that tie, the reverse complement of a window may have another for its seed.
-  if (lookUp.run.isTied || range.home(lookUp.hash)->hasOdd()) return true;
-  return range.anyHit(lookUp.hash, [&](const Bucket& bucket, unsigned i, uint64_t place) {
+  if (lookUp.run.isTied) return true;
+  return anyPlace(seedLevel_, lookUp.hash, [&](uint64_t place) {
+    if (place == lookUp.unlike) return false;
     const auto around = static_cast<uint64_t>(seeds_.offsets()) - 1;
-    place -= placeBase_;
-    if (place == lookUp.unlike && !bucket.isHeavy(i)) return false;
-    text_.prefetchBetween(place - around, place + static_cast<uint64_t>(text_.windowLength()) - 1);
+    text_.prefetchRange(place - around, place + static_cast<uint64_t>(text_.windowLength()));
     return true;
   });
 }
@@ -146,23 +107,20 @@ SeedIndex::SeedVerdict SeedIndex::endSeed(const SeedLookUp& lookUp,
                                           const PackedBases& bases) const {
   SeedVerdict verdict;
   const SeedRun& run = lookUp.run;
-  const auto range = seedRange(lookUp.hash);
-  if (run.isTied || range.home(lookUp.hash)->hasOdd()) return verdict;
+  if (run.isTied) return verdict;
   const int length = seeds_.length();
   const uint64_t seed = bases.at(run.at, length);
   const uint64_t reversed = reversedKey(seed, length);
-  const auto high = static_cast<int>(run.at - run.first);
-  const auto low = static_cast<int>(run.at - run.last);
-  uint32_t open = offsetBits(low, high);
-  range.anyHit(lookUp.hash, [&](const Bucket& bucket, unsigned i, uint64_t place) {
-    place -= placeBase_;
-    if (place == lookUp.unlike && !bucket.isHeavy(i)) return false;
-    const uint64_t there = text_.basesAt(place, length);
-    if (there != seed && there != reversed) return false;
-    if (bucket.isHeavy(i)) {
+  uint32_t open =
+      offsetBits(static_cast<int>(run.at - run.last), static_cast<int>(run.at - run.first));
+  anyPlace(seedLevel_, lookUp.hash, [&](uint64_t place) {
+    if (place == lookUp.unlike) return false;
+    if (place == kElsewhere) {
       open = 0;
       return true;
     }
+    const uint64_t there = text_.basesAt(place, length);
+    if (there != seed && there != reversed) return false;
     const uint32_t shared = open & sharedOffsets(run, bases, place, there != seed);
     open &= ~shared;
     if (shared != 0 && !verdict.isFound) {
@@ -183,29 +141,24 @@ SeedIndex::SeedVerdict SeedIndex::endSeed(const SeedLookUp& lookUp,
 // lies around the place of the seed in the text.
 uint32_t SeedIndex::sharedOffsets(const SeedRun& run, const PackedBases& bases, uint64_t place,
                                   bool isReversed) const {
-  const auto length = static_cast<uint64_t>(seeds_.length());
-  const int around = seeds_.offsets() - 1;
-  const int before = static_cast<int>(run.at - run.first);
-  const int behind = around - static_cast<int>(run.at - run.last);
-  int equalBefore = 0;
-  int equalBehind = 0;
-  if (before != 0) {
-    const auto count = static_cast<uint64_t>(before);
-    const uint64_t there = isReversed ? reversedKey(text_.basesAt(place + length, before), before)
-                                      : text_.basesAt(place - count, before);
-    const uint64_t difference = bases.at(run.at - count, before) ^ there;
-    equalBefore = difference == 0 ? before : std::countr_zero(difference) / LEN_TO_BITLEN;
-  }
-  if (behind != 0) {
-    const auto count = static_cast<uint64_t>(behind);
-    const uint64_t there = isReversed ? reversedKey(text_.basesAt(place - count, behind), behind)
-                                      : text_.basesAt(place + length, behind);
-    const uint64_t difference = bases.at(run.at + length, behind) ^ there;
-    const int unused = 64 - LEN_TO_BITLEN * behind;
-    equalBehind =
-        difference == 0 ? behind : (std::countl_zero(difference) - unused) / LEN_TO_BITLEN;
-  }
-  return offsetBits(around - equalBehind, equalBefore);
+  const int length = seeds_.length();
+  const int before = static_cast<int>(run.at - run.first);  // the run's bases before its seed
+  const int behind = seeds_.offsets() - 1 - static_cast<int>(run.at - run.last);
+  const auto textBases = [&](uint64_t from, int count) {
+    const uint64_t there = text_.basesAt(from, count);
+    return isReversed ? reversedKey(there, count) : there;
+  };
+  // Compared are the bases on either side together with the seed's, which are equal.
+  const int left = before + length;
+  const int right = length + behind;
+  const uint64_t atLeft = isReversed ? place : place - static_cast<uint64_t>(before);
+  const uint64_t atRight = isReversed ? place - static_cast<uint64_t>(behind) : place;
+  const uint64_t leftDiffers = bases.at(run.first, left) ^ textBases(atLeft, left);
+  const uint64_t rightDiffers = bases.at(run.at, right) ^ textBases(atRight, right);
+  const int unused = 64 - LEN_TO_BITLEN * right;
+  const int equalLeft = std::min(left, std::countr_zero(leftDiffers) / LEN_TO_BITLEN);
+  const int equalRight = (std::countl_zero(rightDiffers) - unused) / LEN_TO_BITLEN;
+  return offsetBits(seeds_.windowLength() - equalRight, equalLeft - length);
 }
 
 }  // namespace velk

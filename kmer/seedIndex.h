@@ -4,12 +4,13 @@
 // A window's k-mer is found by its seed (kmer/seeds.h). The places of one kind of seed stand in
 // text order, from its home bucket on; they overflow into the buckets behind it. Equal windows have
 // the same seed at the same offset, so the first place around which the text agrees is the first
-// occurrence. A seed with more than kLongestChain places is heavy: its windows are in a second
-// level, one place a distinct k-mer. Windows with letters that are no bases are in a table of their
-// own (kmer/oddKmers.h). Two marks a window lie beside the text: whether its k-mer is repeated, and
-// whether the index holds its reverse complement. The parts come from sparse and skew k-mer
-// dictionaries (Almodaresi et al., "A space and time-efficient index for the compacted colored de
-// Bruijn graph", 2018; Pibiri, "Sparse and skew hashing of k-mers", 2022).
+// occurrence. A kind with more than kMostPlaces places is heavy: it has the place kElsewhere alone,
+// and its windows stand in a second level, one place a distinct k-mer. So do the windows with
+// letters that are no bases, and those that share a kind with them. Two marks a window lie beside
+// the text: whether its k-mer is repeated, and whether the index holds its reverse complement. The
+// parts come from sparse and skew k-mer dictionaries (Almodaresi et al., "A space and
+// time-efficient index for the compacted colored de Bruijn graph", 2018; Pibiri, "Sparse and skew
+// hashing of k-mers", 2022).
 //
 // Built once (kmer/seedIndexBuilder.h); read-only afterwards, any thread may ask.
 #pragma once
@@ -20,8 +21,7 @@
 
 #include "kmer/buckets.h"
 #include "kmer/contigText.h"
-#include "kmer/kmerPlace.h"
-#include "kmer/oddKmers.h"
+#include "kmer/contigWindows.h"
 #include "kmer/seeds.h"
 
 namespace velk {
@@ -37,8 +37,8 @@ struct Occurrence {
 
 class SeedIndex {
  public:
-  static constexpr unsigned kLongestChain = 6;  // places of a seed before it is heavy
-  static constexpr double kSeedLoad = 0.7;      // filled share of the seeds' buckets, at most
+  static constexpr uint64_t kMostPlaces = 6;  // of a kind of seed that is not heavy
+  static constexpr double kSeedLoad = 0.7;    // filled share of the buckets, at most
 
   /// Builds the index of all k-mers that `scaffoldInfo` has; the same, byte for byte, for any
   /// number of threads. Returns false, and is of no use, when memory runs out.
@@ -53,6 +53,18 @@ class SeedIndex {
 
   uint64_t distinctKeys() const { return distinctKeys_; }
   uint64_t bytes() const;
+
+  /// Calls f(const Array<T>&) for all memory of the index: with the numbers beside it, it is all
+  /// that there is.
+  template <class F>
+  void forEachArray(F f) const {
+    text_.forEachArray(f);
+    for (const Level* level : {&seedLevel_, &windowLevel_}) {
+      f(level->buckets);
+      f(level->ranges);
+    }
+  }
+
   const ContigText& text() const { return text_; }
   const Seeds& seeds() const { return seeds_; }
 
@@ -65,15 +77,14 @@ class SeedIndex {
     uint64_t key;
     uint64_t hash;  // of the seed's kind
     int offset;     // of the seed
-    bool
-        isHeavy;  // set by advance(): the first place found is heavy; only a prefetch depends on it
+    bool isHeavy;   // set by advance(): the windows of the seed are in the second level
   };
 
-  /// 1. Begins, and prefetches the seed's bucket. REQUIRES: key is one of bases alone.
+  /// 1. Begins, and prefetches the seed's bucket.
   LookUp begin(uint64_t key) const;
 
   /// The look-up of the reverse complement, begun as well. Where a seed is tied it may be in vain,
-  /// or end with a later occurrence than the first.
+  /// or end with a later occurrence than the first. REQUIRES: the key is one of bases alone.
   LookUp beginReversed(const LookUp& lookUp) const;
 
   /// 2. Prefetches what the k-mer is compared with first.
@@ -82,7 +93,8 @@ class SeedIndex {
   /// 3. Ends.
   Occurrence end(const LookUp& lookUp) const;
 
-  Occurrence find(uint64_t key) const;
+  /// All three steps.
+  Occurrence find(uint64_t key) const { return hasText() ? end(begin(key)) : Occurrence{}; }
 
   // What a seed says of all windows that share it, and of their reverse complements.
 
@@ -115,33 +127,41 @@ class SeedIndex {
   SeedVerdict endSeed(const SeedLookUp& lookUp, const PackedBases& bases) const;
 
  private:
+  friend class RegionBuilder;
   friend class SeedIndexBuilder;
 
   static constexpr std::size_t kRegions = std::size_t{1} << kRegionBits;
+  static constexpr uint64_t kElsewhere = ContigText::kPad / 2;  // where no seed lies
 
-  /// The buckets of both levels whose hashes begin with the same bits: a thread builds them alone.
-  struct Region {
-    uint64_t firstSeed;
-    uint64_t seedBuckets;
-    uint64_t firstDeep;
-    uint64_t deepBuckets;
+  /// Places in buckets. Those whose hashes begin with the same bits have a range of their own.
+  struct Level {
+    struct Range {
+      uint64_t first;
+      uint64_t size;
+    };
+    Array<Bucket> buckets;
+    Array<Range> ranges;
   };
 
   static std::size_t regionOf(uint64_t hash) { return hash >> (64 - kRegionBits); }
-
-  ConstBucketRange seedRange(uint64_t hash) const {
-    const Region& region = regions_[regionOf(hash)];
-    return {&seedBuckets_[region.firstSeed], region.seedBuckets, shape_};
+  ConstBucketRange range(const Level& level, uint64_t hash) const {
+    const Level::Range& range = level.ranges[regionOf(hash)];
+    return {&level.buckets[range.first], range.size, shape_};
   }
-  ConstBucketRange deepRange(const Region& region) const {
-    return {&deepBuckets_[region.firstDeep], region.deepBuckets, shape_};
+  template <class OnPlace>
+  bool anyPlace(const Level& level, uint64_t hash, OnPlace onPlace) const {
+    return range(level, hash).anyHit(hash, [&](uint64_t p) { return onPlace(p - placeBase_); });
   }
-  static uint64_t deepHashOf(uint64_t key) { return mixed(key * 0xFF51AFD7ED558CCDU); }
+  void prefetch(const Level& level, uint64_t hash) const {
+    prefetchLine(range(level, hash).home(hash));
+  }
 
-  bool isOrdinary(uint64_t key) const;
-  Occurrence findOrdinary(const LookUp& lookUp) const;
-  uint64_t findDeep(uint64_t key, const Region& region) const;
-  Occurrence joinOdd(Occurrence found, uint64_t key) const;
+  /// The hash of a window in the second level, of the same region as that of its seed's kind.
+  static uint64_t windowHash(const LookUp& lookUp) {
+    return lookUp.hash ^ mixed(lookUp.key) >> kRegionBits;
+  }
+  LookUp lookUpOf(uint64_t key) const;
+  Occurrence findWindow(const LookUp& lookUp) const;
   uint32_t sharedOffsets(const SeedRun& run, const PackedBases& bases, uint64_t place,
                          bool isReversed) const;
 
@@ -149,10 +169,8 @@ class SeedIndex {
   Seeds seeds_{1, 0};
   BucketShape shape_{12, 4};
   uint64_t placeBase_ = 0;
-  std::array<Region, kRegions> regions_{};
-  ZeroedArray<Bucket> seedBuckets_;
-  ZeroedArray<Bucket> deepBuckets_;
-  OddKmers odd_;
+  Level seedLevel_;
+  Level windowLevel_;
   std::optional<KmerAnswer> emptyKmer_;  // of k = 0, where all keys are 0
   uint64_t distinctKeys_ = 0;
 };

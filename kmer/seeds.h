@@ -15,10 +15,32 @@
 #include <cstdint>
 #include <utility>
 
-#include "kmer/merRanks.h"
 #include "kmer/packedBases.h"
 
 namespace velk {
+
+inline constexpr int kShortestMer = 9;        // bases, unless k-mers are as short
+inline constexpr int kLongestMer = 25;        // a word holds eight of them
+inline constexpr int kLongestInjective = 16;  // of m-mers whose ranks tell all kinds apart
+inline constexpr std::size_t kMostOffsets = DATA_LEN - kShortestMer + 1;  // of a seed in a window
+
+/// The rank of a kind of m-mer: a multiplicative hash of 32 bits.
+inline uint32_t rankOf(uint64_t kind) {
+  return static_cast<uint32_t>(kind ^ kind >> 27) * 0x9E3779B1U ^ 0x5BD1E995U;
+}
+
+/// Writes the ranks of the m-mers that begin at the bases [from, to) of a word to ranks[from] and
+/// on, and may write all of ranks[0, DATA_LEN). behind: the word of bases that follows.
+void rankMers(uint64_t word, uint64_t behind, uint64_t from, uint64_t to, int m, uint32_t* ranks);
+
+struct LeastRank {
+  uint32_t rank;
+  unsigned offset;  // of the first rank that is least
+  bool isTied;      // whether there is another
+};
+
+/// The least of `count` ranks, 1 to kMostOffsets. Reads kMostOffsets of them.
+LeastRank leastRank(const uint32_t* ranks, unsigned count);
 
 /// A longest stretch of windows that share a seed.
 struct SeedRun {
@@ -45,63 +67,48 @@ class Seeds {
 
   /// The offset of the seed in a packed window.
   int offsetIn(uint64_t key) const {
-    const std::array<uint64_t, 3> words = {key << (64 - LEN_TO_BITLEN * k_), 0, 0};
     std::array<uint32_t, DATA_LEN> ranks;
     const auto count = static_cast<unsigned>(offsets());
-    rankMers(words.data(), 0, count, m_, ranks.data());
+    rankMers(key << (64 - LEN_TO_BITLEN * k_), 0, 0, count, m_, ranks.data());
     return static_cast<int>(leastRank(ranks.data(), count).offset);
   }
 
   /// The m-mer at `offset` of a packed window.
   uint64_t merAt(uint64_t key, int offset) const {
-    return key >> (LEN_TO_BITLEN * (offsets() - 1 - offset)) & mask();
+    const uint64_t mask = ~uint64_t{0} >> (64 - LEN_TO_BITLEN * m_);
+    return key >> (LEN_TO_BITLEN * (offsets() - 1 - offset)) & mask;
   }
 
   /// Calls onRun(const SeedRun&) for the seeds of the windows [from, to) of packed bases, in order.
-  /// words.wordAt(n): the bases from 32 n on, the first in the highest bits; one word behind the
-  /// last base must be readable. REQUIRES: from < to.
+  /// words: as those of packedAt. REQUIRES: from < to.
   template <class Words, class OnRun>
   void forEachRun(const Words& words, uint64_t from, uint64_t to, OnRun onRun) const;
 
  private:
-  static constexpr std::size_t kChunk = 128;  // windows whose m-mers are ranked together
+  static constexpr uint64_t kChunk = 128;  // windows whose m-mers are ranked together
 
   // Windows a random m-mer must be matched against before one is expected to be found.
   static constexpr uint64_t kRarity = 8;
-  static constexpr int kShortest = 9;
 
   static int seedLength(int k, uint64_t windows) {
-    int m = kShortest;
+    int m = kShortestMer;
     while (m < kLongestMer && uint64_t{1} << (LEN_TO_BITLEN * m) < kRarity * windows) m += 2;
     return std::min(m, k % 2 == 0 ? k - 1 : k);
   }
-
-  uint64_t mask() const { return ~uint64_t{0} >> (64 - LEN_TO_BITLEN * m_); }
 
   int k_;
   int m_;
 };
 
-/// The `count` bases from position p on of packed words. REQUIRES: 1 <= count <= DATA_LEN.
-template <class Words>
-uint64_t packedAt(const Words& words, uint64_t p, int count) {
-  const unsigned into = LEN_TO_BITLEN * static_cast<unsigned>(p % DATA_LEN);
-  const uint64_t n = p / DATA_LEN;
-  const uint64_t bits = words.wordAt(n) << into | words.wordAt(n + 1) >> 1 >> (63 - into);
-  return bits >> (64 - LEN_TO_BITLEN * count);
-}
-
 template <class Words, class OnRun>
 void Seeds::forEachRun(const Words& words, uint64_t from, uint64_t to, OnRun onRun) const {
   const auto width = static_cast<uint64_t>(offsets());
-  std::array<uint64_t, kChunk / DATA_LEN + 6> chunk;              // of the words
-  std::array<uint32_t, kChunk + DATA_LEN + kRanksPerStep> ranks;  // of the m-mers from `start` on
-  uint64_t start = from;
+  std::array<uint32_t, kChunk + 4 * DATA_LEN> ranks;  // of the m-mers from `start` on
+  uint64_t start = 0;
   SeedRun run{};
   uint32_t least = 0;                         // the rank of run.at
   const auto choose = [&](uint64_t window) {  // the seed of a window, of all its m-mers
-    const LeastRank chosen =
-        leastRank(ranks.data() + (window - start), static_cast<unsigned>(width));
+    const LeastRank chosen = leastRank(&ranks[window - start], static_cast<unsigned>(width));
     run = {window + chosen.offset, 0, window, window, chosen.isTied};
     least = chosen.rank;
   };
@@ -111,28 +118,34 @@ void Seeds::forEachRun(const Words& words, uint64_t from, uint64_t to, OnRun onR
     onRun(std::as_const(run));
   };
   for (uint64_t window = from; window < to;) {
-    const uint64_t stop = std::min(to, start + kChunk);
-    const uint64_t mers = stop - start + width - 1;
-    const uint64_t last = (start + mers + static_cast<uint64_t>(m_) - 2) / DATA_LEN;
-    std::size_t count = 0;
-    for (uint64_t n = start / DATA_LEN; n <= last; ++n) chunk[count++] = words.wordAt(n);
-    chunk[count] = chunk[count + 1] = 0;
-    rankMers(chunk.data(), start % DATA_LEN, mers, m_, ranks.data());
+    const uint64_t stop = std::min(to, window + kChunk);
+    const uint64_t merEnd = stop + width - 1;
+    start = window / DATA_LEN * DATA_LEN;
+    for (uint64_t at = start; at < merEnd; at += DATA_LEN) {
+      rankMers(words.wordAt(at / DATA_LEN), words.wordAt(at / DATA_LEN + 1),
+               std::max(at, window) - at, std::min<uint64_t>(merEnd - at, DATA_LEN), m_,
+               &ranks[at - start]);
+    }
     if (window == from) choose(window++);
-    for (; window < stop; ++window) {
-      const uint32_t rank = ranks[window - start + width - 1];
-      if (run.at < window) {
-        end(window);
-        choose(window);
-      } else if (rank < least) {
-        end(window);
-        run = {window + width - 1, 0, window, window, false};
-        least = rank;
-      } else if (rank == least) {
+    while (window < stop) {
+      const uint64_t holdsSeed = std::min(stop, run.at + 1);  // the windows before do
+      uint32_t rank = 0;                                      // of the m-mer that a window adds
+      for (; window < holdsSeed; ++window) {
+        rank = ranks[window - start + width - 1];
+        if (rank > least) continue;
+        if (rank < least) break;
         run.isTied = true;
       }
+      if (window == stop) break;
+      end(window);
+      if (window < holdsSeed) {
+        run = {window + width - 1, 0, window, window, false};
+        least = rank;
+      } else {
+        choose(window);
+      }
+      ++window;
     }
-    start = stop;
   }
   end(to);
 }

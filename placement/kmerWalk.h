@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "kmer/kmerPlace.h"
+#include "kmer/contigWindows.h"
 
 namespace velk {
 

@@ -9,8 +9,9 @@
 #pragma once
 
 #include <cassert>
-#include <set>
+#include <type_traits>
 
+#include "placement/refusedHits.h"
 #include "placement/sink.h"
 #include "placement/verdict.h"
 
@@ -20,7 +21,7 @@ namespace velk {
 /// accept(hit, verdict) takes one that is no refusal. Returns where the walk stopped.
 template <class Read, class Sink, class Judge, class Accept>
 int64_t walkHits(Read& read, Sink& sink, Judge judge, Accept accept) {
-  std::set<Hit> refused;  // empty if the sink takes no refusals
+  std::conditional_t<Sink::kTakesRefusals, RefusedHits, NoRefusedHits> refused;
   return read.visitHits([&](const Hit& hit) {
     if (refused.contains(hit)) return Walk::kGoOn;
     const Verdict verdict = judge(hit);
@@ -29,8 +30,8 @@ int64_t walkHits(Read& read, Sink& sink, Judge judge, Accept accept) {
       return Walk::kStop;
     }
     if constexpr (Sink::kTakesRefusals) {
-      sink.refused(Refused{read.origin(), hit, verdict.refusal});
-      refused.insert(hit);
+      sink.refused(Refused{read.origin(), hit, verdict.refusal, verdict.gap, verdict.matePosition});
+      refused.add(hit);
     }
     // KEPT: a large insert at a small gap gives up the whole pair
     // (CheckForwardRead.LargeInsertAtASmallGapStopsTheWalk)

@@ -43,6 +43,8 @@ struct Refused {
   Origin origin;
   Hit hit;
   Refusal reason;
+  uint64_t gap;          // at which it was judged: the index of the contig behind it; 0: at none
+  int64_t matePosition;  // of an anchor: where in that gap the mate would lie
 };
 
 }  // namespace velk

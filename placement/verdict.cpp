@@ -132,13 +132,13 @@ Verdict judgeSingle(const Hit& hit, const std::string& read, const ScaffoldInfo&
   const bool hasGap = isRightEnd ? hit.contig + 1 < info.contigsSum : hit.contig >= 1;
   if (!hasGap) return {.refusal = Refusal::kNoGap};
 
-  Verdict verdict;
+  Verdict verdict{.gap = isRightEnd ? hit.contig + 1 : hit.contig};
   if (isRightEnd) {
     verdict.refusal = checkOverRightEnd(contig.contigSeq, read, hit.offset, options);
-    verdict.add(RecordKind::kEdge, hit.contig + 1, hit.offset - lengthOf(contig.contigSeq));
+    verdict.add(RecordKind::kEdge, verdict.gap, hit.offset - lengthOf(contig.contigSeq));
   } else {
     verdict.refusal = checkOverLeftEnd(contig.contigSeq, read, hit.offset, options);
-    verdict.add(RecordKind::kEdge, hit.contig, hit.offset + gapBefore(contig));
+    verdict.add(RecordKind::kEdge, verdict.gap, hit.offset + gapBefore(contig));
   }
   return verdict;
 }
@@ -151,7 +151,7 @@ Verdict judgePair(Direction direction, const Hit& hit, const std::string& anchor
       direction == Direction::kForward ? forwardGeometry(anchor) : reverseGeometry(anchor);
   if (!mate) return {.refusal = Refusal::kNoGap};
   if (anchor.gapLength(mate->gap) < options.bigGapLength && options.insert > options.bigGapLength) {
-    return {.refusal = Refusal::kSmallGap};
+    return {.refusal = Refusal::kSmallGap, .gap = mate->gap, .matePosition = mate->position};
   }
   Verdict verdict{.gap = mate->gap, .matePosition = mate->position};
   const std::string& contig = info.contigsInfo[hit.contig].contigSeq;

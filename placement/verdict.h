@@ -44,7 +44,7 @@ struct GapPlace {
 /// A hit is refused, or accepted with up to three records.
 struct Verdict {
   Refusal refusal = Refusal::kNone;
-  uint64_t gap = 0;          // of a pair: the gap next to the anchor's contig
+  uint64_t gap = 0;          // at which the read, or its mate, was judged; 0: at none
   int64_t matePosition = 0;  // of a pair: where in it the mate must lie, before it is moved
   std::size_t count = 0;     // records
   std::array<GapPlace, 3> places{};

@@ -76,6 +76,7 @@ void addOutputs(CLI::App& app, Arguments& arguments, const OutputKind& output) {
   app.add_option("-o,--output", arguments.folder, output.about)->required()->type_name(output.type);
   app.add_option("--sample", arguments.sample, "name of the sample")->capture_default_str();
   app.add_flag("--no-anchors", arguments.noAnchors, "leave anchors out of the FASTQ files");
+  app.add_flag("--no-report", arguments.noReport, "make no report.html");
   app.add_flag("--native", arguments.native, "write velk's own files, too, to DIR/native");
   app.add_flag("--force", arguments.force, "go on where a look at the inputs says not to");
   app.add_flag("--quiet", arguments.quiet, "say nothing but warnings and errors");

@@ -27,6 +27,8 @@ class FoundStore : public FoundReceiver {
   void take(int worker, const FoundEntry& entry) override;
   void takeSpan(const Span& span) override { outputs_.takeSpan(span.gap, span.length); }
 
+  Evidence& evidence() override { return outputs_.evidence(); }
+
   /// Adds what a share holds. Throws Failure.
   void addShare(const std::string& folder, const Share& share);
 

@@ -110,7 +110,8 @@ std::vector<std::string> filesRead(const PlanInUse& plan, const std::vector<std:
 
 }  // namespace
 
-void gather(const PlannedRequest& request, const std::vector<std::string>& shares) {
+void gather(const PlannedRequest& request, const std::vector<std::string>& shares,
+            const ReportMaker& makeReport) {
   Session session(request.isQuiet, false, request.threads);
   const PlanInUse plan(request);
   const std::vector<Held> all = readShares(plan.plan(), shares);
@@ -129,7 +130,8 @@ void gather(const PlannedRequest& request, const std::vector<std::string>& share
     found.addShare(held.folder, held.share);
     addCounts(held, searched);
   }
-  results.finish(*assembly, fixed, searched, found, session);
+  results.finish(*assembly, fixed, searched, found, session,
+                 arguments.noReport ? ReportMaker() : makeReport);
 }
 
 }  // namespace velk::run

@@ -1,12 +1,14 @@
 // A library of the run: reads that were made in one way, and what is known of their fragments.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "reads/readInput.h"
+#include "run/insertHistogram.h"
 
 namespace velk::run {
 
@@ -29,6 +31,7 @@ struct Library {
   bool isMeasured = false;
   double measuredInsert = 0;
   Orientation measuredOrientation = Orientation::kInward;
+  std::array<InsertHistogram, 3> inserts;  // of the sample: FR, RF, and on the same strand
 
   // Given by the user, else as measured; fixed before the first read is searched.
   bool isInsertGiven = false;

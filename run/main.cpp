@@ -8,6 +8,7 @@
 #include "driver/listener.h"
 #include "driver/standardDescriptors.h"
 #include "reads/record.h"
+#include "report/report.h"
 #include "run/arguments.h"
 #include "run/commandLine.h"
 #include "run/failure.h"
@@ -36,6 +37,10 @@ int fail(Status status, const std::string& what) {
   return static_cast<int>(status);
 }
 
+std::string makeReport(const std::string& folder, const std::string& summary) {
+  return report::writeReport(folder, summary, folder);
+}
+
 void doVerb(int argc, char** argv) {
   if (asksFor("extract", argc, argv)) {
     const ExtractArguments arguments = parseExtract(argc, argv);
@@ -48,11 +53,11 @@ void doVerb(int argc, char** argv) {
     runTask(arguments.request, arguments.task);
   } else if (asksFor("gather", argc, argv)) {
     const PlannedArguments arguments = parseGather(argc, argv);
-    gather(arguments.request, arguments.shares);
+    gather(arguments.request, arguments.shares, makeReport);
   } else if (hasPlan(argc, argv)) {
-    runPlan(parseRunPlan(argc, argv).request);
+    runPlan(parseRunPlan(argc, argv).request, makeReport);
   } else {
-    runAll(parseArguments(argc, argv));
+    runAll(parseArguments(argc, argv), makeReport);
   }
 }
 

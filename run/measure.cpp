@@ -36,6 +36,12 @@ void measureLibraries(std::vector<Library>& libraries, const Inputs& inputs,
       }
     }
     fix(libraries[n], pairs.measure());
+    for (std::size_t o = 0; o < libraries[n].inserts.size(); ++o) {
+      libraries[n].inserts[o] = {};
+      for (const uint64_t insert : pairs.inserts(static_cast<survey::Orientation>(o))) {
+        libraries[n].inserts[o].add(insert);
+      }
+    }
   }
 }
 

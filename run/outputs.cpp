@@ -8,9 +8,12 @@
 #include "run/bamRecord.h"
 #include "run/describe.h"
 #include "run/diskFile.h"
+#include "run/failure.h"
 #include "run/flanks.h"
+#include "run/gapFlanks.h"
 #include "run/gapIndex.h"
 #include "run/gapTable.h"
+#include "run/insertTable.h"
 #include "run/layReads.h"
 #include "run/resultNames.h"
 
@@ -65,6 +68,13 @@ uint64_t reachOf(const std::vector<Library>& libraries) {
   return static_cast<uint64_t>(std::llround(longest)) + 1;
 }
 
+std::vector<std::string> namesOf(const std::vector<Library>& libraries) {
+  std::vector<std::string> names;
+  names.reserve(libraries.size());
+  for (const Library& library : libraries) names.push_back(library.name);
+  return names;
+}
+
 }  // namespace
 
 Outputs::Outputs(const ResultFolder& folder, const Assembly& assembly,
@@ -76,7 +86,8 @@ Outputs::Outputs(const ResultFolder& folder, const Assembly& assembly,
       records_(folder.partial("records.spill"), share(options.memory, kShareOfRecords)),
       gapReads_(folder.partial("gaps.spill"), share(options.memory, kShareOfGapReads)),
       clashes_(libraries, folder.partial("names.spill"), share(options.memory, kShareOfNames)),
-      counts_(assembly.gaps().size(), libraries.size()) {}
+      counts_(assembly.gaps().size(), libraries.size()),
+      evidence_(assembly.gaps().size(), namesOf(libraries)) {}
 
 void Outputs::take(const FoundEntry& entry) {
   const Library& library = libraries_[entry.library];
@@ -84,6 +95,7 @@ void Outputs::take(const FoundEntry& entry) {
   for (std::size_t n = 0; n < described.size(); ++n) {
     records_.add(keyOf(described[n], n), encodeBam(described[n], library.name));
   }
+  noteReaches(assembly_, described, evidence_);
   clashes_.add(entry.library, entry.texts[0].name);
   takeForGaps(entry, described);
 }
@@ -119,6 +131,12 @@ void Outputs::addShare(const std::string& share, uint64_t library, const ShareIt
   clashes_.addSaved(file(kShareNamesName), items.names);
   const std::string ofGaps = file(kShareCountsName);
   counts_.addEncoded(readFile(ofGaps), library, ofGaps);
+  const std::string ofEvidence = file(kShareEvidenceName);
+  const Evidence evidence = Evidence::parse(readFile(ofEvidence), ofEvidence);
+  if (evidence.gaps() != evidence_.gaps() || evidence.libraries() != evidence_.libraries()) {
+    throw Failure(Status::kFailed, ofEvidence + " is of other gaps or libraries than the plan's");
+  }
+  evidence_ += evidence;
 }
 
 ShareItems Outputs::writeShare(uint64_t library) {
@@ -126,6 +144,7 @@ ShareItems Outputs::writeShare(uint64_t library) {
   gapReads_.save(folder_.partial(kShareReadsName));
   clashes_.save(folder_.partial(kShareNamesName));
   writeFile(folder_.partial(kShareCountsName), counts_.encoded(library));
+  writeFile(folder_.partial(kShareEvidenceName), evidence_.text());
   return {records_.items(), gapReads_.items(), clashes_.names()};
 }
 
@@ -136,6 +155,8 @@ void Outputs::write() {
   writeIndex(texts, writeFlanks());
   writeFile(folder_.partial("gaps.tsv"), gapTable(assembly_, libraries_, counts_));
   writeFile(folder_.partial("gaps.bed"), gapBed(assembly_, counts_));
+  writeFile(folder_.partial("evidence.tsv"), evidence_.text());
+  writeFile(folder_.partial("inserts.tsv"), insertTable(libraries_));
 }
 
 void Outputs::writeBam() {

@@ -11,6 +11,7 @@
 
 #include "run/assembly.h"
 #include "run/bamWriter.h"
+#include "run/evidence.h"
 #include "run/fastqWriter.h"
 #include "run/found.h"
 #include "run/gapCounts.h"
@@ -61,6 +62,7 @@ class Outputs {
   ShareItems writeShare(uint64_t library);
 
   const GapCounts& counts() const { return counts_; }
+  Evidence& evidence() { return evidence_; }
 
   /// Distinct reads that were found, and alignment records of BAM.
   uint64_t reads() const { return reads_; }
@@ -86,6 +88,7 @@ class Outputs {
   SpillSorter gapReads_;  // by gap
   NameClashes clashes_;
   GapCounts counts_;
+  Evidence evidence_;
   std::atomic<uint64_t> reads_ = 0;
 };
 

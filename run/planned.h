@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "run/arguments.h"
+#include "run/results.h"
 
 namespace velk::run {
 
@@ -26,13 +27,14 @@ struct PlannedRequest {
 /// Writes the plan of a run, `arguments.folder` being its file, with names from `root`.
 void makePlan(const Arguments& arguments, const std::string& root);
 
-/// Runs a plan in one go.
-void runPlan(const PlannedRequest& request);
+/// Runs a plan in one go; `makeReport` as of runAll().
+void runPlan(const PlannedRequest& request, const ReportMaker& makeReport);
 
 /// Runs one task, by its number from 0, whose share is the output.
 void runTask(const PlannedRequest& request, uint64_t number);
 
 /// Gathers all shares, named in any order.
-void gather(const PlannedRequest& request, const std::vector<std::string>& shares);
+void gather(const PlannedRequest& request, const std::vector<std::string>& shares,
+            const ReportMaker& makeReport);
 
 }  // namespace velk::run

@@ -21,14 +21,18 @@ constexpr std::array kResultNames{"reads.bam",
                                   "gaps.tsv",
                                   "gaps.bed",
                                   "gaps.idx",
+                                  "evidence.tsv",
+                                  "inserts.tsv",
                                   "report.html",
+                                  "velk_mqc.json",
+                                  "velk_gaps_mqc.json",
                                   "native/found.fa",
                                   "native/scaffolds.fa.gapsinfo",
                                   "native/scaffolds.fa.contig",
                                   "native/scaffolds.fa.contigPos"};
 
-constexpr std::array kShareNames{kShareRecordsName, kShareReadsName, kShareNamesName,
-                                 kShareNativeName, kShareCountsName};
+constexpr std::array kShareNames{kShareRecordsName, kShareReadsName,  kShareNamesName,
+                                 kShareNativeName,  kShareCountsName, kShareEvidenceName};
 
 // The summary, or null.
 nlohmann::json summaryIn(const std::string& file) {

@@ -17,6 +17,7 @@ constexpr const char* kShareReadsName = "reads.bin";
 constexpr const char* kShareNamesName = "names.bin";
 constexpr const char* kShareNativeName = "native.bin";
 constexpr const char* kShareCountsName = "counts.bin";
+constexpr const char* kShareEvidenceName = "evidence.tsv";
 
 constexpr const char* kPartialName = ".partial";
 constexpr const char* kNativeName = "native";

@@ -79,7 +79,7 @@ Results::Results(const Arguments& arguments, const std::vector<std::string>& inp
 }
 
 void Results::finish(const Assembly& assembly, const FixedValues& fixed, const Searched& searched,
-                     FoundStore& found, Session& session) {
+                     FoundStore& found, Session& session, const ReportMaker& makeReport) {
   std::vector<std::string> warnings = searched.warnings;
   for (const std::string& line :
        warningsOf(searched.counts, fixed.readLength, found.foundReads())) {
@@ -87,6 +87,11 @@ void Results::finish(const Assembly& assembly, const FixedValues& fixed, const S
     warnings.push_back(line);
   }
   found.writeResults();
+  if (makeReport) {
+    Summary summary = summaryOf(fixed, searched, found, session);
+    summary.warnings = warnings;
+    report_ = makeReport(folder_.partial("."), summaryText(summary, assembly, found.counts()));
+  }
   files_ = folder_.seal();
   session.end();
   Summary summary = summaryOf(fixed, searched, found, session);
@@ -126,6 +131,7 @@ Summary Results::summaryOf(const FixedValues& fixed, const Searched& searched,
   summary.times.insert(summary.times.end(), session.times().begin(), session.times().end());
   summary.peakMemory = std::max(peakMemory(), searched.peakMemory);
   summary.files = files_;
+  summary.report = report_;
   return summary;
 }
 

@@ -1,6 +1,7 @@
 // The results of a run: a folder of whole files with a summary, or none.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -28,6 +29,10 @@ struct Searched {
   uint64_t spilledBytes = 0;            // by tasks
 };
 
+/// Makes the report of a result, whose files are in `folder` and whose summary has this text, in
+/// the same folder. Returns what the summary is to say of it: the text of a JSON object.
+using ReportMaker = std::function<std::string(const std::string& folder, const std::string& text)>;
+
 class Results {
  public:
   /// `inputs`: all files that the run reads. Claims the folder, and removes an earlier result.
@@ -36,9 +41,9 @@ class Results {
 
   const ResultFolder& folder() const { return folder_; }
 
-  /// Writes all files, the summary last, and says so. Throws Failure.
+  /// Writes all files, the summary last, and says so; `makeReport` may be empty. Throws Failure.
   void finish(const Assembly& assembly, const FixedValues& fixed, const Searched& searched,
-              FoundStore& found, Session& session);
+              FoundStore& found, Session& session, const ReportMaker& makeReport);
 
  private:
   Summary summaryOf(const FixedValues& fixed, const Searched& searched, const FoundStore& found,
@@ -47,6 +52,7 @@ class Results {
   const Arguments& arguments_;
   ResultFolder folder_;
   std::vector<ResultFile> files_;
+  std::string report_;  // what the summary says of it
 };
 
 /// All files that a run reads.

@@ -9,7 +9,7 @@
 
 namespace velk::run {
 
-void runAll(const Arguments& arguments) {
+void runAll(const Arguments& arguments, const ReportMaker& makeReport) {
   Kmer = arguments.kmer;  // read by the index
   Session session(arguments.quiet, arguments.force, arguments.threads);
   session.judge(checkFiles(arguments.assembly, arguments.libraries));
@@ -31,7 +31,8 @@ void runAll(const Arguments& arguments) {
   }
   searched.warnings = session.warnings();
   session.begin("writing");
-  results.finish(assembly, fixed, searched, found, session);
+  results.finish(assembly, fixed, searched, found, session,
+                 arguments.noReport ? ReportMaker() : makeReport);
 }
 
 }  // namespace velk::run

@@ -7,7 +7,7 @@
 
 namespace velk::run {
 
-void runPlan(const PlannedRequest& request) {
+void runPlan(const PlannedRequest& request, const ReportMaker& makeReport) {
   Session session(request.isQuiet, request.isForced, request.threads);
   const PlanInUse plan(request);
   const Arguments& arguments = plan.arguments();
@@ -31,7 +31,8 @@ void runPlan(const PlannedRequest& request) {
     setCounts(searched.inputs[n], *inputs.all()[n].reads);
   }
   session.begin("writing");
-  results.finish(*assembly, fixed, searched, found, session);
+  results.finish(*assembly, fixed, searched, found, session,
+                 arguments.noReport ? ReportMaker() : makeReport);
 }
 
 }  // namespace velk::run

@@ -6,6 +6,7 @@
 
 #include "placement/batchScan.h"
 #include "placement/engine.h"
+#include "run/gapWatch.h"
 #include "run/workers.h"
 
 namespace velk::run {
@@ -22,13 +23,14 @@ struct WorkedOn {
 // Collects what is found of an entry, and hands it on when the next one begins.
 class Collector {
  public:
-  static constexpr bool kTakesRefusals = false;
+  static constexpr bool kTakesRefusals = true;
 
-  Collector(const reads::ReadBatch& batch, const WorkedOn& library, const Spans& spans, int worker,
-            FoundReceiver& receiver)
+  Collector(const reads::ReadBatch& batch, const WorkedOn& library, const Spans& spans,
+            GapWatch& watch, int worker, FoundReceiver& receiver)
       : batch_(batch),
         library_(library.library),
         spans_(spans),
+        watch_(watch),
         worker_(worker),
         receiver_(receiver) {
     entry_.library = library.number;
@@ -50,12 +52,20 @@ class Collector {
     const Origin& origin = anchored.origin;
     entry_.anchor = FoundAnchor{origin.mate, origin.isReversed, anchored.hit.scaffold,
                                 anchored.hit.contig, anchored.hit.offset};
+    watch_.anchored(anchored.hit, lengthOf(origin.mate));
+  }
+
+  void refused(const Refused& refused) {
+    begin(refused.origin.entry);
+    const int mate = refused.origin.mate;
+    watch_.refused(refused, lengthOf(mate), entry_.reads == 2 ? lengthOf(1 - mate) : 0);
   }
 
   // Hands the last entry on.
   void finish() {
     if (current_ < 0) return;
     const auto entry = static_cast<std::size_t>(current_);
+    watch_.endEntry(!entry_.places.empty());
     if (entry_.anchor) lookForSpan(entry);
     if (entry_.places.empty()) return;
     entry_.record = batch_.recordOf(entry);
@@ -74,6 +84,12 @@ class Collector {
     entry_.anchor.reset();
   }
 
+  // Bases of a read of the entry.
+  int64_t lengthOf(int mate) const {
+    const auto entry = static_cast<std::size_t>(current_);
+    return static_cast<int64_t>(batch_.read(entry, mate).bases.size());
+  }
+
   void lookForSpan(std::size_t entry) {
     const FoundAnchor& anchor = *entry_.anchor;
     const PairBases pair{batch_.read(entry, anchor.mate).bases,
@@ -84,6 +100,7 @@ class Collector {
   const reads::ReadBatch& batch_;
   const Library& library_;
   const Spans& spans_;
+  GapWatch& watch_;
   int worker_;
   FoundReceiver& receiver_;
   int64_t current_ = -1;
@@ -91,6 +108,15 @@ class Collector {
 };
 
 }  // namespace
+
+ReadCounts& ReadCounts::operator+=(const ReadCounts& other) {
+  bases += other.bases;
+  placed += other.placed;
+  withN += other.withN;
+  tooShort += other.tooShort;
+  longer += other.longer;
+  return *this;
+}
 
 ReadCounts Search::countReads(const reads::ReadBatch& batch) const {
   ReadCounts counts;
@@ -100,6 +126,7 @@ ReadCounts Search::countReads(const reads::ReadBatch& batch) const {
     bool isShort = false;
     for (int mate = 0; mate < reads; ++mate) {
       const std::string_view bases = batch.read(entry, mate).bases;
+      counts.bases += bases.size();
       hasN |= bases.find('N') != std::string_view::npos;
       isShort |= bases.size() < static_cast<std::size_t>(values_.kmer);
       if (reads == 2 && bases.size() > static_cast<std::size_t>(values_.readLength)) {
@@ -112,8 +139,9 @@ ReadCounts Search::countReads(const reads::ReadBatch& batch) const {
   return counts;
 }
 
-void Search::searchBatch(reads::ReadBatch& batch, uint32_t library, int worker,
-                         FoundReceiver& receiver) const {
+// Returns the entries that lie on a contig, at least in part.
+uint64_t Search::searchBatch(reads::ReadBatch& batch, uint32_t library, int worker,
+                             FoundReceiver& receiver) const {
   const Library& from = libraries_[library];
   const auto entries = static_cast<int64_t>(batch.entries());
   const int insert = batch.arePairs() ? static_cast<int>(std::lround(from.insert)) : 0;
@@ -130,9 +158,11 @@ void Search::searchBatch(reads::ReadBatch& batch, uint32_t library, int worker,
        values_.overRatio, from.orientation == Orientation::kOutward}};
   Engine engine{index_, values_.kmer};
   const Spans spans(assembly_, index_, values_.kmer, values_.mapCut);
-  Collector collector(batch, {from, library}, spans, worker, receiver);
+  GapWatch watch(assembly_, library, receiver.evidence());
+  Collector collector(batch, {from, library}, spans, watch, worker, receiver);
   scanBatch(engine, toScan, collector);
   collector.finish();
+  return watch.placedEntries();
 }
 
 std::vector<ReadCounts> Search::run(const std::vector<SearchInput>& inputs, FoundReceiver& receiver,
@@ -144,8 +174,8 @@ std::vector<ReadCounts> Search::run(const std::vector<SearchInput>& inputs, Foun
   std::vector<ReadCounts> counts(libraries_.size());
   std::mutex countsMutex;
   Workers<Task> workers(values_.threads, [&](Task& task, int worker) {
-    const ReadCounts ofBatch = countReads(task.batch);
-    searchBatch(task.batch, task.library, worker, receiver);
+    ReadCounts ofBatch = countReads(task.batch);
+    ofBatch.placed = searchBatch(task.batch, task.library, worker, receiver);
     const std::lock_guard lock(countsMutex);
     counts[task.library] += ofBatch;
   });

@@ -15,6 +15,7 @@
 #include "placement/placementOptions.h"
 #include "reads/readInput.h"
 #include "run/assembly.h"
+#include "run/evidence.h"
 #include "run/found.h"
 #include "run/library.h"
 #include "run/spans.h"
@@ -51,20 +52,21 @@ class FoundReceiver {
 
   /// Alignment records that were made of what it has taken so far.
   virtual uint64_t records() const = 0;
+
+  /// Where it is noted what becomes of reads near gaps.
+  virtual Evidence& evidence() = 0;
 };
 
-/// Reads of a library that are searched nowhere, or not as they should be.
+/// What the search tells of the reads of a library: how many bases they have, on how much of them
+/// the contigs agree, and which of them are searched nowhere, or not as they should be.
 struct ReadCounts {
+  uint64_t bases = 0;
+  uint64_t placed = 0;    // reads, or pairs, that lie on a contig, at least in part
   uint64_t withN = 0;     // reads, or pairs, that have an N: not searched
   uint64_t tooShort = 0;  // reads, or pairs, shorter than a k-mer: not searched
   uint64_t longer = 0;    // reads of pairs longer than the run's read length
 
-  ReadCounts& operator+=(const ReadCounts& other) {
-    withN += other.withN;
-    tooShort += other.tooShort;
-    longer += other.longer;
-    return *this;
-  }
+  ReadCounts& operator+=(const ReadCounts& other);
 };
 
 /// What has been searched, for one who waits.
@@ -88,8 +90,8 @@ class Search {
 
  private:
   ReadCounts countReads(const reads::ReadBatch& batch) const;
-  void searchBatch(reads::ReadBatch& batch, uint32_t library, int worker,
-                   FoundReceiver& receiver) const;
+  uint64_t searchBatch(reads::ReadBatch& batch, uint32_t library, int worker,
+                       FoundReceiver& receiver) const;
 
   const Assembly& assembly_;
   const SeedIndex& index_;

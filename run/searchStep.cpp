@@ -1,14 +1,32 @@
 #include "run/searchStep.h"
 
+#include <algorithm>
+#include <cmath>
 #include <new>
 
 #include "driver/velk.h"
+#include "run/gapFlanks.h"
 #include "run/terminal.h"
 
 namespace velk::run {
 namespace {
 
 constexpr double kWriteRecord = 3e-6;  // seconds, with two threads
+
+// How far into the contigs beside a gap its reads may lie: as far as the fragments of the libraries
+// that are used there, or a read.
+FlankReach flankReach(const FixedValues& fixed) {
+  const auto readLength = static_cast<uint64_t>(fixed.readLength);
+  FlankReach reach{static_cast<uint64_t>(fixed.bigGapLength), readLength, readLength};
+  for (const Library& library : fixed.libraries) {
+    const auto bases =
+        static_cast<uint64_t>(std::llround(library.insert + kDeviations * library.spread));
+    reach.atBigGaps = std::max(reach.atBigGaps, bases);
+    const bool isForAll = std::lround(library.insert) <= fixed.bigGapLength;
+    if (isForAll) reach.atOthers = std::max(reach.atOthers, bases);
+  }
+  return reach;
+}
 
 }  // namespace
 
@@ -28,13 +46,16 @@ std::vector<ReadCounts> searchInputs(const ToSearch& toSearch, Session& session,
                             arguments.mapCut, arguments.overRatio, session.threads()};
   const uint64_t bytes = toSearch.inputs.bytes();
   session.begin("searching");
-  return Search(toSearch.assembly, index, fixed.libraries, values)
-      .run(toSearch.inputs.toSearch(), receiver, [&](const Progress& progress) {
-        if (bytes == 0) return session.terminal().update(0, progress.reads, 0);
-        const double done = static_cast<double>(progress.bytes) / static_cast<double>(bytes);
-        const double records = static_cast<double>(receiver.records()) / done;
-        session.terminal().update(done, progress.reads, kWriteRecord * records);
-      });
+  const std::vector<ReadCounts> counts =
+      Search(toSearch.assembly, index, fixed.libraries, values)
+          .run(toSearch.inputs.toSearch(), receiver, [&](const Progress& progress) {
+            if (bytes == 0) return session.terminal().update(0, progress.reads, 0);
+            const double done = static_cast<double>(progress.bytes) / static_cast<double>(bytes);
+            const double records = static_cast<double>(receiver.records()) / done;
+            session.terminal().update(done, progress.reads, kWriteRecord * records);
+          });
+  noteRepeats(index.text(), toSearch.assembly, flankReach(fixed), receiver.evidence());
+  return counts;
 }
 
 }  // namespace velk::run

@@ -32,6 +32,8 @@ Json countsOf(const Share& share) {
           {"carriage_returns", share.fixes.carriageReturns},
           {"lower_case", share.fixes.lowerCase},
           {"wrapped", share.fixes.wrapped},
+          {"bases", share.counts.bases},
+          {"placed", share.counts.placed},
           {"with_n", share.counts.withN},
           {"too_short", share.counts.tooShort},
           {"longer", share.counts.longer},
@@ -47,6 +49,8 @@ void setCounts(const Json& json, Share& share) {
   set("carriage_returns", share.fixes.carriageReturns);
   set("lower_case", share.fixes.lowerCase);
   set("wrapped", share.fixes.wrapped);
+  set("bases", share.counts.bases);
+  set("placed", share.counts.placed);
   set("with_n", share.counts.withN);
   set("too_short", share.counts.tooShort);
   set("longer", share.counts.longer);

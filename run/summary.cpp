@@ -52,6 +52,8 @@ Json jsonOf(const LibraryFacts& facts) {
   }
   json["reads_searched"] = facts.reads;
   json["reads_found"] = facts.found;
+  json["bases_searched"] = facts.counts.bases;
+  json[library.arePairs() ? "pairs_on_contigs" : "reads_on_contigs"] = facts.counts.placed;
   json["not_searched"] = {{"with_n", facts.counts.withN}, {"too_short", facts.counts.tooShort}};
   if (library.arePairs()) json["reads_longer_than_read_length"] = facts.counts.longer;
   return json;
@@ -124,6 +126,7 @@ std::string summaryText(const Summary& summary, const Assembly& assembly, const 
   for (const PhaseTime& time : summary.times) json["seconds"][time.name] = time.seconds;
   json["peak_memory_bytes"] = summary.peakMemory;
   json["spilled_bytes"] = summary.spilledBytes;
+  if (!summary.report.empty()) json["report"] = Json::parse(summary.report);
   json["files"] = Json::array();
   for (const ResultFile& file : summary.files) {
     json["files"].push_back({{"name", file.name}, {"bytes", file.bytes}, {"md5", file.md5}});

@@ -64,6 +64,7 @@ struct Summary {
   std::vector<PhaseTime> times;
   uint64_t peakMemory = 0;  // bytes
   std::vector<ResultFile> files;
+  std::string report;  // what velk-report says: the text of a JSON object, or empty
 };
 
 /// The text of summary.json.

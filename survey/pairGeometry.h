@@ -68,13 +68,14 @@ class PairGeometry {
   /// number of places where one of its length fits; and so is each orientation.
   PairMeasure measure() const;
 
- private:
-  double places(uint64_t insert) const;
-  double abundance(Orientation orientation) const;
-
+  /// The lengths of the fragments of an orientation, bases.
   const std::vector<uint64_t>& inserts(Orientation orientation) const {
     return inserts_[static_cast<std::size_t>(orientation)];
   }
+
+ private:
+  double places(uint64_t insert) const;
+  double abundance(Orientation orientation) const;
 
   std::vector<uint64_t> lengths_;                 // of contigs, sorted
   std::vector<double> sumFrom_;                   // sumFrom_[i]: sum of lengths_[i] and all behind
@@ -91,6 +92,9 @@ class PairSurvey {
   void add(const std::string& one, const std::string& other);
 
   PairMeasure measure() const { return geometry_.measure(); }
+  const std::vector<uint64_t>& inserts(Orientation orientation) const {
+    return geometry_.inserts(orientation);
+  }
 
  private:
   Engine engine_;

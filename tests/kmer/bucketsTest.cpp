@@ -17,8 +17,7 @@ constexpr BucketShape kTen{10, 5};
 // The places that a search for the hash comes by, all of them.
 std::vector<uint64_t> placesOf(const BucketRange& range, uint64_t hash) {
   std::vector<uint64_t> places;
-  const bool isEnded = range.anyHit(hash, [&](const Bucket& bucket, unsigned i, uint64_t place) {
-    EXPECT_EQ(bucket.place(i, range.shape), place);
+  const bool isEnded = range.anyHit(hash, [&](uint64_t place) {
     places.push_back(place);
     return false;
   });
@@ -121,26 +120,11 @@ TEST_P(BucketShapes, SearchEndsWhereItIsTold) {
   const BucketRange range{memory.data(), 2, GetParam()};
   for (uint64_t place = 0; place < 5; ++place) range.add(place, 9);
   std::vector<uint64_t> seen;
-  EXPECT_TRUE(range.anyHit(9, [&](const Bucket&, unsigned, uint64_t place) {
+  EXPECT_TRUE(range.anyHit(9, [&](uint64_t place) {
     seen.push_back(place);
     return place == 2;
   }));
   EXPECT_EQ(seen, (std::vector<uint64_t>{0, 1, 2}));
-}
-
-TEST_P(BucketShapes, MarksLieBesideThePlaces) {
-  Bucket bucket{};
-  for (unsigned i = 0; i < GetParam().room; ++i) bucket.add(placesEnd() - 1, 63, GetParam());
-  EXPECT_FALSE(bucket.hasOdd());
-  bucket.setHeavy(0);
-  bucket.setHeavy(static_cast<unsigned>(GetParam().room) - 1);
-  bucket.setOdd();
-  EXPECT_TRUE(bucket.hasOdd());
-  for (unsigned i = 0; i < GetParam().room; ++i) {
-    EXPECT_EQ(bucket.isHeavy(i), i == 0 || i == GetParam().room - 1);
-    EXPECT_EQ(bucket.place(i, GetParam()), placesEnd() - 1);
-  }
-  EXPECT_EQ(bucket.hits(63), (1U << GetParam().room) - 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(Both, BucketShapes, ::testing::Values(kTwelve, kTen),

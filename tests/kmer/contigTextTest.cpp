@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "kmer/Sequence.h"
 #include "tests/kmer/hardTexts.h"
 #include "tests/kmer/kmerModel.h"
 #include "tests/support/runParameters.h"
@@ -17,7 +18,7 @@ class ContigTextTest : public RunParametersTest {
  protected:
   ContigTextTest() { CONTIGLEN = 0; }
 
-  // Makes the text of an assembly; the words stay all A.
+  // Makes the text of an assembly; the words stay all A until they are packed.
   void make(const Assembly& assembly, int kmer) {
     Kmer = kmer;
     model_.emplace_back(assembly, KmerModel::kWithoutKmers);
@@ -44,7 +45,7 @@ TEST_F(ContigTextTest, ContigOfEveryPosition) {
     }
     assembly[0].push_back(lettersOf(40));
     make(assembly, 20);
-    const std::vector<TextContig>& contigs = text_.contigs();
+    const Array<TextContig>& contigs = text_.contigs();
     std::size_t last = 0;
     for (uint64_t p = 0; p < text_.end() + ContigText::kPad; ++p) {
       while (last + 1 < contigs.size() && contigs[last + 1].start <= p) ++last;
@@ -55,7 +56,7 @@ TEST_F(ContigTextTest, ContigOfEveryPosition) {
 
 TEST_F(ContigTextTest, ContigsLieApartAndInOrder) {
   make({{"AC", lettersOf(50)}, {}, {lettersOf(33), "", lettersOf(31)}}, 31);
-  const std::vector<TextContig>& contigs = text_.contigs();
+  const Array<TextContig>& contigs = text_.contigs();
   ASSERT_EQ(contigs.size(), 3U);  // the others hold no window
   EXPECT_EQ(text_.windows(), 20U + 3 + 1);
   EXPECT_GE(contigs[0].start, ContigText::kPad);
@@ -74,7 +75,7 @@ TEST_F(ContigTextTest, ContigsLieApartAndInOrder) {
 TEST_F(ContigTextTest, LongKmersBeginAtTheirFirstBase) {
   make({{lettersOf(100)}}, 70);
   EXPECT_EQ(text_.windowLength(), 32);
-  const TextContig& contig = text_.contigs().front();
+  const TextContig& contig = text_.contigs()[0];
   EXPECT_EQ(contig.windows, 31U);
   EXPECT_EQ(contig.firstWindow, contig.start + 38);
   EXPECT_EQ(text_.placeOf(contig.firstWindow + 30).start, 30U);
@@ -89,7 +90,7 @@ TEST_F(ContigTextTest, WindowsAreThoseOfBasesInsideAContig) {
   odd[40] = 'N';
   odd[41] = 'n';
   make({{lettersOf(45), odd}, {lettersOf(90)}}, 15);
-  text_.noteOddLetter(1);
+  text_.pack(0, ContigText::kPad + 512);
   std::vector<bool> isWindow(text_.end() + ContigText::kPad);
   for (std::size_t n = 0; n < 3; ++n) {
     for (uint64_t w = 0; w + 15 <= text_.letters(n).size(); ++w) {
@@ -105,18 +106,6 @@ TEST_F(ContigTextTest, PositionsThatAreNoWindowsAreMarked) {
   for (uint64_t p = 0; p < text_.end() + ContigText::kPad; ++p) {
     ASSERT_EQ(text_.isMarkedRepeated(p), !text_.isWindow(p)) << p;
     ASSERT_EQ(text_.reversedMarksFrom(p) & 1U, 0U) << p;
-  }
-}
-
-TEST_F(ContigTextTest, MarksOfARange) {
-  for (const uint64_t length : {0UL, 1UL, 63UL, 64UL, 65UL, 200UL}) {
-    for (const uint64_t from : {256UL, 257UL, 300UL, 319UL, 320UL}) {
-      make({{lettersOf(1000)}}, 15);
-      text_.markRange(from, from + length);
-      for (uint64_t p = 200; p < 700; ++p) {
-        ASSERT_EQ(text_.isMarkedRepeated(p), p >= from && p < from + length) << p;
-      }
-    }
   }
 }
 
@@ -138,25 +127,32 @@ TEST_F(ContigTextTest, MarksFromAnyPositionOn) {
 }
 
 TEST_F(ContigTextTest, BasesAtAnyPosition) {
-  make({{lettersOf(400)}}, 31);
   RandomAssemblies random(10);
-  std::vector<uint64_t> codes(512);
-  for (uint64_t n = 0; n < codes.size() / DATA_LEN; ++n) {
-    uint64_t word = 0;
-    for (uint64_t i = 0; i < DATA_LEN; ++i) {
-      codes[n * DATA_LEN + i] = random.below(4);
-      word = word << 2 | codes[n * DATA_LEN + i];
-    }
-    text_.setWord(n, word);
-    EXPECT_EQ(text_.wordAt(n), word);
-  }
-  for (uint64_t p = 0; p < 450; ++p) {
-    uint64_t key = 0;
-    for (int count = 1; count <= DATA_LEN; ++count) {
-      key = key << 2 | codes[p + static_cast<uint64_t>(count) - 1];
-      ASSERT_EQ(text_.basesAt(p, count), key) << p << ' ' << count;
+  const std::string letters = random.bases(400);
+  make({{letters}}, 31);
+  for (uint64_t from = 0; from < ContigText::kPad + 400; from += 64) text_.pack(from, from + 64);
+  const uint64_t start = text_.contigs()[0].start;
+  for (uint64_t at = 0; at < letters.size(); ++at) {
+    for (std::size_t count = 1; count <= DATA_LEN && at + count <= letters.size(); ++count) {
+      ASSERT_EQ(text_.basesAt(start + at, static_cast<int>(count)),
+                packedKmer(letters.substr(at, count)))
+          << at << ' ' << count;
     }
   }
+}
+
+TEST_F(ContigTextTest, OddWindowsAreMarkedWhereverTheyArePacked) {
+  std::string odd = lettersOf(200);
+  for (const std::size_t at : {0UL, 31UL, 32UL, 63UL, 64UL, 100UL, 199UL}) odd[at] = 'N';
+  make({{lettersOf(45), odd}}, 15);
+  for (uint64_t from = 0; from < text_.end(); from += 32) text_.pack(from, from + 32);
+  const TextContig& contig = text_.contigs()[1];
+  for (uint64_t w = 0; w < contig.windows; ++w) {
+    const bool isOdd = odd.substr(w, 15).find('N') != std::string::npos;
+    ASSERT_EQ(text_.isMarkedRepeated(contig.start + w), isOdd) << w;
+    ASSERT_EQ(text_.keyAt(contig.start + w), packedKmer(odd.substr(w, 15))) << w;
+  }
+  ASSERT_EQ(text_.contigs()[0].hasOddLetters, 0U);
 }
 
 TEST_F(ContigTextTest, NoContigsHaveNoWindows) {

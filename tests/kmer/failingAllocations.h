@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 
 namespace velk::test {
 
@@ -17,5 +19,8 @@ void failNoAllocation();
 
 /// Bytes that the failed allocation asked for, since it was asked for; 0 without one.
 std::size_t deniedBytes();
+
+/// The most bytes that the program held at once while it did the work, beyond those before.
+uint64_t mostBytesOf(const std::function<void()>& work);
 
 }  // namespace velk::test

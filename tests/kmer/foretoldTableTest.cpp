@@ -1,5 +1,5 @@
 // The numbers of a hash set that is not there: lines, numbers and ends of the one that would be.
-#include "kmer/foretoldTable.h"
+#include "kmer/fetchKmers.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
@@ -21,8 +21,8 @@ constexpr const char* kEnlargeMessage =
     "Out of memory! Line: [0-9]+[.] Function: enlarge_hashset[.]\n";
 
 OwnSet foretold(uint64_t slots, float loadFactor) {
-  return {newForetoldTable(slots, loadFactor), [](velk::HashSet* set) {
-            releaseForetoldTable(set);
+  return {newKmerHash(slots, loadFactor), [](velk::HashSet* set) {
+            freeKmerHash(set);
             return 1;
           }};
 }
@@ -43,7 +43,7 @@ TEST(ForetoldTable, NumbersAndLinesOfTheHashSet) {
         add_hashset(real.get(), entityOf(n * 0x9E3779B97F4A7C15U));
       }
     });
-    RC_ASSERT(messagesOf([&] { growForetoldTable(told.get(), keys); }) == lines);
+    RC_ASSERT(messagesOf([&] { growForetold(told.get(), keys); }) == lines);
     RC_ASSERT(told->count == real->count);
     RC_ASSERT(told->size == real->size);
     RC_ASSERT(told->max == real->max);
@@ -67,38 +67,43 @@ TEST(ForetoldTable, NoMemoryForTheNumbers) {
   EXPECT_EXIT(
       {
         failNewAfter(0);
-        newForetoldTable(10, 0.75F);
+        newKmerHash(10, 0.75F);
       },
       ExitedWithCode(1), MatchesRegex(kInitMessage));
 }
 
 TEST(ForetoldTable, NewOneAboveTheLargestFails) {
   for (const uint64_t slots : {kMaxSlots, kMaxSlots + 1, uint64_t{1} << 60, UINT64_MAX}) {
-    EXPECT_EXIT(newForetoldTable(slots, 0.75F), ExitedWithCode(1), MatchesRegex(kInitMessage))
-        << slots;
+    EXPECT_EXIT(newKmerHash(slots, 0.75F), ExitedWithCode(1), MatchesRegex(kInitMessage)) << slots;
   }
 }
 
 TEST(ForetoldTable, GrowthAboveTheLargestTellsTheLastSizeFirst) {
-  EXPECT_EXIT(growForetoldTable(newForetoldTable(3, 5e-13F), 1), ExitedWithCode(1),
+  EXPECT_EXIT(growForetold(newKmerHash(3, 5e-13F), 1), ExitedWithCode(1),
               MatchesRegex(std::string("old set->size: 3\n") + kEnlargeMessage));
   const std::string last = std::to_string(slotsFor(kMaxSlots - 1000));
-  EXPECT_EXIT(growForetoldTable(newForetoldTable(kMaxSlots - 1000, 0.75F), kMaxSlots - 1),
-              ExitedWithCode(1), MatchesRegex("old set->size: " + last + "\n" + kEnlargeMessage));
+  EXPECT_EXIT(growForetold(newKmerHash(kMaxSlots - 1000, 0.75F), kMaxSlots - 1), ExitedWithCode(1),
+              MatchesRegex("old set->size: " + last + "\n" + kEnlargeMessage));
 }
 
 TEST(ForetoldTable, GrowthOnTheWayToTheEndIsTold) {
   // the third key finds 1e12 slots at most, with room for two
   const std::string first = std::to_string(courseOfTable(3, 2e-12F, 1).sizes.back());
   const std::string second = std::to_string(courseOfTable(3, 2e-12F, 2).sizes.back());
-  EXPECT_EXIT(growForetoldTable(newForetoldTable(3, 2e-12F), 3), ExitedWithCode(1),
+  EXPECT_EXIT(growForetold(newKmerHash(3, 2e-12F), 3), ExitedWithCode(1),
               MatchesRegex("old set->size: 3\nnew set->size: " + first +
                            "\nold set->size: " + first + "\nnew set->size: " + second +
                            "\nold set->size: " + second + "\n" + kEnlargeMessage));
 }
 
 TEST(ForetoldTable, IndexWithoutMemoryFailsAsAGrowthDoes) {
-  EXPECT_EXIT(failForetoldTable(), ExitedWithCode(1), MatchesRegex(kEnlargeMessage));
+  EXPECT_EXIT(
+      {
+        HashSet* const set = newKmerHash(3, 0.75F);
+        failNewAfter(0);
+        FetchKmers1(set, nullptr, 0);
+      },
+      ExitedWithCode(1), MatchesRegex(kEnlargeMessage));
 }
 
 }  // namespace

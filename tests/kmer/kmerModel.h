@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "contig/contig.h"
-#include "kmer/kmerPlace.h"
+#include "kmer/contigWindows.h"
 #include "kmer/seedIndex.h"
 
 namespace velk::test {

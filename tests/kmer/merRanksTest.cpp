@@ -1,5 +1,5 @@
-// The ranks of m-mers by registers full against those one by one, and both against the definition.
-#include "kmer/merRanks.h"
+// The ranks of m-mers, and the least of some, against their definitions.
+#include "kmer/seeds.h"
 
 #include <gtest/gtest.h>
 
@@ -24,56 +24,40 @@ uint64_t merAt(const std::vector<uint64_t>& words, std::size_t at, int m) {
   return mer;
 }
 
-TEST(MerRanks, OfEveryLengthFromEveryBase) {
+TEST(MerRanks, AreThoseOfTheKinds) {
   std::mt19937_64 random(1);
   std::vector<uint64_t> words(kWords);
   for (uint64_t& word : words) word = random();
-  words[3] = 0;  // a stretch of one m-mer
+  words[3] = words[4] = 0;  // a stretch of one m-mer
   for (int m = 1; m <= kLongestMer; ++m) {
-    for (std::size_t into = 0; into < kWordBases; ++into) {
-      for (const std::size_t count : {1UL, 7UL, 8UL, 9UL, 24UL, 161UL}) {
-        std::vector<uint32_t> plain(count);
-        std::vector<uint32_t> wide((count + kRanksPerStep - 1) / kRanksPerStep * kRanksPerStep);
-        rankMersPlainly(words.data(), into, count, m, plain.data());
-        rankMers(words.data(), into, count, m, wide.data());
-        wide.resize(count);
-        ASSERT_EQ(wide, plain) << "m " << m << ", from " << into << ", count " << count;
+    for (uint64_t from = 0; from < kWordBases; ++from) {
+      const uint64_t to = from + 1 + random() % (kWordBases - from);
+      for (std::size_t n = 0; n + 1 < kWords; ++n) {
+        std::array<uint32_t, kWordBases> ranks{};
+        rankMers(words[n], words[n + 1], from, to, m, ranks.data());
+        for (uint64_t i = from; i < to; ++i) {
+          const uint64_t mer = merAt(words, n * kWordBases + i, m);
+          ASSERT_EQ(ranks[i], rankOf(std::min(mer, modelOfReversing(mer, m)))) << m << ' ' << i;
+        }
       }
     }
   }
 }
 
-TEST(MerRanks, AreThoseOfTheKinds) {
-  std::mt19937_64 random(2);
-  std::vector<uint64_t> words(kWords);
-  for (uint64_t& word : words) word = random();
-  constexpr std::size_t kCount = 200;
-  std::array<uint32_t, kCount> ranks{};
-  for (int m = 1; m <= kLongestMer; ++m) {
-    rankMers(words.data(), 5, kCount, m, ranks.data());
-    for (std::size_t i = 0; i < kCount; ++i) {
-      const uint64_t mer = merAt(words, 5 + i, m);
-      ASSERT_EQ(ranks[i], rankOf(std::min(mer, modelOfReversing(mer, m)))) << m << ' ' << i;
-    }
-  }
-}
-
-// Whether both forms choose the first of the least ranks, and tell whether there are others.
+// Whether the first of the least ranks is chosen, and whether there are others is known.
 void expectLeast(const std::vector<uint32_t>& ranks, unsigned count) {
   const auto end = ranks.begin() + count;
   const auto least = std::min_element(ranks.begin(), end);
-  for (const LeastRank& chosen :
-       {leastRank(ranks.data(), count), leastRankPlainly(ranks.data(), count)}) {
-    ASSERT_EQ(chosen.rank, *least);
-    ASSERT_EQ(chosen.offset, least - ranks.begin());
-    ASSERT_EQ(chosen.isTied, std::count(ranks.begin(), end, *least) > 1);
-  }
+  const LeastRank chosen = leastRank(ranks.data(), count);
+  ASSERT_EQ(chosen.rank, *least);
+  ASSERT_EQ(chosen.offset, least - ranks.begin());
+  ASSERT_EQ(chosen.isTied, std::count(ranks.begin(), end, *least) > 1);
 }
 
 TEST(LeastRank, FirstOfThoseThatTie) {
   std::mt19937_64 random(3);
   for (int turn = 0; turn < 20000; ++turn) {
-    const auto count = static_cast<unsigned>(1 + random() % 32);
+    const auto count = static_cast<unsigned>(1 + random() % kMostOffsets);
     const uint64_t kinds = turn % 2 == 0 ? 1 + random() % 40 : uint64_t{1} << 32;
     std::vector<uint32_t> ranks(32);
     // also those behind the last one, which count for nothing
@@ -84,7 +68,7 @@ TEST(LeastRank, FirstOfThoseThatTie) {
 }
 
 TEST(LeastRank, OfTheLargestRanks) {
-  for (unsigned count = 1; count <= 32; ++count) {
+  for (unsigned count = 1; count <= kMostOffsets; ++count) {
     std::vector<uint32_t> ranks(32, 0);
     std::fill(ranks.begin(), ranks.begin() + count, ~uint32_t{0});
     expectLeast(ranks, count);

@@ -1,5 +1,5 @@
 // Rolled keys are the keys that are packed afresh.
-#include "kmer/rollingKey.h"
+#include "kmer/Sequence.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck.h>

@@ -84,5 +84,7 @@ if [[ $run != no-run ]]; then
   expect 'sub|' velk-run gather plan.json ''
   expect 'plan.json|sub|' velk-run --plan ''
   expect 'sub|' velk-run task plan.json 0 --inputs-root ''
+  expect "$(marked "${run%/run/velk-run}/report/velk-report")" velk-report -
+  expect 'sub|' velk-report --text ''
 fi
 exit "$failed"

@@ -14,8 +14,8 @@ zsh -n "$root/completions/_velk"
 
 # shellcheck disable=SC2016  # for zsh
 taken=$(zsh -fc 'fpath=($1 $fpath); autoload -U compinit; compinit -D -u
-  print -- $_comps[velk] $_comps[velk-check] $_comps[velk-run]' zsh "$root/completions")
-[[ $taken == "_velk _velk _velk" ]] || { echo "zsh completes by: $taken"; exit 1; }
+  print -- $_comps[velk] $_comps[velk-check] $_comps[velk-run] $_comps[velk-report]' zsh "$root/completions")
+[[ $taken == "_velk _velk _velk _velk" ]] || { echo "zsh completes by: $taken"; exit 1; }
 
 # handed SERVICE [VERB]: the options handed to _arguments; each is [(EXCLUDED)][*]OPTION[TEXT]...
 handed() {
@@ -31,4 +31,5 @@ if [[ $run != no-run ]]; then
   for verb in extract plan task gather; do
     diff <(long_options_of "$run" "$verb") <(handed velk-run "$verb")
   done
+  diff <(long_options_of "${run%/run/velk-run}/report/velk-report") <(handed velk-report)
 fi

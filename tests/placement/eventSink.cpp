@@ -75,7 +75,10 @@ void EventSink::anchored(const Anchored& anchored) {
 }
 
 void EventSink::refused(const Refused& refused) {
-  events_.push_back(eventOf(nameOf(refused.reason), refused.origin, refused.hit));
+  PlainEvent event = eventOf(nameOf(refused.reason), refused.origin, refused.hit);
+  event.gap = refused.gap == 0 ? -1 : static_cast<int64_t>(refused.gap);
+  event.unmoved = refused.matePosition;
+  events_.push_back(event);
 }
 
 void PrintTo(const PlainEvent& event, std::ostream* out) {

@@ -117,14 +117,21 @@ void PlainPlacement::tellAnchor(const PlainHit& hit, const PlainRead& anchor, in
       {"anchored", anchor.origin, hit.scaffold, hit.contig, hit.offset, right, position, {}});
 }
 
-void PlainPlacement::refuse(const PlainHit& hit, const PlainRead& read, const std::string& reason) {
+void PlainPlacement::refuse(const PlainHit& hit, const PlainRead& read, const std::string& reason,
+                            int64_t right, int64_t position) {
   if (!refused_.insert({hit.scaffold, hit.contig, hit.offset}).second) {
     meet("refused again");
     return;
   }
   meet("refused");
-  events_.push_back(
-      {"refused: " + reason, read.origin, hit.scaffold, hit.contig, hit.offset, -1, 0, {}});
+  events_.push_back({"refused: " + reason,
+                     read.origin,
+                     hit.scaffold,
+                     hit.contig,
+                     hit.offset,
+                     right,
+                     position,
+                     {}});
 }
 
 // ---- the batch ----------------------------------------------------------------------------------

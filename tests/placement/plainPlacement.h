@@ -63,7 +63,7 @@ struct PlainEvent {
   int64_t scaffold;  // of the hit
   int64_t contig;
   int64_t offset;
-  int64_t gap = -1;     // number of the contig behind the gap; none of a refusal
+  int64_t gap = -1;     // number of the contig behind the gap
   int64_t unmoved = 0;  // position in it, before a mate was moved to the gap's end
   TestRecord record{};  // of a record
 
@@ -127,8 +127,10 @@ class PlainPlacement {
 
   void tellAnchor(const PlainHit& hit, const PlainRead& anchor, int64_t right, int64_t position);
 
-  // Gives a refusal, if it is the first of the walk at this place.
-  void refuse(const PlainHit& hit, const PlainRead& read, const std::string& reason);
+  // Gives a refusal, if it is the first of the walk at this place: at the gap in front of the
+  // contig `right` (-1: at none), where the mate would lie at `position`.
+  void refuse(const PlainHit& hit, const PlainRead& read, const std::string& reason,
+              int64_t right = -1, int64_t position = 0);
 
   const TestContig& contigAt(int64_t scaffold, int64_t contig) const;
   void meet(const char* rule) { ++met_[rule]; }

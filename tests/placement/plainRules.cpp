@@ -46,7 +46,7 @@ bool PlainPlacement::placeSingle(const PlainHit& hit, const PlainRead& read,
     const std::string reason = overRightEnd(contig.bases, read.bases, hit.offset);
     if (!reason.empty()) {
       meet("single: refused at the right end");
-      refuse(hit, read, reason);
+      refuse(hit, read, reason, c + 1);
       return false;
     }
     meet("single: placed at the right end");
@@ -58,7 +58,7 @@ bool PlainPlacement::placeSingle(const PlainHit& hit, const PlainRead& read,
     const std::string reason = overLeftEnd(contig.bases, read.bases, hit.offset);
     if (!reason.empty()) {
       meet("single: refused at the left end");
-      refuse(hit, read, reason);
+      refuse(hit, read, reason, c);
       return false;
     }
     meet("single: placed at the left end");
@@ -89,21 +89,20 @@ bool PlainPlacement::placeForward(const PlainHit& hit, const PlainRead& anchor,
   const int64_t mateLength = lengthOf(mate.bases);
   const int64_t twoKmers = 2 * int64_t{settings_.kmer};
   const int64_t twoReads = 2 * int64_t{settings_.readLength};
+  const int64_t unmoved = offset + insert - mateLength - length;
 
   if (gap < settings_.bigGap && insert > settings_.bigGap) {
     meet("forward: guard");
-    refuse(hit, anchor, "small gap");
+    refuse(hit, anchor, "small gap", c + 1, unmoved);
     return true;
   }
   const std::string reason = onContig(contig.bases, anchor.bases, offset);
   if (!reason.empty()) {
     meet("forward: refused");
-    refuse(hit, anchor, reason);
+    refuse(hit, anchor, reason, c + 1, unmoved);
     return false;
   }
   meet("forward: accepted");
-
-  const int64_t unmoved = offset + insert - mateLength - length;
   tellAnchor(hit, anchor, c + 1, unmoved);
   int64_t position = unmoved;
   if (-twoKmers - mateLength < position && position <= -mateLength) {
@@ -152,21 +151,20 @@ bool PlainPlacement::placeReverse(const PlainHit& hit, const PlainRead& anchor,
   const int64_t mateLength = lengthOf(mate.bases);
   const int64_t twoKmers = 2 * int64_t{settings_.kmer};
   const int64_t twoReads = 2 * int64_t{settings_.readLength};
+  const int64_t unmoved = gap + offset + anchorLength - insert;
 
   if (gap < settings_.bigGap && insert > settings_.bigGap) {
     meet("reverse: guard");
-    refuse(hit, anchor, "small gap");
+    refuse(hit, anchor, "small gap", c, unmoved);
     return true;
   }
   const std::string reason = onContig(contig.bases, anchor.bases, offset);
   if (!reason.empty()) {
     meet("reverse: refused");
-    refuse(hit, anchor, reason);
+    refuse(hit, anchor, reason, c, unmoved);
     return false;
   }
   meet("reverse: accepted");
-
-  const int64_t unmoved = gap + offset + anchorLength - insert;
   tellAnchor(hit, anchor, c, unmoved);
   int64_t position = unmoved;
   if (-twoKmers - mateLength < position && position <= -mateLength) {

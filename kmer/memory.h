@@ -1,0 +1,76 @@
+// The memory of the index: flat arrays, and cache lines that are fetched ahead of their use.
+#pragma once
+
+#include <sys/mman.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <new>
+
+namespace velk {
+
+/// Prefetches the cache line of `address`; any address will do.
+/// The empty instruction counts as an effect: a function that does nothing but prefetch has none
+/// for the compiler otherwise, and calls of it are left out.
+inline void prefetchLine(const void* address) {
+  __builtin_prefetch(address);
+  asm volatile("");
+}
+
+/// Advises the kernel about the whole pages of [start, start + bytes); it may not heed it.
+inline void advise(void* start, std::size_t bytes, int advice) {
+  constexpr uintptr_t kPage = 4096;  // bytes of a usual page
+  const auto first = (reinterpret_cast<uintptr_t>(start) + kPage - 1) / kPage * kPage;
+  const auto end = (reinterpret_cast<uintptr_t>(start) + bytes) / kPage * kPage;
+  if (first < end) madvise(reinterpret_cast<void*>(first), end - first, advice);
+}
+
+/// Values that lie one behind the other, in memory of its own or in memory that it views.
+/// T holds no pointers.
+template <class T>
+class Array {
+ public:
+  Array() = default;
+
+  /// Views values that stay where they are.
+  Array(T* values, std::size_t size) : values_(values), size_(size) {}
+
+  /// Makes it `size` zeroed values of its own, aligned as T asks, on huge pages where there are
+  /// any. Throws std::bad_alloc, leaving it empty, without memory.
+  void make(std::size_t size) {
+    *this = {};
+    std::size_t room = size * sizeof(T) + alignof(T);
+    memory_.reset(std::calloc(room, 1));
+    if (memory_ == nullptr) throw std::bad_alloc();
+    advise(memory_.get(), room, MADV_HUGEPAGE);
+    void* start = memory_.get();
+    values_ = static_cast<T*>(std::align(alignof(T), size * sizeof(T), start, room));
+    size_ = size;
+  }
+
+  /// Keeps the first `size` values, and gives the memory behind them back.
+  /// REQUIRES: its own memory, and no more values than there are.
+  void shrink(std::size_t size) {
+    advise(values_ + size, (size_ - size) * sizeof(T), MADV_DONTNEED);
+    size_ = size;
+  }
+
+  std::size_t size() const { return size_; }
+  T& operator[](std::size_t i) { return values_[i]; }
+  const T& operator[](std::size_t i) const { return values_[i]; }
+  const T* begin() const { return values_; }
+  const T* end() const { return values_ + size_; }
+
+ private:
+  struct Free {
+    void operator()(void* memory) const { std::free(memory); }
+  };
+
+  std::unique_ptr<void, Free> memory_;  // null: it views
+  T* values_ = nullptr;
+  std::size_t size_ = 0;
+};
+
+}  // namespace velk

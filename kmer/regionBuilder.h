@@ -1,0 +1,215 @@
+// Builds a region of the seed index: all that kinds of seeds with hashes in one range have.
+//
+// The runs of windows are brought into groups by their seeds' kinds, in text order. Equal windows
+// and reverse complements are of one kind: what becomes of a window follows from its group alone.
+// Of each key the first occurrence counts; all occurrences are marked in the text.
+// Regions may be built at the same time, by several threads.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <numeric>
+#include <span>
+#include <utility>
+#include <vector>
+
+#include "kmer/seedIndex.h"
+
+namespace velk {
+
+/// Windows in a row whose seeds are of one kind, or one odd window.
+struct Run {
+  static constexpr uint64_t kPosition = (uint64_t{1} << 40) - 1;
+  static constexpr uint64_t kMostWindows = (1U << 15) - 1;
+
+  uint64_t first : 40;    // position of the first window
+  uint64_t offset : 5;    // of the seed in it
+  uint64_t windows : 15;  // number
+  uint64_t places : 3;  // of seeds that it may add, at most; 1: all windows have one, without a tie
+  uint64_t isOdd : 1;
+};
+static_assert(sizeof(Run) == sizeof(uint64_t));
+
+/// What is found in a region.
+struct Region {
+  struct Place {
+    uint64_t position;
+    uint64_t hash;
+  };
+  std::vector<Place> seeds;       // in the order in which they go into buckets
+  std::vector<uint64_t> windows;  // positions of windows of the second level
+  std::vector<uint64_t> strays;   // windows whose reverse complement may be in another region
+  uint64_t distinctKeys = 0;
+};
+
+class RegionBuilder {
+ public:
+  RegionBuilder(const SeedIndex& index, ContigText& text) : index_(index), text_(text) {}
+
+  /// Finds the places of all windows of these runs, which may come in any order, and marks the
+  /// windows in the text. To be called once. Throws std::bad_alloc without memory.
+  Region build(std::span<const Run> runs) {
+    group(runs);
+    for (auto from = runs_.cbegin(); from != runs_.cend();) {
+      auto to = from + 1;
+      while (to != runs_.cend() && to->hash == from->hash) ++to;
+      addKind({from, to});
+      from = to;
+    }
+    return std::move(region_);
+  }
+
+ private:
+  struct KindRun {
+    uint64_t hash;  // of the seeds' kind
+    Run run;
+
+    bool operator<(const KindRun& other) const {
+      return hash != other.hash ? hash < other.hash : run.first < other.run.first;
+    }
+  };
+  struct Known {
+    uint64_t first : 62;  // position of the first occurrence of a key; 0: none
+    uint64_t isOdd : 1;
+    uint64_t isRepeated : 1;
+  };
+
+  uint64_t keyAt(uint64_t p, bool isOdd) const {
+    return isOdd ? text_.oddKeyAt(p) : text_.basesAt(p, text_.windowLength());
+  }
+
+  // Sorts the runs: by the hashes of their kinds into bins of about one, then each bin.
+  void group(std::span<const Run> runs) {
+    constexpr std::size_t kAhead = 16;  // runs between the prefetch of their text and its use
+    const auto binOf = [&](uint64_t hash) { return scaledTo(hash << kRegionBits, runs.size()); };
+    std::vector<uint64_t> hashes(runs.size());
+    std::vector<uint32_t> ends(runs.size() + 1);  // of the bins
+    for (std::size_t n = 0; n < runs.size(); ++n) {
+      const Run& ahead = runs[std::min(n + kAhead, runs.size() - 1)];
+      text_.prefetchRange(ahead.first, ahead.first + DATA_LEN);
+      hashes[n] = hashOf(runs[n]);
+      ++ends[binOf(hashes[n]) + 1];
+    }
+    std::partial_sum(ends.begin(), ends.end(), ends.begin());
+    runs_.resize(runs.size());
+    for (std::size_t n = 0; n < runs.size(); ++n) {
+      runs_[ends[binOf(hashes[n])]++] = {hashes[n], runs[n]};
+    }
+    for (std::size_t n = 0; n < runs.size(); ++n) {
+      std::sort(runs_.begin() + (n == 0 ? 0 : ends[n - 1]), runs_.begin() + ends[n]);
+    }
+  }
+
+  uint64_t hashOf(const Run& run) const {
+    if (run.isOdd != 0) return index_.lookUpOf(text_.oddKeyAt(run.first)).hash;
+    const Seeds& ofIndex = index_.seeds();
+    return mixed(ofIndex.kindOf(text_.basesAt(run.first + run.offset, ofIndex.length())));
+  }
+
+  // Adds the places of a kind of seed, or of the windows that have such a seed.
+  void addKind(std::span<const KindRun> runs) {
+    const auto& [hash, run] = runs.front();
+    if (runs.size() == 1 && run.places == 1 && run.isOdd == 0) {
+      // Its windows differ, and none is the reverse complement of another.
+      region_.seeds.push_back({run.first + run.offset, hash});
+      region_.distinctKeys += run.windows;
+      return;
+    }
+    findFirsts(runs);
+    markReversed(runs);
+    region_.distinctKeys += keys_;
+    const bool hasOdd =
+        std::any_of(runs.begin(), runs.end(), [](const KindRun& of) { return of.run.isOdd != 0; });
+    if (hasOdd || places_.size() > SeedIndex::kMostPlaces) {
+      places_ = {SeedIndex::kElsewhere};
+      for (const Known& known : known_) {
+        if (known.first != 0) region_.windows.push_back(known.first);
+      }
+    }
+    for (const uint64_t place : places_) region_.seeds.push_back({place, hash});
+  }
+
+  // Calls onWindow(position, isOdd, place of its seed) for the windows of a kind, in text order.
+  template <class OnWindow>
+  void forEachWindow(std::span<const KindRun> runs, OnWindow onWindow) const {
+    for (const auto& [hash, run] : runs) {
+      const uint64_t first = run.first;
+      const uint64_t end = first + run.windows;
+      if (run.places == 1) {
+        for (uint64_t p = first; p < end; ++p) onWindow(p, run.isOdd != 0, first + run.offset);
+        continue;
+      }
+      index_.seeds().forEachRun(text_, first, end, [&](const SeedRun& part) {
+        for (uint64_t p = part.first; p <= part.last; ++p) onWindow(p, false, part.at);
+      });
+    }
+  }
+
+  // Finds the first occurrences of all keys of a kind, and marks those that are repeated.
+  void findFirsts(std::span<const KindRun> runs) {
+    constexpr std::size_t kFirstSize = 128;
+    known_.assign(kFirstSize, Known{});
+    keys_ = 0;
+    places_.clear();
+    forEachWindow(runs, [&](uint64_t p, bool isOdd, uint64_t place) {
+      Known& known = knownOf(keyAt(p, isOdd));
+      if (known.first != 0) {
+        known.isRepeated = 1;
+        text_.markRepeated(known.first);
+        text_.markRepeated(p);
+        return;
+      }
+      known = {p & Run::kPosition, isOdd ? 1U : 0U, 0};
+      const bool isNewPlace = places_.empty() || places_.back() != place;
+      if (isNewPlace && places_.size() <= SeedIndex::kMostPlaces) places_.push_back(place);
+      if (4 * ++keys_ > 3 * known_.size()) growKnown();
+    });
+  }
+
+  // Marks the windows whose reverse complement is there, too, and odd windows that are repeated.
+  void markReversed(std::span<const KindRun> runs) {
+    const bool areInjective = index_.seeds().length() <= kLongestInjective;
+    forEachWindow(runs, [&](uint64_t p, bool isOdd, uint64_t) {
+      const uint64_t key = keyAt(p, isOdd);
+      if (isOdd) {
+        if (knownOf(key).isRepeated != 0) text_.markReversed(p);
+        return;
+      }
+      const uint64_t reversed = reversedKey(key, text_.windowLength());
+      if (knownOf(reversed).first != 0) {
+        text_.markReversed(p);
+      } else if (!areInjective && index_.lookUpOf(reversed).hash != runs.front().hash) {
+        region_.strays.push_back(p);
+      }
+    });
+  }
+
+  // The entry of a key, or the free one where it belongs.
+  Known& knownOf(uint64_t key) {
+    std::size_t n = scaledTo(mixed(key), known_.size());
+    while (known_[n].first != 0 && keyAt(known_[n].first, known_[n].isOdd != 0) != key) {
+      n = n + 1 == known_.size() ? 0 : n + 1;
+    }
+    return known_[n];
+  }
+
+  void growKnown() {
+    std::vector<Known> old(known_.size() + known_.size() / 2);
+    old.swap(known_);
+    for (const Known& known : old) {
+      if (known.first != 0) knownOf(keyAt(known.first, known.isOdd != 0)) = known;
+    }
+  }
+
+  const SeedIndex& index_;
+  ContigText& text_;
+  Region region_;
+  std::vector<KindRun> runs_;  // sorted by hash and position
+
+  // Of one kind:
+  std::vector<Known> known_;      // a hash table of its keys
+  uint64_t keys_ = 0;             // in it
+  std::vector<uint64_t> places_;  // of the seeds of first occurrences; no more than make it heavy
+};
+
+}  // namespace velk

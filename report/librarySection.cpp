@@ -1,0 +1,106 @@
+#include <algorithm>
+#include <cmath>
+
+#include "report/palette.h"
+#include "report/sections.h"
+#include "run/terminal.h"
+
+namespace velk::report {
+namespace {
+
+using run::countText;
+
+constexpr std::size_t kMostLibraries = 40;
+
+std::string fact(const char* name, const std::string& value) {
+  return std::string("<dt>") + name + "</dt><dd>" + value + "</dd>";
+}
+
+std::string rounded(double number) {
+  return countText(static_cast<uint64_t>(std::llround(number)));
+}
+
+uint64_t atGaps(const RunData& data, std::size_t library, ReadKind kind) {
+  uint64_t sum = 0;
+  for (std::size_t gap = 0; gap < data.gaps.size(); ++gap) sum += data.count(gap, library, kind);
+  return sum;
+}
+
+std::string factsOf(const LibraryData& library) {
+  std::string html = "<dl class=\"facts\">";
+  if (library.arePairs) {
+    html += fact("Insert size", rounded(library.insert) + " &plusmn; " + rounded(library.spread) +
+                                    " bases, " + escaped(library.insertSource));
+    html += fact("Orientation",
+                 escaped(library.orientation) + ", " + escaped(library.orientationSource));
+  }
+  html += fact("Reads searched", countText(library.readsSearched) + " of " +
+                                     rounded(library.readLength()) + " bases on average");
+  const uint64_t records = library.arePairs ? library.readsSearched / 2 : library.readsSearched;
+  const auto shareOf = [&](uint64_t part) {
+    const double all = static_cast<double>(std::max<uint64_t>(1, records));
+    return countText(part) + " (" + percentText(static_cast<double>(part) / all) + ")";
+  };
+  if (library.onContigs > 0) {
+    html += fact(library.arePairs ? "Pairs on contigs" : "Reads on contigs",
+                 shareOf(library.onContigs));
+  }
+  html += fact(library.arePairs ? "Pairs passed over: with N" : "Reads passed over: with N",
+               shareOf(library.withN));
+  html += fact(library.arePairs ? "Pairs passed over: too short" : "Reads passed over: too short",
+               shareOf(library.tooShort));
+  return html + "</dl>";
+}
+
+std::string panelOf(const RunData& data, std::size_t number) {
+  const LibraryData& library = data.libraries[number];
+  const std::string colour = libraryClass(number);
+  const bool isAlone = data.libraries.size() == 1;
+  std::string html = std::string("<div class=\"panel library") + (isAlone ? " alone" : "") +
+                     "\"><div><h3>" + named(library.name, 80) + "</h3><p class=\"hint\">" +
+                     escaped(library.kind) + "</p>";
+  if (library.arePairs) html += plotInserts(library, number);
+  html += "</div><div>" +
+          stackedBar({{colour, "exact", atGaps(data, number, ReadKind::kExact)},
+                      {colour + " estimate", "estimate", atGaps(data, number, ReadKind::kEstimate)},
+                      {"contained", "contained", atGaps(data, number, ReadKind::kContained)}});
+  return html + factsOf(library) + "</div></div>";
+}
+
+}  // namespace
+
+std::string stackedBar(const std::vector<BarPart>& parts) {
+  uint64_t sum = 0;
+  for (const BarPart& part : parts) sum += part.number;
+  if (sum == 0) return "<p class=\"hint\">No reads were found.</p>";
+  std::string bar = "<div class=\"bar\" aria-hidden=\"true\">";
+  std::string keys = "<ul class=\"keys\">";
+  for (const BarPart& part : parts) {
+    if (part.number == 0) continue;
+    const double share = static_cast<double>(part.number) / static_cast<double>(sum);
+    bar +=
+        "<i class=\"" + part.classes + "\" style=\"flex:" + std::to_string(part.number) + "\"></i>";
+    keys += "<li><i class=\"" + part.classes + "\"></i><b>" + countText(part.number) + "</b> " +
+            part.name + ", " + percentText(share) + "</li>";
+  }
+  return bar + "</div>" + keys + "</ul>";
+}
+
+std::string librarySection(const Findings& findings) {
+  const RunData& data = findings.data;
+  std::string html =
+      "<section id=\"libraries\"><h2>Libraries</h2><p class=\"hint\">How long the fragments are, "
+      "as measured on pairs of the first reads that lie on one contig, and what was found at gaps. "
+      "Grey bars are pairs of another orientation.</p><div class=\"panels\">";
+  for (std::size_t n = 0; n < std::min(kMostLibraries, data.libraries.size()); ++n) {
+    html += panelOf(data, n);
+  }
+  html += "</div>";
+  if (data.libraries.size() > kMostLibraries) {
+    html += "<p class=\"hint\">" + countText(data.libraries.size() - kMostLibraries) +
+            " more libraries are in summary.json.</p>";
+  }
+  return html + "</section>";
+}
+
+}  // namespace velk::report

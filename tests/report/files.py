@@ -1,0 +1,286 @@
+#!/usr/bin/env python3
+"""The files that velk-report makes, what it says and how it ends, on the bundled example and on hostile
+names.
+
+    files.py VELK_RUN VELK_REPORT
+"""
+
+import hashlib
+import json
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+import xml.etree.ElementTree
+from html.parser import HTMLParser
+
+VELK_RUN = VELK_REPORT = ""
+EXAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "examples")
+MADE = ["report.html", "velk_mqc.json", "velk_gaps_mqc.json"]
+HOSTILE = "<script>alert(1)</script>\"'&<img/src=x>" + "x" * 10000
+
+
+def run(*command, **how):
+    return subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False,
+                          text=True, **how)
+
+
+def sums(folder):
+    found = {}
+    for name in sorted(os.listdir(folder)):
+        with open(os.path.join(folder, name), "rb") as file:
+            found[name] = hashlib.md5(file.read()).hexdigest()
+    return found
+
+
+def load(*path):
+    with open(os.path.join(*path), encoding="utf-8") as file:
+        return json.load(file)
+
+
+class Elements(HTMLParser):
+    """All elements of a page, and the text of each title, heading and table cell."""
+
+    def __init__(self, text):
+        super().__init__()
+        self.names = []
+        self.attributes = []
+        self.text = ""
+        self.feed(text)
+
+    def handle_starttag(self, tag, attrs):
+        self.names.append(tag)
+        self.attributes += attrs
+
+    def handle_data(self, data):
+        self.text += data
+
+
+class Files(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.folder = tempfile.mkdtemp()
+        cls.out = os.path.join(cls.folder, "out")
+        cls.velk_run(cls.out)
+
+    @classmethod
+    def tearDownClass(cls):
+        shutil.rmtree(cls.folder)
+
+    @classmethod
+    def velk_run(cls, out, *options, assembly="scaffolds.fa"):
+        done = run(VELK_RUN, assembly, "reads_1.fq.gz", "reads_2.fq.gz", "-o", out, "--quiet",
+                   *options, cwd=EXAMPLES)
+        assert done.returncode == 0, done.stderr
+
+    def copy(self, *options):
+        """A fresh folder of results."""
+        folder = tempfile.mkdtemp(dir=self.folder)
+        out = os.path.join(folder, "out")
+        if options:
+            self.velk_run(out, *options)
+        else:
+            shutil.copytree(self.out, out)
+        return out
+
+    def failure(self, status, message, *arguments):
+        done = run(VELK_REPORT, *arguments)
+        self.assertEqual((done.returncode, done.stdout, done.stderr),
+                         (status, "", f"[ERROR]: {message}\n"))
+
+    def test_summary_lists_the_report(self):
+        listed = {file["name"]: file for file in load(self.out, "summary.json")["files"]}
+        for name in MADE:
+            with open(os.path.join(self.out, name), "rb") as file:
+                data = file.read()
+            self.assertEqual(listed[name]["bytes"], len(data))
+            self.assertEqual(listed[name]["md5"], hashlib.md5(data).hexdigest())
+
+    def test_again_gives_the_same(self):
+        out = self.copy()
+        before = sums(out)
+        self.assertEqual(run(VELK_REPORT, out).returncode, 0)
+        self.assertEqual(sums(out), before)
+
+    def test_after_a_run_without_report(self):
+        out = self.copy("--no-report")
+        self.assertFalse(set(MADE) & set(os.listdir(out)))
+        self.assertNotIn("report", load(out, "summary.json"))
+        self.assertEqual(run(VELK_REPORT, out).returncode, 0)
+        for name in MADE:
+            self.assertEqual(sums(out)[name], sums(self.out)[name])
+        made, whole = load(out, "summary.json"), load(self.out, "summary.json")
+        self.assertEqual(made["report"], whole["report"])
+        self.assertEqual(made["files"], whole["files"])
+
+    def test_threads_are_not_seen(self):
+        self.assertEqual({name: sums(self.copy("-t", "3"))[name] for name in MADE},
+                         {name: sums(self.out)[name] for name in MADE})
+
+    def test_figures_for_multiqc(self):
+        summary = load(self.out, "summary.json")
+        table = load(self.out, "velk_mqc.json")
+        row = table["data"]["sample"]
+        self.assertEqual(row["reads_found"], summary["results"]["reads_found"])
+        self.assertEqual(row["gaps_with_reads"], summary["results"]["gaps_with_reads"])
+        self.assertEqual(set(row), set(table["headers"]))
+        bars = load(self.out, "velk_gaps_mqc.json")["data"]["sample"]
+        self.assertEqual(sum(bars.values()), summary["assembly"]["gaps"])
+
+    def test_drawing(self):
+        done = run(VELK_REPORT, "--gap", "3", self.out)
+        self.assertEqual(done.returncode, 0)
+        root = xml.etree.ElementTree.fromstring(done.stdout)
+        self.assertEqual(root.tag, "{http://www.w3.org/2000/svg}svg")
+        strokes = [path.get("d") for path in root.iter("{http://www.w3.org/2000/svg}path")
+                   if path.get("class", "").startswith("read ")]
+        self.assertLessEqual(sum(d.count("M") for d in strokes), 300)
+        self.assertGreater(sum(d.count("M") for d in strokes), 290)
+        file = os.path.join(self.folder, "gap.svg")
+        self.assertEqual(run(VELK_REPORT, "--gap", "3", self.out, "-o", file).returncode, 0)
+        with open(file, encoding="utf-8") as drawn:
+            self.assertEqual(drawn.read(), done.stdout)
+
+    def test_text(self):
+        done = run(VELK_REPORT, "--text", self.out)
+        self.assertEqual(done.returncode, 0)
+        self.assertIn("found 2,462 of 16,000 reads; 6 of 6 gaps have reads", done.stdout)
+        self.assertLessEqual(max(map(len, done.stdout.splitlines())), 80)
+
+    def test_no_gap(self):
+        folder = tempfile.mkdtemp(dir=self.folder)
+        with open(os.path.join(EXAMPLES, "scaffolds.fa"), encoding="ascii") as file:
+            text = file.read()
+        with open(os.path.join(folder, "a.fa"), "w", encoding="ascii") as file:
+            file.write(text.replace("N", "A"))
+        out = os.path.join(folder, "out")
+        self.velk_run(out, "--force", assembly=os.path.join(folder, "a.fa"))
+        self.assertEqual(run(VELK_REPORT, out).returncode, 0)
+        with open(os.path.join(out, "report.html"), encoding="utf-8") as file:
+            self.assertIn("The assembly has no gap.", file.read())
+        self.assertIn("0 of 0 gaps have reads", run(VELK_REPORT, "--text", out).stdout)
+        self.assertEqual(run(VELK_REPORT, "--gap", "0", out).returncode, 2)
+        self.assertEqual(run(VELK_REPORT, out, out).returncode, 0)
+
+    def test_two_runs(self):
+        """Against a run with half of the reads, and one whose scaffold has another name."""
+        half = os.path.join(self.folder, "half")
+        done = run(VELK_RUN, "scaffolds.fa", "--single", "reads_1.fq.gz", "-o", half, "--quiet",
+                   cwd=EXAMPLES)
+        self.assertEqual(done.returncode, 0)
+        counts = [load(out, "summary.json")["libraries"][0]["reads_at_gaps"]
+                  for out in (self.out, half)]
+        text = run(VELK_REPORT, "--text", self.out, half).stdout
+        rows = dict(re.findall(r"lib1 +(\w+) +(.*)", text))
+        for kind in ("exact", "estimate", "contained"):
+            one, other = (each[kind] for each in counts)
+            self.assertEqual(rows[kind].split(), [f"{one:,}", f"{other:,}", f"{other - one:+,}"])
+        self.assertRegex(" ".join(text.split()), "of 6 gaps of both runs 0 gained .* 6 lost some")
+        self.assertLessEqual(max(map(len, text.splitlines())), 80)
+        page = run(VELK_REPORT, self.out, half).stdout
+        elements = Elements(page)
+        self.assertEqual(elements.names.count("tr"), 1 + 3 + 1 + 6)
+        same = run(VELK_REPORT, "--text", self.out, self.out).stdout
+        self.assertRegex(" ".join(same.split()), "of 6 gaps of both runs 0 gained .* 0 lost some")
+        self.assertNotIn("Gaps that", same)
+        renamed = self.copy()
+        path = os.path.join(renamed, "gaps.tsv")
+        with open(path, encoding="ascii") as file:
+            table = file.read()
+        with open(path, "w", encoding="ascii") as file:
+            file.write(table.replace("scaffold1", "chr1"))
+        text = " ".join(run(VELK_REPORT, "--text", self.out, renamed).stdout.split())
+        self.assertRegex(text, "of 0 gaps of both runs .* 6 gaps are of the first run alone, 6 of")
+
+    def test_command_line(self):
+        more = " (velk-report --help tells more)"
+        self.failure(2, "folder is required" + more)
+        self.failure(2, "there is no gap 6; " + self.out + " has 6, numbered from 0",
+                     "--gap", "6", self.out)
+        self.failure(2, "--gap takes one folder" + more, "--gap", "1", self.out, self.out)
+        self.failure(2, "--output takes --gap or two folders; report.html stands in the folder of the"
+                     " results" + more, self.out, "-o", "page.html")
+        self.assertIn("--gap", run(VELK_REPORT, "--help").stdout)
+        self.assertRegex(run(VELK_REPORT, "--version").stdout, r"^velk-report \d+\.\d+\n$")
+
+    def test_what_is_no_result(self):
+        gone = os.path.join(self.folder, "gone")
+        self.failure(1, gone + " holds no whole result of velk-run", gone)
+        out = self.copy()
+        os.unlink(os.path.join(out, "summary.json"))
+        before = sums(out)
+        self.failure(1, out + " holds no whole result of velk-run", out)
+        self.assertEqual(sums(out), before)
+
+    def test_damage_leaves_the_folder_as_it_was(self):
+        for name in ("gaps.tsv", "evidence.tsv", "inserts.tsv", "reads.bam", "gaps.idx"):
+            out = self.copy()
+            with open(os.path.join(out, name), "r+b") as file:
+                file.truncate(os.path.getsize(os.path.join(out, name)) * 2 // 3)
+            before = sums(out)
+            done = run(VELK_REPORT, out)
+            self.assertEqual(done.returncode, 1, name)
+            self.assertRegex(done.stderr, rf"^\[ERROR\]: {re.escape(out)}/{re.escape(name)}\b.*\n$")
+            self.assertEqual(sums(out), before)
+
+    def test_a_foreign_report_stays(self):
+        out = self.copy("--no-report")
+        with open(os.path.join(out, "report.html"), "w", encoding="ascii") as file:
+            file.write("mine")
+        before = sums(out)
+        self.failure(1, out + "/report.html is there, and no result of velk-run lists it; remove it",
+                     out)
+        self.assertEqual(sums(out), before)
+
+    def test_hostile_names(self):
+        """What a user may call a sample, a library, a file: all of it stays text."""
+        folder = tempfile.mkdtemp(dir=self.folder)
+        name = "a\n\x1b[31m<b>\u202e&\"'.fa"
+        shutil.copy(os.path.join(EXAMPLES, "scaffolds.fa"), os.path.join(folder, name))
+        sheet = os.path.join(folder, "libraries.tsv")
+        with open(sheet, "w", encoding="utf-8") as file:
+            file.write("library\tR1\tR2\n" + HOSTILE[:3000] + "\t" + EXAMPLES + "/reads_1.fq.gz\t" +
+                       EXAMPLES + "/reads_2.fq.gz\n")
+        out = os.path.join(folder, "out")
+        done = run(VELK_RUN, os.path.join(folder, name), "--samplesheet", sheet, "--sample", HOSTILE,
+                   "-o", out, "--quiet")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        with open(os.path.join(out, "report.html"), encoding="utf-8") as file:
+            page = file.read()
+        with open(os.path.join(self.out, "report.html"), encoding="utf-8") as file:
+            plain = Elements(file.read())
+        elements = Elements(page)
+        self.assertEqual(elements.names, plain.names)
+        self.assertEqual([key for key, _ in elements.attributes],
+                         [key for key, _ in plain.attributes])
+        self.assertIn(HOSTILE[:60], elements.text)
+        self.assertNotRegex(page, "[\x00-\x09\x0b-\x1f\u202a-\u202e]")
+        self.assertLess(len(page), 3_000_000)
+        done = run(VELK_REPORT, "--text", out)
+        self.assertEqual(done.returncode, 0)
+        self.assertNotRegex(done.stdout, "[\x00-\x09\x0b-\x1f\u202a-\u202e]")
+        self.assertEqual(len(load(out, "velk_mqc.json")["data"]), 1)
+
+    def test_hostile_tables(self):
+        """A table that somebody has written a name into."""
+        out = self.copy()
+        path = os.path.join(out, "gaps.tsv")
+        with open(path, encoding="ascii") as file:
+            table = file.read()
+        with open(path, "w", encoding="utf-8") as file:
+            file.write(table.replace("scaffold1", HOSTILE))
+        self.assertEqual(run(VELK_REPORT, out).returncode, 0)
+        with open(os.path.join(out, "report.html"), encoding="utf-8") as file:
+            elements = Elements(file.read())
+        self.assertEqual(elements.names.count("script"), 1)
+        self.assertNotIn("img", elements.names)
+        drawing = run(VELK_REPORT, "--gap", "0", out).stdout
+        self.assertIn(HOSTILE[:25], xml.etree.ElementTree.fromstring(drawing).get("aria-label"))
+
+
+if __name__ == "__main__":
+    VELK_RUN, VELK_REPORT = map(os.path.abspath, sys.argv[1:3])
+    unittest.main(argv=sys.argv[:1])
