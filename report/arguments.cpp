@@ -2,7 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "run/arguments.h"
+#include "run/commandLine.h"
 #include "run/failure.h"
 
 namespace velk::report {

@@ -57,9 +57,8 @@ const char* explain(Reason reason) {
     case Reason::kInsertTooLarge:
       return "Every library has inserts too large for a gap of this length.";
     case Reason::kRepeats:
-      return "Over 90 % of the k-mers in the flanks occur more than once, so that no read is "
-             "placed "
-             "by them; or over 40 %, and nothing else is a reason.";
+      return "Over 90 % of the k-mers in the flanks occur more than once, and place no read; or "
+             "over 40 %, and nothing else is a reason.";
     case Reason::kShortContig:
       return "A contig beside the gap is shorter than -L or than a k-mer, and places no read.";
     case Reason::kNothingNear:

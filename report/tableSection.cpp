@@ -12,6 +12,7 @@ namespace {
 using run::countText;
 
 constexpr std::size_t kMostRows = 2000;
+constexpr std::size_t kRowsOnPaper = 100;  // as page.css has it
 
 // How a gap compares with what is predicted.
 double shareOf(const Judgement& gap) {
@@ -101,9 +102,12 @@ std::string tableSection(const Findings& findings, const std::set<std::size_t>& 
   } else {
     html += "Gaps without reads first, then from poor to rich, measured by what is predicted. ";
   }
+  html += "Positions count from 1.";
+  if (rows.size() > kRowsOnPaper) {
+    html += "<span class=\"paper\"> On paper stand the first 100 rows.</span>";
+  }
   html +=
-      "Positions count from 1.<span class=\"paper\"> On paper stand the first 100 "
-      "rows.</span></p><div class=\"panel scroll rows\"><table class=\"sorts filters-too\">"
+      "</p><div class=\"panel scroll rows\"><table class=\"sorts filters-too\">"
       "<thead><tr><th>Gap<th class=word>Scaffold<th>Position<th>Length<th>By pairs<th>Reads"
       "<th>Exact<th>Contained";
   if (hasEvidence) html += "<th>Predicted<th>Flanks<th>Covered<th class=word>Why few or none";

@@ -13,9 +13,6 @@
 
 namespace velk::run {
 
-/// How many standard deviations a fragment may be off the insert size.
-constexpr double kDeviations = 3;
-
 /// A read at one place.
 struct Laid {
   int mate = 0;

@@ -12,6 +12,9 @@
 
 namespace velk::run {
 
+/// How many standard deviations a fragment may be off the insert size.
+constexpr double kDeviations = 3;
+
 enum class LibraryKind { kPairs, kMatePairs, kSingle };
 
 /// How the mates of a pair lie on the fragment.

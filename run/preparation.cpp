@@ -18,7 +18,6 @@ constexpr double kMeasuredShare = 0.15;
 constexpr uint64_t kLeastMeasured = 2000000;
 constexpr uint64_t kMostMeasured = 50000000;
 constexpr int kUsualReadLength = 100;  // bases, of a run without pairs
-constexpr double kReach = 3;           // deviations of a fragment's length
 
 int longestShortInsert(const std::vector<Library>& libraries) {
   int longest = 0;
@@ -33,7 +32,7 @@ int longestShortInsert(const std::vector<Library>& libraries) {
 uint64_t longestReach(const std::vector<Library>& libraries) {
   double reach = 0;
   for (const Library& library : libraries) {
-    reach = std::max(reach, library.insert + kReach * library.spread);
+    reach = std::max(reach, library.insert + kDeviations * library.spread);
   }
   return static_cast<uint64_t>(std::llround(reach));
 }
