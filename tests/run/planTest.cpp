@@ -46,6 +46,9 @@ class PlanTest : public ::testing::Test {
     pairs.insert = 1e3 / 3;
     pairs.isInsertGiven = true;
     pairs.spread = 10.5;
+    pairs.inserts[0].add(100, 7);
+    pairs.inserts[1].add(3000, 2);
+    pairs.inserts[1].add(70000, 1);
     run::Library single;
     single.name = "se";
     single.kind = run::LibraryKind::kSingle;
@@ -94,6 +97,10 @@ TEST_F(PlanTest, WhatIsWrittenIsRead) {
   const run::Library& pairs = again.fixed.libraries[0];
   EXPECT_EQ(pairs.insert, 1e3 / 3);
   EXPECT_EQ(pairs.spread, 10.5);
+  for (std::size_t n = 0; n < pairs.inserts.size(); ++n) {
+    EXPECT_EQ(pairs.inserts[n].bins(), plan.fixed.libraries[0].inserts[n].bins()) << n;
+  }
+  EXPECT_FALSE(again.arguments.noReport);
   EXPECT_EQ(pairs.orientation, run::Orientation::kOutward);
   EXPECT_STREQ(pairs.insertSource(), "given");
   EXPECT_STREQ(pairs.orientationSource(), "measured");
