@@ -94,7 +94,7 @@ std::string summaryWith(const std::string& summary, const std::string& said,
   json.erase("files");
   json["report"] = Json::parse(said);
   json["files"] = Json::array();
-  for (const char* name : run::resultNames()) {
+  for (const char* name : run::resultForm().names) {
     if (listed.contains(name)) json["files"].push_back(listed[name]);
   }
   return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
@@ -136,7 +136,7 @@ std::string writeReport(const std::string& folder, const std::string& summary,
 void reportOn(const std::string& folder) {
   const std::string summary = wholeSummary(folder);
   const std::string summaryFile = folder + "/" + run::kSummaryName;
-  const std::set<std::string> own = run::namesOfSummary(summaryFile);
+  const std::set<std::string> own = run::namesOfSummary(summaryFile, run::resultForm().names);
   for (const char* name : kNames) {
     const std::string file = folder + "/" + name;
     if (own.contains(name) || !run::exists(file)) continue;
