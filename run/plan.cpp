@@ -28,6 +28,20 @@ Json jsonOf(const PlannedFile& file) {
   return {{"name", file.name}, {"bytes", file.identity.bytes}, {"md5", file.identity.md5}};
 }
 
+// The sample's fragments: for each orientation a list of their shortest lengths and numbers.
+Json insertsOf(const Library& library) {
+  Json json = Json::array();
+  for (const InsertHistogram& inserts : library.inserts) {
+    Json pairs = Json::array();
+    for (std::size_t bin = 0; bin < inserts.bins().size(); ++bin) {
+      if (inserts.bins()[bin] == 0) continue;
+      pairs.push_back({InsertHistogram::startOf(bin), inserts.bins()[bin]});
+    }
+    json.push_back(pairs);
+  }
+  return json;
+}
+
 Json jsonOf(const Library& library) {
   Json json{{"name", library.name}, {"kind", nameOf(library.kind)}};
   if (library.arePairs()) {
@@ -36,6 +50,7 @@ Json jsonOf(const Library& library) {
     json["insert"] = library.insert;
     json["insert_source"] = library.insertSource();
     json["spread"] = library.spread;
+    json["inserts"] = insertsOf(library);
   }
   return json;
 }
@@ -52,7 +67,8 @@ Json optionsOf(const Plan& plan) {
           {"placeholders", arguments.placeholders},
           {"placeholder_length", plan.fixed.placeholderLength},
           {"anchors", !arguments.noAnchors},
-          {"native", arguments.native}};
+          {"native", arguments.native},
+          {"report", !arguments.noReport}};
 }
 
 // Throws Json::exception, or Wrong where a number is out of its range.
@@ -91,6 +107,13 @@ Library libraryOf(const Json& json) {
   library.insert = numberOf<double>(json, "insert", 0, kMostCount);
   library.isInsertGiven = json.at("insert_source") == "given";
   library.spread = numberOf<double>(json, "spread", 0, kMostCount);
+  for (std::size_t n = 0; n < library.inserts.size(); ++n) {
+    for (const Json& pairs : json.at("inserts").at(n)) {
+      const auto length = pairs.at(0).get<uint64_t>();
+      if (length > kMostCount) throw Wrong("inserts is out of its range");
+      library.inserts[n].add(length, pairs.at(1));
+    }
+  }
   return library;
 }
 
@@ -107,6 +130,7 @@ void readOptions(const Json& json, Plan& plan) {
   plan.fixed.placeholderLength = numberOf<uint64_t>(json, "placeholder_length", 0, 1e15);
   arguments.noAnchors = !json.at("anchors").get<bool>();
   arguments.native = json.at("native");
+  arguments.noReport = !json.at("report").get<bool>();
 }
 
 // Adds a task and its input.

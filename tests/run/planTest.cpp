@@ -69,7 +69,8 @@ class PlanTest : public ::testing::Test {
     const std::string version = json["program"]["version"];
     change(json);
     const std::string said = failureOf([&] { read(json.dump()); });
-    const std::string start = folder_.path("plan.json") + " is no plan of velk-run " + version + ": ";
+    const std::string start =
+        folder_.path("plan.json") + " is no plan of velk-run " + version + ": ";
     EXPECT_TRUE(said.starts_with(start)) << said;
     return said.substr(std::min(said.size(), start.size()));
   }
