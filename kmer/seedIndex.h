@@ -144,7 +144,7 @@ class SeedIndex {
   };
 
   static std::size_t regionOf(uint64_t hash) { return hash >> (64 - kRegionBits); }
-  ConstBucketRange range(const Level& level, uint64_t hash) const {
+  BucketRange range(const Level& level, uint64_t hash) const {
     const Level::Range& range = level.ranges[regionOf(hash)];
     return {&level.buckets[range.first], range.size, shape_};
   }
