@@ -15,7 +15,7 @@
 namespace velk {
 
 /// Code of every byte: A a 0, C c 1, G g 2, T t 3, all others 4.
-inline constexpr std::array<uint8_t, 256> alphabet = [] {
+inline constinit const std::array<uint8_t, 256> alphabet = [] {
   std::array<uint8_t, 256> codes{};
   codes.fill(4);
   codes['A'] = codes['a'] = 0;
@@ -27,7 +27,7 @@ inline constexpr std::array<uint8_t, 256> alphabet = [] {
 
 /// Complement of every character below 128, in upper case; characters other than A, C and G (a, c
 /// and g) give 'A', T and N included.
-inline constexpr std::array<char, 128> complementAlphabet = [] {
+inline constinit const std::array<char, 128> complementAlphabet = [] {
   std::array<char, 128> complements{};
   complements.fill('A');
   complements['A'] = complements['a'] = 'T';

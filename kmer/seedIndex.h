@@ -12,7 +12,7 @@
 // time-efficient index for the compacted colored de Bruijn graph", 2018; Pibiri, "Sparse and skew
 // hashing of k-mers", 2022).
 //
-// Built once (kmer/seedIndexBuilder.h); read-only afterwards, any thread may ask.
+// Built once (kmer/seedIndexBuilder.cpp); read-only afterwards, any thread may ask.
 #pragma once
 
 #include <array>
