@@ -15,11 +15,26 @@
 namespace velk {
 
 /// Code of every byte: A a 0, C c 1, G g 2, T t 3, all others 4.
-extern const std::array<uint8_t, 256> alphabet;
+inline constinit const std::array<uint8_t, 256> alphabet = [] {
+  std::array<uint8_t, 256> codes{};
+  codes.fill(4);
+  codes['A'] = codes['a'] = 0;
+  codes['C'] = codes['c'] = 1;
+  codes['G'] = codes['g'] = 2;
+  codes['T'] = codes['t'] = 3;
+  return codes;
+}();
 
 /// Complement of every character below 128, in upper case; characters other than A, C and G (a, c
 /// and g) give 'A', T and N included.
-extern const std::array<char, 128> complementAlphabet;
+inline constinit const std::array<char, 128> complementAlphabet = [] {
+  std::array<char, 128> complements{};
+  complements.fill('A');
+  complements['A'] = complements['a'] = 'T';
+  complements['C'] = complements['c'] = 'G';
+  complements['G'] = complements['g'] = 'C';
+  return complements;
+}();
 
 /// Returns the code of `base`: alphabet indexed by the byte's value.
 inline uint8_t baseCode(char base) {
@@ -36,7 +51,9 @@ inline char complementOf(char base) {
 /// before the last 32 are shifted out. A character of code 4 is ORed in as it stands: it reads as A
 /// in its own place and sets the low bit of the base before it.
 /// REQUIRES: kmer == 0.
-void Seq2Kmer(uint64_t& kmer, std::string_view seq);
+inline void Seq2Kmer(uint64_t& kmer, std::string_view seq) {
+  for (const char base : seq) kmer = (kmer << LEN_TO_BITLEN) | baseCode(base);
+}
 
 /// The key of a k-mer, as Seq2Kmer packs it.
 inline uint64_t packedKmer(std::string_view bases) {
@@ -78,6 +95,14 @@ class RollingKey {
 };
 
 /// Returns the `Kmer` letters of a packed k-mer; empty when Kmer is above 32.
-std::string Kmer2Seq(uint64_t kmer);
+inline std::string Kmer2Seq(uint64_t kmer) {
+  if (Kmer > DATA_LEN) return "";
+  std::string letters(static_cast<std::size_t>(Kmer), ' ');
+  for (auto letter = letters.rbegin(); letter != letters.rend(); ++letter) {
+    *letter = "ACGT"[kmer & 3U];
+    kmer >>= LEN_TO_BITLEN;
+  }
+  return letters;
+}
 
 }  // namespace velk

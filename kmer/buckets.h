@@ -92,8 +92,7 @@ static_assert(sizeof(Bucket) == 64);
 
 /// Buckets that belong together: a search that runs over their end goes on at their start.
 /// REQUIRES for a search: one of them is not full.
-template <class Bucket>
-struct Buckets {
+struct BucketRange {
   Bucket* first;
   uint64_t size;
   BucketShape shape;
@@ -122,8 +121,5 @@ struct Buckets {
     bucket->add(place, hash, shape);
   }
 };
-
-using BucketRange = Buckets<Bucket>;
-using ConstBucketRange = Buckets<const Bucket>;
 
 }  // namespace velk

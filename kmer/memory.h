@@ -58,10 +58,9 @@ class Array {
   }
 
   std::size_t size() const { return size_; }
-  T& operator[](std::size_t i) { return values_[i]; }
-  const T& operator[](std::size_t i) const { return values_[i]; }
-  const T* begin() const { return values_; }
-  const T* end() const { return values_ + size_; }
+  T& operator[](std::size_t i) const { return values_[i]; }
+  T* begin() const { return values_; }
+  T* end() const { return values_ + size_; }
 
  private:
   struct Free {

@@ -12,7 +12,7 @@
 // time-efficient index for the compacted colored de Bruijn graph", 2018; Pibiri, "Sparse and skew
 // hashing of k-mers", 2022).
 //
-// Built once (kmer/seedIndexBuilder.h); read-only afterwards, any thread may ask.
+// Built once (kmer/seedIndexBuilder.cpp); read-only afterwards, any thread may ask.
 #pragma once
 
 #include <array>
@@ -144,7 +144,7 @@ class SeedIndex {
   };
 
   static std::size_t regionOf(uint64_t hash) { return hash >> (64 - kRegionBits); }
-  ConstBucketRange range(const Level& level, uint64_t hash) const {
+  BucketRange range(const Level& level, uint64_t hash) const {
     const Level::Range& range = level.ranges[regionOf(hash)];
     return {&level.buckets[range.first], range.size, shape_};
   }

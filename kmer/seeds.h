@@ -103,7 +103,7 @@ class Seeds {
 template <class Words, class OnRun>
 void Seeds::forEachRun(const Words& words, uint64_t from, uint64_t to, OnRun onRun) const {
   const auto width = static_cast<uint64_t>(offsets());
-  std::array<uint32_t, kChunk + 4 * DATA_LEN> ranks;  // of the m-mers from `start` on
+  std::array<uint32_t, kChunk + uint64_t{4} * DATA_LEN> ranks;  // of the m-mers from `start` on
   uint64_t start = 0;
   SeedRun run{};
   uint32_t least = 0;                         // the rank of run.at

@@ -2,7 +2,7 @@
 //
 // The hash set follows these rules while it is filled (kmer/hashSet.h). From the number of
 // different k-mers alone, TableCourse works out the sizes that it takes on the way. Whoever holds
-// the k-mers in another form tells by it what the run is told of its hash set. Pure functions; any
+// the k-mers in another form learns by it what the run says of its hash set. Pure functions; any
 // thread may call them.
 #pragma once
 

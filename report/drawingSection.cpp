@@ -120,8 +120,8 @@ std::string drawingSection(const Findings& findings, GapReadSource& reads, std::
   Gallery gallery(findings, reads, mostBytes);
   std::string html =
       "<section id=\"drawings\"><h2>Gaps, drawn</h2><p class=\"hint\">Contigs on either side, and "
-      "every read at its place; mates are joined. Above: how deep exact reads lie (dark) and "
-      "estimates on top of them (light). <code>velk-report --gap N</code> draws any other "
+      "every read at its place; mates are joined. Above: how deep exact reads lie (full) and "
+      "estimates on top of them (pale). <code>velk-report --gap N</code> draws any other "
       "gap.</p>" +
       keyOf(findings.data);
   html += gallery.group("The richest", richest);

@@ -12,7 +12,7 @@
 #include "driver/standardDescriptors.h"
 #include "report/arguments.h"
 #include "report/report.h"
-#include "run/arguments.h"
+#include "run/commandLine.h"
 #include "run/diskFile.h"
 #include "run/failure.h"
 

@@ -51,12 +51,12 @@ std::string multiqcTable(const Findings& findings) {
   const Json headers{
       {"gaps", column("Gaps", "Gaps of the assembly", kWhole)},
       {"gaps_with_reads", column("With reads", "Gaps in which reads belong", kWhole)},
-      {"gaps_with_reads_percent", percentColumn("With reads", "Share of the gaps")},
+      {"gaps_with_reads_percent", percentColumn("With reads, %", "Share of the gaps")},
       {"gaps_covered", column("Covered", "Gaps covered whole by exact reads", kWhole)},
       {"reads_searched", column("Reads", "Reads searched", kWhole)},
       {"reads_found", column("Found", "Reads found at gaps", kWhole)},
-      {"reads_found_percent", percentColumn("Found", "Share of the reads searched")},
-      {"exact_percent", percentColumn("Exact", "Share of exact places in gaps")},
+      {"reads_found_percent", percentColumn("Found, %", "Share of the reads searched")},
+      {"exact_percent", percentColumn("Exact, %", "Share of exact places in gaps")},
       {"median_reads", column("Reads a gap", "The median", kWhole)}};
   return textOf({{"id", "velk"},
                  {"section_name", "velk"},

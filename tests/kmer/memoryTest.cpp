@@ -1,0 +1,59 @@
+// Arrays that own their memory, or view memory that stays where it is.
+#include "kmer/memory.h"
+
+#include <gtest/gtest.h>
+
+#include <utility>
+#include <vector>
+
+namespace velk::test {
+namespace {
+
+struct alignas(64) Line {
+  uint64_t words[8];
+};
+
+TEST(Array, IsMadeZeroedAndAligned) {
+  for (const std::size_t size : {1UL, 3UL, 100000UL}) {
+    Array<Line> lines;
+    lines.make(size);
+    ASSERT_EQ(lines.size(), size);
+    for (const Line& line : lines) {
+      ASSERT_EQ(reinterpret_cast<uintptr_t>(&line) % alignof(Line), 0U);
+      for (const uint64_t word : line.words) ASSERT_EQ(word, 0U);
+    }
+  }
+}
+
+TEST(Array, KeepsWhatItIsShrunkTo) {
+  Array<uint64_t> numbers;
+  numbers.make(1000000);
+  for (std::size_t i = 0; i < numbers.size(); ++i) numbers[i] = i;
+  numbers.shrink(300001);
+  ASSERT_EQ(numbers.size(), 300001U);
+  for (std::size_t i = 0; i < numbers.size(); ++i) ASSERT_EQ(numbers[i], i);
+  numbers.shrink(0);
+  EXPECT_EQ(numbers.begin(), numbers.end());
+}
+
+TEST(Array, ViewsMemoryThatOutlivesIt) {
+  std::vector<int> values = {3, 1, 4};
+  {
+    const Array<int> view(values.data(), values.size());
+    EXPECT_EQ(view.size(), 3U);
+    EXPECT_EQ(&view[1], &values[1]);
+  }
+  EXPECT_EQ(values, (std::vector<int>{3, 1, 4}));
+}
+
+TEST(Array, MovesItsMemory) {
+  Array<int> one;
+  one.make(5);
+  one[4] = 7;
+  const Array<int> other = std::move(one);
+  EXPECT_EQ(other.size(), 5U);
+  EXPECT_EQ(other[4], 7);
+}
+
+}  // namespace
+}  // namespace velk::test
