@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <future>
 #include <optional>
 
 #include "run/bamRecord.h"
@@ -150,8 +151,11 @@ ShareItems Outputs::writeShare(uint64_t library) {
 
 void Outputs::write() {
   clashes_.find();
-  writeBam();
+  // Both at once, if there are threads for it.
+  const auto when = options_.threads > 1 ? std::launch::async : std::launch::deferred;
+  std::future<void> bam = std::async(when, [this] { writeBam(); });
   const std::vector<TextPlace> texts = writeFastq();
+  bam.get();
   writeIndex(texts, writeFlanks());
   writeFile(folder_.partial("gaps.tsv"), gapTable(assembly_, libraries_, counts_));
   writeFile(folder_.partial("gaps.bed"), gapBed(assembly_, counts_));
