@@ -10,8 +10,8 @@
 
 #include "bench/simulate.h"
 #include "driver/velk.h"
-#include "kmer/fetchKmers.h"
 #include "kmer/Sequence.h"
+#include "kmer/fetchKmers.h"
 #include "streaming/readBuffer.h"
 
 namespace velk::bench {

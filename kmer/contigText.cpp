@@ -50,8 +50,8 @@ void ContigText::markNoWindows(uint64_t from, uint64_t to) {
 void ContigText::pack(uint64_t from, uint64_t to) {
   for (std::size_t n = contigOf(from); n < contigs_.size() && contigs_[n].start < to; ++n) {
     const uint64_t start = contigs_[n].start;
-    const uint64_t end = std::min(to, start + letters(n).size());
-    for (uint64_t p = std::max(from, start); p < end; p += DATA_LEN) {
+    const uint64_t last = std::min(to, start + letters(n).size());
+    for (uint64_t p = std::max(from, start); p < last; p += DATA_LEN) {
       const std::string_view next = letters(n).substr(p - start, DATA_LEN);
       uint64_t& word = lines_[p / kBasesOfLine].bases[p / DATA_LEN % 4];
       if (!packBases(next, word)) markOddWindows(n, p, next);

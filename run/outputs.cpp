@@ -133,11 +133,11 @@ void Outputs::addShare(const std::string& share, uint64_t library, const ShareIt
   const std::string ofGaps = file(kShareCountsName);
   counts_.addEncoded(readFile(ofGaps), library, ofGaps);
   const std::string ofEvidence = file(kShareEvidenceName);
-  const Evidence evidence = Evidence::parse(readFile(ofEvidence), ofEvidence);
-  if (evidence.gaps() != evidence_.gaps() || evidence.libraries() != evidence_.libraries()) {
+  const Evidence ofShare = Evidence::parse(readFile(ofEvidence), ofEvidence);
+  if (ofShare.gaps() != evidence_.gaps() || ofShare.libraries() != evidence_.libraries()) {
     throw Failure(Status::kFailed, ofEvidence + " is of other gaps or libraries than the plan's");
   }
-  evidence_ += evidence;
+  evidence_ += ofShare;
 }
 
 ShareItems Outputs::writeShare(uint64_t library) {
