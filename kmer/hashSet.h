@@ -8,7 +8,7 @@
 //      a missing key reads as not unique.
 //   3. count <= max < size: an empty slot ends every probe.
 //   4. Nothing inserts or grows while a worker runs, and a run deletes nothing.
-// The plain engine's table; the fast engine keeps its numbers alone (kmer/foretoldTable.h).
+// The plain engine's table; the fast engine keeps its numbers alone (kmer/fetchKmersFast.cpp).
 #pragma once
 
 #include <cstdint>
