@@ -9,6 +9,7 @@ void ReadBatch::clear(uint32_t input, uint64_t firstRecord, bool arePairs) {
   for (Side& side : sides_) {
     side.text.clear();
     side.reads.clear();
+    side.bytes = 0;
   }
 }
 
@@ -22,26 +23,27 @@ void ReadBatch::add(const RecordView& first, const RecordView& second) {
 }
 
 void ReadBatch::addTo(Side& side, const RecordView& read) {
-  side.reads.push_back(
-      {side.text.size(), read.name.size(), read.bases.size(), read.quality.size()});
+  const std::size_t entry = side.reads.size();
+  side.reads.push_back({side.text.size(), read.name.size(), read.quality.size()});
   side.text += read.name;
-  side.text += read.bases;
   side.text += read.quality;
+  if (side.bases.size() == entry) side.bases.emplace_back();
+  side.bases[entry].assign(read.bases);
+  side.bytes += read.name.size() + read.bases.size() + read.quality.size();
 }
 
 RecordView ReadBatch::read(std::size_t entry, int mate) const {
   const Side& side = sides_[static_cast<std::size_t>(mate)];
   const Slices& slices = side.reads[entry];
   const std::string_view text = std::string_view(side.text).substr(slices.start);
-  return {text.substr(0, slices.name), text.substr(slices.name, slices.bases),
-          text.substr(slices.name + slices.bases, slices.quality)};
+  return {text.substr(0, slices.name), side.bases[entry], text.substr(slices.name, slices.quality)};
 }
 
-std::string* ReadBatch::basesOf(int mate) {
+std::string* ReadBatch::copiesOfBases(int mate) {
   Side& side = sides_[static_cast<std::size_t>(mate)];
-  if (side.bases.size() < side.reads.size()) side.bases.resize(side.reads.size());
-  for (std::size_t i = 0; i < side.reads.size(); ++i) side.bases[i] = read(i, mate).bases;
-  return side.bases.data();
+  side.copies.assign(side.bases.begin(),
+                     side.bases.begin() + static_cast<std::ptrdiff_t>(side.reads.size()));
+  return side.copies.data();
 }
 
 }  // namespace velk::reads

@@ -30,26 +30,28 @@ class ReadBatch {
   std::size_t entries() const { return sides_[0].reads.size(); }
 
   /// Characters of all its reads: names, bases, qualities.
-  std::size_t bytes() const { return sides_[0].text.size() + sides_[1].text.size(); }
+  std::size_t bytes() const { return sides_[0].bytes + sides_[1].bytes; }
 
   /// Read `mate` (0, or 1 of a pair) of an entry, as it was sequenced.
   RecordView read(std::size_t entry, int mate) const;
 
-  /// Copies of the bases of all first, or second, reads, which the caller may change. Made at each
-  /// call.
-  std::string* basesOf(int mate);
+  /// The bases of all first, or second, reads, which the caller leaves as they are; or copies, made
+  /// at each call, which it may change.
+  std::string* basesOf(int mate) { return sides_[static_cast<std::size_t>(mate)].bases.data(); }
+  std::string* copiesOfBases(int mate);
 
  private:
-  struct Slices {  // lengths in the side's text: name, bases, quality, one behind the other
+  struct Slices {  // lengths in the side's text: name and quality, one behind the other
     std::size_t start;
     std::size_t name;
-    std::size_t bases;
     std::size_t quality;
   };
   struct Side {
     std::string text;
     std::vector<Slices> reads;
-    std::vector<std::string> bases;
+    std::vector<std::string> bases;  // at least as many; strings of earlier reads are used again
+    std::vector<std::string> copies;
+    std::size_t bytes = 0;  // of all texts
   };
 
   static void addTo(Side& side, const RecordView& read);

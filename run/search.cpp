@@ -145,17 +145,21 @@ uint64_t Search::searchBatch(reads::ReadBatch& batch, uint32_t library, int work
   const Library& from = libraries_[library];
   const auto entries = static_cast<int64_t>(batch.entries());
   const int insert = batch.arePairs() ? static_cast<int>(std::lround(from.insert)) : 0;
-  std::string* const a = batch.basesOf(0);
-  std::string* const b = batch.arePairs() ? batch.basesOf(1) : nullptr;
-  const Batch toScan{
-      a,
-      b,
-      entries,
-      0,
-      1,
-      assembly_.model(),
-      {values_.kmer, insert, values_.bigGapLength, values_.readLength, values_.mapCut,
-       values_.overRatio, from.orientation == Orientation::kOutward}};
+  const bool areOutward = batch.arePairs() && from.orientation == Orientation::kOutward;
+  // Pairs that point outwards are rewritten by the scan.
+  const auto basesOf = [&](int mate) {
+    return areOutward ? batch.copiesOfBases(mate) : batch.basesOf(mate);
+  };
+  std::string* const a = basesOf(0);
+  std::string* const b = batch.arePairs() ? basesOf(1) : nullptr;
+  const Batch toScan{a,
+                     b,
+                     entries,
+                     0,
+                     1,
+                     assembly_.model(),
+                     {values_.kmer, insert, values_.bigGapLength, values_.readLength,
+                      values_.mapCut, values_.overRatio, areOutward}};
   Engine engine{index_, values_.kmer};
   const Spans spans(assembly_, index_, values_.kmer, values_.mapCut);
   GapWatch watch(assembly_, library, receiver.evidence());

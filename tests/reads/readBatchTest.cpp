@@ -39,17 +39,18 @@ TEST(ReadBatch, Pairs) {
   EXPECT_EQ(batch.bytes(), 24u);
 }
 
-TEST(ReadBatch, BasesAreCopiesMadeAtEachCall) {
+TEST(ReadBatch, CopiesOfBasesAreMadeAtEachCall) {
   ReadBatch batch;
   batch.clear(0, 0, true);
   batch.add({"a", "ACGT", "IIII"}, {"a", "CC", "!!"});
   batch.add({"b", "G", "#"}, {"b", "TTT", "III"});
-  std::string* bases = batch.basesOf(1);
+  std::string* bases = batch.copiesOfBases(1);
   EXPECT_EQ(bases[0], "CC");
   EXPECT_EQ(bases[1], "TTT");
   bases[1] = "changed";
   EXPECT_EQ(batch.read(1, 1).bases, "TTT");
   EXPECT_EQ(batch.basesOf(1)[1], "TTT");
+  EXPECT_EQ(batch.copiesOfBases(1)[1], "TTT");
   EXPECT_EQ(batch.basesOf(0)[0], "ACGT");
 }
 
@@ -58,7 +59,7 @@ TEST(ReadBatch, ClearedBatchIsAsNew) {
   batch.clear(0, 0, true);
   batch.add({"a", "ACGT", "IIII"}, {"a", "CC", "!!"});
   batch.add({"b", "G", "#"}, {"b", "TTT", "III"});
-  batch.basesOf(0);
+  batch.copiesOfBases(0);
   batch.clear(1, 5, false);
   EXPECT_EQ(batch.entries(), 0u);
   EXPECT_EQ(batch.bytes(), 0u);
@@ -67,6 +68,7 @@ TEST(ReadBatch, ClearedBatchIsAsNew) {
   EXPECT_EQ(batch.recordOf(0), 5u);
   EXPECT_EQ(kept(batch.read(0, 0)), (Read{"c", "T", "I"}));
   EXPECT_EQ(batch.basesOf(0)[0], "T");
+  EXPECT_EQ(batch.copiesOfBases(0)[0], "T");
 }
 
 }  // namespace
