@@ -103,9 +103,10 @@ void ReadInput::readMate(RecordView& first, RecordView& second) {
   }
   if (haveOneName(first.name, second.name)) return;
   const std::string where = second_ == nullptr ? "the next one" : "the one in " + files_.second;
-  throw InputError(files_.first, record,
-                   "its name is " + quoted(first.name) + ", and " + where + " is named " +
-                       quoted(second.name) + std::string(mates.mateAdvice()));
+  std::string text = "its name is " + quoted(first.name) + ", and " + where + " is named " +
+                     quoted(second.name) + std::string(mates.mateAdvice());
+  if (haveOneName(second.name, first.name)) text += "; the second mate comes first";
+  throw InputError(files_.first, record, text);
 }
 
 Fixes ReadInput::fixes() const {

@@ -8,12 +8,10 @@
 #include "report/bars.h"
 #include "report/palette.h"
 #include "report/svg.h"
-#include "run/terminal.h"
 
 namespace velk::report {
 namespace {
 
-using run::countText;
 using run::Side;
 
 constexpr std::size_t kFew = 120;    // gaps, of which each is a larger dot

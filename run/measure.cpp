@@ -17,7 +17,7 @@ void fix(Library& library, const survey::PairMeasure& measure) {
   const Orientation usual = isOutwardKind ? Orientation::kOutward : Orientation::kInward;
   library.orientation =
       library.givenOrientation.value_or(library.isMeasured ? library.measuredOrientation : usual);
-  if (library.insert == 0 && library.isMeasured) library.insert = library.measuredInsert;
+  if (library.insert == 0) library.insert = library.measuredInsert;
   library.spread = library.isMeasured ? measure.spread : kUsualSpread * library.insert;
 }
 

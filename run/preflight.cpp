@@ -1,13 +1,17 @@
 #include "run/preflight.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
+#include <cstring>
 #include <map>
 #include <utility>
 
 #include "reads/quality.h"
+#include "run/failure.h"
 #include "run/terminal.h"
 #include "survey/assembly.h"
 #include "survey/machine.h"
@@ -76,7 +80,10 @@ std::vector<Finding> checkFiles(const std::string& assembly,
   files.push_back(assembly);
   for (const std::string& file : files) {
     struct stat status {};
-    if (stat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) continue;
+    if (access(file.c_str(), R_OK) != 0 || stat(file.c_str(), &status) != 0) {
+      throw Failure(Status::kFailed, file + ": " + std::strerror(errno));
+    }
+    if (!S_ISREG(status.st_mode)) continue;
     const auto [other, isNew] = seen.emplace(std::pair(status.st_dev, status.st_ino), file);
     if (!isNew) twice.add(file == other->second ? file : file + " (" + other->second + ")");
   }
@@ -159,6 +166,11 @@ std::vector<Finding> checkLibraries(const std::vector<Library>& given,
     const Library& before = given[n];
     const Library& after = measured[n];
     if (!after.arePairs()) continue;
+    if (after.insert == 0) {
+      throw Failure(Status::kPreflight, "no pair of library " + after.name +
+                                            " lies on one contig; give its insert size, and the "
+                                            "orientation, in a sample sheet (--samplesheet)");
+    }
     if (!after.isMeasured) {
       if (before.insert == 0) unmeasured.add("library " + after.name);
       continue;
@@ -166,7 +178,8 @@ std::vector<Finding> checkLibraries(const std::vector<Library>& given,
     if (before.insert != 0 &&
         std::abs(before.insert - after.measuredInsert) > kUnlike * after.measuredInsert) {
       unlike.add("library " + after.name + ", " + std::to_string(std::lround(before.insert)) +
-                 " and " + std::to_string(std::lround(after.measuredInsert)) + " bases");
+                 " bases given and used, " + std::to_string(std::lround(after.measuredInsert)) +
+                 " measured");
     }
     if (before.givenOrientation && *before.givenOrientation != after.measuredOrientation) {
       opposite.add("library " + after.name);

@@ -61,6 +61,8 @@ class Sheet {
     std::string line;
     std::getline(stream_, line);
     ++line_;
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";  // of spreadsheets
+    if (line.starts_with(kByteOrderMark)) line.erase(0, kByteOrderMark.size());
     names_ = columnsOf(line);
     for (const std::string& name : names_) {
       if (std::find(kNames.begin(), kNames.end(), name) == kNames.end()) {

@@ -46,7 +46,7 @@ std::vector<ReadCounts> searchInputs(const ToSearch& toSearch, Session& session,
                             arguments.mapCut, arguments.overRatio, session.threads()};
   const uint64_t bytes = toSearch.inputs.bytes();
   session.begin("searching");
-  const std::vector<ReadCounts> counts =
+  std::vector<ReadCounts> counts =
       Search(toSearch.assembly, index, fixed.libraries, values)
           .run(toSearch.inputs.toSearch(), receiver, [&](const Progress& progress) {
             if (bytes == 0) return session.terminal().update(0, progress.reads, 0);

@@ -160,7 +160,6 @@ TEST_F(ReadInput, NamesOfMates) {
 TEST_F(ReadInput, NamesThatAreNoMates) {
   for (const auto& [first, second] : {std::pair{"a", "b"},
                                       {"a/1", "b/2"},
-                                      {"a/2", "a/1"},
                                       {"a/1", "a/3"},
                                       {"a_1", "a_2"},
                                       {"a1", "a2"},
@@ -170,6 +169,15 @@ TEST_F(ReadInput, NamesThatAreNoMates) {
               (Records{{},
                        std::string("A, record 1: its name is \"") + first +
                            "\", and the one in B is named \"" + second + "\""}));
+  }
+}
+
+TEST_F(ReadInput, SecondMatesThatComeFirst) {
+  for (const auto& [first, second] : {std::pair{"a/2", "a/1"}, {"b.2", "b.1"}}) {
+    EXPECT_EQ(pairNamed(first, second), (Records{{},
+                                                 std::string("A, record 1: its name is \"") +
+                                                     first + "\", and the one in B is named \"" +
+                                                     second + "\"; the second mate comes first"}));
   }
 }
 

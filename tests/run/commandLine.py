@@ -31,7 +31,7 @@ CASES = (
      "a file is given twice: reads_1.fq.gz"),
     ("exchanged_files", ["scaffolds.fa", READS[1], READS[0], "-o", "out"], 3,
      'reads_2.fq.gz, record 1: its name is "EAS20_8_6_1_6_1211/2", and the one in reads_1.fq.gz is'
-     ' named "EAS20_8_6_1_6_1211/1"'),
+     ' named "EAS20_8_6_1_6_1211/1"; the second mate comes first'),
     ("no_gap", ["nogap.fa", *READS, "-o", "out"], 3,
      "no gap (a run of N between two contigs): nogap.fa"),
     ("name_twice", ["twice.fa", *READS, "-o", "out"], 2,
@@ -52,6 +52,10 @@ CASES = (
     ("few_pairs", ["scaffolds.fa", "few_1.fq", "few_2.fq", "-o", "out"], 3,
      "fewer than 100 pairs lie on one contig, so the insert size can't be measured; give it, and"
      " the orientation, in a sample sheet (--samplesheet): library lib1"),
+    ("no_pairs_even_if_forced", ["scaffolds.fa", "strange_1.fa", "strange_2.fa", "-o", "out",
+                                 "--force"], 3,
+     "no pair of library lib1 lies on one contig; give its insert size, and the orientation, in a"
+     " sample sheet (--samplesheet)"),
     ("fewer_mates", ["scaffolds.fa", "few_1.fq", "fewer_2.fq", "-o", "out"], 3,
      "few_1.fq, record 100: it has no mate: fewer_2.fq has 99 records"),
     ("damaged_file", ["scaffolds.fa", READS[0], "damaged_2.fq.gz", "-o", "out"], 3,
@@ -107,6 +111,8 @@ class CommandLine(unittest.TestCase):
         write(self.folder, "name.fa", ">a(1 b\nACGT\n")
         write(self.folder, "noname.fa", "> a\nACGT\n")
         write(self.folder, "long.fa", ">a\n" + "ACGTTGCA" * 200 + "\n")
+        for name in ("strange_1.fa", "strange_2.fa"):
+            write(self.folder, name, ">a\n" + "ACCGTTGC" * 10 + "\n")
         write(self.folder, "column.tsv", "library\tR2\nl\tx\n")
         write(self.folder, "unknown.tsv", "library\tR1\tlane\nl\tx\t1\n")
         write(self.folder, "insert.tsv", "library\tR1\tR2\tinsert\nl\tx\ty\t200bp\n")
@@ -155,6 +161,21 @@ class CommandLine(unittest.TestCase):
         done = self.run_on(["scaffolds.fa", READS[0], "damaged_2.fq.gz", "-o", "out", "--quiet"])
         self.assertEqual(3, done.returncode)
         self.assertFalse(os.path.exists(os.path.join(self.folder, "out", "summary.json")))
+
+    def test_an_earlier_result_stays_where_a_file_is_missing(self):
+        self.run_on(["scaffolds.fa", *READS, "-o", "out", "--quiet"])
+        before = sorted(os.listdir(os.path.join(self.folder, "out")))
+        for arguments in (["gone.fa", *READS], ["scaffolds.fa", READS[0], "gone.fq"]):
+            self.assertEqual(1, self.run_on([*arguments, "-o", "out"]).returncode)
+        self.assertIn("summary.json", before)
+        self.assertEqual(before, sorted(os.listdir(os.path.join(self.folder, "out"))))
+
+    def test_a_sheet_may_begin_with_a_byte_order_mark(self):
+        sheet = "\ufefflibrary\tR1\tR2\r\nl\t" + "\t".join(READS) + "\r\n"
+        with open(os.path.join(self.folder, "marked.tsv"), "wb") as file:
+            file.write(sheet.encode())
+        done = self.run_on(["scaffolds.fa", "--samplesheet", "marked.tsv", "-o", "out", "--quiet"])
+        self.assertEqual((0, b""), (done.returncode, done.stderr))
 
     def test_nothing_found_is_a_warning(self):
         write(self.folder, "one.fq", "@a\nACGTACGT\n+\nIIIIIIII\n")

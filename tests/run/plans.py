@@ -130,7 +130,7 @@ class Plans(unittest.TestCase):
         self.refuses(f"/bin/sh does not lie below the root of the inputs, {self.folder}/"
                      " (--inputs-root)", "plan", "scaffolds.fa", "a_1.fq", "/bin/sh", "-o", "p",
                      status=2)
-        self.refuses("gone.fq can't be read: No such file or directory", "plan", "scaffolds.fa",
+        self.refuses("gone.fq: No such file or directory", "plan", "scaffolds.fa",
                      "a_1.fq", "gone.fq", "-o", "p")
         self.refuses("fewer than 100 pairs lie on one contig, so the insert size can't be measured;"
                      " give it, and the orientation, in a sample sheet (--samplesheet): library"
