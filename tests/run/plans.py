@@ -133,8 +133,8 @@ class Plans(unittest.TestCase):
         self.refuses("gone.fq: No such file or directory", "plan", "scaffolds.fa",
                      "a_1.fq", "gone.fq", "-o", "p")
         self.refuses("no pair of library lib1 lies on one contig; give its insert size, and the"
-                     " orientation, in a sample sheet (--samplesheet)"
-                     " lib1", "plan", "scaffolds.fa", "--interleaved", "none.fq", "-o", "p",
+                     " orientation, in a sample sheet (--samplesheet)", "plan", "scaffolds.fa",
+                     "--interleaved", "none.fq", "-o", "p",
                      status=3, before=["sh", "-c", ': >none.fq; "$@" 2>&1 >/dev/null |'
                                        ' grep -v WARNING >&2; rm none.fq; exit 3', "sh"])
 
