@@ -81,6 +81,14 @@ void operator delete(void* memory, std::size_t /*size*/) noexcept {
 
 // The sanitizers' own would not come to the ones above.
 
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+  try {
+    return operator new(size);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
 void* operator new[](std::size_t size) {
   return operator new(size);
 }

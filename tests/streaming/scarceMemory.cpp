@@ -19,6 +19,14 @@ void* operator new(std::size_t size) {
   return memory;
 }
 
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+  try {
+    return operator new(size);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
 void* operator new[](std::size_t size) {
   return operator new(size);
 }
