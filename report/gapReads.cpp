@@ -11,20 +11,10 @@
 #include "run/diskFile.h"
 #include "run/failure.h"
 #include "run/gapIndex.h"
+#include "run/htsHandles.h"
 
 namespace velk::report {
 namespace {
-
-struct Closer {
-  void operator()(htsFile* file) const { sam_close(file); }
-  void operator()(sam_hdr_t* header) const { sam_hdr_destroy(header); }
-  void operator()(bam1_t* record) const { bam_destroy1(record); }
-  void operator()(hts_idx_t* index) const { hts_idx_destroy(index); }
-  void operator()(hts_itr_t* iterator) const { hts_itr_destroy(iterator); }
-};
-
-template <class T>
-using Held = std::unique_ptr<T, Closer>;
 
 // The same for equal names, on every machine.
 uint64_t hashOf(std::string_view name) {
@@ -68,7 +58,7 @@ class GapReadSource::Bam {
   std::vector<Seen> around(std::size_t gap) {
     const run::GapEntry entry = index_.entriesOf(gap)[0];
     const uint64_t reach = index_.reach();
-    const Held<hts_itr_t> records(
+    const run::HtsHandle<hts_itr_t> records(
         sam_itr_queryi(bamIndex_.get(), static_cast<int>(entry.scaffold),
                        static_cast<hts_pos_t>(entry.start - std::min(entry.start, reach)),
                        static_cast<hts_pos_t>(entry.end + reach)));
@@ -109,10 +99,10 @@ class GapReadSource::Bam {
 
   std::string file_;
   run::GapIndex index_;
-  Held<htsFile> input_;
-  Held<sam_hdr_t> header_;
-  Held<hts_idx_t> bamIndex_;
-  Held<bam1_t> record_;
+  run::HtsHandle<htsFile> input_;
+  run::HtsHandle<sam_hdr_t> header_;
+  run::HtsHandle<hts_idx_t> bamIndex_;
+  run::HtsHandle<bam1_t> record_;
   std::unordered_map<std::string, uint32_t> libraries_;
 };
 

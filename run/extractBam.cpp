@@ -11,20 +11,10 @@
 
 #include "run/diskFile.h"
 #include "run/failure.h"
+#include "run/htsHandles.h"
 
 namespace velk::run {
 namespace {
-
-struct Closer {
-  void operator()(htsFile* file) const { sam_close(file); }
-  void operator()(sam_hdr_t* header) const { sam_hdr_destroy(header); }
-  void operator()(bam1_t* record) const { bam_destroy1(record); }
-  void operator()(hts_idx_t* index) const { hts_idx_destroy(index); }
-  void operator()(hts_itr_t* iterator) const { hts_itr_destroy(iterator); }
-};
-
-template <class T>
-using Held = std::unique_ptr<T, Closer>;
 
 int64_t gapOf(const bam1_t* record) {
   const uint8_t* const tag = bam_aux_get(record, "zg");
@@ -46,7 +36,7 @@ class BamExtract {
   // same name on whose account they are there.
   void add(uint64_t gap, const GapEntry& place, uint64_t reach) {
     const uint64_t from = place.start - std::min(place.start, reach);
-    std::vector<Held<bam1_t>> around = recordsIn(place.scaffold, from, place.end + reach);
+    std::vector<HtsHandle<bam1_t>> around = recordsIn(place.scaffold, from, place.end + reach);
     std::set<std::string> names;
     for (const auto& record : around) {
       const bool isFound = bam_aux_get(record.get(), "zp") != nullptr;
@@ -71,7 +61,7 @@ class BamExtract {
                               return keyOf(*one) == keyOf(*other);
                             }),
                 kept_.end());
-    Held<htsFile> target(sam_open(output.c_str(), "wb"));
+    HtsHandle<htsFile> target(sam_open(output.c_str(), "wb"));
     if (target == nullptr) failFile(output, "opened");
     bool isGood = sam_hdr_write(target.get(), header_.get()) == 0;
     for (const auto& record : kept_) {
@@ -94,14 +84,14 @@ class BamExtract {
     throw Failure(Status::kFailed, file_ + " or its index can't be read, or is damaged");
   }
 
-  std::vector<Held<bam1_t>> recordsIn(uint64_t scaffold, uint64_t from, uint64_t to) {
-    const Held<hts_itr_t> iterator(sam_itr_queryi(index_.get(), static_cast<int>(scaffold),
-                                                  static_cast<hts_pos_t>(from),
-                                                  static_cast<hts_pos_t>(to)));
+  std::vector<HtsHandle<bam1_t>> recordsIn(uint64_t scaffold, uint64_t from, uint64_t to) {
+    const HtsHandle<hts_itr_t> iterator(sam_itr_queryi(index_.get(), static_cast<int>(scaffold),
+                                                       static_cast<hts_pos_t>(from),
+                                                       static_cast<hts_pos_t>(to)));
     if (iterator == nullptr) fail();
-    std::vector<Held<bam1_t>> records;
+    std::vector<HtsHandle<bam1_t>> records;
     for (;;) {
-      Held<bam1_t> record(bam_init1());
+      HtsHandle<bam1_t> record(bam_init1());
       const int result = sam_itr_next(input_.get(), iterator.get(), record.get());
       if (result < -1) fail();
       if (result < 0) return records;
@@ -110,10 +100,10 @@ class BamExtract {
   }
 
   std::string file_;
-  Held<htsFile> input_;
-  Held<sam_hdr_t> header_;
-  Held<hts_idx_t> index_;
-  std::vector<Held<bam1_t>> kept_;
+  HtsHandle<htsFile> input_;
+  HtsHandle<sam_hdr_t> header_;
+  HtsHandle<hts_idx_t> index_;
+  std::vector<HtsHandle<bam1_t>> kept_;
 };
 
 }  // namespace
