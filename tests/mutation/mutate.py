@@ -145,7 +145,7 @@ class Tree:
             for test in sorted((self.objects / "tests" / name).glob("velk_*_test")):
                 yield [test, "--gtest_brief=1", "--gtest_fail_fast"]
         velk = self.objects / "velk"
-        cases = sorted((self.sources / "tests/cli").glob("*.case"))
+        cases = sorted((self.sources / "tests/cli").glob("*.cases"))
         yield [sys.executable, "-B", self.sources / "tests/cli/run.py", "--velk", velk, *cases]
         yield [sys.executable, "-B", self.sources / "tests/model/runner.py", "--velk", velk, "0-99"]
 
