@@ -78,7 +78,8 @@ _velk_run_options() {
     -M --min-identity -O --min-overlap -r --read-length"
   local common="-o --output --quiet -t --threads -h --help"
   case $1 in
-    extract) _velk_words "--fasta --bam --flanks -o --output -h --help" ;;
+    extract) _velk_words "--fasta --bam --flanks --pairs-only --singles-only
+      -o --output -h --help" ;;
     plan) _velk_words "$search --inputs-root $common" ;;
     task) _velk_words "--inputs-root --force $common" ;;
     gather) _velk_words "--inputs-root $common" ;;

@@ -13,7 +13,6 @@ using run::Status;
 
 constexpr const char* kAbout =
     "Shows what a run of velk-run has found, and why gaps have few reads or none.";
-constexpr const char* kMore = " (velk-report --help tells more)";
 constexpr const char* kExamples =
     "\nExamples:\n"
     "  velk-report found                        writes found/report.html\n"
@@ -42,25 +41,17 @@ Arguments parseArguments(int argc, const char* const* argv) {
                  "file for a drawing or a comparison; -: standard output")
       ->type_name("FILE")
       ->excludes(text);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::CallForHelp&) {
-    throw run::TextWanted{app.help()};
-  } catch (const CLI::CallForVersion&) {
-    throw run::TextWanted{app.version() + "\n"};
-  } catch (const CLI::Error& error) {
-    throw Failure(Status::kUsage, error.what() + std::string(kMore));
-  }
+  run::parseLine(app, argc, argv);
+  const std::string more = run::moreInHelp(app);
   const bool areTwo = arguments.folders.size() == 2;
   if (areTwo && arguments.gap) {
-    throw Failure(Status::kUsage, std::string("--gap takes one folder") + kMore);
+    throw Failure(Status::kUsage, "--gap takes one folder" + more);
   }
   if (!areTwo && !arguments.gap && !arguments.output.empty()) {
     throw Failure(
         Status::kUsage,
-        std::string("--output takes --gap or two folders; report.html stands in the folder "
-                    "of the results") +
-            kMore);
+        "--output takes --gap or two folders; report.html stands in the folder of the results" +
+            more);
   }
   return arguments;
 }

@@ -23,7 +23,7 @@ constexpr const char* kExamples =
     "  velk-run assembly.fa reads_1.fq.gz reads_2.fq.gz -o found\n"
     "  velk-run assembly.fa --pairs a_1.fq.gz a_2.fq.gz --mate-pairs b_1.fq.gz b_2.fq.gz -o found\n"
     "  velk-run assembly.fa --samplesheet libraries.tsv --sample Ecoli -t 8 -o found\n"
-    "  velk-run extract found 17 18 --flanks 500      the reads of gaps; extract --help\n"
+    "  velk-run extract found 17 20-24 --flanks 500   the reads of gaps; extract --help\n"
     "On several machines, each with a --help of its own:\n"
     "  velk-run plan ASSEMBLY ... -o plan.json        a plan, with a task for each input\n"
     "  velk-run task plan.json 0 -o share.0           what one task finds\n"
@@ -111,13 +111,13 @@ void addPlacement(CLI::App& app, Arguments& arguments) {
 
 class LibraryMaker {
  public:
-  explicit LibraryMaker(const Files& files) : files_(files) {}
+  LibraryMaker(const Files& files, std::string more) : files_(files), more_(std::move(more)) {}
 
   std::vector<Library> make() {
     if (files_.bare.size() == 2) addPairs(files_.bare[0], files_.bare[1], LibraryKind::kPairs);
     if (files_.bare.size() == 1 || files_.bare.size() > 2) {
       throw Failure(Status::kUsage, "two files of mates may stand behind the assembly, not " +
-                                        std::to_string(files_.bare.size()) + kMoreInHelp);
+                                        std::to_string(files_.bare.size()) + more_);
     }
     for (const auto& [one, other] : files_.pairs) addPairs(one, other, LibraryKind::kPairs);
     for (const std::string& file : files_.interleaved) {
@@ -153,6 +153,7 @@ class LibraryMaker {
   }
 
   const Files& files_;
+  std::string more_;  // behind messages
   std::vector<Library> libraries_;
 };
 
@@ -163,10 +164,8 @@ void checkWord(const std::string& what, const std::string& word) {
   throw Failure(Status::kUsage, what + " must be a word of printable characters without blanks");
 }
 
-void checkLibraries(const std::vector<Library>& libraries) {
-  if (libraries.empty()) {
-    throw Failure(Status::kUsage, std::string("no reads are given") + kMoreInHelp);
-  }
+void checkLibraries(const std::vector<Library>& libraries, const std::string& more) {
+  if (libraries.empty()) throw Failure(Status::kUsage, "no reads are given" + more);
   std::set<std::string> names;
   for (const Library& library : libraries) {
     checkWord("the name of a library", library.name);
@@ -184,8 +183,9 @@ void parseRun(CLI::App& app, Arguments& arguments, const OutputKind& output, int
   addOutputs(app, arguments, output);
   addPlacement(app, arguments);
   parseLine(app, argc, argv);
-  arguments.libraries = LibraryMaker(files).make();
-  checkLibraries(arguments.libraries);
+  const std::string more = moreInHelp(app);
+  arguments.libraries = LibraryMaker(files, more).make();
+  checkLibraries(arguments.libraries, more);
   checkWord("the name of the sample (--sample)", arguments.sample);
 }
 
