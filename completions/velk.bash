@@ -113,13 +113,20 @@ complete -F _velk velk velk-check
 _velk_report() {
   local current=${COMP_WORDS[COMP_CWORD]}
   if [[ $current == -* ]]; then
-    _velk_words "--gap --text -o --output -h --help --version"
+    _velk_words "--found --gap --text -o --output -h --help --version"
     return
   fi
   case ${COMP_WORDS[COMP_CWORD - 1]} in
     -o | --output) _velk_files '*.@(svg|html)' ;;
     --gap) COMPREPLY=() ;;
-    *) _velk_files '/' ;;
+    --found) _velk_files '*.@(fa|fasta)' ;;
+    *)
+      if [[ " ${COMP_WORDS[*]} " == *' --found '* ]]; then
+        _velk_files '*.@(fa|fasta|fna)'
+      else
+        _velk_files '/'
+      fi
+      ;;
   esac
 }
 

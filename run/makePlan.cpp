@@ -1,7 +1,6 @@
 #include <fcntl.h>
 
 #include <cmath>
-#include <cstdio>
 #include <filesystem>
 
 #include "driver/velk.h"
@@ -12,7 +11,7 @@
 #include "run/preparation.h"
 #include "run/results.h"
 #include "run/session.h"
-#include "run/signalCleanup.h"
+#include "run/wholeFile.h"
 
 namespace velk::run {
 namespace {
@@ -47,20 +46,6 @@ void requireNoInput(const std::string& output, const Arguments& arguments) {
     std::error_code ignored;
     if (!std::filesystem::equivalent(output, file, ignored)) continue;
     throw Failure(Status::kFailed, file + " is an input, and the plan would replace it");
-  }
-}
-
-// Writes a file that is there as a whole or not at all.
-void writeWhole(const std::string& file, const std::string& text) {
-  const std::string partial = file + ".partial";
-  const SignalCleanup cleanup({partial}, {});
-  try {
-    writeFile(partial, text);
-    syncFile(partial);
-    if (std::rename(partial.c_str(), file.c_str()) != 0) failFile(file, "made");
-  } catch (...) {
-    std::remove(partial.c_str());
-    throw;
   }
 }
 
