@@ -15,17 +15,6 @@ namespace {
 
 constexpr std::size_t kLongestScaffold = 0x7FFFFFFF;  // bases, of a BAM file
 
-// The first character that the name of a reference sequence in a SAM file cannot have; 0 without
-// one.
-char forbiddenIn(std::string_view name) {
-  const auto isForbidden = [](char c) {
-    return c < '!' || c > '~' || std::strchr("\\,\"`'()[]{}<>", c) != nullptr;
-  };
-  if (name.front() == '*' || name.front() == '=') return name.front();
-  const auto found = std::find_if(name.begin(), name.end(), isForbidden);
-  return found == name.end() ? '\0' : *found;
-}
-
 // The upper case of each letter; 0 for what is none.
 constexpr std::array<char, 256> makeLetters() {
   std::array<char, 256> letters{};
@@ -130,6 +119,15 @@ class Reader {
 };
 
 }  // namespace
+
+char forbiddenIn(std::string_view name) {
+  const auto isForbidden = [](char c) {
+    return c < '!' || c > '~' || std::strchr("\\,\"`'()[]{}<>", c) != nullptr;
+  };
+  if (name.front() == '*' || name.front() == '=') return name.front();
+  const auto found = std::find_if(name.begin(), name.end(), isForbidden);
+  return found == name.end() ? '\0' : *found;
+}
 
 void readFasta(const std::string& file, AssemblyNotes& notes,
                const std::function<void(const std::string&, const std::string&)>& onScaffold) {
