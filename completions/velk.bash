@@ -79,7 +79,8 @@ _velk_run_options() {
     -M --min-identity -O --min-overlap -r --read-length"
   local common="-o --output --quiet -t --threads -h --help"
   case $1 in
-    extract) _velk_words "--fasta --bam --flanks -o --output -h --help" ;;
+    extract) _velk_words "--fasta --bam --flanks --pairs-only --singles-only
+      -o --output -h --help" ;;
     plan) _velk_words "$search --inputs-root $common" ;;
     index) _velk_words "--check --placeholder --agp --force -k --kmer -L --min-contig -C --cut
       -r --read-length $common" ;;
@@ -115,13 +116,20 @@ complete -F _velk velk velk-check
 _velk_report() {
   local current=${COMP_WORDS[COMP_CWORD]}
   if [[ $current == -* ]]; then
-    _velk_words "--gap --text -o --output -h --help --version"
+    _velk_words "--found --gap --text -o --output -h --help --version"
     return
   fi
   case ${COMP_WORDS[COMP_CWORD - 1]} in
     -o | --output) _velk_files '*.@(svg|html)' ;;
     --gap) COMPREPLY=() ;;
-    *) _velk_files '/' ;;
+    --found) _velk_files '*.@(fa|fasta)' ;;
+    *)
+      if [[ " ${COMP_WORDS[*]} " == *' --found '* ]]; then
+        _velk_files '*.@(fa|fasta|fna)'
+      else
+        _velk_files '/'
+      fi
+      ;;
   esac
 }
 

@@ -21,7 +21,7 @@ constexpr const char* kExamples =
     "  velk-run assembly.fa reads_1.fq.gz reads_2.fq.gz -o found\n"
     "  velk-run assembly.fa --pairs a_1.fq.gz a_2.fq.gz --mate-pairs b_1.fq.gz b_2.fq.gz -o found\n"
     "  velk-run assembly.fa --samplesheet libraries.tsv --sample Ecoli -t 8 -o found\n"
-    "  velk-run extract found 17 18 --flanks 500      the reads of gaps; extract --help\n"
+    "  velk-run extract found 17 20-24 --flanks 500   the reads of gaps; extract --help\n"
     "  velk-run index assembly.fa -o assembly.vix     an index for many runs; index --help\n"
     "On several machines, each with a --help of its own:\n"
     "  velk-run plan ASSEMBLY ... -o plan.json        a plan, with a task for each input\n"
@@ -124,7 +124,7 @@ void parseRun(CLI::App& app, Arguments& arguments, const OutputKind& output, int
   addIndexing(app, arguments);
   addPlacement(app, arguments);
   parseLine(app, argc, argv);
-  arguments.libraries = librariesOf(files);
+  arguments.libraries = librariesOf(files, moreInHelp(app));
   requireWord("the name of the sample (--sample)", arguments.sample);
 }
 
@@ -163,9 +163,8 @@ IndexArguments parseIndex(int argc, const char* const* argv) {
   if (!index.toCheck.empty()) return index;
   if (arguments.assembly.empty() == index.plan.empty() || arguments.folder.empty()) {
     throw Failure(Status::kUsage,
-                  "an assembly or a plan (--plan), and the file of the index (-o), "
-                  "must be given" +
-                      std::string(kMoreInHelp));
+                  "an assembly or a plan (--plan), and the file of the index (-o), must be given" +
+                      moreInHelp(app));
   }
   if (arguments.cut != 0 && arguments.readLength == 0) {
     throw Failure(Status::kUsage,

@@ -12,13 +12,14 @@ namespace {
 
 class LibraryMaker {
  public:
-  explicit LibraryMaker(const GivenReads& given) : given_(given) {}
+  LibraryMaker(const GivenReads& given, const std::string& moreInHelp)
+      : given_(given), moreInHelp_(moreInHelp) {}
 
   std::vector<Library> make() {
     if (given_.bare.size() == 2) addPairs(given_.bare[0], given_.bare[1], LibraryKind::kPairs);
     if (given_.bare.size() == 1 || given_.bare.size() > 2) {
       throw Failure(Status::kUsage, "two files of mates may stand behind the assembly, not " +
-                                        std::to_string(given_.bare.size()) + kMoreInHelp);
+                                        std::to_string(given_.bare.size()) + moreInHelp_);
     }
     for (const auto& [one, other] : given_.pairs) addPairs(one, other, LibraryKind::kPairs);
     for (const std::string& file : given_.interleaved) {
@@ -54,13 +55,12 @@ class LibraryMaker {
   }
 
   const GivenReads& given_;
+  const std::string& moreInHelp_;
   std::vector<Library> libraries_;
 };
 
-void checkLibraries(const std::vector<Library>& libraries) {
-  if (libraries.empty()) {
-    throw Failure(Status::kUsage, std::string("no reads are given") + kMoreInHelp);
-  }
+void checkLibraries(const std::vector<Library>& libraries, const std::string& moreInHelp) {
+  if (libraries.empty()) throw Failure(Status::kUsage, "no reads are given" + moreInHelp);
   std::set<std::string> names;
   for (const Library& library : libraries) {
     requireWord("the name of a library", library.name);
@@ -72,9 +72,9 @@ void checkLibraries(const std::vector<Library>& libraries) {
 
 }  // namespace
 
-std::vector<Library> librariesOf(const GivenReads& given) {
-  std::vector<Library> libraries = LibraryMaker(given).make();
-  checkLibraries(libraries);
+std::vector<Library> librariesOf(const GivenReads& given, const std::string& moreInHelp) {
+  std::vector<Library> libraries = LibraryMaker(given, moreInHelp).make();
+  checkLibraries(libraries, moreInHelp);
   return libraries;
 }
 

@@ -21,8 +21,9 @@ struct GivenReads {
 };
 
 /// The libraries, in the order of doc/run.md. Throws Failure with Status::kUsage where there are
-/// none, or two of one name, and where a file that describes them cannot be used.
-std::vector<Library> librariesOf(const GivenReads& given);
+/// none, or two of one name, and where a file that describes them cannot be used. `moreInHelp`:
+/// what messages end with, see run/commandLine.h.
+std::vector<Library> librariesOf(const GivenReads& given, const std::string& moreInHelp);
 
 /// Throws Failure unless `word` can stand in the header of a SAM file; `what` it is.
 void requireWord(const std::string& what, const std::string& word);

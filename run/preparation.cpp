@@ -110,7 +110,8 @@ void Preparation::measureOn(FixedValues& fixed) {
       survey::FirstContigs(scaffolds, std::clamp(some, kLeastMeasured, kMostMeasured)),
       arguments_.kmer, threads_);
   measureLibraries(fixed.libraries, *inputs_, *index_, scaffolds,
-                   {arguments_.kmer, 0, 0, readLength_, arguments_.mapCut, arguments_.overRatio});
+                   {arguments_.kmer, 0, 0, readLength_, arguments_.mapCut, arguments_.overRatio},
+                   threads_);
   session_.judge(checkLibraries(arguments_.libraries, fixed.libraries));
 }
 

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "kmer/parallel.h"
 #include "run/diskFile.h"
 #include "run/failure.h"
 #include "run/resultNames.h"
@@ -160,15 +161,15 @@ void ResultFolder::removeEarlier() {
   for (const char* name : {kEarlierName, kNextName}) removeFile(file(name));
 }
 
-std::vector<ResultFile> ResultFolder::seal() {
+std::vector<ResultFile> ResultFolder::seal(int threads) {
   for (const char* name : form_.names) {
-    const std::string made = partial(name);
-    if (!exists(made)) continue;
-    syncFile(made);
-    ResultFile facts{name, 0, ""};
-    facts.md5 = md5OfFile(made, facts.bytes);
-    sealed_.push_back(facts);
+    if (exists(partial(name))) sealed_.push_back({name, 0, ""});
   }
+  forEachInParallel(static_cast<std::size_t>(threads), sealed_.size(), [&](std::size_t n) {
+    const std::string made = partial(sealed_[n].name);
+    syncFile(made);
+    sealed_[n].md5 = md5OfFile(made, sealed_[n].bytes);
+  });
   return sealed_;
 }
 

@@ -93,7 +93,7 @@ void Results::finish(const Assembly& assembly, const FixedValues& fixed, const S
     summary.warnings = warnings;
     report_ = makeReport(folder_.partial("."), summaryText(summary, assembly, found.counts()));
   }
-  files_ = folder_.seal();
+  files_ = folder_.seal(session.threads());
   session.end();
   Summary summary = summaryOf(fixed, searched, found, session);
   summary.warnings = warnings;

@@ -40,18 +40,34 @@ void requireNoInput(const std::string& file, const std::vector<std::string>& inp
 
 void writeWhole(const std::string& file,
                 const std::function<void(int descriptor, const std::string& name)>& write) {
-  const std::string partial = file + ".partial";
+  std::error_code ignored;
+  const auto status = std::filesystem::status(file, ignored);
+  const bool isThere = std::filesystem::exists(status);
+  if (isThere && !std::filesystem::is_regular_file(status)) {
+    Descriptor output(file, O_WRONLY);
+    write(output.get(), file);
+    if (!output.close()) failFile(file, "written");
+    return;
+  }
+  const std::string target = isThere ? std::filesystem::canonical(file).string() : file;
+  const std::string partial = target + ".partial";
   const std::unique_ptr<Descriptor> output = openPartial(file, partial);
   const SignalCleanup cleanup({partial}, {});
   try {
     if (ftruncate(output->get(), 0) != 0) failFile(partial, "written");
     write(output->get(), partial);
     syncFile(partial);
-    if (std::rename(partial.c_str(), file.c_str()) != 0) failFile(file, "made");
+    if (std::rename(partial.c_str(), target.c_str()) != 0) failFile(file, "made");
   } catch (...) {
     std::remove(partial.c_str());
     throw;
   }
+}
+
+void writeWhole(const std::string& file, std::string_view text) {
+  writeWhole(file, [text](int descriptor, const std::string& name) {
+    writeDescriptor(descriptor, name, text);
+  });
 }
 
 }  // namespace velk::run

@@ -219,7 +219,7 @@ class Refused(Base):
         self.run_refuses("index is an index for machines of another byte order", status=1)
 
     def test_usage(self):
-        more = " (velk-run --help tells more)"
+        more = " (velk-run index --help tells more)"
         for arguments in ([], ["scaffolds.fa"], ["-o", "index"],
                           ["scaffolds.fa", "--plan", "plan.json", "-o", "index"]):
             self.refuses("an assembly or a plan (--plan), and the file of the index (-o), must be"
