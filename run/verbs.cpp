@@ -18,6 +18,8 @@ void addCommon(CLI::App& app, PlannedRequest& request, const char* output) {
   app.add_option("--inputs-root", request.root, "folder that the names of the plan count from")
       ->type_name("DIR")
       ->capture_default_str();
+  app.add_option("--index", request.index, "saved index, in place of the assembly")
+      ->type_name("FILE");
   app.add_option("-t,--threads", request.threads, "worker threads; 0: all allowed processors")
       ->check(CLI::Range(0, 4096))
       ->capture_default_str();

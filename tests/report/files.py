@@ -204,8 +204,8 @@ class Files(unittest.TestCase):
         self.failure(2, "there is no gap 6; " + self.out + " has 6, numbered from 0",
                      "--gap", "6", self.out)
         self.failure(2, "--gap takes one folder" + more, "--gap", "1", self.out, self.out)
-        self.failure(2, "--output takes --gap or two folders; report.html stands in the folder of the"
-                     " results" + more, self.out, "-o", "page.html")
+        self.failure(2, "--output takes --gap, --found or two folders; report.html stands in the folder"
+                     " of the results" + more, self.out, "-o", "page.html")
         self.assertIn("--gap", run(VELK_REPORT, "--help").stdout)
         self.assertRegex(run(VELK_REPORT, "--version").stdout, r"^velk-report \d+\.\d+\n$")
 
