@@ -36,7 +36,7 @@ struct Span {
   }
 };
 
-// The curve of what is predicted, times `share`.
+// The curve of what is predicted, times `share`, with its name at its end.
 void drawPrediction(Svg& svg, const Findings& findings, const Scale& x, const Scale& y,
                     const Span& lengths, double share) {
   constexpr int kSteps = 90;
@@ -48,6 +48,9 @@ void drawPrediction(Svg& svg, const Findings& findings, const Scale& x, const Sc
     d += (d.empty() ? "M" : "L") + brief(x.at(length)) + " " + brief(y.at(reads));
   }
   svg.path(d, share == 1 ? "curve" : "curve quarter");
+  const double end = share * findings.judge.expectedAt(lengths.high);
+  svg.text(x.at(lengths.high) - 4, y.at(end) - 6, share == 1 ? "predicted" : "a quarter of it",
+           "end", "curve-name");
 }
 
 }  // namespace
