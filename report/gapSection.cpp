@@ -69,12 +69,14 @@ std::string aboutPlaceholders(const RunData& data) {
 std::string lengthsPanel(const Findings& findings) {
   std::size_t withLength = 0;
   const std::string lengths = plotLengths(findings, withLength);
-  return panel("", "Length by pairs",
-               countText(withLength) + " of " + countText(findings.gaps.size()) +
-                   " gaps are spanned by five pairs or more. Far from the line lie placeholders "
-                   "(blue) and wrong joins; long gaps are implied too short, as only the longest "
-                   "fragments span them.",
-               lengths);
+  return panel(
+      "", "Length by pairs",
+      countText(withLength) + " of " + countText(findings.gaps.size()) +
+          " gaps are spanned by five pairs or more. Far from the line lie placeholders "
+          "(blue) and wrong joins; long gaps are implied too short, as only the longest "
+          "fragments span them. At the lower edge stand gaps of hardly any bases or none, by "
+          "their pairs.",
+      lengths);
 }
 
 }  // namespace
