@@ -65,6 +65,25 @@ class SeedIndex {
     }
   }
 
+  /// Prepares it to view the memory of an index that was built of this model, which forEachKept
+  /// then sets. REQUIRES: as build.
+  void lay(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer);
+
+  /// Calls f(Array<T>&) for the memory that an index has beside what follows from the model, but
+  /// for the contigs' marks of odd letters. `index`: of this class, or const.
+  template <class Index, class F>
+  static void forEachKept(Index& index, F f) {
+    f(index.text_.lines());
+    for (auto* level : {&index.seedLevel_, &index.windowLevel_}) {
+      f(level->buckets);
+      f(level->ranges);
+    }
+  }
+
+  /// Whether what was set fits the model, so that no look-up leads outside of memory or never ends,
+  /// whatever bytes it has.
+  bool isSound() const;
+
   const ContigText& text() const { return text_; }
   const Seeds& seeds() const { return seeds_; }
 
@@ -150,7 +169,10 @@ class SeedIndex {
   }
   template <class OnPlace>
   bool anyPlace(const Level& level, uint64_t hash, OnPlace onPlace) const {
-    return range(level, hash).anyHit(hash, [&](uint64_t p) { return onPlace(p - placeBase_); });
+    return range(level, hash).anyHit(hash, [&](uint64_t p) {
+      const uint64_t place = p - placeBase_;
+      return place - kElsewhere < text_.end() - kElsewhere && onPlace(place);
+    });
   }
   void prefetch(const Level& level, uint64_t hash) const {
     prefetchLine(range(level, hash).home(hash));
@@ -160,6 +182,7 @@ class SeedIndex {
   static uint64_t windowHash(const LookUp& lookUp) {
     return lookUp.hash ^ mixed(lookUp.key) >> kRegionBits;
   }
+  void fixShape(uint64_t leastWindows);
   LookUp lookUpOf(uint64_t key) const;
   Occurrence findWindow(const LookUp& lookUp) const;
   uint32_t sharedOffsets(const SeedRun& run, const PackedBases& bases, uint64_t place,

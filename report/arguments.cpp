@@ -13,7 +13,6 @@ using run::Status;
 
 constexpr const char* kAbout =
     "Shows what a run of velk-run has found, and why gaps have few reads or none.";
-constexpr const char* kMore = " (velk-report --help tells more)";
 constexpr const char* kExamples =
     "\nExamples:\n"
     "  velk-report found                        writes found/report.html\n"
@@ -49,19 +48,10 @@ Arguments parseArguments(int argc, const char* const* argv) {
                  "file for a drawing, a comparison or velk's page; -: standard output")
       ->type_name("FILE")
       ->excludes(text);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::CallForHelp&) {
-    throw run::TextWanted{app.help()};
-  } catch (const CLI::CallForVersion&) {
-    throw run::TextWanted{app.version() + "\n"};
-  } catch (const CLI::Error& error) {
-    throw Failure(Status::kUsage, error.what() + std::string(kMore));
-  }
+  run::parseLine(app, argc, argv);
+  const std::string more = run::moreInHelp(app);
   const bool areTwo = arguments.folders.size() == 2;
-  const auto refuse = [](const char* what) {
-    throw Failure(Status::kUsage, std::string(what) + kMore);
-  };
+  const auto refuse = [&](const char* what) { throw Failure(Status::kUsage, what + more); };
   if (areTwo && arguments.gap) refuse("--gap takes one folder");
   if (areTwo && !arguments.found.empty()) refuse("--found takes one scaffold file");
   const bool isInFolder = !areTwo && !arguments.gap && arguments.found.empty();

@@ -197,7 +197,12 @@ std::string textOf(const VelkFiles& files, std::size_t width) {
 std::string comparisonOf(const std::string& folder, const std::string& other) {
   const Judged one(folder);
   const Judged two(other);
-  return comparisonPage(one.findings(), two.findings());
+  RunNames names{one.findings().data.sample, two.findings().data.sample};
+  if (names[0] == names[1]) {  // as of runs without --sample
+    names[0] += " (" + folder + ")";
+    names[1] += " (" + other + ")";
+  }
+  return comparisonPage(one.findings(), two.findings(), names);
 }
 
 std::string comparisonTextOf(const std::string& folder, const std::string& other,

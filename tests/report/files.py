@@ -183,6 +183,9 @@ class Files(unittest.TestCase):
         page = run(VELK_REPORT, self.out, half).stdout
         elements = Elements(page)
         self.assertEqual(elements.names.count("tr"), 1 + 3 + 1 + 6)
+        self.assertIn(f"<title>sample ({self.out}) and sample ({half})", page)
+        other = self.copy("--sample", "other")
+        self.assertIn("<title>sample and other", run(VELK_REPORT, self.out, other).stdout)
         same = run(VELK_REPORT, "--text", self.out, self.out).stdout
         self.assertRegex(" ".join(same.split()), "of 6 gaps of both runs 0 gained .* 0 lost some")
         self.assertNotIn("Gaps that", same)
