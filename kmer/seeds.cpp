@@ -1,14 +1,9 @@
 #include "kmer/seeds.h"
 
 #include <bit>
+#include <cassert>
 
-// Compiled twice; the processor's form is chosen when the program starts. Plain loops: gcc makes
-// vector instructions of them, if it does not unroll them before.
-#if defined(__x86_64__) && !defined(__SANITIZE_THREAD__)
-#define VELK_VECTORISED [[gnu::target_clones("avx2", "default")]]
-#else
-#define VELK_VECTORISED
-#endif
+#include "kmer/vectorised.h"
 
 namespace velk {
 namespace {
@@ -47,11 +42,11 @@ namespace {
 
 }  // namespace
 
-VELK_VECTORISED void rankMers(uint64_t word, uint64_t behind, uint64_t from, uint64_t to, int m,
-                              uint32_t* ranks) {
+VELK_VECTORISED void rankMers(uint64_t word, uint64_t behind, int m, uint32_t* ranks) {
+  assert(1 <= m && m <= kLongestMer);
   const bool isShort = m <= kLongestInjective;
   const uint64_t step = isShort ? 16 : 8;
-  for (uint64_t i = from / step * step; i < to; i += step) {
+  for (uint64_t i = 0; i < DATA_LEN; i += step) {
     const uint64_t into = LEN_TO_BITLEN * i;
     const uint64_t bases = word << into | behind >> 1 >> (63 - into);
     isShort ? rankShort(bases, m, ranks + i) : rankLong(bases, m, ranks + i);
