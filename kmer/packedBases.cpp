@@ -1,5 +1,6 @@
 #include "kmer/packedBases.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 
@@ -22,30 +23,33 @@ namespace {
     others |= upper ^ base;
   }
   // Two codes to four bits, two of these to a byte, two of these to a quarter of the word.
-  uint64_t word = 0;
-  for (std::size_t i = 0; i < codes.size(); i += sizeof word) {
-    uint64_t quarter = 0;
-    std::memcpy(&quarter, &codes[i], sizeof quarter);
+  std::array<uint64_t, 4> quarters;
+  std::memcpy(quarters.data(), codes.data(), sizeof quarters);
+#pragma GCC unroll 1
+  for (uint64_t& quarter : quarters) {
     quarter = __builtin_bswap64(quarter);
     quarter = (quarter | quarter >> 6) & 0x000F000F000F000FU;
     quarter = (quarter | quarter >> 12) & 0x000000FF000000FFU;
-    word = word << 16 | ((quarter | quarter >> 24) & 0xFFFFU);
+    quarter = (quarter | quarter >> 24) & 0xFFFFU;
   }
-  return word;
+  return quarters[0] << 48 | quarters[1] << 32 | quarters[2] << 16 | quarters[3];
 }
 
 }  // namespace
 
 VELK_VECTORISED bool packBases(std::string_view letters, uint64_t* words) {
-  uint8_t others = 0;
-  for (; letters.size() >= DATA_LEN; letters.remove_prefix(DATA_LEN)) {
-    *words++ = packWord(letters.data(), others);
+  const std::size_t count = letters.size();
+  std::array<char, DATA_LEN> few;
+  if (count < few.size()) {
+    few.fill('A');
+    std::copy(letters.begin(), letters.end(), few.begin());
+    letters = {few.data(), few.size()};
   }
-  if (!letters.empty()) {
-    std::array<char, DATA_LEN> last;
-    last.fill('A');
-    std::memcpy(last.data(), letters.data(), letters.size());
-    *words = packWord(last.data(), others);
+  uint8_t others = 0;
+  for (std::size_t at = 0; at < count; at += DATA_LEN) {
+    // The last word's letters are packed behind some of the word before, which are shifted out.
+    const std::size_t from = std::min<std::size_t>(at, letters.size() - DATA_LEN);
+    *words++ = packWord(&letters[from], others) << LEN_TO_BITLEN * (at - from);
   }
   return others == 0;
 }

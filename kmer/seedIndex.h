@@ -76,15 +76,17 @@ class SeedIndex {
   Occurrence find(uint64_t key) const;
 
   // What a seed of a packed read says of all windows that share it. Three steps, so that the memory
-  // of several seeds can be prefetched at the same time.
+  // of several seeds can be prefetched at the same time. unlike: a place of the seed around which no
+  // window of the run lies, if one is known.
 
-  /// 1. Prefetches the bucket in which the places of a kind of seed begin.
+  /// 1. Prefetches the bucket in which the places of the seed begin.
   void prefetchSeed(const SeedRun& run) const {
     prefetchLine(range(seedLevel_, run.hash).home(run.hash));
   }
 
-  /// 2. Prefetches the text around the first place.
-  void prefetchText(const SeedRun& run) const;
+  /// 2. Returns false if no window of the run, nor its reverse complement, is in the index.
+  /// Prefetches the text around the first place.
+  bool prefetchText(const SeedRun& run, uint64_t unlike) const;
 
   struct SeedVerdict {
     uint64_t absent = 0;  // a bit for each window of the run, the first lowest: on neither strand
@@ -93,7 +95,7 @@ class SeedIndex {
   };
 
   /// 3. The verdict.
-  SeedVerdict verdictOn(const SeedRun& run, const PackedBases& bases) const;
+  SeedVerdict verdictOn(const SeedRun& run, uint64_t unlike, const PackedBases& bases) const;
 
  private:
   friend class RegionBuilder;

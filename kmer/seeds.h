@@ -49,6 +49,9 @@ struct SeedRun {
   uint64_t first;  // position of the first window
   uint64_t last;   // position of the last window
   bool isTied;     // whether some of the windows may hold a second m-mer of the seed's rank
+
+  /// A bit for each window, the first lowest.
+  uint64_t windows() const { return (uint64_t{2} << (last - first)) - 1; }
 };
 
 /// The lengths of windows and seeds, and what follows from them.

@@ -36,11 +36,12 @@ void Alignment::align(const ContigText& text, const PackedBases& bases, const Di
   uint64_t before = position - contig.firstWindow;
   uint64_t behind = contig.endWindow() - 1 - position;
   if (diagonal.isReversed) std::swap(before, behind);
-  std::size_t matched = window - std::min<uint64_t>(window, before);
-  const std::size_t to = std::min<uint64_t>(matches_.size(), window + 1 + behind);
+  first_ = window - std::min<uint64_t>(window, before);
+  end_ = std::min<uint64_t>(matches_.size(), window + 1 + behind);
   // 2. Without those that hold a mismatch.
-  for (std::size_t base = matched; base < to + k - 1; base += DATA_LEN) {
-    const auto count = static_cast<int>(std::min<std::size_t>(DATA_LEN, to + k - 1 - base));
+  std::size_t matched = first_;
+  for (std::size_t base = matched; base < end_ + k - 1; base += DATA_LEN) {
+    const auto count = static_cast<int>(std::min<std::size_t>(DATA_LEN, end_ + k - 1 - base));
     const uint64_t difference = bases.at(base, count) ^ text.basesUnder(diagonal, base, count);
     uint64_t differ = ((difference | difference >> 1) & 0x5555555555555555U)
                       << (64 - LEN_TO_BITLEN * count);
@@ -51,10 +52,10 @@ void Alignment::align(const ContigText& text, const PackedBases& bases, const Di
       matched = mismatch + 1;
     }
   }
-  if (matched < to) matches_.insertRange(matched, to);
+  if (matched < end_) matches_.insertRange(matched, end_);
   // 3. Without those that hold a letter which is no base.
   if (contig.hasOddLetters == 0) return;
-  for (std::size_t w = matches_.firstContained(0); w < to; w = matches_.firstContained(w + 1)) {
+  for (std::size_t w = matches_.firstContained(0); w < end_; w = matches_.firstContained(w + 1)) {
     if (!text.isWindow(diagonal.positionOf(w))) matches_.erase(w);
   }
 }

@@ -33,6 +33,11 @@ class Alignment {
   /// The windows that agree with a window of the index.
   const WindowSet& matches() const { return matches_; }
 
+  /// Whether the windows from, ..., to lie on windows of the contig along the diagonal.
+  bool covers(std::size_t from, std::size_t to) const {
+    return isThere_ && first_ <= from && to < end_;
+  }
+
   /// Whether a window, or its reverse complement, agrees with the text.
   bool agreesAt(std::size_t window, bool isReversed) const {
     return diagonal_.isReversed == isReversed && matches_.contains(window);
@@ -47,6 +52,8 @@ class Alignment {
  private:
   bool isThere_ = false;
   Diagonal diagonal_;
+  std::size_t first_ = 0;  // of the windows that lie on windows of the contig
+  std::size_t end_ = 0;    // behind the last of these
   WindowSet matches_;
 };
 

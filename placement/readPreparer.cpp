@@ -29,6 +29,15 @@ void prefetchAlong(const ContigText& text, const PreparedRead& read, const Diago
 
 }  // namespace
 
+// Where the seed of windows that do not agree with the text lies on the read's diagonal, if all of
+// them lie on one contig.
+uint64_t ReadPreparer::placeOnDiagonal(const PreparedRead& read, const SeedRun& run) const {
+  if (!read.alignment.covers(run.first, run.last)) return Occurrence::kAbsent;
+  const Diagonal& diagonal = read.alignment.diagonal();
+  const auto behind = static_cast<uint64_t>(index_.seeds().offsets() - 1);
+  return diagonal.positionOf(run.at) + (diagonal.isReversed ? behind : 0);
+}
+
 // Looks up the seeds of those of a part of the windows that do not agree with the text: their
 // places rule windows out, or show how the read is aligned.
 void ReadPreparer::lookUpSeeds(std::span<PreparedRead* const> reads, Part part) {
@@ -43,15 +52,20 @@ void ReadPreparer::lookUpSeeds(std::span<PreparedRead* const> reads, Part part) 
       const std::size_t to = std::min(end, matches.firstContained(from));
       index_.seeds().forEachRun(read->packed, from, to, [&](const SeedRun& run) {
         index_.prefetchSeed(run);
-        seeds_.push_back({read, run});
+        seeds_.push_back({read, run, placeOnDiagonal(*read, run)});
       });
       from = matches.firstMissing(to);
     }
   }
-  for (const SeedOfRead& seed : seeds_) index_.prefetchText(seed.run);
+  std::erase_if(seeds_, [&](const SeedOfRead& seed) {
+    const auto& [read, run, unlike] = seed;
+    if (index_.prefetchText(run, unlike)) return false;
+    for (WindowSet& skipped : read->skipped) skipped.insertMask(run.first, run.windows());
+    return true;
+  });
   found_.clear();
-  for (const auto& [read, run] : seeds_) {
-    const SeedIndex::SeedVerdict verdict = index_.verdictOn(run, read->packed);
+  for (const auto& [read, run, unlike] : seeds_) {
+    const SeedIndex::SeedVerdict verdict = index_.verdictOn(run, unlike, read->packed);
     for (WindowSet& skipped : read->skipped) skipped.insertMask(run.first, verdict.absent);
     if (!verdict.diagonal || read->alignment.isThere()) continue;
     prefetchAlong(index_.text(), *read, *verdict.diagonal, verdict.window);
@@ -63,10 +77,12 @@ void ReadPreparer::lookUpSeeds(std::span<PreparedRead* const> reads, Part part) 
   }
 }
 
-// Whether the first window that is walked over is known to be a hit.
-bool ReadPreparer::isHitFirst(const PreparedRead& read, bool isReversedFirst) const {
-  const std::size_t window = isReversedFirst ? read.windows - 1 : 0;
-  return read.isPacked() && read.alignment.agreesAt(window, isReversedFirst) &&
+// Whether the first window that is tried is known to be a hit.
+bool ReadPreparer::isHitFirst(const PreparedRead& read, bool isReversed) const {
+  if (!read.isPacked()) return false;
+  const std::size_t window = isReversed ? read.skipped[1].lastMissing(read.windows)
+                                        : read.skipped[0].firstMissing(0);
+  return window < read.windows && read.alignment.agreesAt(window, isReversed) &&
          !index_.text().isMarkedRepeated(read.alignment.diagonal().positionOf(window));
 }
 
@@ -105,19 +121,20 @@ void ReadPreparer::prepareGroup(std::span<PreparedRead> leads, std::span<Prepare
                                 bool isReversedFirst) {
   pack(leads);
   pack(others);
-  open_.clear();
-  mates_.clear();
-  for (PreparedRead& lead : leads) open_.push_back(&lead);
+  const auto gather = [&](std::span<PreparedRead> reads) {
+    open_.clear();
+    for (std::size_t n = 0; n < reads.size(); ++n) {
+      const bool isPair = n < others.size();
+      if (isPair && steps_.leads && isHitFirst(leads[n], isReversedFirst)) continue;
+      open_.push_back(&reads[n]);
+    }
+  };
+  gather(leads);
   align(open_);
-  open_.clear();
-  for (std::size_t n = 0; n < leads.size(); ++n) {
-    const bool isPair = n < others.size();
-    if (isPair && steps_.leads && isHitFirst(leads[n], isReversedFirst)) continue;
-    open_.push_back(&leads[n]);
-    if (isPair) mates_.push_back(&others[n]);
-  }
-  align(mates_);
-  open_.insert(open_.end(), mates_.begin(), mates_.end());
+  gather(leads);
+  sift(open_);
+  gather(others);
+  align(open_);
   sift(open_);
 }
 

@@ -83,6 +83,7 @@ class ReadPreparer {
   struct SeedOfRead {
     PreparedRead* read;
     SeedRun run;
+    uint64_t unlike;  // see SeedIndex
   };
   struct Found {
     PreparedRead* read;
@@ -90,9 +91,10 @@ class ReadPreparer {
     std::size_t window;
   };
 
+  uint64_t placeOnDiagonal(const PreparedRead& read, const SeedRun& run) const;
   enum class Part { kFirst, kLast, kAll };
   void lookUpSeeds(std::span<PreparedRead* const> reads, Part part);
-  bool isHitFirst(const PreparedRead& read, bool isReversedFirst) const;
+  bool isHitFirst(const PreparedRead& read, bool isReversed) const;
 
   const SeedIndex& index_;
   FastSteps steps_;
@@ -100,7 +102,6 @@ class ReadPreparer {
   std::vector<SeedOfRead> seeds_;
   std::vector<Found> found_;
   std::vector<PreparedRead*> open_;
-  std::vector<PreparedRead*> mates_;
 };
 
 }  // namespace velk
