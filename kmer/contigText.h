@@ -31,8 +31,8 @@ struct TextContig {
   uint64_t endWindow() const { return firstWindow + windows; }
 };
 
-/// A diagonal of a packed read and the text: a way in which the read, or its reverse complement, may
-/// lie along the text.
+/// A diagonal of a packed read and the text: a way in which the read, or its reverse complement,
+/// may lie along the text.
 struct Diagonal {
   bool isReversed = false;  // whether the read's reverse complement lies along the text
   uint64_t origin = 0;      // text position of the read's window 0, modulo 2^64

@@ -21,8 +21,8 @@ uint64_t packedAt(const Words& words, uint64_t p, int count) {
   return bits >> (64 - LEN_TO_BITLEN * count);
 }
 
-/// Packs letters into words of DATA_LEN, the first in the highest bits; one that is no base stands as
-/// an A, and so does what is missing of the last word. Returns whether all are bases.
+/// Packs letters into words of DATA_LEN, the first in the highest bits; one that is no base stands
+/// as an A, and so does what is missing of the last word. Returns whether all are bases.
 bool packBases(std::string_view letters, uint64_t* words);
 
 class PackedBases {

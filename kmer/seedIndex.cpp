@@ -50,11 +50,11 @@ Occurrence SeedIndex::find(uint64_t key) const {
 
 bool SeedIndex::prefetchText(const SeedRun& run, uint64_t unlike) const {
   return run.isTied || anyPlace(seedLevel_, run.hash, [&](uint64_t place) {
-    if (place == unlike) return false;
-    const auto around = static_cast<uint64_t>(seeds_.offsets()) - 1;
-    text_.prefetchRange(place - around, place + static_cast<uint64_t>(text_.windowLength()));
-    return true;
-  });
+           if (place == unlike) return false;
+           const auto around = static_cast<uint64_t>(seeds_.offsets()) - 1;
+           text_.prefetchRange(place - around, place + static_cast<uint64_t>(text_.windowLength()));
+           return true;
+         });
 }
 
 SeedIndex::SeedVerdict SeedIndex::verdictOn(const SeedRun& run, uint64_t unlike,

@@ -76,8 +76,8 @@ class SeedIndex {
   Occurrence find(uint64_t key) const;
 
   // What a seed of a packed read says of all windows that share it. Three steps, so that the memory
-  // of several seeds can be prefetched at the same time. unlike: a place of the seed around which no
-  // window of the run lies, if one is known.
+  // of several seeds can be prefetched at the same time. unlike: a place of the seed around which
+  // no window of the run lies, if one is known.
 
   /// 1. Prefetches the bucket in which the places of the seed begin.
   void prefetchSeed(const SeedRun& run) const {

@@ -20,7 +20,7 @@
 namespace velk {
 
 inline constexpr int kShortestMer = 9;        // bases, unless k-mers are as short
-inline constexpr int kLongestMer = 25;        // a word holds eight of them
+inline constexpr int kLongestMer = 25;        // eight that follow each other lie in a word
 inline constexpr int kLongestInjective = 16;  // of m-mers whose ranks tell all kinds apart
 inline constexpr std::size_t kMostOffsets = DATA_LEN - kShortestMer + 1;  // of a seed in a window
 
@@ -132,7 +132,8 @@ void Seeds::forEachRun(const Words& words, uint64_t from, uint64_t to, OnRun onR
       }
       if (next == stop && stop < to) break;  // it may go on, and is sought again
       onRun(SeedRun{seed, hashOf(packedAt(words, seed, m_)), window, next - 1, isTied});
-      if (isKnown) least = {ranks[next - start + width - 1], static_cast<unsigned>(width) - 1, false};
+      if (isKnown)
+        least = {ranks[next - start + width - 1], static_cast<unsigned>(width) - 1, false};
       window = next;
     }
   }

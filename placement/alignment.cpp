@@ -61,11 +61,13 @@ void Alignment::align(const ContigText& text, const PackedBases& bases, const Di
 }
 
 void Alignment::addRepeated(const ContigText& text, WindowSet& windows) const {
-  addMarked(*this, [&](uint64_t p) { return text.repeatedMarksFrom(p); }, windows);
+  addMarked(
+      *this, [&](uint64_t p) { return text.repeatedMarksFrom(p); }, windows);
 }
 
 void Alignment::addNotReversed(const ContigText& text, WindowSet& windows) const {
-  addMarked(*this, [&](uint64_t p) { return ~text.reversedMarksFrom(p); }, windows);
+  addMarked(
+      *this, [&](uint64_t p) { return ~text.reversedMarksFrom(p); }, windows);
 }
 
 }  // namespace velk

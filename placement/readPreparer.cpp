@@ -29,11 +29,15 @@ void prefetchAlong(const ContigText& text, const PreparedRead& read, const Diago
 
 }  // namespace
 
-// Where the seed of windows that do not agree with the text lies on the read's diagonal, if all of
-// them lie on one contig.
+// Where the seed of windows that do not agree with the text lies on the read's diagonal, if it
+// agrees there itself and all of the windows lie on one contig.
 uint64_t ReadPreparer::placeOnDiagonal(const PreparedRead& read, const SeedRun& run) const {
-  if (!read.alignment.covers(run.first, run.last)) return Occurrence::kAbsent;
   const Diagonal& diagonal = read.alignment.diagonal();
+  const int length = index_.seeds().length();
+  const bool agrees =
+      read.alignment.covers(run.first, run.last) &&
+      index_.text().basesUnder(diagonal, run.at, length) == read.packed.at(run.at, length);
+  if (!agrees) return Occurrence::kAbsent;
   const auto behind = static_cast<uint64_t>(index_.seeds().offsets() - 1);
   return diagonal.positionOf(run.at) + (diagonal.isReversed ? behind : 0);
 }
@@ -80,8 +84,8 @@ void ReadPreparer::lookUpSeeds(std::span<PreparedRead* const> reads, Part part) 
 // Whether the first window that is tried is known to be a hit.
 bool ReadPreparer::isHitFirst(const PreparedRead& read, bool isReversed) const {
   if (!read.isPacked()) return false;
-  const std::size_t window = isReversed ? read.skipped[1].lastMissing(read.windows)
-                                        : read.skipped[0].firstMissing(0);
+  const std::size_t window =
+      isReversed ? read.skipped[1].lastMissing(read.windows) : read.skipped[0].firstMissing(0);
   return window < read.windows && read.alignment.agreesAt(window, isReversed) &&
          !index_.text().isMarkedRepeated(read.alignment.diagonal().positionOf(window));
 }
@@ -112,8 +116,7 @@ void ReadPreparer::sift(std::span<PreparedRead* const> reads) {
     read->isSifted = true;
     const Alignment& alignment = read->alignment;
     if (!steps_.reversed || !alignment.isThere()) continue;
-    alignment.addNotReversed(index_.text(),
-                             read->skipped[alignment.diagonal().isReversed ? 0 : 1]);
+    alignment.addNotReversed(index_.text(), read->skipped[alignment.diagonal().isReversed ? 0 : 1]);
   }
 }
 

@@ -25,8 +25,8 @@ class WindowSet {
   bool contains(std::size_t window) const { return words_[window / 64] >> window % 64 & 1U; }
   void erase(std::size_t window) { words_[window / 64] &= ~(uint64_t{1} << window % 64); }
 
-  /// Inserts those of the 64 windows from `from` on that have a bit in `mask`, the first the lowest.
-  /// REQUIRES: each of them is one that it may have.
+  /// Inserts those of the 64 windows from `from` on that have a bit in `mask`, the first the
+  /// lowest. REQUIRES: each of them is one that it may have.
   void insertMask(std::size_t from, uint64_t mask) {
     words_[from / 64] |= mask << from % 64;
     words_[from / 64 + 1] |= mask >> 1 >> (63 - from % 64);
