@@ -140,7 +140,6 @@ Advice advise(Survey& survey) {
   if (survey.distinctKmers == 0) return advice;
   advice.isKnown = true;
   advice.longestRead = longestPairedRead(survey);
-  advice.command = commandOf(survey, advice.longestRead);
   advice.memory = estimateMemory(survey);
   estimateTime(survey, advice);
   checkTable(survey);
@@ -149,6 +148,9 @@ Advice advise(Survey& survey) {
   if (!scaffold_file.empty()) needs.push_back({scaffold_file, advice.memory.assembly});
   checkDiskSpace(survey.findings, needs);
   for (const DiskNeed& need : needs) advice.diskBytes += need.bytes;
+  if (survey.findings.highest() != Level::kError) {
+    advice.command = commandOf(survey, advice.longestRead);
+  }
   return advice;
 }
 

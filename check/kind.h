@@ -14,9 +14,13 @@ enum class Level {
 struct Kind {
   std::string_view id;  // never changes its meaning
   Level level;
-  std::string_view meaning;  // what is the matter
-  std::string_view effect;   // what velk does with it
-  std::string_view fix;      // what to do about it
+  std::string_view meaning;   // what is the matter
+  std::string_view effect;    // what velk does with it
+  std::string_view fix;       // what to do about it
+  std::string_view run = {};  // where velk-run would not need that; empty: nowhere
 };
+
+/// Of kinds that velk-run takes as they are.
+inline constexpr std::string_view kNoFix = "needs no fix";
 
 }  // namespace velk::check

@@ -43,7 +43,7 @@ uint64_t sketchedKmers(uint64_t kmers) {
   survey::forEachContig(assemblyOfRun(), [&](const ContigInfo& contig) {
     const uint64_t windows = windowsOf(contig);
     if (windows == 0) return;
-    const std::string_view bases = contig.contigSeq;
+    const std::string_view bases = contig.bases();
     const auto length = static_cast<std::size_t>(Kmer);
     const bool isPacked = packed.fill(bases) && 1 <= Kmer && Kmer <= DATA_LEN;
     for (uint64_t w = 0; w < windows; ++w) {

@@ -9,6 +9,7 @@
 namespace velk::check {
 namespace {
 
+constexpr std::size_t kMostPlaces = 10;  // of a kind that are shown
 constexpr std::array<Level, 3> kLevels = {Level::kError, Level::kWarning, Level::kNote};
 
 const char* colourOf(Level level) {
@@ -29,12 +30,39 @@ std::string placeText(const Place& place) {
   return text;
 }
 
-void printFinding(std::ostream& output, const Finding& finding, bool inColour) {
-  const Kind& kind = *finding.kind;
+// The findings of one kind, in the order in which they were met.
+using OfKind = std::vector<const Finding*>;
+
+// The kinds of a level that were met, in that order, too.
+std::vector<OfKind> kindsMet(const Findings& findings, Level level) {
+  std::vector<OfKind> met;
+  for (const Finding& finding : findings.all()) {
+    if (finding.kind->level != level) continue;
+    const auto known = std::find_if(met.begin(), met.end(), [&](const OfKind& ofKind) {
+      return ofKind.front()->kind == finding.kind;
+    });
+    if (known == met.end()) {
+      met.push_back({&finding});
+    } else {
+      known->push_back(&finding);
+    }
+  }
+  return met;
+}
+
+void printKind(std::ostream& output, const OfKind& findings, bool inColour) {
+  const Kind& kind = *findings.front()->kind;
   output << (inColour ? colourOf(kind.level) : "") << nameOf(kind.level)
-         << (inColour ? "\033[0m" : "") << " [" << kind.id << "] " << placeText(finding.place)
-         << "\n    " << kind.meaning << ": " << finding.text << "\n    velk: " << kind.effect
-         << "\n    fix: " << kind.fix << "\n";
+         << (inColour ? "\033[0m" : "") << " [" << kind.id << "] " << kind.meaning << "\n";
+  const std::size_t shown = std::min(findings.size(), kMostPlaces);
+  for (std::size_t n = 0; n < shown; ++n) {
+    output << "    " << placeText(findings[n]->place) << ": " << findings[n]->text << "\n";
+  }
+  if (findings.size() > shown) {
+    output << "    and " << findings.size() - shown << " more (--json lists all)\n";
+  }
+  output << "    velk: " << kind.effect << "\n    fix: " << kind.fix << "\n";
+  if (!kind.run.empty()) output << "    velk-run: " << kind.run << "\n";
 }
 
 std::string megabytes(uint64_t bytes) {
@@ -84,10 +112,12 @@ void printLibraries(std::ostream& output, const Survey& survey) {
 void printAdvice(std::ostream& output, const Survey& survey, const Advice& advice) {
   if (!advice.isKnown) return;
   const survey::MemoryEstimate& memory = advice.memory;
-  output << "Command line to run"
-         << (survey.findings.highest() == Level::kError ? ", the errors fixed" : "") << "\n    "
-         << advice.command << "\n\n"
-         << "    k-mers: " << survey.distinctKmers << " different ones"
+  if (advice.command.empty()) {
+    output << "What a run takes, the errors fixed\n";
+  } else {
+    output << "Command line to run\n    " << advice.command << "\n\n";
+  }
+  output << "    k-mers: " << survey.distinctKmers << " different ones"
          << (survey.isExact ? "" : " (estimated, rounded up)") << "\n"
          << "    memory: " << megabytes(memory.peak) << " at the peak (index "
          << megabytes(memory.index) << ", assembly " << megabytes(memory.assembly) << ", reads "
@@ -97,14 +127,8 @@ void printAdvice(std::ostream& output, const Survey& survey, const Advice& advic
          << megabytes(advice.diskBytes) << "\n\n";
 }
 
-uint64_t countOf(const Findings& findings, Level level) {
-  return static_cast<uint64_t>(
-      std::count_if(findings.all().begin(), findings.all().end(),
-                    [&](const Finding& finding) { return finding.kind->level == level; }));
-}
-
-std::string plural(uint64_t count, const char* word) {
-  return std::to_string(count) + " " + word + (count == 1 ? "" : "s");
+std::string plural(uint64_t count, std::string_view word) {
+  return std::to_string(count) + " " + std::string(word) + (count == 1 ? "" : "s");
 }
 
 }  // namespace
@@ -132,17 +156,16 @@ int statusOf(const Findings& findings) {
 }
 
 void printText(std::ostream& output, const Survey& survey, const Advice& advice, bool inColour) {
+  std::vector<std::string> counts;
   for (const Level level : kLevels) {
-    for (const Finding& finding : survey.findings.all()) {
-      if (finding.kind->level == level) printFinding(output, finding, inColour);
-    }
+    const std::vector<OfKind> met = kindsMet(survey.findings, level);
+    for (const OfKind& findings : met) printKind(output, findings, inColour);
+    counts.push_back(plural(met.size(), nameOf(level)));
   }
   if (!survey.findings.all().empty()) output << "\n";
   printLibraries(output, survey);
   printAdvice(output, survey, advice);
-  output << plural(countOf(survey.findings, Level::kError), "error") << ", "
-         << plural(countOf(survey.findings, Level::kWarning), "warning") << ", "
-         << plural(countOf(survey.findings, Level::kNote), "note") << "\n";
+  output << counts[0] << ", " << counts[1] << ", " << counts[2] << "\n";
 }
 
 void printKinds(std::ostream& output) {
@@ -152,13 +175,13 @@ void printKinds(std::ostream& output) {
                                                  kKindsReads.size(), kKindsAssembly.size()};
   std::size_t next = 0;
   for (std::size_t table = 0; table < kTitles.size(); ++table) {
-    output
-        << (table == 0 ? "" : "\n") << "## " << kTitles[table] << "\n\n"
-        << "| Finding | Level | Meaning | What velk does | What to do |\n|---|---|---|---|---|\n";
+    output << (table == 0 ? "" : "\n") << "## " << kTitles[table] << "\n\n"
+           << "| Finding | Level | Meaning | What velk does | What to do | velk-run |\n"
+           << "|---|---|---|---|---|---|\n";
     for (std::size_t i = 0; i < kSizes[table]; ++i, ++next) {
       const Kind& kind = kindAt(next);
       output << "| `" << kind.id << "` | " << nameOf(kind.level) << " | " << kind.meaning << " | "
-             << kind.effect << " | " << kind.fix << " |\n";
+             << kind.effect << " | " << kind.fix << " | " << kind.run << " |\n";
     }
   }
 }

@@ -17,6 +17,7 @@ Json findingJson(const Finding& finding) {
   json["text"] = finding.text;
   json["velk"] = kind.effect;
   json["fix"] = kind.fix;
+  if (!kind.run.empty()) json["velk_run"] = kind.run;
   return json;
 }
 
@@ -39,14 +40,15 @@ Json memoryJson(const survey::MemoryEstimate& memory) {
 }
 
 Json adviceJson(const Survey& survey, const Advice& advice) {
-  return {{"command", advice.command},
-          {"r", advice.longestRead},
-          {"kmers", survey.kmers},
-          {"distinct_kmers", survey.distinctKmers},
-          {"is_exact", survey.isExact},
-          {"memory_bytes", memoryJson(advice.memory)},
-          {"seconds", {{"index", advice.indexSeconds}, {"reads", advice.readSeconds}}},
-          {"disk_bytes", advice.diskBytes}};
+  Json json = {{"r", advice.longestRead},
+               {"kmers", survey.kmers},
+               {"distinct_kmers", survey.distinctKmers},
+               {"is_exact", survey.isExact},
+               {"memory_bytes", memoryJson(advice.memory)},
+               {"seconds", {{"index", advice.indexSeconds}, {"reads", advice.readSeconds}}},
+               {"disk_bytes", advice.diskBytes}};
+  if (!advice.command.empty()) json["command"] = advice.command;
+  return json;
 }
 
 }  // namespace

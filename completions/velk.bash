@@ -62,6 +62,7 @@ _velk_run_value() {
     --library) _velk_files '*.@(lib|txt)' ;;
     --agp) _velk_files '*.agp' ;;
     --plan) _velk_files '*.json' ;;
+    --index | --check) _velk_files '*.vix' ;;
     --inputs-root) _velk_files '/' ;;
     -o | --output) _velk_files '*' ;;
     -t | --threads) _velk_words "$(seq "$(nproc 2>/dev/null || echo 1)")" ;;
@@ -74,14 +75,17 @@ _velk_run_value() {
 # The options of velk-run or of its verb $1.
 _velk_run_options() {
   local search="--pairs --mate-pairs --interleaved --single --samplesheet --library --placeholder
-    --agp --sample --no-anchors --no-report --native --force -k --kmer -L --min-contig -C --cut
+    --agp --index --sample --no-anchors --no-report --native --force -k --kmer -L --min-contig -C --cut
     -M --min-identity -O --min-overlap -r --read-length"
   local common="-o --output --quiet -t --threads -h --help"
   case $1 in
-    extract) _velk_words "--fasta --bam --flanks -o --output -h --help" ;;
+    extract) _velk_words "--fasta --bam --flanks --pairs-only --singles-only
+      -o --output -h --help" ;;
     plan) _velk_words "$search --inputs-root $common" ;;
-    task) _velk_words "--inputs-root --force $common" ;;
-    gather) _velk_words "--inputs-root $common" ;;
+    index) _velk_words "--check --placeholder --agp --force -k --kmer -L --min-contig -C --cut
+      -r --read-length $common" ;;
+    task) _velk_words "--inputs-root --index --force $common" ;;
+    gather) _velk_words "--inputs-root --index $common" ;;
     *) _velk_words "$search --plan --version $common" ;;
   esac
 }
@@ -112,13 +116,20 @@ complete -F _velk velk velk-check
 _velk_report() {
   local current=${COMP_WORDS[COMP_CWORD]}
   if [[ $current == -* ]]; then
-    _velk_words "--gap --text -o --output -h --help --version"
+    _velk_words "--found --gap --text -o --output -h --help --version"
     return
   fi
   case ${COMP_WORDS[COMP_CWORD - 1]} in
     -o | --output) _velk_files '*.@(svg|html)' ;;
     --gap) COMPREPLY=() ;;
-    *) _velk_files '/' ;;
+    --found) _velk_files '*.@(fa|fasta)' ;;
+    *)
+      if [[ " ${COMP_WORDS[*]} " == *' --found '* ]]; then
+        _velk_files '*.@(fa|fasta|fna)'
+      else
+        _velk_files '/'
+      fi
+      ;;
   esac
 }
 

@@ -16,6 +16,7 @@
 #include <iosfwd>
 #include <map>
 #include <string>
+#include <string_view>
 
 #include "driver/textInput.h"
 
@@ -33,6 +34,13 @@ struct ContigInfo {
   uint64_t frontGapNum;       // run-wide number of the gap in front, from 0; for a first contig 0
                               // (scaffold input) or all bits set (contig input)
   uint64_t frontGapSize;      // length of that gap, bases; holds a signed value in contig input
+
+  // Bases that lie elsewhere and stay there, in place of contigSeq; without any it is null.
+  std::string_view basesElsewhere{};
+
+  std::string_view bases() const {
+    return basesElsewhere.data() != nullptr ? basesElsewhere : std::string_view(contigSeq);
+  }
 };
 
 struct ScaffoldInfo {

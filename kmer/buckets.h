@@ -43,7 +43,9 @@ class alignas(64) Bucket {
   static constexpr unsigned kTagBits = 6;
 
   /// A bit for each place whose tag agrees with the hash, the first place lowest.
-  unsigned hits(uint64_t hash) const { return tagsLike(hash & kTagMask) & ((1U << count_) - 1); }
+  unsigned hits(uint64_t hash) const {
+    return tagsLike(hash & kTagMask) & ((1U << count_ % 32U) - 1);
+  }
 
   uint64_t place(unsigned i, BucketShape shape) const {
     uint64_t bytes = 0;  // those of the place are the highest
@@ -72,7 +74,7 @@ class alignas(64) Bucket {
     return static_cast<unsigned>(_mm_movemask_epi8(like));
 #else
     unsigned like = 0;
-    for (unsigned i = 0; i < count_; ++i) like |= ((bytes_[i] & kTagMask) == tag ? 1U : 0U) << i;
+    for (unsigned i = 0; i < 16; ++i) like |= ((bytes_[i] & kTagMask) == tag ? 1U : 0U) << i;
     return like;
 #endif
   }
@@ -82,8 +84,8 @@ class alignas(64) Bucket {
 };
 static_assert(sizeof(Bucket) == 64);
 
-/// Buckets that belong together: a search that runs over their end goes on at their start.
-/// REQUIRES for a search: one of them is not full.
+/// Buckets that belong together: a search that runs over their end goes on at their start. It ends,
+/// within them, whatever bytes they hold. REQUIRES: there is one.
 struct BucketRange {
   Bucket* first;
   uint64_t size;
@@ -91,19 +93,27 @@ struct BucketRange {
 
   /// The highest bits of a hash choose the range (kRegionBits of them), those behind the bucket.
   Bucket* home(uint64_t hash) const { return first + scaledTo(hash << kRegionBits, size); }
-  Bucket* next(Bucket* bucket) const { return bucket + 1 == first + size ? first : bucket + 1; }
+  template <class B>  // Bucket, or const
+  B* next(B* bucket) const {
+    return bucket + 1 == first + size ? first : bucket + 1;
+  }
 
   /// Calls onHit(place) for every place whose tag agrees with the hash, in the order in
   /// which they were added, until it returns true. Returns whether it did.
   template <class OnHit>
   bool anyHit(uint64_t hash, OnHit onHit) const {
-    for (Bucket* bucket = home(hash);; bucket = next(bucket)) {
-      for (unsigned hits = bucket->hits(hash); hits != 0; hits &= hits - 1) {
+    const unsigned places = (1U << shape.room) - 1;
+    const Bucket* const start = home(hash);
+    const Bucket* bucket = start;
+    do {
+      for (unsigned hits = bucket->hits(hash) & places; hits != 0; hits &= hits - 1) {
         const auto i = static_cast<unsigned>(std::countr_zero(hits));
         if (onHit(bucket->place(i, shape))) return true;
       }
       if (!bucket->isFull(shape)) return false;
-    }
+      bucket = next(bucket);
+    } while (bucket != start);
+    return false;
   }
 
   /// Adds a place behind all others of its hash. REQUIRES: one bucket is not full, also then.

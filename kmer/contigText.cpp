@@ -5,7 +5,7 @@
 
 namespace velk {
 
-void ContigText::make(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer) {
+void ContigText::lay(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer) {
   scaffoldInfo_ = scaffoldInfo;
   windowLength_ = std::min(kmer, DATA_LEN);
   const auto before = static_cast<uint64_t>(kmer - windowLength_);  // bases that no key holds
@@ -20,31 +20,47 @@ void ContigText::make(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, in
                    contigs_[count++] = {end_, end_ + before, windows, i, j, 0};
                    windows_ += windows;
                    // Contigs begin on words, so that several threads may pack them.
-                   end_ += (contig.contigSeq.size() + DATA_LEN - 1) / DATA_LEN * DATA_LEN;
+                   end_ += (contig.bases().size() + DATA_LEN - 1) / DATA_LEN * DATA_LEN;
                  });
-  lines_.make((end_ + kPad) / kBasesOfLine + 1);
   numbers_.make(end_ / kNumbered + 2);
-
-  uint64_t from = 0;
   for (uint32_t n = 0; n < count; ++n) {
     numbers_[(contigs_[n].start + kNumbered - 1) / kNumbered] = n;
-    markNoWindows(from, contigs_[n].firstWindow);
-    from = contigs_[n].endWindow();
   }
-  markNoWindows(from, lines_.size() * kBasesOfLine);
   for (std::size_t i = 1; i < numbers_.size(); ++i) {
     numbers_[i] = std::max(numbers_[i], numbers_[i - 1]);
   }
 }
 
-// Marks the positions [from, to) as repeated.
-void ContigText::markNoWindows(uint64_t from, uint64_t to) {
-  while (from < to) {
-    const uint64_t stop = std::min(to, (from / 64 + 1) * 64);
-    lines_[from / kBasesOfLine].repeated[from / 64 % 2] |= ~uint64_t{0} >> (64 - (stop - from))
-                                                                               << from % 64;
-    from = stop;
+void ContigText::make(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer) {
+  lay(scaffoldInfo, scaffoldSum, kmer);
+  lines_.make(linesFor(end_));
+  forEachNoWindow([](uint64_t& word, uint64_t marks) { word |= marks; });
+}
+
+bool ContigText::isSound() const {
+  if (lines_.size() != linesFor(end_)) return false;
+  bool areMarked = true;
+  forEachNoWindow([&](uint64_t word, uint64_t marks) { areMarked &= (word & marks) == marks; });
+  return areMarked;
+}
+
+// Calls onMarks(word of marks, its bits) for the positions of no window, which count as repeated.
+template <class OnMarks>
+void ContigText::forEachNoWindow(OnMarks onMarks) const {
+  const auto visit = [&](uint64_t from, uint64_t to) {
+    while (from < to) {
+      const uint64_t stop = std::min(to, (from / 64 + 1) * 64);
+      onMarks(lines_[from / kBasesOfLine].repeated[from / 64 % 2],
+              ~uint64_t{0} >> (64 - (stop - from)) << from % 64);
+      from = stop;
+    }
+  };
+  uint64_t from = 0;
+  for (const TextContig& contig : contigs_) {
+    visit(from, contig.firstWindow);
+    from = contig.endWindow();
   }
+  visit(from, lines_.size() * kBasesOfLine);
 }
 
 void ContigText::pack(uint64_t from, uint64_t to) {
@@ -93,8 +109,9 @@ bool ContigText::isMarkedWindow(uint64_t p) const {
 // The key of the odd window at p.
 uint64_t ContigText::oddKeyAt(uint64_t p) const {
   const std::size_t n = contigOf(p);
-  return packedKmer(
-      letters(n).substr(p - contigs_[n].start, static_cast<std::size_t>(windowLength_)));
+  const std::string_view letters = this->letters(n);
+  const uint64_t from = std::min<uint64_t>(p - contigs_[n].start, letters.size());
+  return packedKmer(letters.substr(from, static_cast<std::size_t>(windowLength_)));
 }
 
 }  // namespace velk

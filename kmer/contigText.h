@@ -51,10 +51,21 @@ class ContigText {
  public:
   static constexpr uint64_t kPad = 128;  // positions before the first contig, and behind all
 
-  /// Makes the text of these contigs, all letters A, no marks. kmer: bases of a k-mer; a window in
-  /// the text is the last ones of it, at most DATA_LEN. Throws std::bad_alloc without memory.
+  /// Lays out these contigs, without letters. kmer: bases of a k-mer; a window in the text is the
+  /// last ones of it, at most DATA_LEN. Throws std::bad_alloc without memory.
   /// REQUIRES: the model stays as it is while the text is used.
+  void lay(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer);
+
+  /// Lays them out, and makes the text: all letters A, no marks.
   void make(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer);
+
+  /// The memory that a text has beside its layout; another text's may be viewed in its place.
+  auto& lines() { return lines_; }
+  const auto& lines() const { return lines_; }
+
+  /// Whether there are as many lines as the contigs take, and the positions of no window are marked
+  /// so: then no call leads outside of memory, whatever else the lines hold.
+  bool isSound() const;
 
   int windowLength() const { return windowLength_; }
   uint64_t windows() const { return windows_; }
@@ -71,7 +82,7 @@ class ContigText {
 
   /// The letters of a contig, as they stand in the model.
   std::string_view letters(std::size_t n) const {
-    return scaffoldInfo_[contigs_[n].scaffold].contigsInfo[contigs_[n].contig].contigSeq;
+    return scaffoldInfo_[contigs_[n].scaffold].contigsInfo[contigs_[n].contig].bases();
   }
 
   /// Packs the letters at the positions [from, to), and marks odd windows as repeated. Several
@@ -121,6 +132,12 @@ class ContigText {
     return !isMarkedRepeated(p) || (!isMarkedWindow(p) && (reversedMarksFrom(p) & 1U) == 0);
   }
 
+  /// Whether p is that of a window, odd or not.
+  bool isOfContig(uint64_t p) const {
+    const TextContig& contig = contigs_[contigOf(p)];
+    return p >= contig.firstWindow && p < contig.endWindow();
+  }
+
   /// Where the window at p lies in the model. REQUIRES: it is a window.
   KmerPlace placeOf(uint64_t p) const {
     const TextContig& contig = contigs_[contigOf(p)];
@@ -154,7 +171,9 @@ class ContigText {
     if ((load(word) & bit) == 0) __atomic_fetch_or(&word, bit, __ATOMIC_RELAXED);
   }
   static uint64_t load(const uint64_t& word) { return __atomic_load_n(&word, __ATOMIC_RELAXED); }
-  void markNoWindows(uint64_t from, uint64_t to);
+  static uint64_t linesFor(uint64_t end) { return (end + kPad) / kBasesOfLine + 1; }
+  template <class OnMarks>
+  void forEachNoWindow(OnMarks onMarks) const;
   void markOddWindows(std::size_t n, uint64_t from, std::string_view letters);
   bool isMarkedWindow(uint64_t p) const;
 

@@ -9,7 +9,7 @@
 
 namespace velk {
 
-/// Scaffold and contig index, offset of the k-mer's first base in contigSeq.
+/// Scaffold and contig index, offset of the k-mer's first base in the contig.
 struct KmerPlace {
   uint64_t scaffold;
   uint64_t contig;
@@ -25,7 +25,7 @@ struct KmerAnswer {
 /// The number of k-mers of a contig that are indexed, counted in 32 bits; 0 for a contig shorter
 /// than CONTIGLEN or Kmer.
 inline uint32_t windowsOf(const ContigInfo& contig) {
-  const std::size_t length = contig.contigSeq.size();
+  const std::size_t length = contig.bases().size();
   if (length < static_cast<uint32_t>(CONTIGLEN)) return 0;
   if (static_cast<int64_t>(length) < Kmer) return 0;
   return static_cast<uint32_t>(length - static_cast<std::size_t>(Kmer) + 1);

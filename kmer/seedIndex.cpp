@@ -12,6 +12,30 @@ uint64_t SeedIndex::bytes() const {
   return bytes;
 }
 
+void SeedIndex::lay(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer) {
+  text_.lay(scaffoldInfo, scaffoldSum, kmer);
+  fixShape(0);
+}
+
+// REQUIRES: the text is laid out.
+void SeedIndex::fixShape(uint64_t leastWindows) {
+  seeds_ = Seeds(text_.windowLength(), std::max(text_.windows(), leastWindows));
+  shape_ = BucketShape::forPlacesBelow(placeBase_ + text_.end());
+}
+
+bool SeedIndex::isSound() const {
+  for (const Level* level : {&seedLevel_, &windowLevel_}) {
+    if (level->ranges.size() != kRegions) return false;
+    for (const Level::Range& range : level->ranges) {
+      const uint64_t buckets = level->buckets.size();
+      if (range.size == 0 || range.first > buckets || range.size > buckets - range.first) {
+        return false;
+      }
+    }
+  }
+  return text_.isSound();
+}
+
 std::optional<KmerAnswer> SeedIndex::placeOf(uint64_t key) const {
   if (emptyKmer_) return key == 0 ? emptyKmer_ : std::nullopt;
   const Occurrence found = find(key);
@@ -34,7 +58,7 @@ Occurrence SeedIndex::find(uint64_t key) const {
   anyPlace(seedLevel_, seed.hash, [&](uint64_t place) {
     if (place == kElsewhere) {
       return anyPlace(windowLevel_, windowHash(seed.hash, key), [&](uint64_t position) {
-        if (text_.keyAt(position) != key) return false;
+        if (text_.keyAt(position) != key || !text_.isOfContig(position)) return false;
         found = {position, text_.isUnique(position)};
         return true;
       });

@@ -66,6 +66,25 @@ class SeedIndex {
     }
   }
 
+  /// Prepares it to view the memory of an index that was built of this model, which forEachKept
+  /// then sets. REQUIRES: as build.
+  void lay(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer);
+
+  /// Calls f(Array<T>&) for the memory that an index has beside what follows from the model, but
+  /// for the contigs' marks of odd letters. `index`: of this class, or const.
+  template <class Index, class F>
+  static void forEachKept(Index& index, F f) {
+    f(index.text_.lines());
+    for (auto* level : {&index.seedLevel_, &index.windowLevel_}) {
+      f(level->buckets);
+      f(level->ranges);
+    }
+  }
+
+  /// Whether what was set fits the model, so that no look-up leads outside of memory or never ends,
+  /// whatever bytes it has.
+  bool isSound() const;
+
   const ContigText& text() const { return text_; }
   const Seeds& seeds() const { return seeds_; }
 
@@ -121,7 +140,10 @@ class SeedIndex {
   }
   template <class OnPlace>
   bool anyPlace(const Level& level, uint64_t hash, OnPlace onPlace) const {
-    return range(level, hash).anyHit(hash, [&](uint64_t p) { return onPlace(p - placeBase_); });
+    return range(level, hash).anyHit(hash, [&](uint64_t p) {
+      const uint64_t place = p - placeBase_;
+      return place - kElsewhere < text_.end() - kElsewhere && onPlace(place);
+    });
   }
 
   /// The seed of a k-mer.
@@ -137,6 +159,7 @@ class SeedIndex {
   }
   std::pair<uint64_t, uint64_t> windowsUnder(const Diagonal& diagonal, const SeedRun& run,
                                              const PackedBases& bases) const;
+  void fixShape(uint64_t leastWindows);
 
   ContigText text_;
   Seeds seeds_{1, 0};

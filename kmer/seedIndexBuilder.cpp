@@ -147,7 +147,7 @@ class SeedIndexBuilder {
     level_.ranges[r].size = ofSeeds.size;
     std::fill_n(ofSeeds.first, ofSeeds.size, Bucket{});
     for (const auto& [position, hash] : seeds) ofSeeds.add(position + index_.placeBase_, hash);
-    windows_[r].resize(windows.empty() ? 0 : bucketsFor(windows.size()));
+    windows_[r].resize(bucketsFor(windows.size()));
     const BucketRange ofWindows{windows_[r].data(), windows_[r].size(), index_.shape_};
     for (const uint64_t p : windows) {
       const uint64_t key = text_.keyAt(p);
@@ -202,9 +202,8 @@ bool SeedIndex::build(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, in
   }
   text_.make(scaffoldInfo, scaffoldSum, kmer);
   if (!hasText()) return true;
-  seeds_ = Seeds(text_.windowLength(), std::max(text_.windows(), leastWindows));
-  shape_ = BucketShape::forPlacesBelow(placeBase + text_.end());
   placeBase_ = placeBase;
+  fixShape(leastWindows);
   SeedIndexBuilder(*this, threads).build();
   return true;
 } catch (const std::bad_alloc&) {

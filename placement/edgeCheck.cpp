@@ -31,7 +31,7 @@ double leastOverlap(const std::string& read, const PlacementOptions& options) {
 }
 
 // The number of equal bases among `length`, of `contig` from contigStart and `read` from readStart.
-int64_t countSame(const std::string& contig, int64_t contigStart, const std::string& read,
+int64_t countSame(std::string_view contig, int64_t contigStart, const std::string& read,
                   int64_t readStart, int64_t length) {
   if (length <= 0) return 0;
   return static_cast<int64_t>(countEqual(contig.data() + contigStart, read.data() + readStart,
@@ -40,7 +40,7 @@ int64_t countSame(const std::string& contig, int64_t contigStart, const std::str
 
 }  // namespace
 
-Refusal checkOverRightEnd(const std::string& contig, const std::string& read, int64_t offset,
+Refusal checkOverRightEnd(std::string_view contig, const std::string& read, int64_t offset,
                           const PlacementOptions& options) {
   assert(offset > 0);
   if (lengthOf(contig) > lengthOf(read) + offset) return Refusal::kInsideContig;
@@ -49,7 +49,7 @@ Refusal checkOverRightEnd(const std::string& contig, const std::string& read, in
   return checkShare(countSame(contig, offset, read, 0, overlap), overlap, options);
 }
 
-Refusal checkOverLeftEnd(const std::string& contig, const std::string& read, int64_t offset,
+Refusal checkOverLeftEnd(std::string_view contig, const std::string& read, int64_t offset,
                          const PlacementOptions& options) {
   assert(offset < 0);
   const int64_t reach = lengthOf(read) + offset;
@@ -65,7 +65,7 @@ Refusal checkOverLeftEnd(const std::string& contig, const std::string& read, int
   return checkShare(countSame(contig, 0, read, -offset, compared), reach, options);
 }
 
-Refusal checkOnContig(const std::string& contig, const std::string& read, int64_t offset,
+Refusal checkOnContig(std::string_view contig, const std::string& read, int64_t offset,
                       const PlacementOptions& options) {
   const double least = leastOverlap(read, options);
   const bool isShort = (offset > 0 && least > static_cast<double>(lengthOf(contig) - offset)) ||

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "placement/placementOptions.h"
 #include "placement/verdict.h"
@@ -13,15 +14,15 @@
 namespace velk {
 
 /// The read starts inside the contig and runs to or over its right end. REQUIRES: offset > 0.
-Refusal checkOverRightEnd(const std::string& contig, const std::string& read, int64_t offset,
+Refusal checkOverRightEnd(std::string_view contig, const std::string& read, int64_t offset,
                           const PlacementOptions& options);
 
 /// The read starts in front of the contig and runs onto it. REQUIRES: offset < 0.
-Refusal checkOverLeftEnd(const std::string& contig, const std::string& read, int64_t offset,
+Refusal checkOverLeftEnd(std::string_view contig, const std::string& read, int64_t offset,
                          const PlacementOptions& options);
 
 /// The read lies anywhere on the contig.
-Refusal checkOnContig(const std::string& contig, const std::string& read, int64_t offset,
+Refusal checkOnContig(std::string_view contig, const std::string& read, int64_t offset,
                       const PlacementOptions& options);
 
 }  // namespace velk

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <string_view>
 
 #include "contig/contig.h"
 
@@ -14,7 +14,7 @@ inline int64_t gapBefore(const ContigInfo& contig) {
 }
 
 /// Number of bases of a contig or a read.
-inline int64_t lengthOf(const std::string& bases) {
+inline int64_t lengthOf(std::string_view bases) {
   return static_cast<int64_t>(bases.size());
 }
 

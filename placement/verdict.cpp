@@ -15,7 +15,7 @@ struct Anchor {
   int64_t mateLength;        // bases of the mate
   int64_t insert;            // bases of the whole fragment, both reads included
 
-  int64_t contigLength(uint64_t index) const { return lengthOf(info.contigsInfo[index].contigSeq); }
+  int64_t contigLength(uint64_t index) const { return lengthOf(info.contigsInfo[index].bases()); }
   int64_t gapLength(uint64_t index) const { return gapBefore(info.contigsInfo[index]); }
 };
 
@@ -118,10 +118,10 @@ Verdict judgeSingle(const Hit& hit, const std::string& read, const ScaffoldInfo&
 
   Verdict verdict{.gap = isRightEnd ? hit.contig + 1 : hit.contig};
   if (isRightEnd) {
-    verdict.refusal = checkOverRightEnd(contig.contigSeq, read, hit.offset, options);
-    verdict.add(RecordKind::kEdge, verdict.gap, hit.offset - lengthOf(contig.contigSeq));
+    verdict.refusal = checkOverRightEnd(contig.bases(), read, hit.offset, options);
+    verdict.add(RecordKind::kEdge, verdict.gap, hit.offset - lengthOf(contig.bases()));
   } else {
-    verdict.refusal = checkOverLeftEnd(contig.contigSeq, read, hit.offset, options);
+    verdict.refusal = checkOverLeftEnd(contig.bases(), read, hit.offset, options);
     verdict.add(RecordKind::kEdge, verdict.gap, hit.offset + gapBefore(contig));
   }
   return verdict;
@@ -140,7 +140,7 @@ Verdict judgePair(Direction direction, const Hit& hit, const std::string& anchor
   verdict.refusal =
       isSmallGap && options.insert > options.bigGapLength
           ? Refusal::kSmallGap
-          : checkOnContig(info.contigsInfo[hit.contig].contigSeq, anchorRead, hit.offset, options);
+          : checkOnContig(info.contigsInfo[hit.contig].bases(), anchorRead, hit.offset, options);
   if (verdict.refusal != Refusal::kNone) return verdict;
   addMate(verdict, anchor, mate, options);
   addAnchor(verdict, anchor, mate.mayRunOverRightEdge);

@@ -44,7 +44,7 @@ constexpr auto kComplements = [] {
 
 }  // namespace
 
-BamRecords::BamRecords(StoredFile& file, Helpers helpers)
+BamRecords::BamRecords(StoredFile& file)
     : name_(file.name()), bytes_(file.bytes()), current_(bam_init1()), held_(bam_init1()) {
   if (current_ == nullptr || held_ == nullptr) throw std::bad_alloc();
   hts_set_log_level(HTS_LOG_OFF);  // what it would say is said by InputErrors
@@ -53,9 +53,6 @@ BamRecords::BamRecords(StoredFile& file, Helpers helpers)
   if (file_ == nullptr) {
     hclose_abruptly(stored);
     refuse(std::string(kDamage));
-  }
-  if (helpers == Helpers::kInflateAhead && hts_set_threads(file_.get(), 1) != 0) {
-    throw InputError(name_, 0, "can't start a thread that inflates it");
   }
   readHeader();
 }

@@ -19,8 +19,8 @@ namespace velk::reads {
 
 class BamRecords final : public RecordSource {
  public:
-  /// Takes `file` over; a helper inflates ahead if there may be one. Throws InputError.
-  BamRecords(StoredFile& file, Helpers helpers);
+  /// Takes `file` over. Throws InputError.
+  explicit BamRecords(StoredFile& file);
 
   bool next(RecordView& record) override;
   Fixes fixes() const override { return {}; }

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "reads/record.h"
@@ -34,6 +35,11 @@ class ReadBatch {
 
   /// Read `mate` (0, or 1 of a pair) of an entry, as it was sequenced.
   RecordView read(std::size_t entry, int mate) const;
+
+  /// Its bases alone, which lie closer together than all of it.
+  std::string_view basesOfRead(std::size_t entry, int mate) const {
+    return sides_[static_cast<std::size_t>(mate)].bases[entry];
+  }
 
   /// The bases of all first, or second, reads, which the caller leaves as they are; or copies, made
   /// at each call, which it may change.

@@ -15,7 +15,7 @@ std::unique_ptr<RecordSource> openRecords(std::unique_ptr<StoredFile> file, Help
   if (file->start().starts_with("CRAM")) {
     throw InputError(file->name(), 0, "is CRAM; `samtools collate` makes BAM of it");
   }
-  if (file->isBam()) return std::make_unique<BamRecords>(*file, helpers);
+  if (file->isBam()) return std::make_unique<BamRecords>(*file);
   return std::make_unique<TextRecords>(std::make_unique<TextBlocks>(std::move(file), helpers));
 }
 

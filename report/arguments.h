@@ -8,7 +8,8 @@
 namespace velk::report {
 
 struct Arguments {
-  std::vector<std::string> folders;  // one, or two to compare
+  std::vector<std::string> folders;  // one, or two to compare; with --found the scaffold file
+  std::string found;                 // --found: velk's own reads found
   std::optional<uint64_t> gap;       // --gap: to draw
   bool asText = false;               // --text
   std::string output;                // -o: empty: as the task has it

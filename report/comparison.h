@@ -39,8 +39,11 @@ struct Comparison {
 
 Comparison compare(const Findings& one, const Findings& other);
 
+/// What the two runs are called on the page.
+using RunNames = std::array<std::string, 2>;
+
 /// The comparison as a page that fetches nothing, and as text of at most `width` characters a line.
-std::string comparisonPage(const Findings& one, const Findings& other);
+std::string comparisonPage(const Findings& one, const Findings& other, const RunNames& names);
 std::string comparisonText(const Findings& one, const Findings& other, std::size_t width);
 
 }  // namespace velk::report

@@ -113,12 +113,12 @@ std::string gapTable(const Comparison& comparison, const Findings& one, const Fi
 
 }  // namespace
 
-std::string comparisonPage(const Findings& one, const Findings& other) {
+std::string comparisonPage(const Findings& one, const Findings& other, const RunNames& names) {
   const Comparison comparison = compare(one, other);
-  std::string html = pageHead(one.data.sample + " and " + other.data.sample) + "<body>\n";
+  std::string html = pageHead(names[0] + " and " + names[1]) + "<body>\n";
   html +=
-      "<header><div>" + std::string(kBrand) + "<h1>" + named(one.data.sample, 100) + " and " +
-      named(other.data.sample, 100) +
+      "<header><div>" + std::string(kBrand) + "<h1>" + named(names[0], 100) + " and " +
+      named(names[1], 100) +
       "</h1><p class=\"about\">Gaps are the same at the same place of a scaffold.</p><nav>"
       "<a href=\"#kinds\">By library and kind</a><a href=\"#both\">Reads</a>"
       "<a href=\"#table\">Gaps</a></nav></div></header>\n<main><p class=\"lead\">The second run "

@@ -61,7 +61,6 @@ class Drawing {
  public:
   Drawing(const RunData& data, std::size_t gap, const GapReads& reads, Setting setting)
       : data_(data),
-        number_(gap),
         gap_(data.gaps[gap]),
         reads_(reads.reads),
         setting_(setting),
@@ -86,8 +85,9 @@ class Drawing {
   static double laneTop() { return kTop + kDepthHeight + kBandHeight + 12; }
 
   std::string label() const {
-    return "Gap " + std::to_string(number_) + " of " + cleaned(data_.scaffoldOf(gap_), 60) + ", " +
-           countText(gap_.to - gap_.from) + " bases, with " + countText(reads_.size()) + " reads";
+    return "Gap " + std::to_string(gap_.number) + " of " + cleaned(data_.scaffoldOf(gap_), 60) +
+           ", " + countText(gap_.to - gap_.from) + " bases, with " + countText(reads_.size()) +
+           " reads";
   }
 
   // What is shown: the gap with all reads that are drawn, and some of the contigs.
@@ -233,7 +233,6 @@ class Drawing {
   }
 
   const RunData& data_;
-  std::size_t number_;
   const GapData& gap_;
   const std::vector<GapRead>& reads_;
   Setting setting_;

@@ -20,7 +20,7 @@ constexpr std::size_t kUnfolded = 4;  // drawings of a group that are seen at on
 std::string captionOf(const Findings& findings, std::size_t number, const GapReads& reads) {
   const GapData& gap = findings.data.gaps[number];
   const Judgement& judged = findings.gaps[number];
-  std::string html = "<figcaption><b>Gap " + std::to_string(number) + "</b><span>" +
+  std::string html = "<figcaption><b>Gap " + std::to_string(gap.number) + "</b><span>" +
                      named(findings.data.scaffoldOf(gap), 60) + ", " + placeText(gap) +
                      "</span><span>" + countText(judged.belonging) +
                      " reads: " + countText(findings.data.count(number, ReadKind::kExact)) +
@@ -46,8 +46,10 @@ std::string keyOf(const RunData& data) {
     return "<li style=\"display:flex;align-items:center;gap:6px\"><span style=\"width:30px\">" +
            std::move(svg).finish() + "</span>" + name + "</li>";
   };
-  return html + sample("exact", "exact") + sample("estimate", "estimate") +
-         sample("contained", "contained in a contig") + sample("anchor", "anchor") + "</ul>";
+  html += sample("exact", "exact") + sample("estimate", "estimate") +
+          sample("contained", "contained in a contig");
+  if (!data.isOfVelk) html += sample("anchor", "anchor");
+  return html + "</ul>";
 }
 
 // Draws gaps one after the other, as long as there is room.
@@ -82,8 +84,8 @@ class Gallery {
  private:
   std::string figureOf(std::size_t gap) {
     const GapReads reads = reads_.readsOf(gap);
-    return "<figure class=\"panel\" id=\"gap-" + std::to_string(gap) + "\">" +
-           captionOf(findings_, gap, reads) +
+    return "<figure class=\"panel\" id=\"gap-" + std::to_string(findings_.data.gaps[gap].number) +
+           "\">" + captionOf(findings_, gap, reads) +
            drawGap(findings_.data, gap, reads, Setting::kInPage) + "</figure>\n";
   }
 
@@ -120,9 +122,11 @@ std::string drawingSection(const Findings& findings, GapReadSource& reads, std::
   Gallery gallery(findings, reads, mostBytes);
   std::string html =
       "<section id=\"drawings\"><h2>Gaps, drawn</h2><p class=\"hint\">Contigs on either side, and "
-      "every read at its place; mates are joined. Above: how deep exact reads lie (full) and "
-      "estimates on top of them (pale). <code>velk-report --gap N</code> draws any other "
-      "gap.</p>" +
+      "every read at its place";
+  if (!findings.data.isOfVelk) html += "; mates are joined";
+  html +=
+      ". Above: how deep exact reads lie (full) and estimates on top of them (pale). "
+      "<code>velk-report --gap N</code> draws any other gap.</p>" +
       keyOf(findings.data);
   html += gallery.group("The richest", richest);
   html += gallery.group("The poorest with reads", poorest);

@@ -12,8 +12,6 @@
 namespace velk::report {
 namespace {
 
-using run::Side;
-
 constexpr std::size_t kFew = 120;    // gaps, of which each is a larger dot
 constexpr std::size_t kMany = 1500;  // gaps, of which each is a smaller one
 
@@ -66,9 +64,10 @@ std::string plotReads(const Findings& findings) {
     hasEmpty = hasEmpty || belonging == 0;
     if (belonging > 0) reads.take(belonging);
   }
+  const bool hasCurve = findings.judge.canPredict();
   for (const double length : {lengths.low, lengths.high}) {
     reads.take(std::max(1.0, findings.judge.expectedAt(length)));
-    reads.take(std::max(1.0, kFewShare * findings.judge.expectedAt(length)));
+    if (hasCurve) reads.take(std::max(1.0, kFewShare * findings.judge.expectedAt(length)));
   }
   lengths = {lengths.low / 1.3, std::max(lengths.high * 1.3, lengths.low * 10)};
   const Scale x = Scale::logarithmic(lengths.low, lengths.high, frame.left, frame.right);
@@ -88,8 +87,10 @@ std::string plotReads(const Findings& findings) {
              dotClasses(findings.gaps.size(),
                         reasonClass(static_cast<Reason>(reason)) + (reason == 0 ? "" : " few")));
   }
-  drawPrediction(svg, findings, x, y, lengths, 1);
-  drawPrediction(svg, findings, x, y, lengths, kFewShare);
+  if (hasCurve) {
+    drawPrediction(svg, findings, x, y, lengths, 1);
+    drawPrediction(svg, findings, x, y, lengths, kFewShare);
+  }
   return std::move(svg).finish();
 }
 
@@ -158,9 +159,9 @@ std::string plotFlanks(const Findings& findings) {
 
 Reached reachedOf(const RunData& data, std::size_t gap) {
   const auto length = static_cast<double>(data.gaps[gap].to - data.gaps[gap].from);
-  if (!data.evidence || length == 0) return {};
-  const double front = data.evidence->reach(gap, Side::kFront) / length;
-  const double behind = data.evidence->reach(gap, Side::kBehind) / length;
+  if (data.reach.empty() || length == 0) return {};
+  const double front = data.reach[gap].front / length;
+  const double behind = data.reach[gap].behind / length;
   return {std::min(1.0, front), std::min(1.0, behind)};
 }
 

@@ -36,11 +36,10 @@ struct Seen {
   bool isMapped;
 };
 
-}  // namespace
-
-class GapReadSource::Bam {
+// Those of reads.bam.
+class Records : public GapReadSource {
  public:
-  Bam(const std::string& folder, const RunData& data)
+  Records(const std::string& folder, const RunData& data)
       : file_(folder + "/reads.bam"), index_(folder + "/gaps.idx") {
     hts_set_log_level(HTS_LOG_OFF);  // what fails is told here
     input_.reset(sam_open(file_.c_str(), "rb"));
@@ -54,6 +53,28 @@ class GapReadSource::Bam {
     for (uint32_t l = 0; l < data.libraries.size(); ++l) libraries_[data.libraries[l].name] = l;
   }
 
+  // A pair's other read may have the number of another gap at which the pair was found first.
+  GapReads readsOf(std::size_t gap) override {
+    const std::vector<Seen> seen = around(gap);
+    const auto number = static_cast<int64_t>(gap);
+    std::unordered_set<uint64_t> fragments;
+    for (const Seen& one : seen) {
+      if (one.isFound && one.gap == number) fragments.insert(one.read.fragment);
+    }
+    GapReads reads;
+    for (const Seen& one : seen) {
+      const bool isOfGap = one.gap == number;
+      if (!isOfGap && (one.isFound || !fragments.contains(one.read.fragment))) continue;
+      if (one.isMapped) {
+        reads.reads.push_back(one.read);
+      } else {
+        ++reads.withoutPlace;
+      }
+    }
+    return reads;
+  }
+
+ private:
   // All records around a gap.
   std::vector<Seen> around(std::size_t gap) {
     const run::GapEntry entry = index_.entriesOf(gap)[0];
@@ -72,7 +93,6 @@ class GapReadSource::Bam {
     }
   }
 
- private:
   [[noreturn]] void fail() const {
     throw run::Failure(run::Status::kFailed, file_ + " or its index can't be read, or is damaged");
   }
@@ -106,30 +126,10 @@ class GapReadSource::Bam {
   std::unordered_map<std::string, uint32_t> libraries_;
 };
 
-GapReadSource::GapReadSource(const std::string& folder, const RunData& data)
-    : bam_(std::make_unique<Bam>(folder, data)) {}
+}  // namespace
 
-GapReadSource::~GapReadSource() = default;
-
-// A pair's other read may have the number of another gap at which the pair was found first.
-GapReads GapReadSource::readsOf(std::size_t gap) {
-  const std::vector<Seen> around = bam_->around(gap);
-  const auto number = static_cast<int64_t>(gap);
-  std::unordered_set<uint64_t> fragments;
-  for (const Seen& seen : around) {
-    if (seen.isFound && seen.gap == number) fragments.insert(seen.read.fragment);
-  }
-  GapReads reads;
-  for (const Seen& seen : around) {
-    const bool isOfGap = seen.gap == number;
-    if (!isOfGap && (seen.isFound || !fragments.contains(seen.read.fragment))) continue;
-    if (seen.isMapped) {
-      reads.reads.push_back(seen.read);
-    } else {
-      ++reads.withoutPlace;
-    }
-  }
-  return reads;
+std::unique_ptr<GapReadSource> openRecords(const std::string& folder, const RunData& data) {
+  return std::make_unique<Records>(folder, data);
 }
 
 }  // namespace velk::report

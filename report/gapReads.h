@@ -1,4 +1,4 @@
-// The reads of single gaps, out of reads.bam, as they are drawn.
+// The reads of single gaps, as they are drawn.
 #pragma once
 
 #include <cstdint>
@@ -25,21 +25,19 @@ struct GapReads {
   uint64_t withoutPlace = 0;
 };
 
+/// Where they come from.
 class GapReadSource {
  public:
-  /// Opens the alignment records of the folder. Throws Failure.
-  GapReadSource(const std::string& folder, const RunData& data);
-  ~GapReadSource();
+  GapReadSource() = default;
+  virtual ~GapReadSource() = default;
   GapReadSource(const GapReadSource&) = delete;
   GapReadSource& operator=(const GapReadSource&) = delete;
 
   /// Throws Failure.
-  GapReads readsOf(std::size_t gap);
-
- private:
-  class Bam;
-
-  std::unique_ptr<Bam> bam_;
+  virtual GapReads readsOf(std::size_t gap) = 0;
 };
+
+/// The alignment records of a folder of results. Throws Failure.
+std::unique_ptr<GapReadSource> openRecords(const std::string& folder, const RunData& data);
 
 }  // namespace velk::report

@@ -63,6 +63,17 @@ std::string reasonsPanel(const Findings& findings) {
   return html + "</dl></details></div>";
 }
 
+std::string lengthsPanel(const Findings& findings) {
+  std::size_t withLength = 0;
+  const std::string lengths = plotLengths(findings, withLength);
+  return panel("", "Length by pairs",
+               countText(withLength) + " of " + countText(findings.gaps.size()) +
+                   " gaps are spanned by five pairs or more. Far from the line lie placeholders "
+                   "and wrong joins; long gaps are implied too short, as only the longest "
+                   "fragments span them.",
+               lengths);
+}
+
 }  // namespace
 
 std::string gapSection(const Findings& findings) {
@@ -71,24 +82,21 @@ std::string gapSection(const Findings& findings) {
   }
   std::string html = "<section id=\"gaps\"><h2>Gaps</h2><div class=\"panels\">";
   html += panel("wide", "Reads against length",
-                "A dot a gap. The line is what depth and reach of the libraries predict between "
-                "long contigs, the broken line a quarter of that; gaps below it have the colour of "
-                "their reason.",
+                findings.judge.canPredict()
+                    ? "A dot a gap. The line is what depth and reach of the libraries predict "
+                      "between long contigs, the broken line a quarter of that; gaps below it have "
+                      "the colour of their reason."
+                    : "A dot a gap.",
                 plotReads(findings));
   if (findings.data.evidence) html += reasonsPanel(findings);
-  std::size_t withLength = 0;
-  const std::string lengths = plotLengths(findings, withLength);
-  html += panel("", "Length by pairs",
-                countText(withLength) + " of " + countText(findings.gaps.size()) +
-                    " gaps are spanned by five pairs or more. Far from the line lie placeholders "
-                    "and wrong joins; long gaps are implied too short, as only the longest "
-                    "fragments span them.",
-                lengths);
+  if (!findings.data.isOfVelk) html += lengthsPanel(findings);
   if (findings.data.evidence) {
     html += panel("", "Depth beside the gaps",
                   "Reads within 500 bases of each gap. Twice the median is where a repeat may be "
                   "collapsed in the contigs.",
                   plotFlanks(findings));
+  }
+  if (!findings.data.reach.empty()) {
     html += panel("wide", "Covered by exact reads",
                   "How much of each gap exact reads cover from either side, gaps in falling order "
                   "of it.",

@@ -126,6 +126,11 @@ double Judge::expectedAt(double length) const {
   return expectedAt(length, kLong, kLong);
 }
 
+bool Judge::canPredict() const {
+  return std::any_of(depths_.begin(), depths_.end(),
+                     [](const Depth& depth) { return depth.perBase > 0; });
+}
+
 double Judge::readsPerFlankBase(std::size_t gap) const {
   if (!data_.evidence) return -1;
   const GapData& facts = data_.gaps[gap];

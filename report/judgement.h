@@ -55,6 +55,9 @@ class Judge {
   /// Reads that a gap of `length` bases between long contigs should have.
   double expectedAt(double length) const;
 
+  /// Whether the depth of the libraries is known, on which such numbers rest.
+  bool canPredict() const;
+
   /// Reads in the flanks of a gap per base, as share of the median of all gaps; below nothing where
   /// that is not known.
   double flankDepth(std::size_t gap) const;

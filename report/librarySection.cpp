@@ -26,8 +26,12 @@ uint64_t atGaps(const RunData& data, std::size_t library, ReadKind kind) {
   return sum;
 }
 
-std::string factsOf(const LibraryData& library) {
+// Of velk's own files little is known but what was found.
+std::string factsOf(const RunData& data, const LibraryData& library) {
   std::string html = "<dl class=\"facts\">";
+  if (data.isOfVelk) {
+    return html + fact("Reads found", countText(library.readsFound)) + "</dl>";
+  }
   if (library.arePairs) {
     html += fact("Insert size", rounded(library.insert) + " &plusmn; " + rounded(library.spread) +
                                     " bases, " + escaped(library.insertSource));
@@ -59,12 +63,12 @@ std::string panelOf(const RunData& data, std::size_t number) {
   std::string html = std::string("<div class=\"panel library") + (isAlone ? " alone" : "") +
                      "\"><div><h3>" + named(library.name, 80) + "</h3><p class=\"hint\">" +
                      escaped(library.kind) + "</p>";
-  if (library.arePairs) html += plotInserts(library, number);
+  if (library.arePairs && !data.isOfVelk) html += plotInserts(library, number);
   html += "</div><div>" +
           stackedBar({{colour, "exact", atGaps(data, number, ReadKind::kExact)},
                       {colour + " estimate", "estimate", atGaps(data, number, ReadKind::kEstimate)},
                       {"contained", "contained", atGaps(data, number, ReadKind::kContained)}});
-  return html + factsOf(library) + "</div></div>";
+  return html + factsOf(data, library) + "</div></div>";
 }
 
 }  // namespace
@@ -88,10 +92,14 @@ std::string stackedBar(const std::vector<BarPart>& parts) {
 
 std::string librarySection(const Findings& findings) {
   const RunData& data = findings.data;
-  std::string html =
-      "<section id=\"libraries\"><h2>Libraries</h2><p class=\"hint\">How long the fragments are, "
-      "as measured on pairs of the first reads that lie on one contig, and what was found at gaps. "
-      "Grey bars are pairs of another orientation.</p><div class=\"panels\">";
+  std::string html = "<section id=\"libraries\"><h2>Libraries</h2><p class=\"hint\">";
+  html += data.isOfVelk
+              ? "Libraries are told apart by the insert sizes that were given. Places are compared "
+                "with the contigs as velk-run does, which takes a tenth of that for the spread."
+              : "How long the fragments are, as measured on pairs of the first reads that lie on "
+                "one contig, and what was found at gaps. Grey bars are pairs of another "
+                "orientation.";
+  html += "</p><div class=\"panels\">";
   for (std::size_t n = 0; n < std::min(kMostLibraries, data.libraries.size()); ++n) {
     html += panelOf(data, n);
   }

@@ -15,6 +15,7 @@
 #include "run/commandLine.h"
 #include "run/diskFile.h"
 #include "run/failure.h"
+#include "run/wholeFile.h"
 
 namespace velk::report {
 namespace {
@@ -46,14 +47,25 @@ void put(const std::string& text, const std::string& output) {
   if (output.empty() || output == "-") {
     print(text);
   } else {
-    run::writeFile(output, text);
+    run::writeWhole(output, text);
+  }
+}
+
+// Of velk's own files.
+void runOnFiles(const Arguments& arguments, const VelkFiles& files) {
+  if (arguments.asText) {
+    print(textOf(files, widthOfTerminal()));
+  } else {
+    put(arguments.gap ? drawingOf(files, *arguments.gap) : pageOf(files), arguments.output);
   }
 }
 
 void run(const Arguments& arguments) {
   const std::string& folder = arguments.folders.front();
   const bool areTwo = arguments.folders.size() == 2;
-  if (arguments.gap) {
+  if (!arguments.found.empty()) {
+    runOnFiles(arguments, {arguments.found, folder});
+  } else if (arguments.gap) {
     put(drawingOf(folder, *arguments.gap), arguments.output);
   } else if (arguments.asText) {
     const std::size_t width = widthOfTerminal();

@@ -33,6 +33,12 @@ std::string pageEnd() {
 
 namespace {
 
+std::string madeBy(const RunData& data) {
+  if (data.isOfVelk) return " &middot; velk";
+  return " &middot; k = " + std::to_string(data.settings.kmer) + " &middot; velk-run " +
+         escaped(data.version, 20);
+}
+
 std::string headerOf(const RunData& data, bool hasDrawings) {
   const std::string& path = data.assembly.name;
   const std::string file = path.substr(path.rfind('/') + 1);
@@ -43,10 +49,9 @@ std::string headerOf(const RunData& data, bool hasDrawings) {
                      "</h1><p class=\"about\">" + named(file, 120) + " &middot; " +
                      counted(data.assembly.scaffolds, "scaffold") + ", " +
                      counted(data.assembly.bases, "base") + ", " +
-                     counted(data.assembly.contigs, "contig") +
-                     " &middot; k = " + std::to_string(data.settings.kmer) + " &middot; velk-run " +
-                     escaped(data.version, 20) + "</p><nav><a href=\"#libraries\">Libraries</a>" +
-                     "<a href=\"#gaps\">Gaps</a><a href=\"#table\">Gap by gap</a>";
+                     counted(data.assembly.contigs, "contig") + madeBy(data) +
+                     "</p><nav><a href=\"#libraries\">Libraries</a><a href=\"#gaps\">Gaps</a><a "
+                     "href=\"#table\">Gap by gap</a>";
   if (hasDrawings) html += "<a href=\"#drawings\">Drawings</a>";
   return html + "</nav></div></header>\n";
 }

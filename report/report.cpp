@@ -1,5 +1,6 @@
 #include "report/report.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -103,10 +104,9 @@ std::string summaryWith(const std::string& summary, const std::string& said,
 // A run with what is said of its gaps.
 class Judged {
  public:
-  explicit Judged(const std::string& folder)
-      : data_(readRun(folder, wholeSummary(folder))),
-        judge_(data_),
-        gaps_(judgeAll(data_, judge_)) {}
+  explicit Judged(RunData data)
+      : data_(std::move(data)), judge_(data_), gaps_(judgeAll(data_, judge_)) {}
+  explicit Judged(const std::string& folder) : Judged(readRun(folder, wholeSummary(folder))) {}
   Judged(const Judged&) = delete;
   Judged& operator=(const Judged&) = delete;
 
@@ -118,6 +118,20 @@ class Judged {
   std::vector<Judgement> gaps_;
 };
 
+// `name`: of what has the gaps.
+std::string drawn(const RunData& data, GapReadSource& reads, uint64_t number,
+                  const std::string& name) {
+  const auto gap = std::partition_point(data.gaps.begin(), data.gaps.end(),
+                                        [&](const GapData& one) { return one.number < number; });
+  if (gap == data.gaps.end() || gap->number != number) {
+    throw Failure(Status::kUsage, "there is no gap " + std::to_string(number) + "; " + name +
+                                      " has " + std::to_string(data.gaps.size()) +
+                                      ", numbered from 0");
+  }
+  const auto index = static_cast<std::size_t>(gap - data.gaps.begin());
+  return drawGap(data, index, reads.readsOf(index), Setting::kAlone) + "\n";
+}
+
 }  // namespace
 
 std::string writeReport(const std::string& folder, const std::string& summary,
@@ -126,8 +140,8 @@ std::string writeReport(const std::string& folder, const std::string& summary,
   const Judge judge(data);
   const std::vector<Judgement> gaps = judgeAll(data, judge);
   const Findings findings{data, judge, gaps};
-  GapReadSource reads(folder, data);
-  run::writeFile(target + "/" + kNames[0], makePage(findings, &reads));
+  const std::unique_ptr<GapReadSource> reads = openRecords(folder, data);
+  run::writeFile(target + "/" + kNames[0], makePage(findings, reads.get()));
   run::writeFile(target + "/" + kNames[1], multiqcTable(findings));
   run::writeFile(target + "/" + kNames[2], multiqcGaps(findings));
   return tallyText(findings);
@@ -156,13 +170,7 @@ void reportOn(const std::string& folder) {
 
 std::string drawingOf(const std::string& folder, uint64_t gap) {
   const RunData data = readRun(folder, wholeSummary(folder));
-  if (gap >= data.gaps.size()) {
-    throw Failure(Status::kUsage, "there is no gap " + std::to_string(gap) + "; " + folder +
-                                      " has " + std::to_string(data.gaps.size()) +
-                                      ", numbered from 0");
-  }
-  GapReadSource reads(folder, data);
-  return drawGap(data, gap, reads.readsOf(gap), Setting::kAlone) + "\n";
+  return drawn(data, *openRecords(folder, data), gap, folder);
 }
 
 std::string textOf(const std::string& folder, std::size_t width) {
@@ -170,10 +178,31 @@ std::string textOf(const std::string& folder, std::size_t width) {
   return summaryText(run.findings(), width);
 }
 
+std::string pageOf(const VelkFiles& files) {
+  VelkRun run = readVelkRun(files);
+  const Judged judged(std::move(run.data));
+  return makePage(judged.findings(), run.reads.get());
+}
+
+std::string drawingOf(const VelkFiles& files, uint64_t gap) {
+  const VelkRun run = readVelkRun(files);
+  return drawn(run.data, *run.reads, gap, files.scaffolds + ".gapsinfo");
+}
+
+std::string textOf(const VelkFiles& files, std::size_t width) {
+  const Judged judged(readVelkRun(files).data);
+  return summaryText(judged.findings(), width);
+}
+
 std::string comparisonOf(const std::string& folder, const std::string& other) {
   const Judged one(folder);
   const Judged two(other);
-  return comparisonPage(one.findings(), two.findings());
+  RunNames names{one.findings().data.sample, two.findings().data.sample};
+  if (names[0] == names[1]) {  // as of runs without --sample
+    names[0] += " (" + folder + ")";
+    names[1] += " (" + other + ")";
+  }
+  return comparisonPage(one.findings(), two.findings(), names);
 }
 
 std::string comparisonTextOf(const std::string& folder, const std::string& other,

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+#include "report/velkRun.h"
+
 namespace velk::report {
 
 /// Makes report.html and the files for MultiQC in `target`, of the run whose files are in `folder`
@@ -21,6 +23,11 @@ std::string drawingOf(const std::string& folder, uint64_t gap);
 
 /// A summary of at most `width` characters a line. Throws Failure.
 std::string textOf(const std::string& folder, std::size_t width);
+
+/// The same of velk's own files: the page, the drawing of a gap by its number there, the summary.
+std::string pageOf(const VelkFiles& files);
+std::string drawingOf(const VelkFiles& files, uint64_t gap);
+std::string textOf(const VelkFiles& files, std::size_t width);
 
 /// Two runs side by side: a page, or text. Throws Failure.
 std::string comparisonOf(const std::string& folder, const std::string& other);

@@ -91,7 +91,8 @@ class GapTableReader {
                 number(fields[8]),
                 number(fields[10]),
                 {},
-                0};
+                0,
+                data_.gaps.size()};
     const std::size_t last = fields.size() - kLastColumns;
     for (std::size_t i = kFixedColumns; i < last; ++i) {
       data_.counts.push_back(table_.number<uint32_t>(fields[i]));
@@ -140,6 +141,10 @@ void readEvidence(const std::string& file, RunData& data) {
       std::equal(names.begin(), names.end(), data.libraries.begin(), data.libraries.end(),
                  [](const std::string& name, const LibraryData& one) { return name == one.name; });
   if (!isOfRun) throw Failure(Status::kFailed, file + " is not of the same run as gaps.tsv");
+  for (std::size_t gap = 0; gap < data.gaps.size(); ++gap) {
+    data.reach.push_back({data.evidence->reach(gap, run::Side::kFront),
+                          data.evidence->reach(gap, run::Side::kBehind)});
+  }
 }
 
 }  // namespace

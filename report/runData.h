@@ -57,6 +57,13 @@ struct GapData {
   uint64_t basesBehind;
   std::optional<int64_t> implied;  // length by the pairs that span it
   uint32_t impliedBy;              // pairs
+  uint64_t number;                 // by which users know it
+};
+
+/// Bases of a gap that exact reads cover from either side.
+struct Reach {
+  uint32_t front = 0;
+  uint32_t behind = 0;
 };
 
 struct Settings {
@@ -76,7 +83,8 @@ struct AssemblyFacts {
 };
 
 struct RunData {
-  std::string version;  // of the program that ran
+  bool isOfVelk = false;  // by velk itself: what was searched, and how, is not known
+  std::string version;    // of the program that ran
   std::string sample;
   Settings settings;
   AssemblyFacts assembly;
@@ -87,6 +95,7 @@ struct RunData {
   std::vector<std::string> scaffolds;  // names of those that have gaps
   std::vector<GapData> gaps;
   std::vector<uint32_t> counts;           // by gap, library, kind
+  std::vector<Reach> reach;               // by gap; nothing of runs that keep none
   std::optional<run::Evidence> evidence;  // nothing of runs that keep none
 
   uint32_t count(std::size_t gap, std::size_t library, ReadKind kind) const {

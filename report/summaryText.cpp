@@ -71,7 +71,7 @@ std::string gapLines(const Findings& findings, std::size_t width) {
   for (const std::size_t gap : gaps) {
     const GapData& facts = findings.data.gaps[gap];
     const Judgement& judged = findings.gaps[gap];
-    std::string line = "  gap " + std::to_string(gap) + ", " +
+    std::string line = "  gap " + std::to_string(facts.number) + ", " +
                        cleaned(findings.data.scaffoldOf(facts), 30) + ":" +
                        std::to_string(facts.from + 1) + "-" + std::to_string(facts.to) + ", " +
                        countText(judged.belonging) + " reads of about " +
@@ -88,16 +88,18 @@ std::string gapLines(const Findings& findings, std::size_t width) {
 std::string summaryText(const Findings& findings, std::size_t width) {
   const RunData& data = findings.data;
   const Tally tally = tallyOf(findings);
-  std::string text = wrapped(
-      cleaned(data.sample, 60) + ": found " + countText(data.readsFound) + " of " +
-          countText(data.readsSearched) + " reads; " + countText(tally.withReads) + " of " +
-          countText(data.gaps.size()) + " gaps have reads, " + countText(tally.medianReads) +
-          " in the median; " + countText(tally.covered) + " are covered whole by exact reads.",
-      width, 0);
+  std::string first = cleaned(data.sample, 60) + ": found " + countText(data.readsFound);
+  if (!data.isOfVelk) first += " of " + countText(data.readsSearched);
+  first += " reads; " + countText(tally.withReads) + " of " + countText(data.gaps.size()) +
+           " gaps have reads, " + countText(tally.medianReads) + " in the median";
+  if (!data.reach.empty()) {
+    first += "; " + countText(tally.covered) + " are covered whole by exact reads";
+  }
+  std::string text = wrapped(first + ".", width, 0);
   for (const LibraryData& library : data.libraries) {
-    std::string line = cleaned(library.name, 40) + ": found " + countText(library.readsFound) +
-                       " of " + countText(library.readsSearched);
-    if (library.arePairs) {
+    std::string line = cleaned(library.name, 40) + ": found " + countText(library.readsFound);
+    if (!data.isOfVelk) line += " of " + countText(library.readsSearched);
+    if (library.arePairs && !data.isOfVelk) {
       line += ", insert size " + std::to_string(std::lround(library.insert)) + " +- " +
               std::to_string(std::lround(library.spread)) + ", " + cleaned(library.orientation, 4);
     }

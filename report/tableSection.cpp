@@ -61,23 +61,29 @@ std::string rowOf(const Findings& findings, std::size_t number, bool isDrawn) {
   const RunData& data = findings.data;
   const GapData& gap = data.gaps[number];
   const Judgement& judged = findings.gaps[number];
-  const std::string id = std::to_string(number);
-  std::string html = std::string("<tr data-why=\"") + nameOf(judged.reason) + "\"><td>";
+  const std::string id = std::to_string(gap.number);
+  const char* const plain = judged.hasReads() ? "with reads" : "without reads";
+  std::string html =
+      std::string("<tr data-why=\"") + (data.evidence ? nameOf(judged.reason) : plain) + "\"><td>";
   html += isDrawn ? "<a href=#gap-" + id + ">" + id + "</a>" : id;
   html += "<td class=\"word name\">" + named(data.scaffoldOf(gap), 60);
   html += "<td data-v=" + std::to_string(gap.from) + ">" + placeText(gap);
   html += cell(countText(gap.to - gap.from));
-  html += gap.implied ? cell((*gap.implied < 0 ? "-" : "") +
-                             countText(static_cast<uint64_t>(std::abs(*gap.implied))))
-                      : "<td class=none>.";
+  if (!data.isOfVelk) {
+    html += gap.implied ? cell((*gap.implied < 0 ? "-" : "") +
+                               countText(static_cast<uint64_t>(std::abs(*gap.implied))))
+                        : "<td class=none>.";
+  }
   html += numberCell(judged.belonging);
   html += numberCell(data.count(number, ReadKind::kExact));
   html += numberCell(data.count(number, ReadKind::kContained));
+  if (data.evidence) {
+    html += cell(countText(static_cast<uint64_t>(std::llround(judged.expected))));
+    const double depth = findings.judge.flankDepth(number);
+    html += depth < 0 ? "<td class=none>." : cell(brief(depth));
+  }
+  if (!data.reach.empty()) html += reachCell(reachedOf(data, number));
   if (!data.evidence) return html;
-  html += cell(countText(static_cast<uint64_t>(std::llround(judged.expected))));
-  const double depth = findings.judge.flankDepth(number);
-  html += depth < 0 ? "<td class=none>." : cell(brief(depth));
-  html += reachCell(reachedOf(data, number));
   html += "<td class=\"word why\">";
   if (judged.reason == Reason::kEnough) return html;
   html += "<i class=" + reasonClass(judged.reason) + "></i>" + nameOf(judged.reason);
@@ -91,16 +97,17 @@ std::string placeText(const GapData& gap) {
 }
 
 std::string tableSection(const Findings& findings, const std::set<std::size_t>& drawn) {
-  const bool hasEvidence = findings.data.evidence.has_value();
   const std::vector<std::size_t> rows = pickRows(findings.gaps);
+  const RunData& data = findings.data;
   const std::size_t all = findings.gaps.size();
+  const std::string measured = findings.judge.canPredict() ? ", measured by what is predicted" : "";
   std::string html = "<section id=\"table\"><h2>Gap by gap</h2><p class=\"hint\">";
   if (rows.size() < all) {
     html += "The " + countText(rows.size()) + " of " + countText(all) +
-            " gaps that stand out: without reads first, then the poorest and the richest, measured "
-            "by what is predicted. All are in gaps.tsv. ";
+            " gaps that stand out: without reads first, then the poorest and the richest" +
+            measured + ". All are in " + (data.isOfVelk ? "the gap report. " : "gaps.tsv. ");
   } else {
-    html += "Gaps without reads first, then from poor to rich, measured by what is predicted. ";
+    html += "Gaps without reads first, then from poor to rich" + measured + ". ";
   }
   html += "Positions count from 1.";
   if (rows.size() > kRowsOnPaper) {
@@ -108,9 +115,12 @@ std::string tableSection(const Findings& findings, const std::set<std::size_t>& 
   }
   html +=
       "</p><div class=\"panel scroll rows\"><table class=\"sorts filters-too\">"
-      "<thead><tr><th>Gap<th class=word>Scaffold<th>Position<th>Length<th>By pairs<th>Reads"
-      "<th>Exact<th>Contained";
-  if (hasEvidence) html += "<th>Predicted<th>Flanks<th>Covered<th class=word>Why few or none";
+      "<thead><tr><th>Gap<th class=word>Scaffold<th>Position<th>Length";
+  if (!data.isOfVelk) html += "<th>By pairs";
+  html += "<th>Reads<th>Exact<th>Contained";
+  if (data.evidence) html += "<th>Predicted<th>Flanks";
+  if (!data.reach.empty()) html += "<th>Covered";
+  if (data.evidence) html += "<th class=word>Why few or none";
   html += "</tr></thead><tbody>";
   for (const std::size_t row : rows) html += rowOf(findings, row, drawn.contains(row)) + "</tr>\n";
   return html + "</tbody></table></div></section>";

@@ -19,6 +19,13 @@ std::string tile(const char* id, const std::string& figure, const char* what,
          what + "</span><small>" + more + "</small></div>";
 }
 
+// "Of 5 reads searched, 2 were".
+std::string foundText(const RunData& data) {
+  const std::string found = countText(data.readsFound);
+  if (data.isOfVelk) return found + (data.readsFound == 1 ? " read was" : " reads were");
+  return "Of " + countText(data.readsSearched) + " reads searched, " + found + " were";
+}
+
 std::string warningsOf(const RunData& data) {
   constexpr std::size_t kMost = 50;
   if (data.warnings.empty()) return "";
@@ -38,20 +45,23 @@ std::string topSection(const Findings& findings) {
   const RunData& data = findings.data;
   const Tally tally = tallyOf(findings);
   const uint64_t gaps = data.gaps.size();
-  std::string html = "<p class=\"lead\">Of " + countText(data.readsSearched) + " reads searched, " +
-                     countText(data.readsFound) + " were found at gaps; " +
+  std::string html = "<p class=\"lead\">" + foundText(data) + " found at gaps; " +
                      countText(tally.withReads) + " of " + countText(gaps) +
                      " gaps have reads.</p><div class=\"tiles\">";
   html += tile("gaps", countText(tally.withReads), "gaps with reads",
                "of " + countText(gaps) + ", " + percentText(shareOf(tally.withReads, gaps)));
-  html += tile("found", countText(data.readsFound), "reads found",
-               percentText(shareOf(data.readsFound, data.readsSearched)) + " of all");
+  html +=
+      tile("found", countText(data.readsFound), "reads found",
+           data.isOfVelk ? "at all gaps"
+                         : percentText(shareOf(data.readsFound, data.readsSearched)) + " of all");
   html += tile("exact", percentText(shareOf(tally.exact, tally.exact + tally.estimates)),
                "of places are exact",
                countText(tally.exact) + " of " + countText(tally.exact + tally.estimates));
   html += tile("median", countText(tally.medianReads), "reads a gap", "the median");
-  if (data.evidence) {
+  if (!data.reach.empty()) {
     html += tile("covered", countText(tally.covered), "gaps covered whole", "by exact reads");
+  }
+  if (data.evidence) {
     html += tile("few", countText(tally.few), "gaps with few reads",
                  "under a quarter of the predicted");
   }

@@ -11,14 +11,19 @@
 
 namespace velk::run {
 
-/// A scaffold of the assembly, with the bases of its contigs.
+/// A scaffold with the bases of its contigs, all of which outlive it.
 struct ScaffoldText {
-  const Assembly& assembly;
-  uint64_t number;
+  const Scaffold& places;
+  const ContigInfo* bases;
 
-  const std::vector<ContigPlace>& contigs() const { return assembly.scaffolds()[number].contigs; }
-  int64_t length() const { return static_cast<int64_t>(assembly.scaffolds()[number].length); }
-  std::string_view basesOf(uint64_t contig) const { return assembly.basesOf(number, contig); }
+  ScaffoldText(const Scaffold& scaffold, const ContigInfo* contigs)
+      : places(scaffold), bases(contigs) {}
+  ScaffoldText(const Assembly& assembly, uint64_t number)
+      : ScaffoldText(assembly.scaffolds()[number], assembly.model()[number].contigsInfo) {}
+
+  const std::vector<ContigPlace>& contigs() const { return places.contigs; }
+  int64_t length() const { return static_cast<int64_t>(places.length); }
+  std::string_view basesOf(uint64_t contig) const { return bases[contig].contigSeq; }
 };
 
 /// A stretch of a scaffold, signed for arithmetic on positions.

@@ -1,14 +1,10 @@
 #include "run/arguments.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
-#include <set>
-#include <string_view>
-#include <utility>
 
 #include "run/commandLine.h"
 #include "run/failure.h"
-#include "run/samplesheet.h"
+#include "run/givenLibraries.h"
 
 namespace velk::run {
 namespace {
@@ -18,33 +14,29 @@ constexpr const char* kAbout =
 constexpr const char* kAboutPlan =
     "Measures the libraries, fixes all values of a run, and writes them with a task for each "
     "input.";
+constexpr const char* kAboutIndex =
+    "Saves the index of an assembly, for runs and tasks with --index.";
 constexpr const char* kExamples =
     "\nExamples:\n"
     "  velk-run assembly.fa reads_1.fq.gz reads_2.fq.gz -o found\n"
     "  velk-run assembly.fa --pairs a_1.fq.gz a_2.fq.gz --mate-pairs b_1.fq.gz b_2.fq.gz -o found\n"
     "  velk-run assembly.fa --samplesheet libraries.tsv --sample Ecoli -t 8 -o found\n"
-    "  velk-run extract found 17 18 --flanks 500      the reads of gaps; extract --help\n"
+    "  velk-run extract found 17 20-24 --flanks 500   the reads of gaps; extract --help\n"
+    "  velk-run index assembly.fa -o assembly.vix     an index for many runs; index --help\n"
     "On several machines, each with a --help of its own:\n"
     "  velk-run plan ASSEMBLY ... -o plan.json        a plan, with a task for each input\n"
     "  velk-run task plan.json 0 -o share.0           what one task finds\n"
     "  velk-run gather plan.json share.* -o found     the results of all tasks\n"
     "  velk-run --plan plan.json -o found             the same in one go\n";
 
-// What is read of the command line before libraries are made of it.
-struct Files {
-  std::vector<std::string> bare;
-  std::vector<std::pair<std::string, std::string>> pairs;
-  std::vector<std::pair<std::string, std::string>> matePairs;
-  std::vector<std::string> interleaved;
-  std::vector<std::vector<std::string>> single;
-  std::string sheet;
-  std::string library;
-};
-
-void addInputs(CLI::App& app, Arguments& arguments, Files& files) {
-  app.add_option("assembly", arguments.assembly, "FASTA file of scaffolds; may be compressed")
-      ->required()
+CLI::Option* addAssembly(CLI::App& app, Arguments& arguments) {
+  return app
+      .add_option("assembly", arguments.assembly, "FASTA file of scaffolds; may be compressed")
       ->type_name("ASSEMBLY");
+}
+
+void addInputs(CLI::App& app, Arguments& arguments, GivenReads& files) {
+  addAssembly(app, arguments)->required();
   app.add_option("reads", files.bare, "two files of mates, as with --pairs")->type_name("[R1 R2]");
   app.add_option("--pairs", files.pairs, "pairs of short fragments: first and second mates")
       ->type_name("R1 R2");
@@ -58,6 +50,11 @@ void addInputs(CLI::App& app, Arguments& arguments, Files& files) {
                  "table of libraries: library, R1, R2, kind, insert, orientation")
       ->type_name("FILE");
   app.add_option("--library", files.library, "library file of velk")->type_name("FILE");
+  app.add_option("--index", arguments.index, "saved index of the assembly (velk-run index)")
+      ->type_name("FILE");
+}
+
+void addPlaceholders(CLI::App& app, Arguments& arguments) {
   app.add_option("--placeholder", arguments.placeholders,
                  "gaps of exactly so many N have an unknown length")
       ->type_name("N[,N...]")
@@ -78,11 +75,15 @@ void addOutputs(CLI::App& app, Arguments& arguments, const OutputKind& output) {
   app.add_flag("--no-anchors", arguments.noAnchors, "leave anchors out of the FASTQ files");
   app.add_flag("--no-report", arguments.noReport, "make no report.html");
   app.add_flag("--native", arguments.native, "write velk's own files, too, to DIR/native");
+}
+
+void addManner(CLI::App& app, Arguments& arguments) {
   app.add_flag("--force", arguments.force, "go on where a look at the inputs says not to");
   app.add_flag("--quiet", arguments.quiet, "say nothing but warnings and errors");
 }
 
-void addPlacement(CLI::App& app, Arguments& arguments) {
+// What an index depends on, and how fast it is made.
+void addIndexing(CLI::App& app, Arguments& arguments) {
   const auto isCount = CLI::Range(0, 0x7FFFFFFF);
   app.add_option("-t,--threads", arguments.threads, "worker threads; 0: all allowed processors")
       ->check(CLI::Range(0, 4096))
@@ -96,6 +97,9 @@ void addPlacement(CLI::App& app, Arguments& arguments) {
   app.add_option("-C,--cut", arguments.cut, "bases cut from both ends of a contig")
       ->check(isCount)
       ->capture_default_str();
+}
+
+void addPlacement(CLI::App& app, Arguments& arguments) {
   app.add_option("-M,--min-identity", arguments.mapCut, "least share of equal bases in an overlap")
       ->check(CLI::Range(0.0, 1.0))
       ->capture_default_str();
@@ -105,88 +109,23 @@ void addPlacement(CLI::App& app, Arguments& arguments) {
       ->capture_default_str();
   app.add_option("-r,--read-length", arguments.readLength,
                  "longest paired read, bases; 0: as the reads' first records have it")
-      ->check(isCount)
+      ->check(CLI::Range(0, 0x7FFFFFFF))
       ->capture_default_str();
-}
-
-class LibraryMaker {
- public:
-  explicit LibraryMaker(const Files& files) : files_(files) {}
-
-  std::vector<Library> make() {
-    if (files_.bare.size() == 2) addPairs(files_.bare[0], files_.bare[1], LibraryKind::kPairs);
-    if (files_.bare.size() == 1 || files_.bare.size() > 2) {
-      throw Failure(Status::kUsage, "two files of mates may stand behind the assembly, not " +
-                                        std::to_string(files_.bare.size()) + kMoreInHelp);
-    }
-    for (const auto& [one, other] : files_.pairs) addPairs(one, other, LibraryKind::kPairs);
-    for (const std::string& file : files_.interleaved) {
-      add(LibraryKind::kPairs, {{file, "", true}});
-    }
-    for (const auto& [one, other] : files_.matePairs) addPairs(one, other, LibraryKind::kMatePairs);
-    for (const auto& singles : files_.single) {
-      std::vector<reads::InputFiles> inputs;
-      inputs.reserve(singles.size());
-      for (const std::string& file : singles) inputs.push_back({file});
-      add(LibraryKind::kSingle, inputs);
-    }
-    if (!files_.sheet.empty()) append(readSampleSheet(files_.sheet));
-    if (!files_.library.empty()) append(readLibraryFile(files_.library));
-    return std::move(libraries_);
-  }
-
- private:
-  void addPairs(const std::string& one, const std::string& other, LibraryKind kind) {
-    add(kind, {{one, other, false}});
-  }
-
-  void add(LibraryKind kind, std::vector<reads::InputFiles> inputs) {
-    Library library;
-    library.name = "lib" + std::to_string(libraries_.size() + 1);
-    library.kind = kind;
-    library.inputs = std::move(inputs);
-    libraries_.push_back(std::move(library));
-  }
-
-  void append(const std::vector<Library>& more) {
-    libraries_.insert(libraries_.end(), more.begin(), more.end());
-  }
-
-  const Files& files_;
-  std::vector<Library> libraries_;
-};
-
-// A word for the header of a SAM file.
-void checkWord(const std::string& what, const std::string& word) {
-  const auto isBad = [](char c) { return c < '!' || c > '~'; };
-  if (!word.empty() && std::none_of(word.begin(), word.end(), isBad)) return;
-  throw Failure(Status::kUsage, what + " must be a word of printable characters without blanks");
-}
-
-void checkLibraries(const std::vector<Library>& libraries) {
-  if (libraries.empty()) {
-    throw Failure(Status::kUsage, std::string("no reads are given") + kMoreInHelp);
-  }
-  std::set<std::string> names;
-  for (const Library& library : libraries) {
-    checkWord("the name of a library", library.name);
-    if (!names.insert(library.name).second) {
-      throw Failure(Status::kUsage, "two libraries have the name " + library.name);
-    }
-  }
 }
 
 // Adds what a run and a plan have in common, and parses the command line.
 void parseRun(CLI::App& app, Arguments& arguments, const OutputKind& output, int argc,
               const char* const* argv) {
-  Files files;
+  GivenReads files;
   addInputs(app, arguments, files);
+  addPlaceholders(app, arguments);
   addOutputs(app, arguments, output);
+  addManner(app, arguments);
+  addIndexing(app, arguments);
   addPlacement(app, arguments);
   parseLine(app, argc, argv);
-  arguments.libraries = LibraryMaker(files).make();
-  checkLibraries(arguments.libraries);
-  checkWord("the name of the sample (--sample)", arguments.sample);
+  arguments.libraries = librariesOf(files, moreInHelp(app));
+  requireWord("the name of the sample (--sample)", arguments.sample);
 }
 
 }  // namespace
@@ -201,6 +140,33 @@ Arguments parseArguments(int argc, const char* const* argv) {
       ->type_name("FILE");
   parseRun(app, arguments, {"folder of the results", "DIR"}, argc, argv);
   return arguments;
+}
+
+IndexArguments parseIndex(int argc, const char* const* argv) {
+  IndexArguments index;
+  Arguments& arguments = index.arguments;
+  CLI::App app(kAboutIndex, "velk-run index");
+  addAssembly(app, arguments);
+  app.add_option("-o,--output", arguments.folder, "file of the index")->type_name("FILE");
+  app.add_option("--check", index.toCheck, "make none; check all of this one")->type_name("FILE");
+  addPlaceholders(app, arguments);
+  addManner(app, arguments);
+  addIndexing(app, arguments);
+  app.add_option("-r,--read-length", arguments.readLength,
+                 "with -C: longest paired read of the runs, bases")
+      ->check(CLI::Range(0, 0x7FFFFFFF));
+  parseLine(app, argc - 1, argv + 1);
+  if (!index.toCheck.empty()) return index;
+  if (arguments.assembly.empty() || arguments.folder.empty()) {
+    throw Failure(Status::kUsage,
+                  "an assembly and the file of the index (-o) must be given" + moreInHelp(app));
+  }
+  if (arguments.cut != 0 && arguments.readLength == 0) {
+    throw Failure(Status::kUsage,
+                  "with -C the read length of the runs (-r) must be given: contigs "
+                  "are cut by it");
+  }
+  return index;
 }
 
 PlanArguments parsePlan(int argc, const char* const* argv) {

@@ -12,6 +12,7 @@ namespace velk::run {
 
 struct Arguments {
   std::string assembly;
+  std::string index;                   // --index: a saved one; empty: it is made
   std::string folder;                  // -o: of the results
   std::vector<Library> libraries;      // in the order in which their reads are searched
   std::string sample = "sample";       // --sample
@@ -34,6 +35,15 @@ struct Arguments {
 /// Parses the command line of a run. Throws TextWanted for --help and --version; Failure with
 /// Status::kUsage on what cannot be used, and on files of libraries that cannot be read.
 Arguments parseArguments(int argc, const char* const* argv);
+
+/// The command line of `velk-run index`.
+struct IndexArguments {
+  Arguments arguments;  // its folder is the file of the index
+  std::string toCheck;  // --check: an index; empty: one is made
+};
+
+/// Parses such a command line; throws as parseArguments does.
+IndexArguments parseIndex(int argc, const char* const* argv);
 
 /// The command line of `velk-run plan`.
 struct PlanArguments {

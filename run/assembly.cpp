@@ -11,13 +11,18 @@ namespace velk::run {
 Assembly::Assembly(const std::string& file, const CutOptions& options,
                    const PlaceholderRule& placeholders)
     : file_(file) {
-  CONTIGLEN = options.shortestContig;
-  CuttEdge = options.cut;
-  readLen = options.readLength;
-  scaffold_file = file;  // for messages
+  setParameters(options);
   readFasta(file, notes_, [&](const std::string& name, const std::string& bases) {
     add(name, bases, placeholders);
   });
+}
+
+// Sets the run parameters by which the engine cuts scaffolds and indexes contigs.
+void Assembly::setParameters(const CutOptions& options) const {
+  CONTIGLEN = options.shortestContig;
+  CuttEdge = options.cut;
+  readLen = options.readLength;
+  scaffold_file = file_;  // for messages
 }
 
 Assembly::Model::~Model() {

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,6 +17,8 @@
 #include "run/placeholders.h"
 
 namespace velk::run {
+
+class SavedIndex;
 
 /// A contig of the model, where it lies on its scaffold.
 struct ContigPlace {
@@ -64,6 +67,12 @@ class Assembly {
   /// Reads a FASTA file with lines of any width, plain or compressed, and cuts its scaffolds.
   /// Throws Failure or reads::InputError.
   Assembly(const std::string& file, const CutOptions& options, const PlaceholderRule& placeholders);
+
+  /// Takes the assembly of an index, which was made of this file with these options. Throws Failure
+  /// where the index is damaged.
+  Assembly(const std::string& file, const CutOptions& options,
+           std::shared_ptr<const SavedIndex> saved);
+
   Assembly(const Assembly&) = delete;
   Assembly& operator=(const Assembly&) = delete;
 
@@ -72,6 +81,10 @@ class Assembly {
   void lengthenPlaceholders(uint64_t bases);
 
   const std::string& file() const { return file_; }
+
+  /// The index that it was taken from, if any.
+  const SavedIndex* saved() const { return saved_.get(); }
+
   const AssemblyNotes& notes() const { return notes_; }
   const std::vector<Scaffold>& scaffolds() const { return scaffolds_; }
   const std::vector<Gap>& gaps() const { return gaps_; }
@@ -80,7 +93,7 @@ class Assembly {
   /// The bases of a contig of the model, in upper case. The bases of a scaffold that belong to no
   /// contig are not kept: a large assembly stands in memory once.
   std::string_view basesOf(uint64_t scaffold, uint64_t contig) const {
-    return model_.scaffolds[scaffold].contigsInfo[contig].contigSeq;
+    return model_.scaffolds[scaffold].contigsInfo[contig].bases();
   }
 
   /// The number of the gap in front of a contig of the model (its index is 1 at least).
@@ -99,6 +112,7 @@ class Assembly {
     std::vector<ScaffoldInfo> scaffolds;
   };
 
+  void setParameters(const CutOptions& options) const;
   void add(const std::string& name, const std::string& bases, const PlaceholderRule& placeholders);
   void addGaps(const std::string& bases, const PlaceholderRule& placeholders);
 
@@ -107,6 +121,7 @@ class Assembly {
   std::vector<Scaffold> scaffolds_;
   std::vector<Gap> gaps_;
   Model model_;
+  std::shared_ptr<const SavedIndex> saved_;
   uint64_t gapSum_ = 0;  // the model's own numbers of gaps, as in velk
 };
 

@@ -1,4 +1,4 @@
-// What the command lines of all verbs of velk-run have in common.
+// What the command lines of velk-run, of each of its verbs and of velk-report have in common.
 #pragma once
 
 #include <string>
@@ -15,10 +15,11 @@ struct TextWanted {
   std::string text;
 };
 
-/// Behind messages of usage.
-inline constexpr const char* kMoreInHelp = " (velk-run --help tells more)";
+/// Behind messages of usage: which help tells more.
+std::string moreInHelp(const CLI::App& app);
 
-/// Parses a command line. Throws TextWanted, or Failure with Status::kUsage.
+/// Parses a command line. Throws TextWanted, or Failure with Status::kUsage, which names an option
+/// that is like one that is not known.
 void parseLine(CLI::App& app, int argc, const char* const* argv);
 
 /// Whether the command line begins with this verb.

@@ -1,6 +1,7 @@
 #include "run/diskFile.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -92,6 +93,18 @@ std::string md5OfFile(const std::string& file, uint64_t& bytes) {
     bytes += part.size();
   });
   return md5.sum();
+}
+
+bool isCalled(int descriptor, const std::string& name) {
+  struct stat a {};
+  struct stat b {};
+  return fstat(descriptor, &a) == 0 && stat(name.c_str(), &b) == 0 && a.st_dev == b.st_dev &&
+         a.st_ino == b.st_ino;
+}
+
+bool lockFile(int descriptor) {
+  if (flock(descriptor, LOCK_EX | LOCK_NB) == 0) return true;
+  return errno == ENOSYS || errno == ENOLCK || errno == EOPNOTSUPP;
 }
 
 bool exists(const std::string& file) {

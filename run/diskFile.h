@@ -46,6 +46,14 @@ void syncFile(const std::string& file);
 /// The MD5 sum of a file in hexadecimal digits, and its size (out). Throws Failure.
 std::string md5OfFile(const std::string& file, uint64_t& bytes);
 
+/// Whether an open file, or folder, is the one that has this name now.
+bool isCalled(int descriptor, const std::string& name);
+
+/// Locks an open file, or folder, for this process. Returns false, with errno set, where that
+/// fails: EWOULDBLOCK where another one has it. Some file systems have no locks; there two
+/// processes are not distinguished.
+bool lockFile(int descriptor);
+
 /// Whether there is anything of that name. Throws Failure where that cannot be found out.
 bool exists(const std::string& file);
 

@@ -49,8 +49,10 @@ CommonEstimate estimateCommon(const Assembly& assembly, int kmer, int threads) {
   const uint64_t kmers = survey::indexedKmers(scaffolds);
   const uint64_t bases = survey::contigBases(scaffolds);
   CommonEstimate estimate;
-  estimate.loadSeconds = kLoadBase * static_cast<double>(bases);
-  estimate.indexSeconds = kIndexKmer * static_cast<double>(kmers) / threads;
+  if (assembly.saved() == nullptr) {
+    estimate.loadSeconds = kLoadBase * static_cast<double>(bases);
+    estimate.indexSeconds = kIndexKmer * static_cast<double>(kmers) / threads;
+  }
   estimate.memory =
       kWorkingMemory + survey::assemblyBytes(scaffolds) + survey::indexBytes(kmer, kmers, bases);
   return estimate;

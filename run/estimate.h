@@ -11,8 +11,8 @@ namespace velk::run {
 
 /// What all tasks have in common.
 struct CommonEstimate {
-  double loadSeconds = 0;   // of the assembly
-  double indexSeconds = 0;  // of its index
+  double loadSeconds = 0;   // of the assembly; none where its index is saved
+  double indexSeconds = 0;  // of its index; none where it is saved
   uint64_t memory = 0;      // bytes
 };
 

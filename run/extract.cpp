@@ -116,6 +116,20 @@ std::string flanksText(const std::string& fasta, uint64_t bases, ExtractForm for
   return recordText(frontHead, front, form) + recordText(behindHead, behind, form);
 }
 
+// The gaps that are asked for, one by one, of a folder that has so many.
+std::vector<uint64_t> gapsOf(const ExtractRequest& request, uint64_t count) {
+  std::vector<uint64_t> gaps;
+  for (const GapRange& range : request.gaps) {
+    if (range.last >= count) {
+      throw Failure(Status::kUsage,
+                    "there is no gap " + std::to_string(std::max(range.first, count)) + "; " +
+                        request.folder + " has " + std::to_string(count) + ", numbered from 0");
+    }
+    for (uint64_t gap = range.first; gap <= range.last; ++gap) gaps.push_back(gap);
+  }
+  return gaps;
+}
+
 void writeText(const std::string& text, const std::string& output) {
   if (output == "-") {
     writeDescriptor(STDOUT_FILENO, "standard output", text);
@@ -132,15 +146,10 @@ void extractReads(const ExtractRequest& request, const std::string& output) {
     throw Failure(Status::kFailed, request.folder + " holds no whole result of velk-run");
   }
   const GapIndex index(file("gaps.idx"));
-  for (const uint64_t gap : request.gaps) {
-    if (gap < index.gaps()) continue;
-    throw Failure(Status::kUsage, "there is no gap " + std::to_string(gap) + "; " + request.folder +
-                                      " has " + std::to_string(index.gaps()) + ", numbered from 0");
-  }
+  std::vector<uint64_t> gaps = gapsOf(request, index.gaps());
   if (request.form == ExtractForm::kBam) {
-    const std::string shortIndex = file("reads.bam.bai");
-    std::vector<uint64_t> gaps = request.gaps;
     std::sort(gaps.begin(), gaps.end());
+    const std::string shortIndex = file("reads.bam.bai");
     extractBam(file("reads.bam"), exists(shortIndex) ? shortIndex : file("reads.bam.csi"), index,
                gaps, output);
     return;
@@ -149,13 +158,17 @@ void extractReads(const ExtractRequest& request, const std::string& output) {
   BlockReader pairs(file("pairs.fq.gz"));
   BlockReader singles(file("singles.fq.gz"));
   std::string text;
-  for (const uint64_t gap : request.gaps) {
+  for (const uint64_t gap : gaps) {
     const auto [from, to] = index.entriesOf(gap);
     if (request.flankBases > 0) {
       text += flanksText(flanks.text(from.flanks, to.flanks), request.flankBases, request.form);
     }
-    text += readsText(pairs.text(from.pairs, to.pairs), request.form);
-    text += readsText(singles.text(from.singles, to.singles), request.form);
+    if (request.part != ExtractPart::kSingles) {
+      text += readsText(pairs.text(from.pairs, to.pairs), request.form);
+    }
+    if (request.part != ExtractPart::kPairs) {
+      text += readsText(singles.text(from.singles, to.singles), request.form);
+    }
   }
   writeText(text, output);
 }

@@ -9,11 +9,24 @@ namespace velk::run {
 
 enum class ExtractForm : uint8_t { kFastq, kFasta, kBam };
 
+enum class ExtractPart : uint8_t { kAll, kPairs, kSingles };
+
+/// Gaps that follow each other, or one.
+struct GapRange {
+  // cppcheck-suppress noExplicitConstructor ; a gap is as good as a range
+  GapRange(uint64_t gap) : first(gap), last(gap) {}  // NOLINT: a gap is as good as a range
+  GapRange(uint64_t from, uint64_t to) : first(from), last(to) {}
+
+  uint64_t first;
+  uint64_t last;
+};
+
 struct ExtractRequest {
   std::string folder;
-  std::vector<uint64_t> gaps;
+  std::vector<GapRange> gaps;
   ExtractForm form = ExtractForm::kFastq;
-  uint64_t flankBases = 0;  // of each flank, in front of a gap's reads; 0: none. None in BAM.
+  uint64_t flankBases = 0;               // of each flank, in front of a gap's reads; none in BAM
+  ExtractPart part = ExtractPart::kAll;  // of a gap's reads; all in BAM
 };
 
 /// Writes to `output` ("-": standard output), gap by gap as asked for: the flanks, the pairs with

@@ -1,7 +1,7 @@
 #include "run/fasta.h"
 
 #include <algorithm>
-#include <cctype>
+#include <array>
 #include <cstring>
 #include <set>
 #include <string_view>
@@ -15,16 +15,17 @@ namespace {
 
 constexpr std::size_t kLongestScaffold = 0x7FFFFFFF;  // bases, of a BAM file
 
-// The first character that the name of a reference sequence in a SAM file cannot have; 0 without
-// one.
-char forbiddenIn(std::string_view name) {
-  const auto isForbidden = [](char c) {
-    return c < '!' || c > '~' || std::strchr("\\,\"`'()[]{}<>", c) != nullptr;
-  };
-  if (name.front() == '*' || name.front() == '=') return name.front();
-  const auto found = std::find_if(name.begin(), name.end(), isForbidden);
-  return found == name.end() ? '\0' : *found;
+// The upper case of each letter; 0 for what is none.
+constexpr std::array<char, 256> makeLetters() {
+  std::array<char, 256> letters{};
+  for (char letter = 'A'; letter <= 'Z'; ++letter) {
+    letters[static_cast<unsigned char>(letter)] = letter;
+    letters[static_cast<unsigned char>(letter - 'A' + 'a')] = letter;
+  }
+  return letters;
 }
+
+constexpr std::array<char, 256> kLetters = makeLetters();
 
 class Reader {
  public:
@@ -77,6 +78,10 @@ class Reader {
     if (!names_.insert(name_).second) fail("a second scaffold with the name " + name_);
   }
 
+  static bool isUsual(char upper) {
+    return upper == 'A' || upper == 'C' || upper == 'G' || upper == 'T' || upper == 'N';
+  }
+
   void addBases(std::string_view part) {
     if (name_.empty()) {
       if (part.find_first_not_of(" \t\r") == std::string_view::npos) return;
@@ -85,18 +90,21 @@ class Reader {
     if (bases_.size() + part.size() > kLongestScaffold) {
       fail("scaffold " + name_ + " is longer than 2147483647 bases");
     }
+    const std::size_t before = bases_.size();
+    bases_.resize(before + part.size());
+    auto end = bases_.begin() + static_cast<std::ptrdiff_t>(before);
     for (const char c : part) {
-      const auto letter = static_cast<unsigned char>(c);
-      if (c >= 'a' && c <= 'z') ++notes_.lowerCase;
-      const char upper = static_cast<char>(std::toupper(letter));
-      if (upper < 'A' || upper > 'Z') {
+      const char upper = kLetters[static_cast<unsigned char>(c)];
+      if (upper == 0) {
         if (c == '\r') ++notes_.carriageReturns;
         if (c == '\r' || c == ' ' || c == '\t') continue;
         fail(std::string("the character '") + c + "' is no base");
       }
-      if (std::strchr("ACGTN", upper) == nullptr) ++notes_.otherLetters;
-      bases_ += upper;
+      notes_.lowerCase += static_cast<uint64_t>(upper != c);
+      notes_.otherLetters += static_cast<uint64_t>(!isUsual(upper));
+      *end++ = upper;
     }
+    bases_.erase(end, bases_.end());
   }
 
   const std::string& file_;
@@ -111,6 +119,15 @@ class Reader {
 };
 
 }  // namespace
+
+char forbiddenIn(std::string_view name) {
+  const auto isForbidden = [](char c) {
+    return c < '!' || c > '~' || std::strchr("\\,\"`'()[]{}<>", c) != nullptr;
+  };
+  if (name.front() == '*' || name.front() == '=') return name.front();
+  const auto found = std::find_if(name.begin(), name.end(), isForbidden);
+  return found == name.end() ? '\0' : *found;
+}
 
 void readFasta(const std::string& file, AssemblyNotes& notes,
                const std::function<void(const std::string&, const std::string&)>& onScaffold) {

@@ -3,10 +3,15 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 
 namespace velk::run {
 
 struct AssemblyNotes;
+
+/// The first character that the name of a reference sequence in a SAM file cannot have; 0 without
+/// one. REQUIRES: the name is not empty.
+char forbiddenIn(std::string_view name);
 
 /// Calls onScaffold(name, bases) for each scaffold that has a base, in order: the header up to its
 /// first blank, and the bases in upper case. Adds what it fixed to `notes` (inout). Throws Failure

@@ -17,19 +17,12 @@ int64_t alignedBases(const std::vector<uint32_t>& cigar) {
 }
 
 void noteReach(const Gap& gap, const OutRecord& record, Evidence& evidence) {
-  const auto start = static_cast<int64_t>(gap.start);
-  const auto end = static_cast<int64_t>(gap.end);
-  const int64_t from = record.position;
-  const int64_t to = from + alignedBases(record.cigar);
+  const Stretch ofGap{static_cast<int64_t>(gap.start), static_cast<int64_t>(gap.end)};
+  const Reached reached =
+      reachInto(ofGap, {record.position, record.position + alignedBases(record.cigar)});
   const auto number = static_cast<uint64_t>(record.gap);
-  if (from <= start && to > start) {
-    const int64_t bases = std::min(to, end) - start;
-    evidence.addReach(number, Side::kFront, static_cast<uint64_t>(bases));
-  }
-  if (to >= end && from < end) {
-    const int64_t bases = end - std::max(from, start);
-    evidence.addReach(number, Side::kBehind, static_cast<uint64_t>(bases));
-  }
+  evidence.addReach(number, Side::kFront, static_cast<uint64_t>(reached.front));
+  evidence.addReach(number, Side::kBehind, static_cast<uint64_t>(reached.behind));
 }
 
 constexpr uint64_t kMarks = 64;  // of the text, in a word
@@ -47,6 +40,17 @@ uint64_t repeatedIn(const ContigText& text, uint64_t from, uint64_t to) {
 }
 
 }  // namespace
+
+Reached reachInto(const Stretch& gap, const Stretch& read) {
+  Reached reached;
+  if (read.start <= gap.start && read.end > gap.start) {
+    reached.front = std::min(read.end, gap.end) - gap.start;
+  }
+  if (read.end >= gap.end && read.start < gap.end) {
+    reached.behind = gap.end - std::max(read.start, gap.start);
+  }
+  return reached;
+}
 
 void noteReaches(const Assembly& assembly, const std::vector<OutRecord>& records,
                  Evidence& evidence) {

@@ -6,11 +6,21 @@
 #include <vector>
 
 #include "kmer/contigText.h"
+#include "run/alignment.h"
 #include "run/assembly.h"
 #include "run/describe.h"
 #include "run/evidence.h"
 
 namespace velk::run {
+
+/// Bases of a gap that a read covers from either side.
+struct Reached {
+  int64_t front = 0;
+  int64_t behind = 0;
+};
+
+/// How far an aligned read reaches into a gap. Both lie on one scaffold.
+Reached reachInto(const Stretch& gap, const Stretch& read);
 
 /// Notes how far the exact reads among these records reach into their gaps. Any thread may call it.
 void noteReaches(const Assembly& assembly, const std::vector<OutRecord>& records,

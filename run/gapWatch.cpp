@@ -27,7 +27,7 @@ void GapWatch::refused(const Refused& refused, int64_t length, int64_t mateLengt
   const ScaffoldInfo& info = assembly_.model()[hit.scaffold];
   // 1. The read itself runs over an end of the contig.
   if (hit.offset < 0 && hit.contig > 0) note(hit.scaffold, hit.contig, refused.reason);
-  const bool isOverRight = hit.offset + length > lengthOf(info.contigsInfo[hit.contig].contigSeq);
+  const bool isOverRight = hit.offset + length > lengthOf(info.contigsInfo[hit.contig].bases());
   if (isOverRight && hit.contig + 1 < info.contigsSum) {
     note(hit.scaffold, hit.contig + 1, refused.reason);
   }
@@ -56,7 +56,7 @@ void GapWatch::place(const Hit& hit, int64_t length) {
   isPlaced_ = true;
   const ScaffoldInfo& info = assembly_.model()[hit.scaffold];
   const int64_t behind =
-      lengthOf(info.contigsInfo[hit.contig].contigSeq) - hit.offset - length;  // to the right end
+      lengthOf(info.contigsInfo[hit.contig].bases()) - hit.offset - length;  // to the right end
   if (hit.offset < Evidence::kFlankBases && hit.contig > 0) {
     evidence_.addFlankRead(assembly_.gapInFront(hit.scaffold, hit.contig));
   }

@@ -12,6 +12,7 @@
 #include "run/arguments.h"
 #include "run/commandLine.h"
 #include "run/failure.h"
+#include "run/makeIndex.h"
 #include "run/planned.h"
 #include "run/run.h"
 #include "run/verbs.h"
@@ -45,6 +46,13 @@ void doVerb(int argc, char** argv) {
   if (asksFor("extract", argc, argv)) {
     const ExtractArguments arguments = parseExtract(argc, argv);
     extractReads(arguments.request, arguments.output);
+  } else if (asksFor("index", argc, argv)) {
+    const IndexArguments index = parseIndex(argc, argv);
+    if (index.toCheck.empty()) {
+      makeIndex(index.arguments);
+    } else {
+      checkIndex(index.toCheck, index.arguments);
+    }
   } else if (asksFor("plan", argc, argv)) {
     const PlanArguments plan = parsePlan(argc, argv);
     makePlan(plan.arguments, plan.root);

@@ -1,8 +1,4 @@
-#include <fcntl.h>
-
 #include <cmath>
-#include <cstdio>
-#include <filesystem>
 
 #include "driver/velk.h"
 #include "run/diskFile.h"
@@ -11,8 +7,9 @@
 #include "run/planned.h"
 #include "run/preparation.h"
 #include "run/results.h"
+#include "run/savedIndex.h"
 #include "run/session.h"
-#include "run/signalCleanup.h"
+#include "run/wholeFile.h"
 
 namespace velk::run {
 namespace {
@@ -39,28 +36,6 @@ void addFiles(Plan& plan, const Arguments& arguments, const std::string& root) {
       }
       plan.inputs.push_back(input);
     }
-  }
-}
-
-void requireNoInput(const std::string& output, const Arguments& arguments) {
-  for (const std::string& file : filesOf(arguments)) {
-    std::error_code ignored;
-    if (!std::filesystem::equivalent(output, file, ignored)) continue;
-    throw Failure(Status::kFailed, file + " is an input, and the plan would replace it");
-  }
-}
-
-// Writes a file that is there as a whole or not at all.
-void writeWhole(const std::string& file, const std::string& text) {
-  const std::string partial = file + ".partial";
-  const SignalCleanup cleanup({partial}, {});
-  try {
-    writeFile(partial, text);
-    syncFile(partial);
-    if (std::rename(partial.c_str(), file.c_str()) != 0) failFile(file, "made");
-  } catch (...) {
-    std::remove(partial.c_str());
-    throw;
   }
 }
 
@@ -96,14 +71,19 @@ std::vector<std::string> closingLines(const Plan& plan, const std::string& file)
 void makePlan(const Arguments& arguments, const std::string& root) {
   Kmer = arguments.kmer;  // read by the index
   Session session(arguments.quiet, arguments.force, arguments.threads);
-  requireNoInput(arguments.folder, arguments);
+  requireNoInput(arguments.folder, filesOf(arguments), "plan");
   session.judge(checkFiles(arguments.assembly, arguments.libraries));
+  const std::shared_ptr<const SavedIndex> saved = openIndex(arguments);
   Plan plan;
   plan.arguments = arguments;
   addFiles(plan, arguments, root);
+  if (saved != nullptr) {
+    requireSources(*saved, plan);
+    plan.index = saved->checksum();
+  }
   session.begin("preparing");
   // Samples are taken without helpers, so that a plan is the same on every machine.
-  Preparation preparation(arguments, 1, session);
+  Preparation preparation(arguments, 1, session, saved);
   plan.fixed = preparation.measure();
   plan.threads = session.threads();
   plan.estimate = estimateCommon(preparation.assembly(), arguments.kmer, plan.threads);
@@ -113,7 +93,10 @@ void makePlan(const Arguments& arguments, const std::string& root) {
                                            plan.threads, plan.estimate);
   }
   plan.warnings = session.warnings();
-  writeWhole(arguments.folder, textOfPlan(plan));
+  const std::string text = textOfPlan(plan);
+  writeWhole(arguments.folder, [&](int descriptor, const std::string& name) {
+    writeDescriptor(descriptor, name, text);
+  });
   for (const std::string& line : closingLines(plan, arguments.folder)) session.say(line);
 }
 

@@ -1,5 +1,6 @@
 #include "run/measure.h"
 
+#include "kmer/parallel.h"
 #include "survey/pairGeometry.h"
 
 namespace velk::run {
@@ -25,9 +26,9 @@ void fix(Library& library, const survey::PairMeasure& measure) {
 
 void measureLibraries(std::vector<Library>& libraries, const Inputs& inputs,
                       const survey::BoundedIndex& index, survey::Scaffolds scaffolds,
-                      const PlacementOptions& options) {
-  for (std::size_t n = 0; n < libraries.size(); ++n) {
-    if (!libraries[n].arePairs()) continue;
+                      const PlacementOptions& options, int threads) {
+  forEachInParallel(static_cast<std::size_t>(threads), libraries.size(), [&](std::size_t n) {
+    if (!libraries[n].arePairs()) return;
     survey::PairSurvey pairs(index, scaffolds, options);
     for (const OpenInput& input : inputs.all()) {
       if (input.library != n) continue;
@@ -42,7 +43,7 @@ void measureLibraries(std::vector<Library>& libraries, const Inputs& inputs,
         libraries[n].inserts[o].add(insert);
       }
     }
-  }
+  });
 }
 
 }  // namespace velk::run

@@ -17,6 +17,6 @@ inline constexpr uint64_t kLeastPairs = 100;
 /// run; `scaffolds`: of which the index has the first ones.
 void measureLibraries(std::vector<Library>& libraries, const Inputs& inputs,
                       const survey::BoundedIndex& index, survey::Scaffolds scaffolds,
-                      const PlacementOptions& options);
+                      const PlacementOptions& options, int threads);
 
 }  // namespace velk::run

@@ -35,7 +35,7 @@ void writeContigs(const std::string& file, const Assembly& assembly) {
       const ContigInfo& contig = model[s].contigsInfo[c];
       table.line() << ">scaffold" << model[s].scaffoldId << '_' << c << '\t' << contig.frontGapSize
                    << '\n'
-                   << contig.contigSeq << '\n';
+                   << contig.bases() << '\n';
     }
   }
   table.finish();
@@ -72,7 +72,7 @@ void writeGaps(const std::string& file, const Assembly& assembly,
       const ContigInfo& contig = info.contigsInfo[c];
       table.line() << contig.frontGapNum << '\t' << contig.frontGapSize << '\t'
                    << found[assembly.gapInFront(s, c)] << '\t'
-                   << info.contigsInfo[c - 1].contigSeq.size() << '\t' << contig.contigSeq.size()
+                   << info.contigsInfo[c - 1].bases().size() << '\t' << contig.bases().size()
                    << '\n';
     }
   }

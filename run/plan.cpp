@@ -8,7 +8,9 @@
 
 #include "run/diskFile.h"
 #include "run/failure.h"
+#include "run/libraryJson.h"
 #include "run/md5.h"
+#include "run/savedIndex.h"
 
 namespace velk::run {
 namespace {
@@ -42,16 +44,9 @@ Json insertsOf(const Library& library) {
   return json;
 }
 
-Json jsonOf(const Library& library) {
-  Json json{{"name", library.name}, {"kind", nameOf(library.kind)}};
-  if (library.arePairs()) {
-    json["orientation"] = nameOf(library.orientation);
-    json["orientation_source"] = library.orientationSource();
-    json["insert"] = library.insert;
-    json["insert_source"] = library.insertSource();
-    json["spread"] = library.spread;
-    json["inserts"] = insertsOf(library);
-  }
+Json plannedOf(const Library& library) {
+  Json json = jsonOf(library);
+  if (library.arePairs()) json["inserts"] = insertsOf(library);
   return json;
 }
 
@@ -170,6 +165,7 @@ Plan planOf(const Json& json) {
     plan.common.push_back(fileOf(json.at("agp")));
     plan.arguments.agp = plan.common.back().name;
   }
+  if (json.contains("index")) plan.index = json.at("index").at("md5");
   for (const Json& library : json.at("libraries")) {
     plan.fixed.libraries.push_back(libraryOf(library));
   }
@@ -194,6 +190,12 @@ Json jsonOf(const Plan& plan, uint32_t task) {
 
 }  // namespace
 
+void requireSources(const SavedIndex& index, const Plan& plan) {
+  index.requireAssembly(plan.common.front().name, plan.common.front().identity);
+  index.requireAgp(plan.common.size() > 1 ? std::optional(plan.common.back().identity)
+                                          : std::nullopt);
+}
+
 std::string textOfPlan(const Plan& plan) {
   Json json{{"schema", kPlanSchema},
             {"program", {{"name", "velk-run"}, {"version", VELK_VERSION}}},
@@ -201,8 +203,10 @@ std::string textOfPlan(const Plan& plan) {
             {"options", optionsOf(plan)},
             {"assembly", jsonOf(plan.common.front())}};
   if (plan.common.size() > 1) json["agp"] = jsonOf(plan.common.back());
+  if (!plan.index.empty()) json["index"] = {{"md5", plan.index}};
   json["libraries"] = Json::array();
-  for (const Library& library : plan.fixed.libraries) json["libraries"].push_back(jsonOf(library));
+  for (const Library& library : plan.fixed.libraries)
+    json["libraries"].push_back(plannedOf(library));
   json["threads"] = plan.threads;
   json["tasks"] = Json::array();
   for (uint32_t n = 0; n < plan.inputs.size(); ++n) json["tasks"].push_back(jsonOf(plan, n));

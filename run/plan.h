@@ -15,6 +15,8 @@
 
 namespace velk::run {
 
+class SavedIndex;
+
 /// A file that the tasks read.
 struct PlannedFile {
   std::string name;  // from the root of the inputs
@@ -34,11 +36,15 @@ struct Plan {
   Arguments arguments;              // without libraries, and with the files' names in the plan
   FixedValues fixed;                // its libraries without inputs
   std::vector<PlannedFile> common;  // that all tasks read: the assembly, and an AGP file if any
+  std::string index;                // checksum of the saved index that tasks take; empty: of none
   std::vector<PlannedInput> inputs;
   std::vector<std::string> warnings;  // of the look at the inputs
   int threads = 1;                    // that the estimates are for
   CommonEstimate estimate;
 };
+
+/// Throws Failure unless the index is that of the plan's files.
+void requireSources(const SavedIndex& index, const Plan& plan);
 
 /// The text of the file. Throws Failure where a name can't be written in it.
 std::string textOfPlan(const Plan& plan);

@@ -1,8 +1,9 @@
 #include "run/planInUse.h"
 
 #include "driver/velk.h"
-#include "run/placeholders.h"
+#include "run/failure.h"
 #include "run/preparation.h"
+#include "run/savedIndex.h"
 
 namespace velk::run {
 
@@ -22,9 +23,19 @@ PlanInUse::PlanInUse(const PlannedRequest& request)
     }
   }
   ofPlan.libraries = plan_.fixed.libraries;
+  ofPlan.index = request.index;
+  saved_ = openIndex(ofPlan);
+  if (saved_ == nullptr) return;
+  requireSources(*saved_, plan_);
+  if (!plan_.index.empty() && plan_.index != saved_->checksum()) {
+    throw Failure(
+        Status::kFailed,
+        saved_->file() + " is not the index that the plan was made with: its checksum differs");
+  }
 }
 
 void PlanInUse::requireCommonFiles() const {
+  if (saved_ != nullptr) return;
   for (const PlannedFile& file : plan_.common) {
     requireIdentity(fileAtRoot(file.name, request_.root), Summed::kAll, file.identity);
   }
@@ -65,9 +76,7 @@ InputFile PlanInUse::assemblyFacts() const {
 
 std::unique_ptr<Assembly> PlanInUse::assembly() const {
   Kmer = arguments().kmer;  // read by the index
-  auto assembly = std::make_unique<Assembly>(
-      arguments().assembly, cutOptionsOf(arguments(), fixed().readLength),
-      readPlaceholders(arguments().placeholders, arguments().agp));
+  std::unique_ptr<Assembly> assembly = loadAssembly(arguments(), fixed().readLength, saved_);
   assembly->lengthenPlaceholders(fixed().placeholderLength);
   return assembly;
 }

@@ -13,7 +13,7 @@ namespace velk::run {
 
 class PlanInUse {
  public:
-  /// Reads the plan. Throws Failure.
+  /// Reads the plan, and opens the index. Throws Failure.
   explicit PlanInUse(const PlannedRequest& request);
 
   const Plan& plan() const { return plan_; }
@@ -23,7 +23,7 @@ class PlanInUse {
   const FixedValues& fixed() const { return plan_.fixed; }
 
   /// Throws Failure unless the files that all tasks read, and those of an input, are the ones that
-  /// the plan was made with.
+  /// the plan was made with. With an index the former are not read.
   void requireCommonFiles() const;
   void requireInput(uint32_t input) const;
 
@@ -40,6 +40,7 @@ class PlanInUse {
  private:
   const PlannedRequest& request_;
   Plan plan_;
+  std::shared_ptr<const SavedIndex> saved_;  // of --index, if any
 };
 
 }  // namespace velk::run

@@ -19,6 +19,7 @@ struct PlannedRequest {
   std::string plan;        // its file
   std::string output;      // -o: the folder that is made
   std::string root = ".";  // --inputs-root: where the names of the plan count from
+  std::string index;       // --index: a saved one; empty: each verb reads the assembly
   int threads = 0;         // -t
   bool isForced = false;   // --force
   bool isQuiet = false;    // --quiet

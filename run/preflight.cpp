@@ -143,8 +143,11 @@ std::vector<Finding> checkMemory(const Assembly& assembly, int kmer) {
   std::vector<Finding> findings;
   const survey::Scaffolds scaffolds(assembly.model(), assembly.scaffolds().size());
   // The assembly is in memory by now.
-  const uint64_t wanted = kWorkingMemory + survey::indexBytes(kmer, survey::indexedKmers(scaffolds),
-                                                              survey::contigBases(scaffolds));
+  uint64_t wanted = kWorkingMemory;
+  if (assembly.saved() == nullptr) {
+    wanted +=
+        survey::indexBytes(kmer, survey::indexedKmers(scaffolds), survey::contigBases(scaffolds));
+  }
   const auto inMegabytes = [](uint64_t bytes) { return countText(bytes >> 20) + " MiB"; };
   if (const uint64_t free = survey::freeMemory(); wanted > free) {
     findings.push_back(

@@ -31,7 +31,7 @@ std::vector<Finding> checkSamples(const Inputs& inputs);
 /// What is wrong with the assembly. hasPlaceholders: whether some of its gaps should be such.
 std::vector<Finding> checkAssembly(const Assembly& assembly, bool hasPlaceholders);
 
-/// Whether there is memory to index this assembly and to search.
+/// Whether there is memory to index this assembly, unless that is saved, and to search.
 std::vector<Finding> checkMemory(const Assembly& assembly, int kmer);
 
 /// What is wrong with the measured libraries. `given`: as they were before.

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "driver/velk.h"
 #include "run/measure.h"
 #include "run/placeholders.h"
+#include "run/savedIndex.h"
 #include "survey/boundedIndex.h"
 #include "survey/timeModel.h"
 
@@ -50,15 +52,33 @@ CutOptions cutOptionsOf(const Arguments& arguments, int readLength) {
   return {arguments.shortestContig, arguments.cut, readLength};
 }
 
-Preparation::Preparation(const Arguments& arguments, int threads, Session& session)
+std::shared_ptr<const SavedIndex> openIndex(const Arguments& arguments) {
+  if (arguments.index.empty()) return nullptr;
+  auto saved = std::make_shared<const SavedIndex>(arguments.index);
+  saved->requireOptions(arguments);
+  return saved;
+}
+
+std::unique_ptr<Assembly> loadAssembly(const Arguments& arguments, int readLength,
+                                       std::shared_ptr<const SavedIndex> saved) {
+  const CutOptions options = cutOptionsOf(arguments, readLength);
+  if (saved == nullptr) {
+    return std::make_unique<Assembly>(arguments.assembly, options,
+                                      readPlaceholders(arguments.placeholders, arguments.agp));
+  }
+  saved->requireReadLength(readLength);
+  return std::make_unique<Assembly>(arguments.assembly, options, std::move(saved));
+}
+
+Preparation::Preparation(const Arguments& arguments, int threads, Session& session,
+                         std::shared_ptr<const SavedIndex> saved)
     : arguments_(arguments),
       threads_(threads),
       session_(session),
       inputs_(std::make_unique<Inputs>(arguments.libraries, threads)) {
   session_.judge(checkSamples(*inputs_));
   readLength_ = readLengthOfSamples();
-  assembly_ = std::make_unique<Assembly>(arguments.assembly, cutOptionsOf(arguments, readLength_),
-                                         readPlaceholders(arguments.placeholders, arguments.agp));
+  assembly_ = loadAssembly(arguments, readLength_, std::move(saved));
   session_.judge(
       checkAssembly(*assembly_, !arguments.placeholders.empty() || !arguments.agp.empty()));
 }
@@ -90,7 +110,8 @@ void Preparation::measureOn(FixedValues& fixed) {
       survey::FirstContigs(scaffolds, std::clamp(some, kLeastMeasured, kMostMeasured)),
       arguments_.kmer, threads_);
   measureLibraries(fixed.libraries, *inputs_, *index_, scaffolds,
-                   {arguments_.kmer, 0, 0, readLength_, arguments_.mapCut, arguments_.overRatio});
+                   {arguments_.kmer, 0, 0, readLength_, arguments_.mapCut, arguments_.overRatio},
+                   threads_);
   session_.judge(checkLibraries(arguments_.libraries, fixed.libraries));
 }
 

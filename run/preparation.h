@@ -16,8 +16,10 @@ namespace velk::run {
 class Preparation {
  public:
   /// Opens the inputs and loads the assembly. Throws Failure where they are not what a run can use.
-  /// `threads`: of the inputs' helpers, and for measuring. Both references outlive it.
-  Preparation(const Arguments& arguments, int threads, Session& session);
+  /// `threads`: of the inputs' helpers, and for measuring. `saved`: of openIndex(). Both references
+  /// outlive it.
+  Preparation(const Arguments& arguments, int threads, Session& session,
+              std::shared_ptr<const SavedIndex> saved);
 
   /// Measures the libraries, and returns all that is fixed by it. Once. Throws Failure.
   FixedValues measure();
@@ -41,6 +43,13 @@ class Preparation {
   std::unique_ptr<Assembly> assembly_;
   std::unique_ptr<survey::BoundedIndex> index_;  // of a part of it; null without k-mers
 };
+
+/// The index of --index, made with these options; null without one. Throws Failure.
+std::shared_ptr<const SavedIndex> openIndex(const Arguments& arguments);
+
+/// The assembly: read, or as it is saved. Throws Failure, or reads::InputError.
+std::unique_ptr<Assembly> loadAssembly(const Arguments& arguments, int readLength,
+                                       std::shared_ptr<const SavedIndex> saved);
 
 /// How the assembly of a run is cut, with this read length.
 CutOptions cutOptionsOf(const Arguments& arguments, int readLength);

@@ -1,7 +1,6 @@
 #include "run/resultFolder.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,6 +9,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "kmer/parallel.h"
 #include "run/diskFile.h"
 #include "run/failure.h"
 #include "run/resultNames.h"
@@ -44,21 +44,6 @@ bool makeFolder(const std::string& folder) {
   if (why == EEXIST && fs::is_directory(folder)) return false;
   errno = why;
   failFile(folder, "made");
-}
-
-// Whether the descriptor is that of the folder which has this name now.
-bool isFolder(int descriptor, const std::string& folder) {
-  struct stat a {};
-  struct stat b {};
-  return fstat(descriptor, &a) == 0 && stat(folder.c_str(), &b) == 0 && a.st_dev == b.st_dev &&
-         a.st_ino == b.st_ino;
-}
-
-// Returns false, with errno set, when that fails. Some file systems have no locks; there two runs
-// at once are not distinguished.
-bool lockFolder(int descriptor) {
-  if (flock(descriptor, LOCK_EX | LOCK_NB) == 0) return true;
-  return errno == ENOSYS || errno == ENOLCK || errno == EOPNOTSUPP;
 }
 
 }  // namespace
@@ -130,14 +115,14 @@ void ResultFolder::lock() {
     lock_ = open(partialFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (lock_ < 0 && errno != ENOENT) fail("opened");
     if (lock_ < 0) continue;
-    if (!lockFolder(lock_)) {
+    if (!lockFile(lock_)) {
       const int reason = errno;
       unlock();
       if (reason == EWOULDBLOCK) throw Failure(Status::kFailed, "another run writes to " + folder_);
       errno = reason;
       fail("locked");
     }
-    if (isFolder(lock_, partialFolder)) return;
+    if (isCalled(lock_, partialFolder)) return;
     unlock();
   }
 }
@@ -176,15 +161,15 @@ void ResultFolder::removeEarlier() {
   for (const char* name : {kEarlierName, kNextName}) removeFile(file(name));
 }
 
-std::vector<ResultFile> ResultFolder::seal() {
+std::vector<ResultFile> ResultFolder::seal(int threads) {
   for (const char* name : form_.names) {
-    const std::string made = partial(name);
-    if (!exists(made)) continue;
-    syncFile(made);
-    ResultFile facts{name, 0, ""};
-    facts.md5 = md5OfFile(made, facts.bytes);
-    sealed_.push_back(facts);
+    if (exists(partial(name))) sealed_.push_back({name, 0, ""});
   }
+  forEachInParallel(static_cast<std::size_t>(threads), sealed_.size(), [&](std::size_t n) {
+    const std::string made = partial(sealed_[n].name);
+    syncFile(made);
+    sealed_[n].md5 = md5OfFile(made, sealed_[n].bytes);
+  });
   return sealed_;
 }
 

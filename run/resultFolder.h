@@ -8,7 +8,7 @@
 //   ResultFolder folder(dir, inputs)   looks, and changes nothing
 //   folder.begin()                     removes an earlier result, makes .partial
 //   ... files are written to folder.partial(name) ...
-//   folder.seal()                      has them on disk, and returns sizes and checksums
+//   folder.seal(threads)               has them on disk, and returns sizes and checksums
 //   folder.publish(summary)            moves them
 #pragma once
 
@@ -52,8 +52,8 @@ class ResultFolder {
   /// at once.
   std::string partial(const std::string& name) const;
 
-  /// Throws Failure.
-  std::vector<ResultFile> seal();
+  /// The files are summed up by `threads` threads. Throws Failure.
+  std::vector<ResultFile> seal(int threads);
 
   /// `summary`: text of the summary. Throws Failure.
   void publish(const std::string& summary);

@@ -37,6 +37,7 @@ uint64_t searchedOf(const std::string& library, const std::vector<InputFacts>& i
 std::vector<std::string> filesOf(const Arguments& arguments) {
   std::vector<std::string> files{arguments.assembly};
   if (!arguments.agp.empty()) files.push_back(arguments.agp);
+  if (!arguments.index.empty()) files.push_back(arguments.index);
   for (const Library& library : arguments.libraries) {
     for (const reads::InputFiles& input : library.inputs) {
       files.push_back(input.first);
@@ -92,7 +93,7 @@ void Results::finish(const Assembly& assembly, const FixedValues& fixed, const S
     summary.warnings = warnings;
     report_ = makeReport(folder_.partial("."), summaryText(summary, assembly, found.counts()));
   }
-  files_ = folder_.seal();
+  files_ = folder_.seal(session.threads());
   session.end();
   Summary summary = summaryOf(fixed, searched, found, session);
   summary.warnings = warnings;

@@ -87,13 +87,13 @@ class Collector {
   // Bases of a read of the entry.
   int64_t lengthOf(int mate) const {
     const auto entry = static_cast<std::size_t>(current_);
-    return static_cast<int64_t>(batch_.read(entry, mate).bases.size());
+    return static_cast<int64_t>(batch_.basesOfRead(entry, mate).size());
   }
 
   void lookForSpan(std::size_t entry) {
     const FoundAnchor& anchor = *entry_.anchor;
-    const PairBases pair{batch_.read(entry, anchor.mate).bases,
-                         batch_.read(entry, 1 - anchor.mate).bases};
+    const PairBases pair{batch_.basesOfRead(entry, anchor.mate),
+                         batch_.basesOfRead(entry, 1 - anchor.mate)};
     if (const auto span = spans_.find(anchor, pair, library_)) receiver_.takeSpan(*span);
   }
 
@@ -125,7 +125,7 @@ ReadCounts Search::countReads(const reads::ReadBatch& batch) const {
     bool hasN = false;
     bool isShort = false;
     for (int mate = 0; mate < reads; ++mate) {
-      const std::string_view bases = batch.read(entry, mate).bases;
+      const std::string_view bases = batch.basesOfRead(entry, mate);
       counts.bases += bases.size();
       hasN |= bases.find('N') != std::string_view::npos;
       isShort |= bases.size() < static_cast<std::size_t>(values_.kmer);

@@ -6,6 +6,7 @@
 
 #include "driver/velk.h"
 #include "run/gapFlanks.h"
+#include "run/savedIndex.h"
 #include "run/terminal.h"
 
 namespace velk::run {
@@ -30,6 +31,12 @@ FlankReach flankReach(const FixedValues& fixed) {
 
 }  // namespace
 
+void setIndex(SeedIndex& index, const Assembly& assembly, int kmer, int threads) {
+  if (assembly.saved() != nullptr) return assembly.saved()->setIndex(index, assembly);
+  const auto scaffolds = static_cast<uint32_t>(assembly.scaffolds().size());
+  if (!index.build(assembly.model(), scaffolds, kmer, threads)) throw std::bad_alloc();
+}
+
 std::vector<ReadCounts> searchInputs(const ToSearch& toSearch, Session& session,
                                      FoundReceiver& receiver) {
   const Arguments& arguments = toSearch.arguments;
@@ -37,11 +44,7 @@ std::vector<ReadCounts> searchInputs(const ToSearch& toSearch, Session& session,
   session.begin("indexing");
   Kmer = arguments.kmer;  // read by the index
   SeedIndex index;
-  if (!index.build(toSearch.assembly.model(),
-                   static_cast<uint32_t>(toSearch.assembly.scaffolds().size()), arguments.kmer,
-                   session.threads())) {
-    throw std::bad_alloc();
-  }
+  setIndex(index, toSearch.assembly, arguments.kmer, session.threads());
   const SearchValues values{arguments.kmer,   fixed.readLength,    fixed.bigGapLength,
                             arguments.mapCut, arguments.overRatio, session.threads()};
   const uint64_t bytes = toSearch.inputs.bytes();

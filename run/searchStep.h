@@ -21,8 +21,11 @@ struct ToSearch {
   const Inputs& inputs;
 };
 
-/// Makes the index of the assembly and searches the inputs for `receiver`. Returns the counts of
-/// each library. Throws what Search::run() throws, and std::bad_alloc.
+/// Makes the index of an assembly, or takes its saved one. Throws std::bad_alloc, and Failure.
+void setIndex(SeedIndex& index, const Assembly& assembly, int kmer, int threads);
+
+/// Makes the index of the assembly, or takes its saved one, and searches the inputs for `receiver`.
+/// Returns the counts of each library. Throws what Search::run() throws, and std::bad_alloc.
 std::vector<ReadCounts> searchInputs(const ToSearch& toSearch, Session& session,
                                      FoundReceiver& receiver);
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "run/libraryJson.h"
+
 namespace velk::run {
 namespace {
 
@@ -42,14 +44,7 @@ Json countsOf(uint64_t library, const Assembly& assembly, const GapCounts& count
 
 Json jsonOf(const LibraryFacts& facts) {
   const Library& library = facts.library;
-  Json json{{"name", library.name}, {"kind", nameOf(library.kind)}};
-  if (library.arePairs()) {
-    json["orientation"] = nameOf(library.orientation);
-    json["orientation_source"] = library.orientationSource();
-    json["insert"] = library.insert;
-    json["insert_source"] = library.insertSource();
-    json["spread"] = library.spread;
-  }
+  Json json = jsonOf(library);
   json["reads_searched"] = facts.reads;
   json["reads_found"] = facts.found;
   json["bases_searched"] = facts.counts.bases;

@@ -56,7 +56,7 @@ void runTask(const PlannedRequest& request, uint64_t number) {
   share.fixes = input.fixes();
   session.begin("writing");
   found.writeShare(share);
-  share.files = folder.seal();
+  share.files = folder.seal(session.threads());
   session.end();
   share.times = session.times();
   share.peakMemory = peakMemory();

@@ -2,9 +2,12 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
 #include <string_view>
 
 #include "run/commandLine.h"
+#include "run/failure.h"
+#include "run/flanks.h"
 
 namespace velk::run {
 namespace {
@@ -15,6 +18,8 @@ void addCommon(CLI::App& app, PlannedRequest& request, const char* output) {
   app.add_option("--inputs-root", request.root, "folder that the names of the plan count from")
       ->type_name("DIR")
       ->capture_default_str();
+  app.add_option("--index", request.index, "saved index, in place of the assembly")
+      ->type_name("FILE");
   app.add_option("-t,--threads", request.threads, "worker threads; 0: all allowed processors")
       ->check(CLI::Range(0, 4096))
       ->capture_default_str();
@@ -29,6 +34,20 @@ void addForce(CLI::App& app, PlannedRequest& request) {
   app.add_flag("--force", request.isForced, "go on where there seems to be too little memory");
 }
 
+// A gap, "17", or a range of gaps, "3-7".
+GapRange rangeOf(const std::string& text, const std::string& more) {
+  GapRange range(0);
+  const char* const end = text.data() + text.size();
+  std::from_chars_result read = std::from_chars(text.data(), end, range.first);
+  range.last = range.first;
+  if (read.ec == std::errc() && read.ptr != end && *read.ptr == '-') {
+    read = std::from_chars(read.ptr + 1, end, range.last);
+  }
+  if (read.ec == std::errc() && read.ptr == end && range.first <= range.last) return range;
+  throw Failure(Status::kUsage,
+                "\"" + text + "\" is neither the number of a gap nor a range, as 3-7" + more);
+}
+
 }  // namespace
 
 bool hasPlan(int argc, const char* const* argv) {
@@ -39,25 +58,42 @@ bool hasPlan(int argc, const char* const* argv) {
 
 ExtractArguments parseExtract(int argc, const char* const* argv) {
   ExtractArguments arguments;
+  std::vector<std::string> gaps;
   bool asFasta = false;
   bool asBam = false;
+  bool onlyPairs = false;
+  bool onlySingles = false;
   CLI::App app("Writes the reads of some gaps from the results of a run.", "velk-run extract");
   app.add_option("folder", arguments.request.folder, "folder of results")
       ->required()
       ->type_name("DIR");
-  app.add_option("gaps", arguments.request.gaps, "numbers of gaps, as in gaps.tsv")
+  app.add_option("gaps", gaps, "numbers of gaps, as in gaps.tsv; ranges, as 3-7")
       ->required()
       ->type_name("GAP...");
   CLI::Option* const fasta = app.add_flag("--fasta", asFasta, "FASTA instead of FASTQ");
   CLI::Option* const bam = app.add_flag("--bam", asBam, "BAM instead of FASTQ")->excludes(fasta);
   app.add_option("--flanks", arguments.request.flankBases,
-                 "also so many bases of both flanks of each gap")
+                 "also so many bases of both flanks of each gap, 500 at most")
       ->type_name("N")
       ->excludes(bam);
+  CLI::Option* const pairs =
+      app.add_flag("--pairs-only", onlyPairs, "no single reads")->excludes(bam);
+  app.add_flag("--singles-only", onlySingles, "no pairs")->excludes(bam)->excludes(pairs);
   app.add_option("-o,--output", arguments.output, "file to write; -: standard output")
       ->type_name("FILE")
       ->capture_default_str();
   parseLine(app, argc - 1, argv + 1);
+  for (const std::string& text : gaps) {
+    arguments.request.gaps.push_back(rangeOf(text, moreInHelp(app)));
+  }
+  if (arguments.request.flankBases > kLongestFlank) {
+    throw Failure(Status::kUsage, "--flanks: of each flank " + std::to_string(kLongestFlank) +
+                                      " bases are kept, not " +
+                                      std::to_string(arguments.request.flankBases) +
+                                      moreInHelp(app));
+  }
+  if (onlyPairs) arguments.request.part = ExtractPart::kPairs;
+  if (onlySingles) arguments.request.part = ExtractPart::kSingles;
   if (asFasta) arguments.request.form = ExtractForm::kFasta;
   if (asBam) arguments.request.form = ExtractForm::kBam;
   return arguments;

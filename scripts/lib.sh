@@ -9,7 +9,7 @@
   check_packages=(libcli11-dev nlohmann-json3-dev)
   run_packages=(pkg-config libhts-dev libarchive-dev)
   test_packages=(libisal-dev libgtest-dev librapidcheck-dev python3 patch strace mandoc zsh samtools
-    tabix zstd xz-utils bzip2 fml-asm chromium multiqc)
+    tabix zstd xz-utils bzip2 fml-asm megahit chromium multiqc)
   style_packages=(clang-format clang-tidy cppcheck shellcheck codespell)
   fuzz_packages=(clang libclang-rt-14-dev)
   coverage_packages=(gcovr)

@@ -4,7 +4,7 @@ namespace velk::survey {
 
 uint64_t contigBases(Scaffolds scaffolds) {
   uint64_t bases = 0;
-  forEachContig(scaffolds, [&](const ContigInfo& contig) { bases += contig.contigSeq.size(); });
+  forEachContig(scaffolds, [&](const ContigInfo& contig) { bases += contig.bases().size(); });
   return bases;
 }
 
@@ -17,7 +17,7 @@ uint64_t indexedKmers(Scaffolds scaffolds) {
 std::vector<uint64_t> indexedLengths(Scaffolds scaffolds) {
   std::vector<uint64_t> lengths;
   forEachContig(scaffolds, [&](const ContigInfo& contig) {
-    if (windowsOf(contig) > 0) lengths.push_back(contig.contigSeq.size());
+    if (windowsOf(contig) > 0) lengths.push_back(contig.bases().size());
   });
   return lengths;
 }

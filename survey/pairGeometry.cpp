@@ -15,7 +15,7 @@ std::optional<ReadPlace> placeOnStrand(Scaffolds scaffolds, const PlacementOptio
                                        ReadStrand<Engine> strand) {
   std::optional<ReadPlace> place;
   strand.visitHits([&](const Hit& hit) {
-    const std::string& contig = scaffolds[hit.scaffold].contigsInfo[hit.contig].contigSeq;
+    const std::string_view contig = scaffolds[hit.scaffold].contigsInfo[hit.contig].bases();
     const int64_t end = hit.offset + static_cast<int64_t>(strand.size());
     const bool isInside = hit.offset >= 0 && end <= static_cast<int64_t>(contig.size());
     if (!isInside || checkOnContig(contig, strand.bases(), hit.offset, options) != Refusal::kNone) {

@@ -143,6 +143,55 @@ class CommandLine(unittest.TestCase):
         (self.folder / name).write_bytes(content)
         (self.folder / "reads.lib").write_text(f"[LIB]\nf={name}\n", encoding="ascii")
 
+    def report_on(self, names):
+        """The report on a library of single reads: packed ones without the ending for it."""
+        packed = gzip.compress(b">r\n" + b"ACGTTGCA" * 12 + b"\n")
+        for name in names:
+            if name != "gone.fa":
+                (self.folder / name).write_bytes(packed)
+        library = "[LIB]\n" + "".join(f"f={name}\n" for name in names)
+        (self.folder / "reads.lib").write_text(library, encoding="ascii")
+        ended = self.run_check(*RUN)
+        self.assertEqual((ended.returncode, ended.stderr), (2, ""))
+        return ended.stdout
+
+    def test_a_kind_is_told_once_with_all_its_places(self):
+        said = self.report_on(["one.fa", "gone.fa", "two.fa"])
+        self.assertEqual(said[:said.index("    k-mers: ")], """\
+error [gzip-plain-name] a gzip file without .gz at the end of its name
+    one.fa: the file is compressed with gzip
+    two.fa: the file is compressed with gzip
+    velk: velk reads it as text and stops, or loses its reads as second mates
+    fix: add .gz to the name
+    velk-run: needs no fix
+error [reads-missing] a plain read file cannot be opened
+    gone.fa: No such file or directory
+    velk: velk stops there with status 1; what follows is lost
+    fix: check the name and the permissions
+
+What a run takes, the errors fixed
+""")
+        self.assertEqual(said.splitlines()[-1], "2 errors, 0 warnings, 0 notes")
+
+    def test_of_many_places_the_first_are_shown(self):
+        said = self.report_on([f"{number}.fa" for number in range(13)])
+        self.assertIn("    9.fa: the file is compressed with gzip\n"
+                      "    and 3 more (--json lists all)\n    velk: ", said)
+        self.assertNotIn("10.fa", said)
+        report = json.loads(self.run_check("--json", *RUN).stdout)
+        places = [finding["file"] for finding in report["findings"]]
+        self.assertEqual(places, [f"{number}.fa" for number in range(13)])
+        self.assertEqual({finding["velk_run"] for finding in report["findings"]}, {"needs no fix"})
+
+    def test_a_command_line_is_printed_where_there_is_no_error(self):
+        for more, status in [([], 0), (["-r", "50"], 1), (["-L", "-1"], 2)]:
+            said = self.run_check(*RUN, *more)
+            report = json.loads(self.run_check("--json", *RUN, *more).stdout)
+            self.assertEqual((said.returncode, report["status"]), (status, status))
+            self.assertEqual("Command line to run\n    velk -l reads.lib" in said.stdout, status < 2)
+            self.assertEqual("velk -l" in said.stdout, status < 2)
+            self.assertEqual("command" in report.get("advice", {}), status < 2)
+
     def test_deep_reads_gzip_files_to_their_end(self):
         record = b"@r\n" + b"ACGTTGCA" * 12 + b"\n+\n" + b"I" * 96 + b"\n"
         whole = gzip.compress(record * 400000, compresslevel=1)  # 80 MB

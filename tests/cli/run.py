@@ -1,9 +1,11 @@
 #!/usr/bin/env python3
 """Runs command-line cases of velk and compares all that a run leaves behind, byte for byte.
 
-    run.py --velk PATH [--rewrite] CASE_FILE...
+    run.py --velk PATH [--rewrite] [--without REGEX] CASES...
+    run.py --list [--threads] CASES...       the cases, and of them those that start threads
 
-A case begins with a comment, what it is about; then follow sections (tests/support/sections.py):
+CASES is a file with all its cases, or FILE:NAME, one of them. A case begins with a line `=== NAME`
+and a comment, what it is about; then follow sections (tests/support/sections.py):
 
     --- command          lines for sh, in which `velk` is the program
     --- setup            lines for sh that prepare the folder that the command runs in (optional)
@@ -13,8 +15,9 @@ A case begins with a comment, what it is about; then follow sections (tests/supp
     --- stderr
     --- output NAME      every file that the run creates or changes
 
-No other file may be new, gone or changed. Contents that many cases share stand in shared.txt: a
-heading `input s.fa = scaffold` takes the one of that name and has no text below it. --rewrite makes
+No other file may be new, gone or changed. The inputs in front of a file's first case are those of all
+its cases that have no other of the name. A heading that ends with `= TEXT` begins with the text of
+that name in shared.txt, as `input s.fa = scaffold` does; what stands below it follows. --rewrite makes
 the expectations of what is seen; read every line of them before you keep them.
 """
 import argparse
@@ -42,31 +45,50 @@ OPEN_TEXTS = [
 ]
 
 SHARED = {name: sections.decoded(text) for name, text in sections.read(FOLDER / "shared.txt")[1]}
+STARTS_THREADS = re.compile(rb"threads created!|can't create worker thread")
 
 
 class Case:
-    """What a case file says: scripts as text, all else as bytes."""
+    """What a case says: scripts as text, all else as bytes."""
 
-    def __init__(self, path):
-        self.comment, self.given = sections.read(path)
+    def __init__(self, name, sections_of_it):
+        self.name = name
         self.scripts = {"setup": ""}
         self.inputs = {}
         self.outputs = {}
         self.said = {"stdout": b"", "stderr": b""}
-        for heading, text in self.given:
-            kind, _, rest = heading.partition(" ")
-            name, _, shared = rest.partition(" = ")
+        for heading, text in sections_of_it:
+            heading, _, shared = heading.partition(" = ")
+            kind, _, name = heading.partition(" ")
             if kind in ("command", "setup"):
                 self.scripts[kind] = text
-            elif kind == "status":
+                continue
+            content = (SHARED[shared] if shared else b"") + sections.decoded(text)
+            if kind == "status":
                 self.said[kind] = name.encode()
             elif kind in ("stdout", "stderr"):
-                self.said[kind] = sections.decoded(text)
+                self.said[kind] = content
             elif kind in ("input", "output"):
                 into = self.inputs if kind == "input" else self.outputs
-                into[name] = SHARED[shared] if shared else sections.decoded(text)
+                into[name] = content
             else:
-                raise ValueError(f"{path}: {heading!r} is no heading")
+                raise ValueError(f"{self.name}: {heading!r} is no heading")
+
+    def starts_threads(self):
+        return any(STARTS_THREADS.search(text) for text in self.said.values())
+
+
+class CaseFile:
+    """A file of cases, all or one of which are meant."""
+
+    def __init__(self, argument):
+        path, _, name = argument.partition(":")
+        self.path = pathlib.Path(path)
+        self.front, self.groups = sections.read_groups(self.path)
+        self.cases = [Case(found, self.front[1] + given)
+                      for found, (_, given) in self.groups.items() if name in ("", found)]
+        if not self.cases:
+            raise ValueError(f"{argument}: no such case")
 
 
 def normalised(text):
@@ -139,39 +161,63 @@ def passes(case, velk):
     return good
 
 
+def shared_part(content, whole):
+    """The longest shared text that is the content or, if not the whole is asked for, begins it."""
+    fitting = [name for name, text in SHARED.items()
+               if content == text or not whole and content.startswith(text)]
+    return max(fitting, key=lambda name: len(SHARED[name]), default=None)
+
+
+def section(heading, content, whole):
+    shared = shared_part(content, whole)
+    if shared is None:
+        return heading, sections.encoded(content)
+    return f"{heading} = {shared}", sections.encoded(content[len(SHARED[shared]):])
+
+
 def expectations(before, after, said):
     """The sections that hold what was seen."""
     yield f"status {said['status'].decode()}", ""
     for name in ("stdout", "stderr"):
         if said[name]:
-            yield name, sections.encoded(said[name])
+            yield section(name, said[name], whole=False)
     for name, (kind, content) in after.items():
         if kind == "file" and before.get(name) != (kind, content):
-            shared = [known for known in SHARED if SHARED[known] == content]
-            yield (f"output {name} = {shared[0]}", "") if shared else (
-                f"output {name}", sections.encoded(content))
+            yield section(f"output {name}", content, whole=True)
 
 
-def rewrite(case, velk, path):
-    kept = [section for section in case.given
-            if section[0].split()[0] in ("command", "setup", "input")]
-    sections.write(path, case.comment, kept + list(expectations(*run(case, velk))))
+def rewrite(file, velk):
+    for case in file.cases:
+        comment, given = file.groups[case.name]
+        kept = [part for part in given if part[0].split()[0] in ("command", "setup", "input")]
+        file.groups[case.name] = comment, kept + list(expectations(*run(case, velk)))
+    sections.write_groups(file.path, file.front, file.groups)
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("--velk", type=pathlib.Path, required=True)
+    task = parser.add_mutually_exclusive_group(required=True)
+    task.add_argument("--velk", type=pathlib.Path)
+    task.add_argument("--list", action="store_true")
+    parser.add_argument("--threads", action="store_true")
     parser.add_argument("--rewrite", action="store_true")
-    parser.add_argument("cases", type=pathlib.Path, nargs="+", metavar="CASE_FILE")
+    parser.add_argument("--without", type=re.compile, metavar="REGEX")
+    parser.add_argument("cases", type=CaseFile, nargs="+", metavar="CASES")
     arguments = parser.parse_args()
     failed = 0
-    for path in arguments.cases:
-        case = Case(path)
+    for file in arguments.cases:
         if arguments.rewrite:
-            rewrite(case, arguments.velk, path)
-        elif not passes(case, arguments.velk):
-            print(f"FAILED: {path}")
-            failed += 1
+            rewrite(file, arguments.velk)
+            continue
+        for case in file.cases:
+            if arguments.without and arguments.without.fullmatch(case.name):
+                continue
+            if arguments.list:
+                if case.starts_threads() or not arguments.threads:
+                    print(f"{file.path}:{case.name}")
+            elif not passes(case, arguments.velk):
+                print(f"FAILED: {file.path}:{case.name}")
+                failed += 1
     return 1 if failed else 0
 
 

@@ -1,8 +1,10 @@
-// What the tests of the scaffold model share: a fixture, the model as plain values, messages.
+// What the tests of the scaffold model share: a fixture, the model as plain values, messages, and
+// large array allocations that fail on demand.
 #pragma once
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <iosfwd>
@@ -65,9 +67,10 @@ class ContigTest : public RunParametersTest {
   uint64_t gaps_ = 0;
 };
 
-// Suites that fill more than one file.
 class SplitScaffold : public ContigTest {};
-class LoadScaffolds : public ContigTest {};
-class ContigInput : public ContigTest {};
+
+/// From now on `new T[n]` fails when it asks for more than `bytes`. For use in a statement that is
+/// expected to exit, whose process ends before anything else could miss the memory.
+void failArraysAbove(std::size_t bytes);
 
 }  // namespace velk::test

@@ -1,4 +1,7 @@
-// The option parser: what every option sets, where parsing stops and what ends in the help.
+// The option parser: what every option sets, where parsing stops and what ends in the help; the
+// help.
+#include <unistd.h>
+
 #include <cmath>
 #include <limits>
 #include <string>
@@ -6,11 +9,82 @@
 
 #include "driver/options.h"
 #include "driver/velk.h"
-#include "tests/driver/helpText.h"
 #include "tests/support/runParameters.h"
 
 namespace velk::test {
 namespace {
+
+// The values that the help shows, as it prints them.
+struct HelpValues {
+  std::string overRatio = "0.3";
+  std::string mapCut = "0.98";
+  std::string cutEdge = "0";
+  std::string kmer = "31";
+  std::string threads = "1";
+  std::string readLength = "100";
+  std::string initSize = "1048576";
+  std::string contigLength = "70";
+  std::string loadFactor = "0.75";
+};
+
+// An extended regular expression that the help, with these values, matches as a whole. Only the
+// build's date and time are left open.
+std::string helpPattern(const HelpValues& values = {});
+
+// `text` as an extended regular expression that matches nothing else.
+std::string literally(const std::string& text) {
+  std::string pattern;
+  for (const char letter : text) {
+    if (std::string(".[](){}*+?|^$\\").find(letter) != std::string::npos) pattern += '\\';
+    pattern += letter;
+  }
+  return pattern;
+}
+
+std::string helpPattern(const HelpValues& values) {
+  const std::string date = "[A-Z][a-z][a-z] [ 1-3][0-9] [0-9][0-9][0-9][0-9]";
+  const std::string time = "[0-9][0-9]:[0-9][0-9]:[0-9][0-9]";
+  std::string options =
+      "Author:\tthe velk developers\n"
+      "Contact:\tsee README.md\n"
+      "\t-l\t<str>\t\tlib file \n"
+      "\t-c\t<str>\t\tcontig file in fasta\n"
+      "\t-s\t<str>\t\tscaffold file in fasta\n"
+      "\t-o\t<str>\t\toutput the reads fall in gaps \n";
+  const auto add = [&](const char* text, const std::string& value) {
+    options.append(text).append(value).append("\n");
+  };
+  add("\t-O\t<float>\t\toverlap ratio cut ratio of long reads with contig edge, default=",
+      values.overRatio);
+  add("\t-M <float>\t\tmap ratio cut ratio of reads to contig, default =", values.mapCut);
+  add("\t-C <int>\t\tcut contig edge length =", values.cutEdge);
+  add("\t-k\t<int>\t\tkmer length(<=63), default=", values.kmer);
+  add("\t-t\t<int>\t\tthread number, default=", values.threads);
+  add("\t-r\t<int>\t\tmax PE read length, default=", values.readLength);
+  add("\t-m\t<int>\t\tinitialize size of hash table, default=", values.initSize);
+  add("\t-L\t<int>\t\tcontig length cutoff, default=", values.contigLength);
+  add("\t-f\t<float>\t\tLoad factor ", values.loadFactor);
+  options +=
+      "\t-h\t\t\tthis help\n\n"
+      "Example:\n"
+      "velk -l reads.lib -s scaffolds.fa -m seqlength*1/LoadFactor -o found.fa 2>velk.log\n"
+      "velk -l reads.lib -c contigs.fa -m seqlength*1/LoadFactor -o found.fa 2>velk.log\n"
+      "Attention:\n"
+      "Please do not set -s and -c at the same time, or else, velk will only load and use "
+      "scaffold.\n"
+      "\n\n";
+  return literally("Usage:\t\tVelk(VELK) [option]\nVersion:\tvelk1.13\nCompile Date:\t")
+      .append(date)
+      .append("\t")
+      .append(time)
+      .append(literally("\n" + options));
+}
+
+// Makes standard output of this process end where standard error does. For death tests, which
+// see standard error alone.
+void sendOutputToError() {
+  dup2(STDERR_FILENO, STDOUT_FILENO);
+}
 
 using Arguments = std::vector<std::string>;
 
@@ -221,6 +295,53 @@ TEST_F(Options, HelpShowsTheValuesOfEarlierOptions) {
   expectHelp({"-k", "25", "-h", "-k", "27"}, values);
   values.threads = "4";
   expectHelp({"-k", "25", "-t", "4", "-l"}, values);
+}
+
+// The help text, byte for byte.
+
+class Usage : public RunParametersTest {};
+
+void showHelp() {
+  sendOutputToError();
+  usage();
+}
+
+TEST_F(Usage, PrintsTheHelpWithTheDefaultsAndExitsWithStatus1) {
+  EXPECT_EXIT(showHelp(), ::testing::ExitedWithCode(1), ::testing::MatchesRegex(helpPattern()));
+}
+
+TEST_F(Usage, GoesToStandardOutputAlone) {
+  const auto showHelpUnseen = [] {
+    fclose(stdout);
+    usage();
+  };
+  EXPECT_EXIT(showHelpUnseen(), ::testing::ExitedWithCode(1), ::testing::Eq(""));
+}
+
+TEST_F(Usage, ShowsTheCurrentValues) {
+  OverRatio = 0.0000001;
+  mapCut = 1;
+  CuttEdge = -12;
+  Kmer = 63;
+  thread_num = 16;
+  readLen = 250;
+  initSize = 18446744073709551615U;
+  CONTIGLEN = 2147483647;
+  LoadFactor = 0.3F;
+  const HelpValues values{"1e-07",      "1",  "-12", "63", "16", "250", "18446744073709551615",
+                          "2147483647", "0.3"};
+  EXPECT_EXIT(showHelp(), ::testing::ExitedWithCode(1),
+              ::testing::MatchesRegex(helpPattern(values)));
+}
+
+TEST_F(Usage, ValuesHaveSixSignificantDigits) {
+  OverRatio = 1.0 / 3;
+  mapCut = 1234567.0;
+  HelpValues values;
+  values.overRatio = "0.333333";
+  values.mapCut = "1.23457e+06";
+  EXPECT_EXIT(showHelp(), ::testing::ExitedWithCode(1),
+              ::testing::MatchesRegex(helpPattern(values)));
 }
 
 }  // namespace

@@ -127,6 +127,25 @@ TEST_P(BucketShapes, SearchEndsWhereItIsTold) {
   EXPECT_EQ(seen, (std::vector<uint64_t>{0, 1, 2}));
 }
 
+TEST_P(BucketShapes, AnyBytesEndASearchWithinThem) {
+  std::mt19937_64 random(5);
+  std::vector<Bucket> memory(4);
+  const BucketRange range{&memory[1], 2, GetParam()};
+  const std::size_t most = 2 * GetParam().room;
+  for (int count = 0; count < 256; ++count) {
+    for (Bucket& bucket : memory) {
+      auto* bytes = reinterpret_cast<unsigned char*>(&bucket);
+      std::generate_n(bytes, sizeof bucket, [&] { return static_cast<unsigned char>(random()); });
+      bytes[0] = static_cast<unsigned char>(count);  // of places
+    }
+    for (uint64_t tag = 0; tag < 64; ++tag) {
+      const std::vector<uint64_t> places = placesOf(range, random() << 6 | tag);
+      EXPECT_LE(places.size(), most);
+      for (const uint64_t place : places) EXPECT_LT(place, placesEnd());
+    }
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(Both, BucketShapes, ::testing::Values(kTwelve, kTen),
                          [](const auto& shape) { return std::to_string(shape.param.room); });
 

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <mutex>
 #include <set>
+#include <stdexcept>
 #include <vector>
 
 namespace velk::test {
@@ -80,6 +81,15 @@ TEST(ForEachInParallel, NothingIsBegunAfterLackOfMemory) {
   };
   EXPECT_THROW(forEachInParallel(1, 100, work), std::bad_alloc);
   EXPECT_EQ(calls, 4U);
+}
+
+TEST(ForEachInParallel, AnyErrorOfACallIsThrown) {
+  for (const std::size_t threads : {1UL, 4UL}) {
+    const auto work = [](std::size_t n) {
+      if (n == 7) throw std::runtime_error("seven");
+    };
+    EXPECT_THROW(forEachInParallel(threads, 100, work), std::runtime_error);
+  }
 }
 
 }  // namespace

@@ -1,11 +1,40 @@
-// The records that Loadlib builds: the grammar of the library file and its keys.
+// The records that Loadlib builds: the grammar of the library file and its keys, what it says, and
+// the limits of insert sizes.
+#include <climits>
+#include <filesystem>
 #include <string>
 
 #include "libinfo/libinfo.h"
-#include "tests/libinfo/libFile.h"
+#include "tests/support/files.h"
+#include "tests/support/runParameters.h"
 
 namespace velk::test {
 namespace {
+
+using ::testing::Eq;
+using ::testing::ExitedWithCode;
+
+// The fixture of all tests of velk::Loadlib.
+class Loadlib : public RunParametersTest {
+ protected:
+  ~Loadlib() override { Libsclear(libs, libsNum); }
+
+  // Loads a library file of this text; what was loaded before is released. Returns what Loadlib
+  // wrote to standard error.
+  std::string load(const std::string& text) {
+    Libsclear(libs, libsNum);
+    libs = nullptr;
+    file = folder.write("a.lib", text);
+    ::testing::internal::CaptureStderr();
+    velk::Loadlib(file, libs, libsNum);
+    return ::testing::internal::GetCapturedStderr();
+  }
+
+  TemporaryFolder folder;
+  std::string file;     // the library file loaded last
+  Lib* libs = nullptr;  // its records
+  int libsNum = -1;
+};
 
 TEST_F(Loadlib, PairsOfBothFormatsInFileOrder) {
   load("[LIB]\nq1=a_1.fq\nq2=a_2.fq\nf1=b_1.fa\nf2=b_2.fa\n");
@@ -230,6 +259,127 @@ TEST_F(Loadlib, SinglequalNamesOutliveTheRecords) {
   libs = nullptr;
   EXPECT_EQ("a.fq", names[0].readfile);
   EXPECT_EQ("b.fq", names[1].readfile);
+}
+
+// What Loadlib writes to standard error, and how it ends the run.
+
+TEST_F(Loadlib, PrintsTheFileCounts) {
+  const std::string messages = load(
+      "[LIB]\navg_ins=500\nq=1\nq=2\np=1\nf1=1\nq1=2\nq1=3\nf=1\nf=2\nf=3\nf=4\n"
+      "[LIB]\navg_ins=5000\nq=1\n");
+  EXPECT_EQ("Starting load lib file " + file +
+                "\n"
+                "Find lib number: 2\n"
+                "single fa file number of lib 0 is 4\n"
+                "pair file number of lib 0 is 3\n"
+                "PE in single file number of lib 0 is 1\n"
+                "single fq file number of lib 0is2\n"
+                "single fq file number of lib 1is1\n"
+                "Lib file load finished!\n"
+                "Max small insert is 500\tbig gap length: 600\t Max insert: 5000\n",
+            messages);
+}
+
+TEST_F(Loadlib, SectionWithoutFilesPrintsNoCounts) {
+  const std::string messages = load("[LIB]\navg_ins=500\nq2=a.fq\nf2=a.fa\n[LIB]\np=a.fa\n");
+  EXPECT_EQ("Starting load lib file " + file +
+                "\n"
+                "Find lib number: 2\n"
+                "PE in single file number of lib 1 is 1\n"
+                "Lib file load finished!\n"
+                "Max small insert is 500\tbig gap length: 600\t Max insert: 500\n",
+            messages);
+}
+
+TEST_F(Loadlib, FileWithoutASectionPrintsNoCounts) {
+  const std::string messages = load("q1=a.fq\n");
+  EXPECT_EQ("Starting load lib file " + file +
+                "\n"
+                "Find lib number: 0\n"
+                "Lib file load finished!\n"
+                "Max small insert is 0\tbig gap length: 100\t Max insert: 0\n",
+            messages);
+}
+
+TEST_F(Loadlib, PrintsWhatOneLargeLibraryGives) {
+  const std::string messages = load("[LIB]\navg_ins=2000\n");
+  EXPECT_EQ("Starting load lib file " + file +
+                "\n"
+                "Find lib number: 1\n"
+                "Lib file load finished!\n"
+                "Max small insert is 0\tbig gap length: 100\t Max insert: 2000\n",
+            messages);
+}
+
+TEST_F(Loadlib, UnopenableFileEndsTheRun) {
+  file = folder.path("missing.lib");
+  EXPECT_EXIT(velk::Loadlib(file, libs, libsNum), ExitedWithCode(255),
+              Eq("Fail to open " + file + "\n"));
+}
+
+TEST_F(Loadlib, DirectoryEndsTheRun) {
+  file = folder.path("a.lib");
+  std::filesystem::create_directory(file);
+  EXPECT_EXIT(velk::Loadlib(file, libs, libsNum), ExitedWithCode(1),
+              Eq("Starting load lib file " + file + "\n[ERROR]: can't read " + file +
+                 ": Is a directory\n"));
+}
+
+// MAXINSERT and BIGGAPLEN, derived from the libraries' average inserts.
+
+TEST_F(Loadlib, ThreeLibrariesGiveTheInsertLimits) {
+  load("[LIB]\navg_ins=200\n[LIB]\navg_ins=500\n[LIB]\navg_ins=5000\n");
+  EXPECT_EQ(600, BIGGAPLEN);
+  EXPECT_EQ(5000, MAXINSERT);
+}
+
+TEST_F(Loadlib, InsertOf2000IsNotSmall) {
+  load("[LIB]\navg_ins=2000\n");
+  EXPECT_EQ(100, BIGGAPLEN);
+  EXPECT_EQ(2000, MAXINSERT);
+}
+
+TEST_F(Loadlib, InsertOf1999IsSmall) {
+  load("[LIB]\navg_ins=1999\n");
+  EXPECT_EQ(2099, BIGGAPLEN);
+  EXPECT_EQ(1999, MAXINSERT);
+}
+
+TEST_F(Loadlib, OverwrittenInsertCounts) {
+  load("[LIB]\navg_ins=5000\navg_ins=700\navg_ins=300\n");
+  EXPECT_EQ(300, libs[0].avg_ins);
+  EXPECT_EQ(800, BIGGAPLEN);
+  EXPECT_EQ(5000, MAXINSERT);
+}
+
+TEST_F(Loadlib, BigGapLengthHasTheReadLengthOfTheOptions) {
+  readLen = 150;
+  load("[LIB]\navg_ins=500\n");
+  EXPECT_EQ(650, BIGGAPLEN);
+}
+
+TEST_F(Loadlib, WithoutSmallInsertsTheBigGapLengthIsTheReadLength) {
+  BIGGAPLEN = 12345;
+  load("");
+  EXPECT_EQ(100, BIGGAPLEN);
+  EXPECT_EQ(0, MAXINSERT);
+}
+
+TEST_F(Loadlib, NegativeInsertsDoNotCount) {
+  load("[LIB]\navg_ins=-500\n");
+  EXPECT_EQ(-500, libs[0].avg_ins);
+  EXPECT_EQ(100, BIGGAPLEN);
+  EXPECT_EQ(0, MAXINSERT);
+}
+
+TEST_F(Loadlib, BigGapLengthSaturates) {
+  readLen = INT_MAX - 500;
+  load("[LIB]\navg_ins=500\n");
+  EXPECT_EQ(INT_MAX, BIGGAPLEN);
+  load("[LIB]\navg_ins=501\n");
+  EXPECT_EQ(INT_MAX, BIGGAPLEN);
+  load("[LIB]\navg_ins=499\n");
+  EXPECT_EQ(INT_MAX - 1, BIGGAPLEN);
 }
 
 }  // namespace

@@ -20,7 +20,7 @@ def options(program):
     """The options that a program's help names, without their first dash."""
     name = pathlib.Path(program).name
     own = name != "velk"
-    verbs = ["extract", "plan", "task", "gather"] if name == "velk-run" else []
+    verbs = ["extract", "index", "plan", "task", "gather"] if name == "velk-run" else []
     commands = [["--help" if own else "-h"]] + [[verb, "--help"] for verb in verbs]
     shown = "".join(subprocess.run([program, *command], capture_output=True, text=True,
                                    check=False).stdout for command in commands)

@@ -183,6 +183,9 @@ class Files(unittest.TestCase):
         page = run(VELK_REPORT, self.out, half).stdout
         elements = Elements(page)
         self.assertEqual(elements.names.count("tr"), 1 + 3 + 1 + 6)
+        self.assertIn(f"<title>sample ({self.out}) and sample ({half})", page)
+        other = self.copy("--sample", "other")
+        self.assertIn("<title>sample and other", run(VELK_REPORT, self.out, other).stdout)
         same = run(VELK_REPORT, "--text", self.out, self.out).stdout
         self.assertRegex(" ".join(same.split()), "of 6 gaps of both runs 0 gained .* 0 lost some")
         self.assertNotIn("Gaps that", same)
@@ -201,8 +204,8 @@ class Files(unittest.TestCase):
         self.failure(2, "there is no gap 6; " + self.out + " has 6, numbered from 0",
                      "--gap", "6", self.out)
         self.failure(2, "--gap takes one folder" + more, "--gap", "1", self.out, self.out)
-        self.failure(2, "--output takes --gap or two folders; report.html stands in the folder of the"
-                     " results" + more, self.out, "-o", "page.html")
+        self.failure(2, "--output takes --gap, --found or two folders; report.html stands in the folder"
+                     " of the results" + more, self.out, "-o", "page.html")
         self.assertIn("--gap", run(VELK_REPORT, "--help").stdout)
         self.assertRegex(run(VELK_REPORT, "--version").stdout, r"^velk-report \d+\.\d+\n$")
 

@@ -32,7 +32,7 @@ class JudgementTest : public ::testing::Test {
     data_.libraries.push_back(library);
     data_.scaffolds.emplace_back("s");
     for (uint64_t n = 0; n < kGaps; ++n) {
-      data_.gaps.push_back({0, 1000 * n, 1000 * n + 10, 10, false, 10000, 10000, {}, 0});
+      data_.gaps.push_back({0, 1000 * n, 1000 * n + 10, 10, false, 10000, 10000, {}, 0, n});
     }
     data_.counts.resize(kGaps * run::kReadKinds);
     data_.evidence.emplace(kGaps, std::vector<std::string>{"pairs"});
@@ -191,9 +191,9 @@ TEST_F(JudgementTest, WithoutEvidenceNothingIsSaid) {
 
 TEST_F(JudgementTest, FiguresOfTheRun) {
   setCount(ReadKind::kExact, 200);
-  data_.evidence->addReach(0, Side::kFront, 4);
-  data_.evidence->addReach(0, Side::kBehind, 6);
-  data_.evidence->addReach(1, Side::kFront, 9);
+  data_.reach.resize(kGaps);
+  data_.reach[0] = {4, 6};
+  data_.reach[1] = {9, 0};
   const Judge judge(data_);
   const auto gaps = report::judgeAll(data_, judge);
   const report::Tally tally = report::tallyOf({data_, judge, gaps});

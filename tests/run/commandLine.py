@@ -80,6 +80,32 @@ CASES = (
 )
 
 
+# Of the verbs, and of words that are like an option.
+USAGE = (
+    (["scaffolds.fa", *READS, "--ouput", "out"],
+     "--output is required; did you mean --output by --ouput?" + MORE),
+    (["scaffolds.fa", *READS, "-o", "out", "--thread=2"],
+     "The following argument was not expected: --thread=2; did you mean --threads by --thread?"
+     + MORE),
+    (["scaffolds.fa", *READS, "-o", "out", "--anchors"],
+     "The following argument was not expected: --anchors" + MORE),
+    (["extract", "out"], "gaps is required (velk-run extract --help tells more)"),
+    (["extract", "out", "2", "--flank", "30"],
+     "The following argument was not expected: --flank; did you mean --flanks by --flank?"
+     " (velk-run extract --help tells more)"),
+    (["extract", "out", "7-3"], '"7-3" is neither the number of a gap nor a range, as 3-7'
+     " (velk-run extract --help tells more)"),
+    (["extract", "out", "gap3"], '"gap3" is neither the number of a gap nor a range, as 3-7'
+     " (velk-run extract --help tells more)"),
+    (["extract", "out", "3", "--flanks", "501"], "--flanks: of each flank 500 bases are kept, not"
+     " 501 (velk-run extract --help tells more)"),
+    (["plan", "scaffolds.fa", "-o", "p"], "no reads are given (velk-run plan --help tells more)"),
+    (["plan", "scaffolds.fa", READS[0], "-o", "p"], "two files of mates may stand behind the"
+     " assembly, not 1 (velk-run plan --help tells more)"),
+    (["task", "plan.json"], "task is required (velk-run task --help tells more)"),
+    (["gather", "plan.json"], "shares is required (velk-run gather --help tells more)"),
+)
+
 # Of runs that are forced: what a sample shows of a file ends the run where it meets it.
 FORCED = (
     (["scaffolds.fa", READS[0], "damaged_2.fq.gz", "-o", "out", "--force", "--quiet"],
@@ -137,6 +163,13 @@ class CommandLine(unittest.TestCase):
                                  (done.returncode, done.stdout, done.stderr.decode()))
                 self.assertEqual(before, sorted(os.listdir(self.folder)))
         self.assertEqual(["reads.bam"], os.listdir(os.path.join(self.folder, "taken")))
+
+    def test_usage(self):
+        for arguments, message in USAGE:
+            with self.subTest(arguments=arguments):
+                done = self.run_on(arguments)
+                self.assertEqual((2, b"", f"[ERROR]: {message}\n"),
+                                 (done.returncode, done.stdout, done.stderr.decode()))
 
     def test_forced_failures(self):
         for arguments, message in FORCED:

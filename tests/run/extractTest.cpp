@@ -15,7 +15,9 @@ namespace velk::test {
 namespace {
 
 using run::ExtractForm;
+using run::ExtractPart;
 using run::ExtractRequest;
+using run::GapRange;
 
 class ExtractTest : public OutputsTest {
  protected:
@@ -63,9 +65,25 @@ TEST_F(ExtractTest, TheReadsOfEachGap) {
     EXPECT_FALSE(expected.empty()) << gap;
     all = expected + all;
   }
-  std::vector<uint64_t> gaps;
+  std::vector<GapRange> gaps;
   for (uint64_t gap = assembly().gaps().size(); gap-- > 0;) gaps.push_back(gap);
   EXPECT_EQ(extract({dir_, gaps}) == all, true);
+}
+
+TEST_F(ExtractTest, ARangeOfGaps) {
+  for (const ExtractForm form : {ExtractForm::kFastq, ExtractForm::kBam}) {
+    const std::string expected = extract({dir_, {1, 4, 5, 6}, form});
+    EXPECT_EQ(extract({dir_, {1, {4, 6}}, form}) == expected, true);
+    EXPECT_NE(extract({dir_, {1, 4, 5, 7}, form}) == expected, true);
+  }
+}
+
+TEST_F(ExtractTest, PairsAndSingleReadsAlone) {
+  const std::string pairs = recordsOf("pairs.fq.gz", 3);
+  const std::string singles = recordsOf("singles.fq.gz", 3);
+  EXPECT_FALSE(pairs.empty() || singles.empty());
+  EXPECT_EQ(extract({dir_, {3}, ExtractForm::kFastq, 0, ExtractPart::kPairs}), pairs);
+  EXPECT_EQ(extract({dir_, {3}, ExtractForm::kFastq, 0, ExtractPart::kSingles}), singles);
 }
 
 TEST_F(ExtractTest, NoReadsOfAResultWithoutAny) {
@@ -104,10 +122,11 @@ TEST_F(ExtractTest, TheFlanksStandInFront) {
 // The records of a gap are those found there, and the other reads of their pairs.
 TEST_F(ExtractTest, BamRecordsOfAGap) {
   const auto all = readBam(dir_ + "/reads.bam").records;
-  for (const std::vector<uint64_t>& gaps : {std::vector<uint64_t>{0}, {2}, {12, 4}, {4, 5}}) {
+  for (const std::vector<GapRange>& gaps : {std::vector<GapRange>{0}, {2}, {12, 4}, {4, 5}}) {
     const auto isAsked = [&](const BamRecord& record) {
-      return std::any_of(gaps.begin(), gaps.end(),
-                         [&](uint64_t gap) { return record.tags.at("zg") == std::to_string(gap); });
+      return std::any_of(gaps.begin(), gaps.end(), [&](const GapRange& gap) {
+        return record.tags.at("zg") == std::to_string(gap.first);
+      });
     };
     std::set<std::string> names;
     for (const BamRecord& record : all) {
@@ -132,6 +151,8 @@ TEST_F(ExtractTest, BamRecordsOfAGap) {
 
 TEST_F(ExtractTest, AGapThatIsNotThere) {
   EXPECT_EQ(refusal({dir_, {0, 18}}, run::Status::kUsage),
+            "there is no gap 18; " + dir_ + " has 18, numbered from 0");
+  EXPECT_EQ(refusal({dir_, {{16, uint64_t{1} << 60}}}, run::Status::kUsage),
             "there is no gap 18; " + dir_ + " has 18, numbered from 0");
 }
 

@@ -39,7 +39,7 @@ class OutputsTest : public MadeReads {
     outputs.write();
     reads_ = outputs.reads();
     spilledBytes_ = outputs.spilledBytes();
-    results.seal();
+    results.seal(2);
     results.publish("{\"program\": {\"name\": \"velk-run\"}}");
     return dir;
   }

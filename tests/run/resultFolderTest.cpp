@@ -45,7 +45,7 @@ class ResultFolderTest : public ::testing::Test {
     ResultFolder folder(dir(), {});
     folder.begin();
     for (const std::string& name : names) run::writeFile(folder.partial(name), text);
-    folder.seal();
+    folder.seal(2);
     folder.publish(summaryOf(names));
   }
 
@@ -69,7 +69,7 @@ TEST_F(ResultFolderTest, AWholeResult) {
   folder.begin();
   run::writeFile(folder.partial("gaps.tsv"), "abc");
   run::writeFile(folder.partial("native/found.fa"), "");
-  const auto files = folder.seal();
+  const auto files = folder.seal(2);
   ASSERT_EQ(files.size(), 2U);
   EXPECT_EQ(files[0].name, "gaps.tsv");
   EXPECT_EQ(files[0].bytes, 3U);
@@ -99,7 +99,7 @@ TEST_F(ResultFolderTest, AFolderThatWasThereStays) {
     ResultFolder folder(dir(), {});
     folder.begin();
     run::writeFile(folder.partial("reads.bam"), "abc");
-    folder.seal();
+    folder.seal(2);
   }
   EXPECT_EQ(namesIn(dir()), std::set<std::string>{"engine.log"});
 }
@@ -238,7 +238,7 @@ TEST_F(ResultFolderTest, AKilledRunIsInNobodysWay) {
     ResultFolder folder(copy, {});
     folder.begin();
     run::writeFile(folder.partial("gaps.bed"), "next");
-    folder.seal();
+    folder.seal(2);
     folder.publish(summaryOf({"gaps.bed"}));
     EXPECT_EQ(namesIn(copy), (std::set<std::string>{"gaps.bed", "summary.json"})) << done;
     fs::remove_all(copy);

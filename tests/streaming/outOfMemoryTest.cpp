@@ -1,16 +1,70 @@
 // Memory that runs out: a program of its own, because it replaces operator new.
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <new>
+
 #include "driver/velk.h"
 #include "streaming/library.h"
 #include "streaming/readBuffer.h"
 #include "streaming/workerPool.h"
-#include "tests/streaming/gapAssembly.h"
-#include "tests/streaming/scarceMemory.h"
+#include "tests/streaming/streamingTest.h"
+
+namespace {
+
+std::atomic<std::size_t> smallestToFail = SIZE_MAX;  // bytes
+std::atomic<int> toSpare = 0;                        // allocations of at least that size
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  if (size >= smallestToFail && toSpare-- <= 0) throw std::bad_alloc();
+  void* const memory = std::malloc(size == 0 ? 1 : size);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+  try {
+    return operator new(size);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
+void* operator new[](std::size_t size) {
+  return operator new(size);
+}
+
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
+
+void operator delete[](void* memory) noexcept {
+  std::free(memory);
+}
+
+void operator delete[](void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
 
 namespace velk::test {
 namespace {
 
 using ::testing::Eq;
 using ::testing::ExitedWithCode;
+
+// From now on `new` fails on every thread when it asks for `bytes` or more, but for the first
+// `spared` times. For use in a statement that is expected to exit.
+void failAllocationsFrom(std::size_t bytes, int spared) {
+  toSpare = spared;
+  smallestToFail = bytes;
+}
 
 constexpr std::size_t kReadBuffer = sizeof(std::string) * bufferSize;  // bytes
 

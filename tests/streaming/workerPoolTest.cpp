@@ -1,24 +1,65 @@
-// The hand-off between the main thread and the workers.
+// The hand-off between the main thread and the workers, and how its threads poll.
 #include "streaming/workerPool.h"
 
 #include <sched.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <set>
+#include <string>
 #include <thread>
+#include <vector>
 
+#include "driver/velk.h"
+#include "streaming/library.h"
 #include "streaming/mailbox.h"
 #include "streaming/readBuffer.h"
 #include "streaming/readers.h"
-#include "tests/streaming/gapAssembly.h"
-#include "tests/streaming/polls.h"
+#include "tests/streaming/streamingTest.h"
+
+namespace {
+
+constexpr unsigned kLongest = 100;
+
+// One flag a number of microseconds, the last for all longer ones. Nothing here has a destructor:
+// workers poll on while exit() runs those of the program.
+std::array<std::atomic<bool>, kLongest + 1> seen;
+
+}  // namespace
+
+// The linker option --wrap sends the calls of the program to this function, under this name.
+extern "C" {
+int __real_usleep(useconds_t microseconds);
+int __wrap_usleep(useconds_t microseconds);
+
+int __wrap_usleep(useconds_t microseconds) {
+  seen[microseconds < kLongest ? microseconds : kLongest] = true;
+  return __real_usleep(microseconds);
+}
+}
 
 namespace velk::test {
 namespace {
 
 using ::testing::Eq;
 using ::testing::ExitedWithCode;
+
+// Begins to watch.
+void watchPolls() {
+  for (auto& flag : seen) flag = false;
+}
+
+// The microseconds that usleep() has been asked for since then, each once; 100 stands for
+// 100 and more.
+std::set<unsigned> pollsSeen() {
+  std::set<unsigned> polls;
+  for (unsigned microseconds = 0; microseconds <= kLongest; ++microseconds) {
+    if (seen[microseconds]) polls.insert(microseconds);
+  }
+  return polls;
+}
 
 // The policies by which the main thread and worker t are scheduled.
 std::vector<int> policiesWithWorker(int t) {
@@ -299,6 +340,68 @@ TEST_F(WorkerPool, ExitWhileWorkersPollIsClean) {
         std::exit(foundReadNum[0] == 1 && foundReadNum[1] == 1 ? 0 : 1);
       },
       ExitedWithCode(0), Eq(""));
+}
+
+// Many hand-offs in a row, from the reader to the output file: food for the thread sanitizer.
+
+class HandOffStress : public GapAssemblyTest {
+ protected:
+  static constexpr unsigned kWorkers = 8;
+  static constexpr unsigned kReads = 1000;
+
+  // Streams "reads" in batches of `limit` entries. Returns what is written for them.
+  std::string stream(int insert, int limit) {
+    start(static_cast<int>(kWorkers));
+    openOutputFile();
+    insertLength = insert;
+    batchLimit = limit;
+    std::string file = "reads";
+    std::string none;
+    const CapturedErrors progress;
+    FindReadsInGaps(file, none, static_cast<int>(kWorkers));
+    stop();
+    return writtenOutput();
+  }
+
+  void writeSingles() {
+    std::vector<std::string> reads;
+    for (unsigned i = 0; i < kReads; ++i) reads.push_back(singleRead(gapOf(i), i));
+    write("reads", fasta(reads));
+  }
+
+  static int gapOf(unsigned i) { return static_cast<int>(i % 2); }
+};
+
+TEST_F(HandOffStress, BatchesOfOneRead) {
+  writeSingles();
+  std::string expected;
+  for (unsigned i = 0; i < kReads; ++i) expected += singleRecord(gapOf(i), i);
+  EXPECT_EQ(stream(0, 1), expected);
+}
+
+TEST_F(HandOffStress, BatchesOfFewReadsMoreThanWorkers) {
+  constexpr unsigned kLimit = 11;
+  writeSingles();
+  std::string expected;
+  for (unsigned first = 0; first < kReads; first += kLimit) {
+    const unsigned end = std::min(first + kLimit, kReads);
+    for (unsigned t = 0; t < kWorkers; ++t) {
+      for (unsigned i = first + t; i < end; i += kWorkers) expected += singleRecord(gapOf(i), i);
+    }
+  }
+  EXPECT_EQ(stream(0, static_cast<int>(kLimit)), expected);
+}
+
+TEST_F(HandOffStress, BatchesOfOnePair) {
+  std::vector<std::string> reads;
+  std::string expected;
+  for (unsigned i = 0; i < kReads; ++i) {
+    reads.push_back(firstMate(gapOf(i), i % 50));
+    reads.push_back(secondMate(i % 50));
+    expected += mateRecord(gapOf(i), i % 50);
+  }
+  write("reads", fasta(reads));
+  EXPECT_EQ(stream(kInsert, 1), expected);
 }
 
 }  // namespace

@@ -18,7 +18,9 @@ def text_of(path):
 
 
 def existing_tests(root):
-    tests = {f"cli.{path.stem}" for path in (root / "tests/cli").glob("*.case")}
+    tests = set()
+    for path in (root / "tests/cli").glob("*.cases"):
+        tests.update(f"cli.{name}" for name in re.findall(r"(?m)^=== (\w+)$", path.read_text()))
     for path in (root / "tests").rglob("*.cpp"):
         for suite, name in re.findall(r"\b(?:TYPED_)?TEST(?:_[FP])?\((\w+),\s*(\w+)\)",
                                       path.read_text()):

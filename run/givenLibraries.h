@@ -1,0 +1,31 @@
+// The libraries that a command line names: as files, in a sample sheet, in a library file.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "run/library.h"
+
+namespace velk::run {
+
+/// What is read of the command line before libraries are made of it.
+struct GivenReads {
+  std::vector<std::string> bare;
+  std::vector<std::pair<std::string, std::string>> pairs;
+  std::vector<std::pair<std::string, std::string>> matePairs;
+  std::vector<std::string> interleaved;
+  std::vector<std::vector<std::string>> single;
+  std::string sheet;
+  std::string library;
+};
+
+/// The libraries, in the order of doc/run.md. Throws Failure with Status::kUsage where there are
+/// none, or two of one name, and where a file that describes them cannot be used. `moreInHelp`:
+/// what messages end with, see run/commandLine.h.
+std::vector<Library> librariesOf(const GivenReads& given, const std::string& moreInHelp);
+
+/// Throws Failure unless `word` can stand in the header of a SAM file; `what` it is.
+void requireWord(const std::string& what, const std::string& word);
+
+}  // namespace velk::run
