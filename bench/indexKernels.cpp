@@ -1,7 +1,6 @@
 // Kernels of the index: packing, seeds, look-ups in the seed index; the plain engine's hash set.
 #include <benchmark/benchmark.h>
 
-#include <array>
 #include <memory>
 
 #include "bench/world.h"
@@ -29,20 +28,6 @@ void packAfresh(benchmark::State& state) {
 }
 BENCHMARK(packAfresh);
 
-void packRolling(benchmark::State& state) {
-  makeWorld();
-  const std::string read = interiorReads().front();
-  for (auto _ : state) {
-    RollingKey keys(read, Kmer);
-    for (std::size_t i = 0; i < 100; ++i) {
-      keys.advance();
-      benchmark::DoNotOptimize(keys.key());
-    }
-  }
-  state.SetItemsProcessed(state.iterations() * 100);
-}
-BENCHMARK(packRolling);
-
 void packAtOnce(benchmark::State& state) {
   makeWorld();
   const std::string read = interiorReads().front();
@@ -64,7 +49,7 @@ void seedsOfRead(benchmark::State& state) {
   const std::size_t windows = kRead - static_cast<std::size_t>(Kmer) + 1;
   for (auto _ : state) {
     seedIndex->seeds().forEachRun(packed, 0, windows,
-                                  [](const SeedRun& run) { benchmark::DoNotOptimize(run.kind); });
+                                  [](const SeedRun& run) { benchmark::DoNotOptimize(run.hash); });
   }
   state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(windows));
 }
@@ -84,25 +69,33 @@ void find(benchmark::State& state, std::vector<std::string> (*reads)()) {
 BENCHMARK_CAPTURE(find, hit, interiorReads);
 BENCHMARK_CAPTURE(find, miss, foreignReads);
 
-// The same, sixteen at a time, their memory prefetched.
-void findTogether(benchmark::State& state, std::vector<std::string> (*reads)()) {
+// What the seeds of a read say of its windows, a window, the memory prefetched.
+void verdicts(benchmark::State& state, std::vector<std::string> (*reads)()) {
   makeWorld();
-  std::vector<uint64_t> keys = keysOf(reads());
-  std::array<SeedIndex::LookUp, 16> lookUps;
-  keys.resize(keys.size() / lookUps.size() * lookUps.size());
+  const std::vector<std::string> all = reads();
+  PackedBases packed;
+  std::vector<SeedRun> runs;
+  const std::size_t windows = kRead - static_cast<std::size_t>(Kmer) + 1;
   std::size_t at = 0;
   for (auto _ : state) {
-    for (std::size_t i = 0; i < lookUps.size(); ++i) lookUps[i] = seedIndex->begin(keys[at + i]);
-    for (SeedIndex::LookUp& lookUp : lookUps) seedIndex->advance(lookUp);
-    for (const SeedIndex::LookUp& lookUp : lookUps) {
-      benchmark::DoNotOptimize(seedIndex->end(lookUp));
+    packed.fill(all[at]);
+    runs.clear();
+    seedIndex->seeds().forEachRun(packed, 0, windows, [&](const SeedRun& run) {
+      seedIndex->prefetchSeed(run);
+      runs.push_back(run);
+    });
+    std::erase_if(runs, [](const SeedRun& run) {
+      return !seedIndex->prefetchText(run, Occurrence::kAbsent);
+    });
+    for (const SeedRun& run : runs) {
+      benchmark::DoNotOptimize(seedIndex->verdictOn(run, Occurrence::kAbsent, packed));
     }
-    at = at + lookUps.size() == keys.size() ? 0 : at + lookUps.size();
+    at = (at + 1) % all.size();
   }
-  state.SetItemsProcessed(state.iterations() * int64_t{lookUps.size()});
+  state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(windows));
 }
-BENCHMARK_CAPTURE(findTogether, hit, interiorReads);
-BENCHMARK_CAPTURE(findTogether, miss, foreignReads);
+BENCHMARK_CAPTURE(verdicts, hit, interiorReads);
+BENCHMARK_CAPTURE(verdicts, miss, foreignReads);
 
 // The plain engine's hash set.
 

@@ -129,10 +129,9 @@ std::vector<std::string> foreignReads() {
 std::vector<uint64_t> keysOf(const std::vector<std::string>& reads) {
   std::vector<uint64_t> keys;
   for (const std::string& read : reads) {
-    RollingKey rolling(read, Kmer);
-    for (std::size_t i = 0; i + static_cast<std::size_t>(Kmer) < read.size(); ++i) {
-      if (i != 0) rolling.advance();
-      if (i % 8 == 0) keys.push_back(rolling.key());
+    const auto length = static_cast<std::size_t>(Kmer);
+    for (std::size_t i = 0; i + length < read.size(); i += 8) {
+      keys.push_back(packedKmer(std::string_view(read).substr(i, length)));
     }
   }
   std::shuffle(keys.begin(), keys.end(), std::mt19937_64(6));

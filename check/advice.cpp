@@ -7,7 +7,7 @@
 
 #include "check/readTiming.h"
 #include "driver/velk.h"
-#include "kmer/tableSize.h"
+#include "kmer/hashSet.h"
 #include "survey/machine.h"
 #include "survey/timeModel.h"
 
@@ -94,11 +94,15 @@ uint64_t foundBytes(const Survey& survey) {
 
 // Of a table that is made, checkArguments has looked at the size.
 void checkTable(Survey& survey) {
-  const TableCourse course = courseOfTable(initSize, LoadFactor, survey.distinctKmers);
-  if (course.sizes.empty() || !course.isTooLarge) return;
-  survey.findings.add("table-refused", {},
-                      "with this -f it grows beyond " + std::to_string(course.sizes.back()) +
-                          " slots for " + std::to_string(survey.distinctKmers) + " k-mers");
+  HashSet table = numbersOfNew(initSize, LoadFactor);
+  for (uint64_t size = table.size; size <= kMaxSlots && table.max < survey.distinctKmers;
+       size = table.size) {
+    if (growNumbers(table, table.max + 1)) continue;
+    survey.findings.add("table-refused", {},
+                        "with this -f it grows beyond " + std::to_string(size) + " slots for " +
+                            std::to_string(survey.distinctKmers) + " k-mers");
+    return;
+  }
 }
 
 void checkMemory(Survey& survey, const Advice& advice) {

@@ -8,7 +8,7 @@
 #include "check/survey.h"
 #include "driver/options.h"
 #include "driver/velk.h"
-#include "kmer/tableSize.h"
+#include "kmer/hashSet.h"
 
 namespace velk::check {
 namespace {
@@ -45,7 +45,7 @@ void checkRange(Survey& survey) {
   for (const std::string& wrong : impossibleValues()) {
     findings.add("value-refused", kCommandLine, wrong);
   }
-  if (slotsFor(initSize) > kMaxSlots) {
+  if (numbersOfNew(initSize, LoadFactor).size > kMaxSlots) {
     findings.add("table-refused", kCommandLine, "-m " + std::to_string(initSize));
   }
   if (Kmer > DATA_LEN) findings.add("kmer-over-32", kCommandLine, "-k " + std::to_string(Kmer));

@@ -8,7 +8,7 @@
 #include "contig/contig.h"
 #include "driver/options.h"
 #include "driver/velk.h"
-#include "kmer/tableSize.h"
+#include "kmer/hashSet.h"
 #include "placement/Read2Scaf.h"
 
 namespace velk::check {

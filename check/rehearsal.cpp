@@ -4,6 +4,7 @@
 #include <cassert>
 #include <cmath>
 #include <memory>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -12,6 +13,7 @@
 #include "driver/velk.h"
 #include "kmer/Sequence.h"
 #include "kmer/hashSet.h"
+#include "kmer/packedBases.h"
 #include "placement/Read2Scaf.h"
 #include "survey/machine.h"
 #include "survey/memoryModel.h"
@@ -37,13 +39,16 @@ uint64_t sketchedKmers(uint64_t kmers) {
   HyperLogLog sketch;
   Progress progress("counting k-mers", kmers);
   uint64_t done = 0;
+  PackedBases packed;
   survey::forEachContig(assemblyOfRun(), [&](const ContigInfo& contig) {
     const uint64_t windows = windowsOf(contig);
     if (windows == 0) return;
-    RollingKey keys(contig.contigSeq, Kmer);
+    const std::string_view bases = contig.bases();
+    const auto length = static_cast<std::size_t>(Kmer);
+    const bool isPacked = packed.fill(bases) && 1 <= Kmer && Kmer <= DATA_LEN;
     for (uint64_t w = 0; w < windows; ++w) {
-      if (w != 0) keys.advance();
-      sketch.add(hash_code(Entity{keys.key(), 0, 0, 0, 0}));
+      const uint64_t key = isPacked ? packed.at(w, Kmer) : packedKmer(bases.substr(w, length));
+      sketch.add(hash_code(Entity{key, 0, 0, 0, 0}));
     }
     progress.update(done += windows);
   });

@@ -1,8 +1,7 @@
 // Base and k-mer coding: 2 bits a base, and the complement of a base.
 //
-// Seq2Kmer says what the key of a k-mer is; RollingKey and PackedBases make the same keys faster,
-// so that those of contigs and of reads meet in the hash set. Pure functions over constant tables;
-// any thread may call them.
+// Seq2Kmer says what the key of a k-mer is; PackedBases makes the same keys faster. Pure functions
+// over constant tables; any thread may call them.
 #pragma once
 
 #include <array>
@@ -61,38 +60,6 @@ inline uint64_t packedKmer(std::string_view bases) {
   Seq2Kmer(key, bases);
   return key;
 }
-
-/// The packed k-mers of a sequence, one after the other: the very words that Seq2Kmer packs afresh,
-/// the folding of other letters included.
-class RollingKey {
- public:
-  /// Starts on the k-mer at offset 0. REQUIRES: bases.size() >= kmer >= 0.
-  RollingKey(std::string_view bases, int kmer)
-      : bases_(bases),
-        kmer_(static_cast<std::size_t>(kmer)),
-        key_(packedKmer(bases.substr(0, kmer_))) {}
-
-  uint64_t key() const { return key_; }
-
-  /// Steps to the next offset. REQUIRES: there is one.
-  void advance() {
-    if (kmer_ == 0) return;
-    ++offset_;
-    key_ = key_ << LEN_TO_BITLEN | baseCode(bases_[offset_ + kmer_ - 1]);
-    if (kmer_ > DATA_LEN) return;
-    // The base that leaves takes its two bits along. The bit above the k-mer belongs to its first
-    // base, where it says that this is no base at all.
-    const std::size_t bits = LEN_TO_BITLEN * kmer_;
-    key_ &= ~uint64_t{0} >> (64 - bits);
-    if (bits < 64 && baseCode(bases_[offset_]) > 3) key_ |= uint64_t{1} << bits;
-  }
-
- private:
-  std::string_view bases_;
-  std::size_t kmer_;  // bases
-  std::size_t offset_ = 0;
-  uint64_t key_;
-};
 
 /// Returns the `Kmer` letters of a packed k-mer; empty when Kmer is above 32.
 inline std::string Kmer2Seq(uint64_t kmer) {

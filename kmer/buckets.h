@@ -24,14 +24,6 @@ inline uint64_t scaledTo(uint64_t hash, uint64_t size) {
   return static_cast<uint64_t>(Wide{hash} * size >> 64);
 }
 
-/// A hash of a packed k-mer or m-mer: two rounds of multiplying and folding, as in the finalisers
-/// of Steele, Lea and Flood, "Fast splittable pseudorandom number generators" (2014).
-inline uint64_t mixed(uint64_t key) {
-  key = (key ^ 0x5851F42D4C957F2DU) * 0x9E3779B97F4A7C15U;
-  key = (key ^ key >> 29) * 0xD6E8FEB86659FD93U;
-  return key ^ key >> 32;
-}
-
 inline constexpr unsigned kRegionBits = 8;  // of a hash, that choose a range of buckets
 
 /// How the places of a bucket lie.

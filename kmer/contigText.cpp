@@ -70,7 +70,7 @@ void ContigText::pack(uint64_t from, uint64_t to) {
     for (uint64_t p = std::max(from, start); p < last; p += DATA_LEN) {
       const std::string_view next = letters(n).substr(p - start, DATA_LEN);
       uint64_t& word = lines_[p / kBasesOfLine].bases[p / DATA_LEN % 4];
-      if (!packBases(next, word)) markOddWindows(n, p, next);
+      if (!packBases(next, &word)) markOddWindows(n, p, next);
     }
   }
 }

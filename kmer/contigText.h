@@ -31,6 +31,22 @@ struct TextContig {
   uint64_t endWindow() const { return firstWindow + windows; }
 };
 
+/// A diagonal of a packed read and the text: a way in which the read, or its reverse complement,
+/// may lie along the text.
+struct Diagonal {
+  bool isReversed = false;  // whether the read's reverse complement lies along the text
+  uint64_t origin = 0;      // text position of the read's window 0, modulo 2^64
+
+  /// The diagonal on which `window` of the read, or its reverse complement, lies at `position`.
+  static Diagonal through(uint64_t position, uint64_t window, bool isReversed) {
+    return {isReversed, isReversed ? position + window : position - window};
+  }
+  uint64_t positionOf(uint64_t window) const {
+    return isReversed ? origin - window : origin + window;
+  }
+  friend bool operator==(const Diagonal&, const Diagonal&) = default;
+};
+
 class ContigText {
  public:
   static constexpr uint64_t kPad = 128;  // positions before the first contig, and behind all
@@ -78,6 +94,14 @@ class ContigText {
 
   /// The `count` packed bases from position p on. REQUIRES: 1 <= count <= DATA_LEN.
   uint64_t basesAt(uint64_t p, int count) const { return packedAt(*this, p, count); }
+
+  /// What lies under the `count` bases from `base` on of a read on a diagonal, on its strand.
+  uint64_t basesUnder(const Diagonal& diagonal, uint64_t base, int count) const {
+    const uint64_t position = diagonal.positionOf(base);
+    if (!diagonal.isReversed) return basesAt(position, count);
+    return reversedKey(basesAt(position + static_cast<uint64_t>(windowLength_ - count), count),
+                       count);
+  }
 
   /// The marks of the 64 positions from p on, the first in the lowest bit.
   /// Repeated: the window's k-mer occurs again in the index, or the window is odd, or it is none.

@@ -9,7 +9,6 @@
 #include "driver/velk.h"
 #include "kmer/fetchKmers.h"
 #include "kmer/seedIndex.h"
-#include "kmer/tableSize.h"
 
 namespace velk {
 namespace {
@@ -24,30 +23,16 @@ HashSet* kmerHash = nullptr;
 SeedIndex* seedIndex = nullptr;
 
 HashSet* newKmerHash(uint64_t initSize, float loadFactor) {
-  const AllocationSite site{__LINE__, "init_hashset", kUserError};
-  const uint64_t size = slotsFor(initSize);
-  if (size > kMaxSlots) outOfMemory(site);
-  auto* set = allocateArray<HashSet>(1, site);
-  set->e_size = sizeof(Entity);
-  set->size = size;
-  set->load_factor = clampedLoadFactor(loadFactor);
-  set->max = mostOfNew(size, set->load_factor);
-  return set;
+  return newNumbers(initSize, loadFactor);
 }
 
 void growForetold(HashSet* set, uint64_t keys) {
-  const TableCourse course = courseOfTable(set->size, set->load_factor, keys);
-  for (std::size_t i = 1; i < course.sizes.size(); ++i) {
-    say("old set->size: " + std::to_string(course.sizes[i - 1]) + "\n");
-    say("new set->size: " + std::to_string(course.sizes[i]) + "\n");
-  }
-  if (course.isTooLarge) {
-    say("old set->size: " + std::to_string(course.sizes.back()) + "\n");
-    failGrowth();
+  while (set->max < keys) {
+    say("old set->size: " + std::to_string(set->size) + "\n");
+    if (!growNumbers(*set, set->max + 1)) failGrowth();
+    say("new set->size: " + std::to_string(set->size) + "\n");
   }
   set->count = keys;
-  set->size = course.sizes.back();
-  set->max = course.most;
 }
 
 void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum) {

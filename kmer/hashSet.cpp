@@ -6,7 +6,6 @@
 
 #include "driver/fatal.h"
 #include "driver/listener.h"
-#include "kmer/tableSize.h"
 
 namespace velk {
 namespace {
@@ -18,18 +17,10 @@ void fillSlot(HashSet* set, uint64_t slot, const Entity& entity) {
   ++set->count;
 }
 
-// Adds an entity whose key is new to a table that has just grown, counting the filled slots on its
-// way.
-void addAfterGrowth(HashSet* set, const Entity& entity) {
-  uint64_t slot = homeSlot(*set, entity);
-  for (; !is_entity_null(set->nul_flag, slot); slot = nextSlot(*set, slot)) ++set->count_conflict;
-  fillSlot(set, slot, entity);
-}
-
-// The first empty slot on the way of an entity's key.
-uint64_t emptySlotFor(const HashSet& set, const Entity& entity) {
+// The first empty slot on the way of an entity's key. passed (inout): counts the filled ones.
+uint64_t emptySlotFor(const HashSet& set, const Entity& entity, uint64_t& passed) {
   uint64_t slot = homeSlot(set, entity);
-  while (!is_entity_null(set.nul_flag, slot)) slot = nextSlot(set, slot);
+  for (; !is_entity_null(set.nul_flag, slot); slot = nextSlot(set, slot)) ++passed;
   return slot;
 }
 
@@ -40,12 +31,13 @@ void rehash(HashSet* set, uint64_t oldSize, const uint8_t* oldFilled, uint8_t* m
   const auto isWaiting = [&](uint64_t slot) {
     return slot < oldSize && !is_entity_null(oldFilled, slot) && !is_entity_delete(moved, slot);
   };
+  uint64_t passed = 0;
   for (uint64_t i = 0; i < oldSize; ++i) {
     if (!isWaiting(i)) continue;
     Entity moving = set->array[i];
     set_entity_delete(moved, i);
     for (bool isPlaced = false; !isPlaced;) {
-      const uint64_t slot = emptySlotFor(*set, moving);
+      const uint64_t slot = emptySlotFor(*set, moving, passed);
       set_entity_fill(set->nul_flag, slot);
       isPlaced = !isWaiting(slot);
       std::swap(moving, set->array[slot]);
@@ -61,21 +53,14 @@ uint8_t* newBitmap(uint64_t size) {
 }
 
 HashSet* init_hashset(uint64_t init_size, float load_factor) {
-  const AllocationSite site{__LINE__, "init_hashset", kUserError};
-  const uint64_t size = slotsFor(init_size);
-  if (size > kMaxSlots) outOfMemory(site);
-  auto* set = allocateArray<HashSet>(1, site);
-  set->e_size = sizeof(Entity);
-  set->size = size;
-  set->load_factor = clampedLoadFactor(load_factor);
-  set->max = mostOfNew(size, set->load_factor);
-  set->array = static_cast<Entity*>(std::malloc((size + 1) * sizeof(Entity)));
-  set->nul_flag = newBitmap(size);
-  set->del_flag = newBitmap(size);
+  HashSet* const set = newNumbers(init_size, load_factor);
+  set->array = static_cast<Entity*>(std::malloc((set->size + 1) * sizeof(Entity)));
+  set->nul_flag = newBitmap(set->size);
+  set->del_flag = newBitmap(set->size);
   if (set->array == nullptr || set->nul_flag == nullptr || set->del_flag == nullptr) {
-    outOfMemory(site);
+    outOfMemory({__LINE__, "init_hashset", kUserError});
   }
-  set->array[size] = Entity{};
+  set->array[set->size] = Entity{};
   return set;
 }
 
@@ -95,10 +80,7 @@ uint64_t GetHashSet(const HashSet* set, const Entity& entity, int& flag) {
 void enlarge_hashset(HashSet* set, uint64_t num) {
   const AllocationSite site{__LINE__, "enlarge_hashset", kUserError, ". Function: ", ".\n"};
   const uint64_t oldSize = set->size;
-  set->size = grownSize(oldSize, set->count + num, set->load_factor);
-  if (set->size > kMaxSlots) outOfMemory(site);
-  set->max = mostOfGrown(set->size, set->load_factor);
-
+  if (!growNumbers(*set, set->count + num)) outOfMemory(site);
   auto* grown = static_cast<Entity*>(std::realloc(set->array, (set->size + 1) * sizeof(Entity)));
   uint8_t* const oldFilled = std::exchange(set->nul_flag, newBitmap(set->size));
   uint8_t* const moved = std::exchange(set->del_flag, newBitmap(set->size));
@@ -121,7 +103,7 @@ int add_hashset(HashSet* set, const Entity& entity) {
     say("old set->size: " + std::to_string(set->size) + "\n");
     enlarge_hashset(set, 1);
     say("new set->size: " + std::to_string(set->size) + "\n");
-    addAfterGrowth(set, entity);
+    fillSlot(set, emptySlotFor(*set, entity, set->count_conflict), entity);
   }
   return 1;
 }

@@ -8,7 +8,8 @@
 //      a missing key reads as not unique.
 //   3. count <= max < size: an empty slot ends every probe.
 //   4. Nothing inserts or grows while a worker runs, and a run deletes nothing.
-// The plain engine's table; the fast engine keeps its numbers alone (kmer/fetchKmersFast.cpp).
+// The plain engine's table. Its numbers follow rules of their own (kmer/tableSize.cpp): the fast
+// engine keeps the numbers alone, and foretells them from the number of different k-mers.
 #pragma once
 
 #include <cstdint>
@@ -48,8 +49,35 @@ struct HashSet {
   uint8_t* del_flag;        // bit per slot: deleted
 };
 
+// The rules of the sizes.
+
+/// Most slots that a table may have (16 TiB of them): beyond it memory is taken to have run out,
+/// before the search for a prime number of slots can take long.
+inline constexpr uint64_t kMaxSlots = uint64_t{1} << 40;
+
+/// Returns whether `num` counts as prime: odd divisors are tried below the whole part of the square
+/// root only, so 9, 15, 25 and 35 pass, and so does every number below 4.
+bool is_prime(uint64_t num);
+
+/// Returns the first odd number from `num` on that is_prime accepts.
+uint64_t find_next_prime(uint64_t num);
+
+/// The load factor that a set takes for `load_factor`: 0.25 for 0 and below, 0.75 for 1 and above
+/// and for no number. All others stay.
+float clampedLoadFactor(float load_factor);
+
+/// The numbers of a new set, without arrays. size is above kMaxSlots when there are too many.
+HashSet numbersOfNew(uint64_t init_size, float load_factor);
+
+/// The same, to be released with delete[]. Exits with status 1 after init_hashset's out-of-memory
+/// message when there is no memory, or when no table may have so many slots.
+HashSet* newNumbers(uint64_t init_size, float load_factor);
+
+/// Makes size and max of a set that has numbers those after a growth for `needed` entities. Returns
+/// false, and leaves a useless size, when it would be above kMaxSlots.
+bool growNumbers(HashSet& set, uint64_t needed);
+
 /// Returns a new empty set of find_next_prime(init_size) slots (3 when init_size is 2 or less).
-/// A load factor of 0 or below counts as 0.25, of 1 or above (or not a number) as 0.75.
 /// Exits with status 1 after the out-of-memory message when there is no memory.
 HashSet* init_hashset(uint64_t init_size, float load_factor);
 

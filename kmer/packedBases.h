@@ -21,9 +21,9 @@ uint64_t packedAt(const Words& words, uint64_t p, int count) {
   return bits >> (64 - LEN_TO_BITLEN * count);
 }
 
-/// Packs up to DATA_LEN letters into a word, the first in its highest bits; one that is no base
-/// stands as an A. Returns whether all are bases. isPlain: without what only some processors have.
-bool packBases(std::string_view letters, uint64_t& word, bool isPlain = false);
+/// Packs letters into words of DATA_LEN, the first in the highest bits; one that is no base stands
+/// as an A, and so does what is missing of the last word. Returns whether all are bases.
+bool packBases(std::string_view letters, uint64_t* words);
 
 class PackedBases {
  public:
@@ -48,6 +48,14 @@ inline uint64_t reversedKey(uint64_t key, int count) {
   key = (key & 0x3333333333333333U) << 2 | (key >> 2 & 0x3333333333333333U);
   key = (key & 0x0F0F0F0F0F0F0F0FU) << 4 | (key >> 4 & 0x0F0F0F0F0F0F0F0FU);
   return __builtin_bswap64(key) >> (64 - LEN_TO_BITLEN * count);
+}
+
+/// A hash of a packed k-mer or m-mer: two rounds of multiplying and folding, as in the finalisers
+/// of Steele, Lea and Flood, "Fast splittable pseudorandom number generators" (2014).
+inline uint64_t mixed(uint64_t key) {
+  key = (key ^ 0x5851F42D4C957F2DU) * 0x9E3779B97F4A7C15U;
+  key = (key ^ key >> 29) * 0xD6E8FEB86659FD93U;
+  return key ^ key >> 32;
 }
 
 }  // namespace velk

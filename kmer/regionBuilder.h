@@ -101,9 +101,9 @@ class RegionBuilder {
   }
 
   uint64_t hashOf(const Run& run) const {
-    if (run.isOdd != 0) return index_.lookUpOf(text_.oddKeyAt(run.first)).hash;
+    if (run.isOdd != 0) return index_.seedOf(text_.oddKeyAt(run.first)).hash;
     const Seeds& ofIndex = index_.seeds();
-    return mixed(ofIndex.kindOf(text_.basesAt(run.first + run.offset, ofIndex.length())));
+    return ofIndex.hashOf(text_.basesAt(run.first + run.offset, ofIndex.length()));
   }
 
   // Adds the places of a kind of seed, or of the windows that have such a seed.
@@ -178,7 +178,7 @@ class RegionBuilder {
       const uint64_t reversed = reversedKey(key, text_.windowLength());
       if (knownOf(reversed).first != 0) {
         text_.markReversed(p);
-      } else if (!areInjective && index_.lookUpOf(reversed).hash != runs.front().hash) {
+      } else if (!areInjective && index_.seedOf(reversed).hash != runs.front().hash) {
         region_.strays.push_back(p);
       }
     });

@@ -18,6 +18,7 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <utility>
 
 #include "kmer/buckets.h"
 #include "kmer/contigText.h"
@@ -90,60 +91,30 @@ class SeedIndex {
   /// Whether the windows of the text are k-mers with letters that packed reads can have.
   bool hasText() const { return text_.windows() != 0; }
 
-  // A look-up in three steps, so that the memory of several can be prefetched at the same time.
+  /// What the index knows of the k-mer with this key.
+  Occurrence find(uint64_t key) const;
 
-  struct LookUp {
-    uint64_t key;
-    uint64_t hash;  // of the seed's kind
-    int offset;     // of the seed
-    bool isHeavy;   // set by advance(): the windows of the seed are in the second level
-  };
+  // What a seed of a packed read says of all windows that share it. Three steps, so that the memory
+  // of several seeds can be prefetched at the same time. unlike: a place of the seed around which
+  // no window of the run lies, if one is known.
 
-  /// 1. Begins, and prefetches the seed's bucket.
-  LookUp begin(uint64_t key) const;
-
-  /// The look-up of the reverse complement, begun as well. Where a seed is tied it may be in vain,
-  /// or end with a later occurrence than the first. REQUIRES: the key is one of bases alone.
-  LookUp beginReversed(const LookUp& lookUp) const;
-
-  /// 2. Prefetches what the k-mer is compared with first.
-  void advance(LookUp& lookUp) const;
-
-  /// 3. Ends.
-  Occurrence end(const LookUp& lookUp) const;
-
-  /// All three steps.
-  Occurrence find(uint64_t key) const { return hasText() ? end(begin(key)) : Occurrence{}; }
-
-  // What a seed says of all windows that share it, and of their reverse complements.
-
-  /// A seed of a packed read, being looked up.
-  struct SeedLookUp {
-    SeedRun run;
-    uint64_t hash;
-    uint64_t unlike;  // a place of the seed where no window of the run lies, if one is known
-  };
-
-  /// 1. Begins, and prefetches the bucket.
-  SeedLookUp beginSeed(const SeedRun& run, uint64_t unlike = Occurrence::kAbsent) const;
+  /// 1. Prefetches the bucket in which the places of the seed begin.
+  void prefetchSeed(const SeedRun& run) const {
+    prefetchLine(range(seedLevel_, run.hash).home(run.hash));
+  }
 
   /// 2. Returns false if no window of the run, nor its reverse complement, is in the index.
-  /// Prefetches what tells more.
-  bool advanceSeed(const SeedLookUp& lookUp) const;
+  /// Prefetches the text around the first place.
+  bool prefetchText(const SeedRun& run, uint64_t unlike) const;
 
-  /// What a seed's places tell: a bit for each offset of the seed in a window, 0 the lowest.
   struct SeedVerdict {
-    uint32_t absent = 0;  // windows that the index holds on neither strand
-
-    // A window of the run that agrees with the text, itself or its reverse complement, if any.
-    bool isFound = false;
-    bool isReversed = false;
-    uint64_t window = 0;
-    uint64_t position = 0;
+    uint64_t absent = 0;  // a bit for each window of the run, the first lowest: on neither strand
+    std::optional<Diagonal> diagonal{};  // on which a window of the index lies under ...
+    uint64_t window = 0;                 // ... this one, of the run
   };
 
-  /// 3. Ends. bases: the packed read. REQUIRES: advanceSeed returned true.
-  SeedVerdict endSeed(const SeedLookUp& lookUp, const PackedBases& bases) const;
+  /// 3. The verdict.
+  SeedVerdict verdictOn(const SeedRun& run, uint64_t unlike, const PackedBases& bases) const;
 
  private:
   friend class RegionBuilder;
@@ -174,19 +145,21 @@ class SeedIndex {
       return place - kElsewhere < text_.end() - kElsewhere && onPlace(place);
     });
   }
-  void prefetch(const Level& level, uint64_t hash) const {
-    prefetchLine(range(level, hash).home(hash));
-  }
 
-  /// The hash of a window in the second level, of the same region as that of its seed's kind.
-  static uint64_t windowHash(const LookUp& lookUp) {
-    return lookUp.hash ^ mixed(lookUp.key) >> kRegionBits;
+  /// The seed of a k-mer.
+  struct KeySeed {
+    uint64_t hash;  // of its kind
+    int offset;     // in the k-mer
+  };
+  KeySeed seedOf(uint64_t key) const;
+
+  /// The hash of a k-mer in the second level, of the same region as that of its seed's kind.
+  static uint64_t windowHash(uint64_t seedHash, uint64_t key) {
+    return seedHash ^ mixed(key) >> kRegionBits;
   }
+  std::pair<uint64_t, uint64_t> windowsUnder(const Diagonal& diagonal, const SeedRun& run,
+                                             const PackedBases& bases) const;
   void fixShape(uint64_t leastWindows);
-  LookUp lookUpOf(uint64_t key) const;
-  Occurrence findWindow(const LookUp& lookUp) const;
-  uint32_t sharedOffsets(const SeedRun& run, const PackedBases& bases, uint64_t place,
-                         bool isReversed) const;
 
   ContigText text_;
   Seeds seeds_{1, 0};

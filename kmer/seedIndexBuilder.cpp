@@ -65,7 +65,7 @@ class SeedIndexBuilder {
         if (p < odd) forEachRunOfBases(p, odd, onRun);
         for (p = odd; p < end && text_.isMarkedRepeated(p); ++p) {
           const Run run{p & Run::kPosition, 0, 1, 1, 1};
-          onRun(index_.lookUpOf(text_.oddKeyAt(p)).hash, run);
+          onRun(index_.seedOf(text_.oddKeyAt(p)).hash, run);
         }
       }
     }
@@ -74,22 +74,22 @@ class SeedIndexBuilder {
   // The same for windows of bases alone. Runs of one kind that follow each other are one.
   template <class OnRun>
   void forEachRunOfBases(uint64_t from, uint64_t to, OnRun onRun) const {
-    uint64_t kind = 0;
+    uint64_t hash = 0;
     Run joined{};
     index_.seeds_.forEachRun(text_, from, to, [&](const SeedRun& run) {
       const uint64_t windows = run.last - run.first + 1;
-      const bool isSame = run.kind == kind && joined.windows + windows <= Run::kMostWindows;
+      const bool isSame = run.hash == hash && joined.windows + windows <= Run::kMostWindows;
       if (isSame && joined.windows != 0) {
         joined.windows = (joined.windows + windows) & Run::kMostWindows;
         joined.places = std::min<uint64_t>(joined.places + 1U, SeedIndex::kMostPlaces) & 7U;
         return;
       }
-      if (joined.windows != 0) onRun(mixed(kind), joined);
-      kind = run.kind;
+      if (joined.windows != 0) onRun(hash, joined);
+      hash = run.hash;
       joined = {run.first & Run::kPosition, (run.at - run.first) & 31U, windows & Run::kMostWindows,
                 run.isTied ? 2U : 1U, 0};
     });
-    onRun(mixed(kind), joined);
+    onRun(hash, joined);
   }
 
   // Makes room for the runs of every region, and for the buckets that take their place.
@@ -150,8 +150,8 @@ class SeedIndexBuilder {
     windows_[r].resize(bucketsFor(windows.size()));
     const BucketRange ofWindows{windows_[r].data(), windows_[r].size(), index_.shape_};
     for (const uint64_t p : windows) {
-      const uint64_t hash = SeedIndex::windowHash(index_.lookUpOf(text_.keyAt(p)));
-      ofWindows.add(p + index_.placeBase_, hash);
+      const uint64_t key = text_.keyAt(p);
+      ofWindows.add(p + index_.placeBase_, SeedIndex::windowHash(index_.seedOf(key).hash, key));
     }
   }
 

@@ -12,15 +12,15 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cstdint>
-#include <utility>
 
 #include "kmer/packedBases.h"
 
 namespace velk {
 
 inline constexpr int kShortestMer = 9;        // bases, unless k-mers are as short
-inline constexpr int kLongestMer = 25;        // a word holds eight of them
+inline constexpr int kLongestMer = 25;        // eight that follow each other lie in a word
 inline constexpr int kLongestInjective = 16;  // of m-mers whose ranks tell all kinds apart
 inline constexpr std::size_t kMostOffsets = DATA_LEN - kShortestMer + 1;  // of a seed in a window
 
@@ -29,9 +29,9 @@ inline uint32_t rankOf(uint64_t kind) {
   return static_cast<uint32_t>(kind ^ kind >> 27) * 0x9E3779B1U ^ 0x5BD1E995U;
 }
 
-/// Writes the ranks of the m-mers that begin at the bases [from, to) of a word to ranks[from] and
-/// on, and may write all of ranks[0, DATA_LEN). behind: the word of bases that follows.
-void rankMers(uint64_t word, uint64_t behind, uint64_t from, uint64_t to, int m, uint32_t* ranks);
+/// Writes the ranks of the m-mers that begin at the bases of a word. behind: the word of bases that
+/// follows. REQUIRES: 1 <= m <= kLongestMer.
+void rankMers(uint64_t word, uint64_t behind, int m, uint32_t* ranks);
 
 struct LeastRank {
   uint32_t rank;
@@ -45,10 +45,13 @@ LeastRank leastRank(const uint32_t* ranks, unsigned count);
 /// A longest stretch of windows that share a seed.
 struct SeedRun {
   uint64_t at;     // position of the seed's first base
-  uint64_t kind;   // the seed or its reverse complement, the lesser number
+  uint64_t hash;   // of its kind
   uint64_t first;  // position of the first window
   uint64_t last;   // position of the last window
   bool isTied;     // whether some of the windows may hold a second m-mer of the seed's rank
+
+  /// A bit for each window, the first lowest.
+  uint64_t windows() const { return (uint64_t{2} << (last - first)) - 1; }
 };
 
 /// The lengths of windows and seeds, and what follows from them.
@@ -62,14 +65,14 @@ class Seeds {
   int length() const { return m_; }  // of a seed, bases; odd, so no seed is its own complement
   int offsets() const { return k_ - m_ + 1; }  // places that a seed may have in a window
 
-  /// The kind of a packed m-mer.
-  uint64_t kindOf(uint64_t mer) const { return std::min(mer, reversedKey(mer, m_)); }
+  /// The hash of the kind of a packed m-mer, which is the lesser of it and its reverse complement.
+  uint64_t hashOf(uint64_t mer) const { return mixed(std::min(mer, reversedKey(mer, m_))); }
 
   /// The offset of the seed in a packed window.
   int offsetIn(uint64_t key) const {
     std::array<uint32_t, DATA_LEN> ranks;
     const auto count = static_cast<unsigned>(offsets());
-    rankMers(key << (64 - LEN_TO_BITLEN * k_), 0, 0, count, m_, ranks.data());
+    rankMers(key << (64 - LEN_TO_BITLEN * k_), 0, m_, ranks.data());
     return static_cast<int>(leastRank(ranks.data(), count).offset);
   }
 
@@ -85,7 +88,7 @@ class Seeds {
   void forEachRun(const Words& words, uint64_t from, uint64_t to, OnRun onRun) const;
 
  private:
-  static constexpr uint64_t kChunk = 128;  // windows whose m-mers are ranked together
+  static constexpr uint64_t kChunk = 256;  // m-mers that are ranked together, of whole words
 
   // Windows a random m-mer must be matched against before one is expected to be found.
   static constexpr uint64_t kRarity = 8;
@@ -102,52 +105,38 @@ class Seeds {
 
 template <class Words, class OnRun>
 void Seeds::forEachRun(const Words& words, uint64_t from, uint64_t to, OnRun onRun) const {
+  assert(from < to);
   const auto width = static_cast<uint64_t>(offsets());
-  std::array<uint32_t, kChunk + uint64_t{4} * DATA_LEN> ranks;  // of the m-mers from `start` on
-  uint64_t start = 0;
-  SeedRun run{};
-  uint32_t least = 0;                         // the rank of run.at
-  const auto choose = [&](uint64_t window) {  // the seed of a window, of all its m-mers
-    const LeastRank chosen = leastRank(&ranks[window - start], static_cast<unsigned>(width));
-    run = {window + chosen.offset, 0, window, window, chosen.isTied};
-    least = chosen.rank;
-  };
-  const auto end = [&](uint64_t window) {  // `window` is the first with another seed
-    run.kind = kindOf(packedAt(words, run.at, m_));
-    run.last = window - 1;
-    onRun(std::as_const(run));
-  };
+  std::array<uint32_t, kChunk + kMostOffsets> ranks;
   for (uint64_t window = from; window < to;) {
-    const uint64_t stop = std::min(to, window + kChunk);
-    const uint64_t merEnd = stop + width - 1;
-    start = window / DATA_LEN * DATA_LEN;
-    for (uint64_t at = start; at < merEnd; at += DATA_LEN) {
-      rankMers(words.wordAt(at / DATA_LEN), words.wordAt(at / DATA_LEN + 1),
-               std::max(at, window) - at, std::min<uint64_t>(merEnd - at, DATA_LEN), m_,
+    const uint64_t start = window / DATA_LEN * DATA_LEN;  // of the m-mers that are ranked
+    const uint64_t stop = std::min(to, start + kChunk - width + 1);
+    for (uint64_t at = start; at < stop + width - 1; at += DATA_LEN) {
+      rankMers(words.wordAt(at / DATA_LEN), words.wordAt(at / DATA_LEN + 1), m_,
                &ranks[at - start]);
     }
-    if (window == from) choose(window++);
-    while (window < stop) {
-      const uint64_t holdsSeed = std::min(stop, run.at + 1);  // the windows before do
-      uint32_t rank = 0;                                      // of the m-mer that a window adds
-      for (; window < holdsSeed; ++window) {
-        rank = ranks[window - start + width - 1];
-        if (rank > least) continue;
-        if (rank < least) break;
-        run.isTied = true;
+    LeastRank least{};  // of the window's m-mers
+    for (bool isKnown = false; window < stop;) {
+      if (!isKnown) least = leastRank(&ranks[window - start], static_cast<unsigned>(width));
+      const uint64_t seed = window + least.offset;
+      bool isTied = least.isTied;
+      // The windows behind share the seed as long as they hold it and add no lesser m-mer.
+      uint64_t next = window + 1;
+      isKnown = false;
+      for (const uint64_t end = std::min(stop, seed + 1); next < end; ++next) {
+        const uint32_t added = ranks[next - start + width - 1];
+        if (added > least.rank) continue;
+        isKnown = added < least.rank;
+        if (isKnown) break;
+        isTied = true;
       }
-      if (window == stop) break;
-      end(window);
-      if (window < holdsSeed) {
-        run = {window + width - 1, 0, window, window, false};
-        least = rank;
-      } else {
-        choose(window);
-      }
-      ++window;
+      if (next == stop && stop < to) break;  // it may go on, and is sought again
+      onRun(SeedRun{seed, hashOf(packedAt(words, seed, m_)), window, next - 1, isTied});
+      if (isKnown)
+        least = {ranks[next - start + width - 1], static_cast<unsigned>(width) - 1, false};
+      window = next;
     }
   }
-  end(to);
 }
 
 }  // namespace velk

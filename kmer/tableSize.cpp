@@ -1,7 +1,9 @@
-#include "kmer/tableSize.h"
-
+// The numbers of the k-mer hash set: how many slots a new one has, when it grows, and how far.
 #include <algorithm>
 #include <cmath>
+
+#include "driver/fatal.h"
+#include "kmer/hashSet.h"
 
 namespace velk {
 namespace {
@@ -35,51 +37,38 @@ float clampedLoadFactor(float load_factor) {
   return load_factor;
 }
 
-uint64_t slotsFor(uint64_t init_size) {
-  if (init_size > kMaxSlots) return kMaxSlots + 1;
-  return std::min(init_size > 2 ? find_next_prime(init_size) : 3, kMaxSlots + 1);
+HashSet numbersOfNew(uint64_t init_size, float load_factor) {
+  HashSet set{};
+  set.e_size = sizeof(Entity);
+  set.load_factor = clampedLoadFactor(load_factor);
+  set.size = init_size > 2 ? find_next_prime(std::min(init_size, kMaxSlots)) : 3;
+  // Of both limits: a load factor just below 1 would round up to a table without an empty slot.
+  const float most = static_cast<float>(set.size) * set.load_factor;
+  set.max = std::min(static_cast<uint64_t>(most), set.size - 1);
+  return set;
 }
 
-// Of both limits: a load factor just below 1 would round up to a table without an empty slot.
-
-uint64_t mostOfNew(uint64_t size, float load_factor) {
-  return std::min(static_cast<uint64_t>(static_cast<float>(size) * load_factor), size - 1);
+HashSet* newNumbers(uint64_t init_size, float load_factor) {
+  const AllocationSite site{__LINE__, "init_hashset", kUserError};
+  const HashSet numbers = numbersOfNew(init_size, load_factor);
+  if (numbers.size > kMaxSlots) outOfMemory(site);
+  auto* set = allocateArray<HashSet>(1, site);
+  *set = numbers;
+  return set;
 }
 
-uint64_t mostOfGrown(uint64_t size, float load_factor) {
-  // KEPT: rounded to nearest here, cut off in mostOfNew (HashSet.GrowthRoundsMaxToNearest)
-  const double most = static_cast<double>(static_cast<float>(size) * load_factor) + 0.5;
-  return std::min(static_cast<uint64_t>(most), size - 1);
-}
-
-uint64_t grownSize(uint64_t size, uint64_t needed, float load_factor) {
-  const double neededSlots = static_cast<double>(needed) / static_cast<double>(load_factor);
-  if (neededSlots > static_cast<double>(kMaxSlots)) return kMaxSlots + 1;
+bool growNumbers(HashSet& set, uint64_t needed) {
+  const double neededSlots = static_cast<double>(needed) / static_cast<double>(set.load_factor);
+  if (neededSlots > static_cast<double>(kMaxSlots)) return false;
   do {
-    size = find_next_prime(size < kLargestDoubling ? size * 2 : size + kLargestDoubling);
-  } while (size <= kMaxSlots &&
-           static_cast<float>(needed) > static_cast<float>(size) * load_factor);
-  return size;
-}
-
-TableCourse courseOfTable(uint64_t init_size, float load_factor, uint64_t keys) {
-  const float factor = clampedLoadFactor(load_factor);
-  TableCourse course;
-  uint64_t size = slotsFor(init_size);
-  if (size > kMaxSlots) {
-    course.isTooLarge = true;
-    return course;
-  }
-  course.sizes.push_back(size);
-  course.most = mostOfNew(size, factor);
-  while (course.most < keys) {
-    size = grownSize(size, course.most + 1, factor);
-    course.isTooLarge = size > kMaxSlots;
-    if (course.isTooLarge) break;
-    course.sizes.push_back(size);
-    course.most = mostOfGrown(size, factor);
-  }
-  return course;
+    set.size += std::min(set.size, kLargestDoubling);
+    set.size = find_next_prime(set.size);
+  } while (set.size <= kMaxSlots &&
+           static_cast<float>(needed) > static_cast<float>(set.size) * set.load_factor);
+  // KEPT: rounded to nearest here, cut off in numbersOfNew (HashSet.GrowthRoundsMaxToNearest)
+  const float most = static_cast<float>(set.size) * set.load_factor;
+  set.max = std::min(static_cast<uint64_t>(static_cast<double>(most) + 0.5), set.size - 1);
+  return set.size <= kMaxSlots;
 }
 
 }  // namespace velk

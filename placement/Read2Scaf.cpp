@@ -18,45 +18,36 @@
 namespace velk {
 namespace {
 
-// velk's own sink: writes records to a worker's row and drops the rest.
-class RowSink {
- public:
+// velk's own sink: writes records to row t, and drops the rest.
+struct RowSink {
   static constexpr bool kTakesRefusals = false;
 
-  // Writes to row t from slot n on; n (inout) counts the row's records.
-  RowSink(int t, uint32_t& n, const ScaffoldInfo* scaffolds)
-      : t_(t), n_(n), scaffolds_(scaffolds) {}
+  int t;
+  uint32_t& n;  // of the row's records
 
   void found(const Found& found, const std::string& bases) {
     const auto& [kind, gap, position, unmoved] = found.place;
-    const ContigInfo& behind = scaffolds_[found.hit.scaffold].contigsInfo[gap];
-    recordFound(t_, n_, bases,
+    const ContigInfo& behind = scaffoldInfo[found.hit.scaffold].contigsInfo[gap];
+    recordFound(t, n, bases,
                 {found.hit.scaffold, gap - 1, position, behind.frontGapNum, behind.frontGapSize});
   }
-
   static void anchored(const Anchored&) {}
-
- private:
-  int t_;
-  uint32_t& n_;
-  const ScaffoldInfo* scaffolds_;
 };
 
-using GivenRead = ReadStrand<Engine>;
-
-int64_t placeGiven(Direction direction, const std::string& anchor, const std::string& mate,
-                   uint32_t& n, int t) {
+// Reads that are given one by one: nothing is known of them.
+struct Given {
   Engine engine = engineOfRun();
-  RowSink sink(t, n, scaffoldInfo);
-  Engine::Prepared unknown;
-  GivenRead anchorRead(engine, unknown, anchor, {});
-  GivenRead mateRead(engine, unknown, mate, {});
-  return placePair(direction, anchorRead, mateRead, scaffoldInfo, optionsOfRun(), sink);
-}
+  Engine::Prepared unknown{};
+  RowSink sink;
 
-int asNumber(Refusal refusal) {
-  return refusal == Refusal::kNone ? 1 : 0;
-}
+  ReadStrand<Engine> strandOf(const std::string& read) { return {engine, unknown, read, {}}; }
+
+  int64_t place(Direction direction, const std::string& anchor, const std::string& mate) {
+    ReadStrand<Engine> anchorRead = strandOf(anchor);
+    ReadStrand<Engine> mateRead = strandOf(mate);
+    return placePair(direction, anchorRead, mateRead, scaffoldInfo, optionsOfRun(), sink);
+  }
+};
 
 }  // namespace
 
@@ -82,28 +73,26 @@ Engine engineOfRun() {
 void FindReads(int t) {
   Engine engine = engineOfRun();
   uint32_t n = 0;
-  RowSink sink(t, n, scaffoldInfo);
+  RowSink sink{t, n};
   const Batch batch{readsA, readsB, bufferNum, t, threadNum, scaffoldInfo, optionsOfRun()};
   scanBatch(engine, batch, sink);
   foundReadNum[t] = n;
 }
 
 void checkSingleRead(int64_t& i, const std::string& read, uint32_t& n, int t) {
-  Engine engine = engineOfRun();
-  RowSink sink(t, n, scaffoldInfo);
-  Engine::Prepared unknown;
-  GivenRead given(engine, unknown, read, {});
-  i = placeSingle(given, scaffoldInfo, optionsOfRun(), sink);
+  Given given{.sink = {t, n}};
+  ReadStrand<Engine> strand = given.strandOf(read);
+  i = placeSingle(strand, scaffoldInfo, optionsOfRun(), given.sink);
 }
 
 void checkForwardRead(int64_t& i, const std::string& anchor, const std::string& mate, uint32_t& n,
                       int t) {
-  i = placeGiven(Direction::kForward, anchor, mate, n, t);
+  i = Given{.sink = {t, n}}.place(Direction::kForward, anchor, mate);
 }
 
 void checkReverseRead(int64_t& i, const std::string& anchor, const std::string& mate, uint32_t& n,
                       int t) {
-  i = placeGiven(Direction::kReverse, anchor, mate, n, t);
+  i = Given{.sink = {t, n}}.place(Direction::kReverse, anchor, mate);
 }
 
 void ReverseComplementSeq(std::string& dest, const std::string& src) {
@@ -121,15 +110,15 @@ void LongReverseComplement(std::string& a, std::string& b) {
 }
 
 int MapRead2Lcontig(const std::string& contig, const std::string& read, int64_t offset) {
-  return asNumber(checkOverRightEnd(contig, read, offset, optionsOfRun()));
+  return checkOverRightEnd(contig, read, offset, optionsOfRun()) == Refusal::kNone ? 1 : 0;
 }
 
 int MapRead2Rcontig(const std::string& contig, const std::string& read, int64_t offset) {
-  return asNumber(checkOverLeftEnd(contig, read, offset, optionsOfRun()));
+  return checkOverLeftEnd(contig, read, offset, optionsOfRun()) == Refusal::kNone ? 1 : 0;
 }
 
 int MapRead2Contig(const std::string& contig, const std::string& read, int64_t offset) {
-  return asNumber(checkOnContig(contig, read, offset, optionsOfRun()));
+  return checkOnContig(contig, read, offset, optionsOfRun()) == Refusal::kNone ? 1 : 0;
 }
 
 }  // namespace velk

@@ -8,35 +8,16 @@
 namespace velk {
 namespace {
 
-// The bits of a word in reverse order.
-uint64_t reversedBits(uint64_t word) {
-  word = (word & 0x5555555555555555U) << 1 | (word >> 1 & 0x5555555555555555U);
-  word = (word & 0x3333333333333333U) << 2 | (word >> 2 & 0x3333333333333333U);
-  word = (word & 0x0F0F0F0F0F0F0F0FU) << 4 | (word >> 4 & 0x0F0F0F0F0F0F0F0FU);
-  return __builtin_bswap64(word);
-}
-
-// Calls onMismatch(base) for the bases [from, to) of a read that differ from the text.
-template <class OnMismatch>
-void forEachMismatch(const ContigText& text, const PackedBases& bases, const Diagonal& diagonal,
-                     std::size_t from, std::size_t to, OnMismatch onMismatch) {
-  const auto length = static_cast<uint64_t>(text.windowLength());
-  while (from < to) {
-    const auto count = static_cast<int>(std::min<std::size_t>(DATA_LEN, to - from));
-    const auto bits = static_cast<std::size_t>(count);
-    // The base `from` lies on the first base of the window's stretch, or on its last one.
-    const uint64_t there =
-        diagonal.isReversed
-            ? reversedKey(text.basesAt(diagonal.positionOf(from) + length - bits, count), count)
-            : text.basesAt(diagonal.positionOf(from), count);
-    const uint64_t difference = bases.at(from, count) ^ there;
-    uint64_t differ = (difference | difference >> 1) & 0x5555555555555555U;
-    for (; differ != 0; differ &= ~(uint64_t{1} << (63 - std::countl_zero(differ)))) {
-      const auto bit = static_cast<std::size_t>(63 - std::countl_zero(differ));
-      onMismatch(from + bits - 1 - bit / LEN_TO_BITLEN);
-    }
-    from += bits;
-  }
+// Adds those of the matches that have a mark. marksFrom(p): the marks of 64 positions of the text.
+template <class MarksFrom>
+void addMarked(const Alignment& alignment, MarksFrom marksFrom, WindowSet& windows) {
+  windows.insertMarked(alignment.matches(), [&](std::size_t window) {
+    const uint64_t position = alignment.diagonal().positionOf(window);
+    if (!alignment.diagonal().isReversed) return marksFrom(position);
+    // The positions go the other way: pairs of bits change places, and then those of a pair.
+    const uint64_t pairs = reversedKey(~marksFrom(position - 63), DATA_LEN);
+    return (pairs & 0x5555555555555555U) << 1 | (pairs >> 1 & 0x5555555555555555U);
+  });
 }
 
 }  // namespace
@@ -55,33 +36,38 @@ void Alignment::align(const ContigText& text, const PackedBases& bases, const Di
   uint64_t before = position - contig.firstWindow;
   uint64_t behind = contig.endWindow() - 1 - position;
   if (diagonal.isReversed) std::swap(before, behind);
-  const std::size_t from = window - std::min<uint64_t>(window, before);
-  const std::size_t to = std::min<uint64_t>(matches_.size(), window + 1 + behind);
-  first_ = from;
-  end_ = to;
+  first_ = window - std::min<uint64_t>(window, before);
+  end_ = std::min<uint64_t>(matches_.size(), window + 1 + behind);
   // 2. Without those that hold a mismatch.
-  std::size_t matched = from;
-  forEachMismatch(text, bases, diagonal, from, to + k - 1, [&](std::size_t base) {
-    if (matched + k <= base) matches_.insertRange(matched, base - k + 1);
-    matched = base + 1;
-  });
-  if (matched < to) matches_.insertRange(matched, to);
+  std::size_t matched = first_;
+  for (std::size_t base = matched; base < end_ + k - 1; base += DATA_LEN) {
+    const auto count = static_cast<int>(std::min<std::size_t>(DATA_LEN, end_ + k - 1 - base));
+    const uint64_t difference = bases.at(base, count) ^ text.basesUnder(diagonal, base, count);
+    uint64_t differ = ((difference | difference >> 1) & 0x5555555555555555U)
+                      << (64 - LEN_TO_BITLEN * count);
+    for (; differ != 0; differ &= ~uint64_t{0} >> 1 >> std::countl_zero(differ)) {
+      const std::size_t mismatch =
+          base + static_cast<std::size_t>(std::countl_zero(differ) / LEN_TO_BITLEN);
+      if (matched + k <= mismatch) matches_.insertRange(matched, mismatch - k + 1);
+      matched = mismatch + 1;
+    }
+  }
+  if (matched < end_) matches_.insertRange(matched, end_);
   // 3. Without those that hold a letter which is no base.
   if (contig.hasOddLetters == 0) return;
-  for (std::size_t w = matches_.firstContained(0); w < to; w = matches_.firstContained(w + 1)) {
+  for (std::size_t w = matches_.firstContained(0); w < end_; w = matches_.firstContained(w + 1)) {
     if (!text.isWindow(diagonal.positionOf(w))) matches_.erase(w);
   }
 }
 
-void Alignment::addMarked(const ContigText& text, Mark mark, WindowSet& windows) const {
-  const auto marksFrom = [&](uint64_t position) {
-    return mark == Mark::kRepeated ? text.repeatedMarksFrom(position)
-                                   : ~text.reversedMarksFrom(position);
-  };
-  windows.insertMarked(matches_, [&](std::size_t window) {
-    const uint64_t position = diagonal_.positionOf(window);
-    return diagonal_.isReversed ? reversedBits(marksFrom(position - 63)) : marksFrom(position);
-  });
+void Alignment::addRepeated(const ContigText& text, WindowSet& windows) const {
+  addMarked(
+      *this, [&](uint64_t p) { return text.repeatedMarksFrom(p); }, windows);
+}
+
+void Alignment::addNotReversed(const ContigText& text, WindowSet& windows) const {
+  addMarked(
+      *this, [&](uint64_t p) { return ~text.reversedMarksFrom(p); }, windows);
 }
 
 }  // namespace velk

@@ -8,28 +8,11 @@
 
 #include <cstdint>
 
+#include "kmer/contigText.h"
 #include "kmer/packedBases.h"
-#include "kmer/seedIndex.h"
 #include "placement/windowSet.h"
 
 namespace velk {
-
-/// A diagonal of a packed read and the text.
-struct Diagonal {
-  bool isReversed = false;  // whether the read's reverse complement lies along the text
-  uint64_t origin = 0;      // text position of the read's window 0, modulo 2^64
-
-  /// The diagonal on which `window` of the read, or its reverse complement, lies at `position`.
-  static Diagonal through(uint64_t position, std::size_t window, bool isReversed) {
-    return {isReversed, isReversed ? position + window : position - window};
-  }
-
-  uint64_t positionOf(std::size_t window) const {
-    return isReversed ? origin - window : origin + window;
-  }
-
-  friend bool operator==(const Diagonal&, const Diagonal&) = default;
-};
 
 class Alignment {
  public:
@@ -50,7 +33,7 @@ class Alignment {
   /// The windows that agree with a window of the index.
   const WindowSet& matches() const { return matches_; }
 
-  /// Whether the windows from, ..., to lie on windows of one contig along the diagonal.
+  /// Whether the windows from, ..., to lie on windows of the contig along the diagonal.
   bool covers(std::size_t from, std::size_t to) const {
     return isThere_ && first_ <= from && to < end_;
   }
@@ -60,14 +43,11 @@ class Alignment {
     return diagonal_.isReversed == isReversed && matches_.contains(window);
   }
 
-  /// What the text's marks say of the matches.
-  enum class Mark {
-    kRepeated,    // the k-mer occurs again in the index
-    kNotReversed  // its reverse complement is not in the index
-  };
+  /// Adds those of the matches whose k-mer occurs again in the index.
+  void addRepeated(const ContigText& text, WindowSet& windows) const;
 
-  /// Adds those of the matches that are marked so.
-  void addMarked(const ContigText& text, Mark mark, WindowSet& windows) const;
+  /// Adds those of the matches whose reverse complement is not in the index.
+  void addNotReversed(const ContigText& text, WindowSet& windows) const;
 
  private:
   bool isThere_ = false;

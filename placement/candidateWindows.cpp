@@ -55,9 +55,7 @@ std::optional<KmerPlace> CandidateWindows::uniquePlaceOf(std::size_t window) {
   const Occurrence found = occurrenceOf(onRead(window));
   if (!found.isThere()) return std::nullopt;
   if (found.isUnique) return index_.text().placeOf(found.position);
-  if (preparer_.steps().repeats) {
-    read_.alignment.addMarked(index_.text(), Alignment::Mark::kRepeated, skipped_);
-  }
+  if (preparer_.steps().repeats) read_.alignment.addRepeated(index_.text(), skipped_);
   return std::nullopt;
 }
 

@@ -9,9 +9,8 @@
 #pragma once
 
 #include <cassert>
-#include <type_traits>
+#include <set>
 
-#include "placement/refusedHits.h"
 #include "placement/sink.h"
 #include "placement/verdict.h"
 
@@ -21,17 +20,18 @@ namespace velk {
 /// accept(hit, verdict) takes one that is no refusal. Returns where the walk stopped.
 template <class Read, class Sink, class Judge, class Accept>
 int64_t walkHits(Read& read, Sink& sink, Judge judge, Accept accept) {
-  std::conditional_t<Sink::kTakesRefusals, RefusedHits, NoRefusedHits> refused;
+  std::set<Hit> refused;  // those of which the sink has been told
   return read.visitHits([&](const Hit& hit) {
-    if (refused.contains(hit)) return Walk::kGoOn;
     const Verdict verdict = judge(hit);
     if (verdict.refusal == Refusal::kNone) {
       accept(hit, verdict);
       return Walk::kStop;
     }
     if constexpr (Sink::kTakesRefusals) {
-      sink.refused(Refused{read.origin(), hit, verdict.refusal, verdict.gap, verdict.matePosition});
-      refused.add(hit);
+      if (refused.insert(hit).second) {
+        sink.refused(
+            Refused{read.origin(), hit, verdict.refusal, verdict.gap, verdict.matePosition});
+      }
     }
     // KEPT: a large insert at a small gap gives up the whole pair
     // (CheckForwardRead.LargeInsertAtASmallGapStopsTheWalk)

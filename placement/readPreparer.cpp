@@ -1,6 +1,6 @@
 #include "placement/readPreparer.h"
 
-#include <bit>
+#include <algorithm>
 #include <string_view>
 
 namespace velk {
@@ -29,73 +29,64 @@ void prefetchAlong(const ContigText& text, const PreparedRead& read, const Diago
 
 }  // namespace
 
-// Ends a look-up, on both strands, and prefetches along the diagonal.
-void ReadPreparer::endLookUp(WindowLookUp& window) const {
-  Occurrence found = index_.end(window.lookUp);
-  const bool isReversed = !found.isThere();
-  if (isReversed) found = index_.end(index_.beginReversed(window.lookUp));
-  if (!found.isThere()) return;
-  window.diagonal = Diagonal::through(found.position, window.window, isReversed);
-  prefetchAlong(index_.text(), *window.read, *window.diagonal, window.window);
-}
-
 // Where the seed of windows that do not agree with the text lies on the read's diagonal, if it
 // agrees there itself and all of the windows lie on one contig.
 uint64_t ReadPreparer::placeOnDiagonal(const PreparedRead& read, const SeedRun& run) const {
-  if (!read.alignment.covers(run.first, run.last)) return Occurrence::kAbsent;
   const Diagonal& diagonal = read.alignment.diagonal();
   const int length = index_.seeds().length();
-  const uint64_t seed = read.packed.at(run.at, length);
-  const auto behind = static_cast<uint64_t>(index_.text().windowLength() - length);
-  const uint64_t place = diagonal.positionOf(run.at) + (diagonal.isReversed ? behind : 0);
-  const uint64_t there = index_.text().basesAt(place, length);
-  const bool agrees = there == (diagonal.isReversed ? reversedKey(seed, length) : seed);
-  return agrees ? place : Occurrence::kAbsent;
+  const bool agrees =
+      read.alignment.covers(run.first, run.last) &&
+      index_.text().basesUnder(diagonal, run.at, length) == read.packed.at(run.at, length);
+  if (!agrees) return Occurrence::kAbsent;
+  const auto behind = static_cast<uint64_t>(index_.seeds().offsets() - 1);
+  return diagonal.positionOf(run.at) + (diagonal.isReversed ? behind : 0);
 }
 
-// Begins to look up the seeds of the windows that do not agree with the text.
-void ReadPreparer::beginSeeds(PreparedRead& read) {
-  const WindowSet& matches = read.alignment.matches();
-  for (std::size_t from = matches.firstMissing(0); from < read.windows;) {
-    const std::size_t to = matches.firstContained(from);
-    index_.seeds().forEachRun(read.packed, from, to, [&](const SeedRun& run) {
-      seeds_.push_back({&read, index_.beginSeed(run, placeOnDiagonal(read, run))});
-    });
-    from = matches.firstMissing(to);
-  }
-}
-
-// Ends the look-up of a seed: its places rule windows out, or show how the read is aligned.
-void ReadPreparer::endSeed(const SeedOfRead& seed) const {
-  PreparedRead& read = *seed.read;
-  const SeedIndex::SeedVerdict verdict = index_.endSeed(seed.lookUp, read.packed);
-  for (uint32_t left = verdict.absent; left != 0; left &= left - 1) {
-    const std::size_t window = seed.lookUp.run.at - static_cast<uint64_t>(std::countr_zero(left));
-    for (WindowSet& skipped : read.skipped) skipped.insert(window);
-  }
-  if (!verdict.isFound || read.alignment.isThere()) return;
-  read.alignment.align(index_.text(), read.packed,
-                       Diagonal::through(verdict.position, verdict.window, verdict.isReversed),
-                       verdict.window);
-}
-
-// Finds the windows that the index has on neither strand.
-void ReadPreparer::findAbsent(std::span<PreparedRead* const> reads) {
+// Looks up the seeds of those of a part of the windows that do not agree with the text: their
+// places rule windows out, or show how the read is aligned.
+void ReadPreparer::lookUpSeeds(std::span<PreparedRead* const> reads, Part part) {
   seeds_.clear();
-  for (PreparedRead* read : reads) beginSeeds(*read);
+  for (PreparedRead* read : reads) {
+    if (!read->isPacked()) continue;
+    if (part != Part::kAll && read->alignment.isThere()) continue;
+    const WindowSet& matches = read->alignment.matches();
+    const std::size_t end = part == Part::kFirst ? 1 : read->windows;
+    const std::size_t start = part == Part::kLast ? end - 1 : 0;
+    for (std::size_t from = matches.firstMissing(start); from < end;) {
+      const std::size_t to = std::min(end, matches.firstContained(from));
+      index_.seeds().forEachRun(read->packed, from, to, [&](const SeedRun& run) {
+        index_.prefetchSeed(run);
+        seeds_.push_back({read, run, placeOnDiagonal(*read, run)});
+      });
+      from = matches.firstMissing(to);
+    }
+  }
   std::erase_if(seeds_, [&](const SeedOfRead& seed) {
-    if (index_.advanceSeed(seed.lookUp)) return false;
-    const SeedRun& run = seed.lookUp.run;
-    for (WindowSet& skipped : seed.read->skipped) skipped.insertRange(run.first, run.last + 1);
+    const auto& [read, run, unlike] = seed;
+    if (index_.prefetchText(run, unlike)) return false;
+    for (WindowSet& skipped : read->skipped) skipped.insertMask(run.first, run.windows());
     return true;
   });
-  for (const SeedOfRead& seed : seeds_) endSeed(seed);
+  found_.clear();
+  for (const auto& [read, run, unlike] : seeds_) {
+    const SeedIndex::SeedVerdict verdict = index_.verdictOn(run, unlike, read->packed);
+    for (WindowSet& skipped : read->skipped) skipped.insertMask(run.first, verdict.absent);
+    if (!verdict.diagonal || read->alignment.isThere()) continue;
+    prefetchAlong(index_.text(), *read, *verdict.diagonal, verdict.window);
+    found_.push_back({read, *verdict.diagonal, verdict.window});
+  }
+  for (const auto& [read, diagonal, window] : found_) {
+    if (read->alignment.isThere()) continue;
+    read->alignment.align(index_.text(), read->packed, diagonal, window);
+  }
 }
 
-// Whether the first window that is walked over is known to be a hit.
-bool ReadPreparer::isHitFirst(const PreparedRead& read, bool isReversedFirst) const {
-  const std::size_t window = isReversedFirst ? read.windows - 1 : 0;
-  return read.isPacked() && read.alignment.agreesAt(window, isReversedFirst) &&
+// Whether the first window that is tried is known to be a hit.
+bool ReadPreparer::isHitFirst(const PreparedRead& read, bool isReversed) const {
+  if (!read.isPacked()) return false;
+  const std::size_t window =
+      isReversed ? read.skipped[1].lastMissing(read.windows) : read.skipped[0].firstMissing(0);
+  return window < read.windows && read.alignment.agreesAt(window, isReversed) &&
          !index_.text().isMarkedRepeated(read.alignment.diagonal().positionOf(window));
 }
 
@@ -115,30 +106,17 @@ void ReadPreparer::pack(std::span<PreparedRead> reads) {
 
 void ReadPreparer::align(std::span<PreparedRead* const> reads) {
   if (!steps_.align) return;
-  for (const bool isFirst : {true, false}) {
-    lookUps_.clear();
-    for (PreparedRead* read : reads) {
-      if (!read->isPacked() || read->alignment.isThere()) continue;
-      const std::size_t window = isFirst ? 0 : read->windows - 1;
-      const uint64_t key = read->packed.at(window, index_.text().windowLength());
-      lookUps_.push_back({read, window, index_.begin(key)});
-    }
-    for (WindowLookUp& window : lookUps_) index_.advance(window.lookUp);
-    for (WindowLookUp& window : lookUps_) endLookUp(window);
-    for (const auto& [read, window, lookUp, diagonal] : lookUps_) {
-      if (diagonal) read->alignment.align(index_.text(), read->packed, *diagonal, window);
-    }
-  }
+  lookUpSeeds(reads, Part::kFirst);
+  lookUpSeeds(reads, Part::kLast);
 }
 
 void ReadPreparer::sift(std::span<PreparedRead* const> reads) {
-  if (steps_.sift) findAbsent(reads);
+  if (steps_.sift) lookUpSeeds(reads, Part::kAll);
   for (PreparedRead* read : reads) {
     read->isSifted = true;
     const Alignment& alignment = read->alignment;
     if (!steps_.reversed || !alignment.isThere()) continue;
-    WindowSet& opposite = read->skipped[alignment.diagonal().isReversed ? 0 : 1];
-    alignment.addMarked(index_.text(), Alignment::Mark::kNotReversed, opposite);
+    alignment.addNotReversed(index_.text(), read->skipped[alignment.diagonal().isReversed ? 0 : 1]);
   }
 }
 
@@ -146,19 +124,20 @@ void ReadPreparer::prepareGroup(std::span<PreparedRead> leads, std::span<Prepare
                                 bool isReversedFirst) {
   pack(leads);
   pack(others);
-  open_.clear();
-  mates_.clear();
-  for (PreparedRead& lead : leads) open_.push_back(&lead);
+  const auto gather = [&](std::span<PreparedRead> reads) {
+    open_.clear();
+    for (std::size_t n = 0; n < reads.size(); ++n) {
+      const bool isPair = n < others.size();
+      if (isPair && steps_.leads && isHitFirst(leads[n], isReversedFirst)) continue;
+      open_.push_back(&reads[n]);
+    }
+  };
+  gather(leads);
   align(open_);
-  open_.clear();
-  for (std::size_t n = 0; n < leads.size(); ++n) {
-    const bool isPair = n < others.size();
-    if (isPair && steps_.leads && isHitFirst(leads[n], isReversedFirst)) continue;
-    open_.push_back(&leads[n]);
-    if (isPair) mates_.push_back(&others[n]);
-  }
-  align(mates_);
-  open_.insert(open_.end(), mates_.begin(), mates_.end());
+  gather(leads);
+  sift(open_);
+  gather(others);
+  align(open_);
   sift(open_);
 }
 

@@ -1,11 +1,11 @@
 // The preparing of reads: what the fast engine finds out of them before they are walked over.
 //
 //   1. pack: the letters become packed bases, if they are bases alone.
-//   2. align: the first window of the read, else the last one, is looked up on both strands; where
-//      it is, the read is compared with the text along that diagonal.
+//   2. align: the seed of the read's first window is looked up; where it lies, the read is compared
+//      with the text along that diagonal.
 //   3. sift: the seeds of all windows that do not agree with the text are looked up. A seed that is
 //      not in the index rules all its windows out, on both strands; for one that is, the bases
-//      around its places decide.
+//      around its places decide. One of these may align the read, too.
 // Each step takes a group of reads, so that the memory which it prefetches for one read arrives
 // while the others take theirs. All of it can be found out again by look-ups: no answer depends on
 // what is known.
@@ -79,33 +79,29 @@ class ReadPreparer {
   void sift(std::span<PreparedRead* const> reads);
 
  private:
-  // A window of a read, being looked up, and the diagonal that it is on, if any.
-  struct WindowLookUp {
-    PreparedRead* read;
-    std::size_t window;
-    SeedIndex::LookUp lookUp;
-    std::optional<Diagonal> diagonal{};
-  };
   // A seed of a read, being looked up.
   struct SeedOfRead {
     PreparedRead* read;
-    SeedIndex::SeedLookUp lookUp;
+    SeedRun run;
+    uint64_t unlike;  // see SeedIndex
+  };
+  struct Found {
+    PreparedRead* read;
+    Diagonal diagonal;
+    std::size_t window;
   };
 
-  void endLookUp(WindowLookUp& window) const;
   uint64_t placeOnDiagonal(const PreparedRead& read, const SeedRun& run) const;
-  void beginSeeds(PreparedRead& read);
-  void endSeed(const SeedOfRead& seed) const;
-  void findAbsent(std::span<PreparedRead* const> reads);
-  bool isHitFirst(const PreparedRead& read, bool isReversedFirst) const;
+  enum class Part { kFirst, kLast, kAll };
+  void lookUpSeeds(std::span<PreparedRead* const> reads, Part part);
+  bool isHitFirst(const PreparedRead& read, bool isReversed) const;
 
   const SeedIndex& index_;
   FastSteps steps_;
   // What one call uses, kept for the next one's sake.
-  std::vector<WindowLookUp> lookUps_;
   std::vector<SeedOfRead> seeds_;
+  std::vector<Found> found_;
   std::vector<PreparedRead*> open_;
-  std::vector<PreparedRead*> mates_;
 };
 
 }  // namespace velk

@@ -1,7 +1,5 @@
 #include "placement/verdict.h"
 
-#include <optional>
-
 #include "placement/edgeCheck.h"
 #include "placement/lengths.h"
 
@@ -28,48 +26,34 @@ struct MateGeometry {
   int64_t position;          // of the mate in it
   bool mayRunOverRightEdge;  // whether the anchor may be recorded in the gap behind its contig
   bool hasFarGap;            // whether a gap follows beyond the neighbouring contig
-  uint64_t farGap;           // that gap
-  uint64_t between;          // the contig between the two gaps
-  int64_t farPosition;       // of the mate in the far gap
+  uint64_t between;          // that contig; the members below are 0 without such a gap
+  uint64_t farGap = 0;
+  int64_t farPosition = 0;  // of the mate in it
 };
 
-// The mate lies behind the contig: the fragment begins with the anchor's first base. Nothing for
-// the last contig, which has no gap behind it.
-std::optional<MateGeometry> forwardGeometry(const Anchor& anchor) {
+// The mate lies behind the contig: the fragment begins with the anchor's first base.
+MateGeometry forwardGeometry(const Anchor& anchor) {
   const uint64_t c = anchor.contig;
-  if (c + 1 == anchor.info.contigsSum) return std::nullopt;
   const int64_t position =
       anchor.offset + anchor.insert - anchor.mateLength - anchor.contigLength(c);
-  MateGeometry mate{.gap = c + 1,
-                    .position = position,
-                    .mayRunOverRightEdge = true,
-                    .hasFarGap = c + 2 < anchor.info.contigsSum,
-                    .farGap = c + 2,
-                    .between = c + 1,
-                    .farPosition = 0};
+  MateGeometry mate{c + 1, position, true, c + 2 < anchor.info.contigsSum, c + 1};
   if (mate.hasFarGap) {
+    mate.farGap = c + 2;
     mate.farPosition = position - anchor.gapLength(mate.gap) - anchor.contigLength(mate.between);
   }
   return mate;
 }
 
-// The mate lies in front of the contig: the fragment ends with the anchor's last base. Nothing for
-// the first contig, which has no gap in front of it.
-std::optional<MateGeometry> reverseGeometry(const Anchor& anchor) {
+// The mate lies in front of the contig: the fragment ends with the anchor's last base.
+MateGeometry reverseGeometry(const Anchor& anchor) {
   const uint64_t c = anchor.contig;
-  if (c == 0) return std::nullopt;
   const int64_t position = anchor.gapLength(c) + anchor.offset + anchor.length - anchor.insert;
   // KEPT: narrower than the forward rule, the gap behind the last but one contig is left out
   // (CheckReverseRead.AnchorOverTheRightEdgeOfTheLastButOneContig)
   const bool mayRunOverRightEdge = c < anchor.info.contigsSum - 2U;
-  MateGeometry mate{.gap = c,
-                    .position = position,
-                    .mayRunOverRightEdge = mayRunOverRightEdge,
-                    .hasFarGap = c >= 2,
-                    .farGap = c - 1,
-                    .between = c - 1,
-                    .farPosition = 0};
+  MateGeometry mate{c, position, mayRunOverRightEdge, c >= 2, c - 1};
   if (mate.hasFarGap) {
+    mate.farGap = c - 1;
     mate.farPosition = anchor.gapLength(mate.farGap) + anchor.contigLength(mate.between) + position;
   }
   return mate;
@@ -147,18 +131,19 @@ Verdict judgePair(Direction direction, const Hit& hit, const std::string& anchor
                   int64_t mateLength, const ScaffoldInfo& info, const PlacementOptions& options) {
   const Anchor anchor{info,       hit.contig,    hit.offset, lengthOf(anchorRead),
                       mateLength, options.insert};
-  const std::optional<MateGeometry> mate =
-      direction == Direction::kForward ? forwardGeometry(anchor) : reverseGeometry(anchor);
-  if (!mate) return {.refusal = Refusal::kNoGap};
-  if (anchor.gapLength(mate->gap) < options.bigGapLength && options.insert > options.bigGapLength) {
-    return {.refusal = Refusal::kSmallGap, .gap = mate->gap, .matePosition = mate->position};
-  }
-  Verdict verdict{.gap = mate->gap, .matePosition = mate->position};
-  const std::string_view contig = info.contigsInfo[hit.contig].bases();
-  verdict.refusal = checkOnContig(contig, anchorRead, hit.offset, options);
+  const bool isForward = direction == Direction::kForward;
+  const bool hasGap = isForward ? hit.contig + 1 != info.contigsSum : hit.contig != 0;
+  if (!hasGap) return {.refusal = Refusal::kNoGap};
+  const MateGeometry mate = isForward ? forwardGeometry(anchor) : reverseGeometry(anchor);
+  const bool isSmallGap = anchor.gapLength(mate.gap) < options.bigGapLength;
+  Verdict verdict{.gap = mate.gap, .matePosition = mate.position};
+  verdict.refusal =
+      isSmallGap && options.insert > options.bigGapLength
+          ? Refusal::kSmallGap
+          : checkOnContig(info.contigsInfo[hit.contig].bases(), anchorRead, hit.offset, options);
   if (verdict.refusal != Refusal::kNone) return verdict;
-  addMate(verdict, anchor, *mate, options);
-  addAnchor(verdict, anchor, mate->mayRunOverRightEdge);
+  addMate(verdict, anchor, mate, options);
+  addAnchor(verdict, anchor, mate.mayRunOverRightEdge);
   return verdict;
 }
 

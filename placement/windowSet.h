@@ -16,28 +16,27 @@ class WindowSet {
   /// Makes it the empty set of `windows` windows.
   void reset(std::size_t windows) {
     size_ = windows;
-    words_.assign(windows / 64 + 1, 0);
+    words_.assign(windows / 64 + 2, 0);  // one more, which insertMask may touch
   }
 
   /// The number of windows that it may have.
   std::size_t size() const { return size_; }
 
   bool contains(std::size_t window) const { return words_[window / 64] >> window % 64 & 1U; }
-  void insert(std::size_t window) { words_[window / 64] |= uint64_t{1} << window % 64; }
   void erase(std::size_t window) { words_[window / 64] &= ~(uint64_t{1} << window % 64); }
+
+  /// Inserts those of the 64 windows from `from` on that have a bit in `mask`, the first the
+  /// lowest. REQUIRES: each of them is one that it may have.
+  void insertMask(std::size_t from, uint64_t mask) {
+    words_[from / 64] |= mask << from % 64;
+    words_[from / 64 + 1] |= mask >> 1 >> (63 - from % 64);
+  }
 
   /// Inserts the windows [from, to).
   void insertRange(std::size_t from, std::size_t to) {
-    while (from < to) {
-      const std::size_t end = std::min(to, (from / 64 + 1) * 64);
-      words_[from / 64] |= ~uint64_t{0} >> (64 - (end - from)) << from % 64;
-      from = end;
+    for (; from < to; from += 64) {
+      insertMask(from, ~uint64_t{0} >> (64 - std::min<std::size_t>(64, to - from)));
     }
-  }
-
-  /// Inserts all windows of a set of the same size.
-  void insertAll(const WindowSet& other) {
-    for (std::size_t n = 0; n < words_.size(); ++n) words_[n] |= other.words_[n];
   }
 
   /// Inserts the windows of a set of the same size that are marked. marksAt(w): the marks of the 64
@@ -47,6 +46,11 @@ class WindowSet {
     for (std::size_t n = 0; n < words_.size(); ++n) {
       if (other.words_[n] != 0) words_[n] |= other.words_[n] & marksAt(64 * n);
     }
+  }
+
+  /// Inserts all windows of a set of the same size.
+  void insertAll(const WindowSet& other) {
+    insertMarked(other, [](std::size_t) { return ~uint64_t{0}; });
   }
 
   /// The first window from `from` on that is not in the set; size() without one.

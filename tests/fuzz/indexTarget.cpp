@@ -136,7 +136,11 @@ class Ground : public test::PlacementTest {
       compareSeed(index, bases, run);
     });
     require(next == windows, "windows without a seed");
-    for (std::size_t w = 0; w < windows; ++w) compareSteps(index, bases, w);
+    for (std::size_t w = 0; w < windows; ++w) {
+      const uint64_t key = bases.at(w, index.text().windowLength());
+      compareAnswer(index, key);
+      compareAnswer(index, reversedKey(key, index.text().windowLength()));
+    }
   }
 
   bool isKnown(uint64_t key) const { return map_.contains(key); }
@@ -147,47 +151,24 @@ class Ground : public test::PlacementTest {
       const uint64_t key = bases.at(window, length);
       return !isKnown(key) && !isKnown(reversedKey(key, length));
     };
-    const SeedIndex::SeedLookUp lookUp = index.beginSeed(run);
-    if (!index.advanceSeed(lookUp)) {
+    if (!index.prefetchText(run, Occurrence::kAbsent)) {
       for (uint64_t w = run.first; w <= run.last; ++w)
         require(isAbsent(w), "a seed rules out a hit");
       return;
     }
-    const SeedIndex::SeedVerdict verdict = index.endSeed(lookUp, bases);
-    for (unsigned offset = 0; offset < 32; ++offset) {
-      if ((verdict.absent >> offset & 1U) == 0) continue;
-      const uint64_t window = run.at - offset;
-      require(window >= run.first && window <= run.last, "a verdict on a window of another seed");
-      require(isAbsent(window), "a seed's places rule out a hit");
+    const auto verdict = index.verdictOn(run, Occurrence::kAbsent, bases);
+    require((verdict.absent & ~run.windows()) == 0, "a verdict on a window of another seed");
+    for (uint64_t w = run.first; w <= run.last; ++w) {
+      if ((verdict.absent >> (w - run.first) & 1U) == 0) continue;
+      require(isAbsent(w), "a seed's places rule out a hit");
     }
-    if (!verdict.isFound) return;
+    if (!verdict.diagonal) return;
     const uint64_t key = bases.at(verdict.window, length);
-    require(index.text().isWindow(verdict.position) &&
-                index.text().basesAt(verdict.position, length) ==
-                    (verdict.isReversed ? reversedKey(key, length) : key),
+    const uint64_t position = verdict.diagonal->positionOf(verdict.window);
+    require(index.text().isWindow(position) &&
+                index.text().basesAt(position, length) ==
+                    (verdict.diagonal->isReversed ? reversedKey(key, length) : key),
             "a seed gives a place where the window does not lie");
-  }
-
-  // A look-up in steps, and that of the reverse complement: where seeds tie it may miss, or give
-  // a later occurrence.
-  void compareSteps(const SeedIndex& index, const PackedBases& bases, std::size_t window) const {
-    const int length = index.text().windowLength();
-    const uint64_t key = bases.at(window, length);
-    const uint64_t reversed = reversedKey(key, length);
-    SeedIndex::LookUp lookUp = index.begin(key);
-    index.advance(lookUp);
-    require(index.end(lookUp).isThere() == isKnown(key), "a look-up in steps goes wrong");
-    compareAnswer(index, key);
-    compareAnswer(index, reversed);
-    const Occurrence found = index.end(index.beginReversed(lookUp));
-    const Occurrence expected = index.find(reversed);
-    bool isTied = false;
-    index.seeds().forEachRun(bases, window, window + 1,
-                             [&](const SeedRun& run) { isTied = run.isTied; });
-    if (!found.isThere() && isTied) return;
-    require(found.isThere() == expected.isThere() && found.isUnique == expected.isUnique &&
-                (isTied || found.position == expected.position),
-            "the reverse complement is looked up otherwise");
   }
 
   std::size_t k_ = 0;

@@ -6,7 +6,7 @@
 
 #include <cmath>
 
-#include "kmer/tableSize.h"
+#include "kmer/hashSet.h"
 #include "tests/kmer/failingAllocations.h"
 #include "tests/kmer/hashSetFixture.h"
 
@@ -57,7 +57,7 @@ TEST(ForetoldTable, HugeOneTakesNoMemory) {
   const OwnSet told = foretold(kMaxSlots - 1000, 0.75F);
   failNoAllocation();
   EXPECT_EQ(deniedBytes(), 0U);
-  EXPECT_EQ(told->size, slotsFor(kMaxSlots - 1000));
+  EXPECT_EQ(told->size, numbersOfNew(kMaxSlots - 1000, 0.75F).size);
   EXPECT_EQ(told->array, nullptr);
   EXPECT_EQ(told->nul_flag, nullptr);
   EXPECT_EQ(told->del_flag, nullptr);
@@ -81,15 +81,18 @@ TEST(ForetoldTable, NewOneAboveTheLargestFails) {
 TEST(ForetoldTable, GrowthAboveTheLargestTellsTheLastSizeFirst) {
   EXPECT_EXIT(growForetold(newKmerHash(3, 5e-13F), 1), ExitedWithCode(1),
               MatchesRegex(std::string("old set->size: 3\n") + kEnlargeMessage));
-  const std::string last = std::to_string(slotsFor(kMaxSlots - 1000));
+  const std::string last = std::to_string(numbersOfNew(kMaxSlots - 1000, 0.75F).size);
   EXPECT_EXIT(growForetold(newKmerHash(kMaxSlots - 1000, 0.75F), kMaxSlots - 1), ExitedWithCode(1),
               MatchesRegex("old set->size: " + last + "\n" + kEnlargeMessage));
 }
 
 TEST(ForetoldTable, GrowthOnTheWayToTheEndIsTold) {
   // the third key finds 1e12 slots at most, with room for two
-  const std::string first = std::to_string(courseOfTable(3, 2e-12F, 1).sizes.back());
-  const std::string second = std::to_string(courseOfTable(3, 2e-12F, 2).sizes.back());
+  HashSet table = numbersOfNew(3, 2e-12F);
+  ASSERT_TRUE(growNumbers(table, 1));
+  const std::string first = std::to_string(table.size);
+  ASSERT_TRUE(growNumbers(table, 2));
+  const std::string second = std::to_string(table.size);
   EXPECT_EXIT(growForetold(newKmerHash(3, 2e-12F), 3), ExitedWithCode(1),
               MatchesRegex("old set->size: 3\nnew set->size: " + first +
                            "\nold set->size: " + first + "\nnew set->size: " + second +

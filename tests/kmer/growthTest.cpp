@@ -4,7 +4,7 @@
 #include <cmath>
 #include <vector>
 
-#include "kmer/tableSize.h"
+#include "kmer/hashSet.h"
 #include "tests/kmer/hashSetFixture.h"
 
 namespace velk::test {

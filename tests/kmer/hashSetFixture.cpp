@@ -4,7 +4,7 @@
 #include <iostream>
 #include <sstream>
 
-#include "kmer/tableSize.h"
+#include "kmer/hashSet.h"
 
 namespace velk::test {
 

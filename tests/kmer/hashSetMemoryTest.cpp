@@ -7,7 +7,7 @@
 #include <iostream>
 #include <string>
 
-#include "kmer/tableSize.h"
+#include "kmer/hashSet.h"
 #include "tests/kmer/failingAllocations.h"
 #include "tests/kmer/hashSetFixture.h"
 

@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "kmer/tableSize.h"
+#include "kmer/hashSet.h"
 #include "tests/kmer/hashSetFixture.h"
 
 namespace velk::test {

@@ -30,15 +30,12 @@ TEST(MerRanks, AreThoseOfTheKinds) {
   for (uint64_t& word : words) word = random();
   words[3] = words[4] = 0;  // a stretch of one m-mer
   for (int m = 1; m <= kLongestMer; ++m) {
-    for (uint64_t from = 0; from < kWordBases; ++from) {
-      const uint64_t to = from + 1 + random() % (kWordBases - from);
-      for (std::size_t n = 0; n + 1 < kWords; ++n) {
-        std::array<uint32_t, kWordBases> ranks{};
-        rankMers(words[n], words[n + 1], from, to, m, ranks.data());
-        for (uint64_t i = from; i < to; ++i) {
-          const uint64_t mer = merAt(words, n * kWordBases + i, m);
-          ASSERT_EQ(ranks[i], rankOf(std::min(mer, modelOfReversing(mer, m)))) << m << ' ' << i;
-        }
+    for (std::size_t n = 0; n + 1 < kWords; ++n) {
+      std::array<uint32_t, kWordBases> ranks{};
+      rankMers(words[n], words[n + 1], m, ranks.data());
+      for (uint64_t i = 0; i < kWordBases; ++i) {
+        const uint64_t mer = merAt(words, n * kWordBases + i, m);
+        ASSERT_EQ(ranks[i], rankOf(std::min(mer, modelOfReversing(mer, m)))) << m << ' ' << i;
       }
     }
   }

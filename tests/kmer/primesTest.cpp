@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-#include "kmer/tableSize.h"
+#include "kmer/hashSet.h"
 
 namespace velk::test {
 namespace {

@@ -10,8 +10,8 @@
 
 #include "kmer/Sequence.h"
 #include "kmer/contigWindows.h"
+#include "kmer/hashSet.h"
 #include "kmer/seedIndex.h"
-#include "kmer/tableSize.h"
 #include "tests/kmer/failingAllocations.h"
 #include "tests/kmer/hardTexts.h"
 #include "tests/kmer/kmerModel.h"
@@ -26,8 +26,9 @@ constexpr uint64_t kSpare = 64 * 1024;  // bytes that an index may take whatever
 uint64_t tableBytes(uint64_t keys) {
   constexpr float kLoadFactor = 0.75F;
   auto slots = static_cast<uint64_t>(static_cast<double>(keys) / kLoadFactor);
-  while (mostOfNew(slotsFor(slots), kLoadFactor) < keys) slots = slotsFor(slots) + 1;
-  return slotsFor(slots) * 65 / 4;
+  HashSet table = numbersOfNew(slots, kLoadFactor);
+  while (table.max < keys) table = numbersOfNew(table.size + 1, kLoadFactor);
+  return table.size * 65 / 4;
 }
 
 uint64_t textBytes(const SeedIndex& index) {

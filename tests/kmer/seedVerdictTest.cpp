@@ -26,19 +26,19 @@ class SeedVerdictTest : public RunParametersTest {
     PackedBases read;
     if (letters.size() < length || !read.fill(letters)) return;
     index_->seeds().forEachRun(read, 0, letters.size() - length + 1, [&](const SeedRun& run) {
-      const SeedIndex::SeedLookUp lookUp = index_->beginSeed(run);
-      if (!index_->advanceSeed(lookUp)) {
+      index_->prefetchSeed(run);
+      if (!index_->prefetchText(run, Occurrence::kAbsent)) {
         for (uint64_t window = run.first; window <= run.last; ++window) expectAbsent(read, window);
         return;
       }
-      const SeedIndex::SeedVerdict verdict = index_->endSeed(lookUp, read);
-      for (uint64_t offset = 0; offset < 32; ++offset) {
-        if ((verdict.absent >> offset & 1U) == 0) continue;
-        ASSERT_GE(run.at - offset, run.first);
-        ASSERT_LE(run.at - offset, run.last);
-        expectAbsent(read, run.at - offset);
+      const auto verdict = index_->verdictOn(run, Occurrence::kAbsent, read);
+      ASSERT_EQ(verdict.absent & ~run.windows(), 0U);
+      for (uint64_t window = run.first; window <= run.last; ++window) {
+        if ((verdict.absent >> (window - run.first) & 1U) != 0) expectAbsent(read, window);
       }
-      if (verdict.isFound) expectFound(read, run, verdict);
+      if (!verdict.diagonal) return;
+      expectFound(read, run, verdict.window, *verdict.diagonal);
+      expectUnlike(read, run, *verdict.diagonal);
     });
   }
 
@@ -53,15 +53,26 @@ class SeedVerdictTest : public RunParametersTest {
     EXPECT_FALSE(model_->has(modelOfReversing(key, Kmer))) << window << " of k " << Kmer;
   }
 
-  void expectFound(const PackedBases& read, const SeedRun& run,
-                   const SeedIndex::SeedVerdict& verdict) {
-    ++found_[verdict.isReversed ? 1 : 0];
-    EXPECT_GE(verdict.window, run.first);
-    EXPECT_LE(verdict.window, run.last);
-    const uint64_t key = read.at(verdict.window, Kmer);
-    EXPECT_TRUE(index_->text().isWindow(verdict.position));
-    EXPECT_EQ(index_->text().basesAt(verdict.position, Kmer),
-              verdict.isReversed ? modelOfReversing(key, Kmer) : key);
+  void expectFound(const PackedBases& read, const SeedRun& run, uint64_t window,
+                   const Diagonal& diagonal) {
+    ++found_[diagonal.isReversed ? 1 : 0];
+    EXPECT_GE(window, run.first);
+    EXPECT_LE(window, run.last);
+    const uint64_t key = read.at(window, Kmer);
+    EXPECT_TRUE(index_->text().isWindow(diagonal.positionOf(window)));
+    EXPECT_EQ(index_->text().basesAt(diagonal.positionOf(window), Kmer),
+              diagonal.isReversed ? modelOfReversing(key, Kmer) : key);
+  }
+
+  // A place that is said to be of no use is as if it were not there.
+  void expectUnlike(const PackedBases& read, const SeedRun& run, const Diagonal& diagonal) const {
+    const auto behind = static_cast<uint64_t>(index_->seeds().offsets() - 1);
+    const uint64_t place = diagonal.positionOf(run.at) + (diagonal.isReversed ? behind : 0);
+    if (!index_->prefetchText(run, place)) return;
+    const auto verdict = index_->verdictOn(run, place, read);
+    if (verdict.diagonal) {
+      EXPECT_NE(*verdict.diagonal, diagonal);
+    }
   }
 
   std::optional<KmerModel> model_;
@@ -159,29 +170,6 @@ TEST_F(SeedVerdictTest, ReadOfTheTextIsFoundOnItsStrand) {
   expectSound(reverseComplement(contig.substr(3000, 500)));
   EXPECT_GT(found(true), 20U);
   EXPECT_EQ(ruledOut(), 0U);
-}
-
-TEST_F(SeedVerdictTest, LookUpsInThreeStepsAgreeWithThoseInOne) {
-  RandomAssemblies random(9);
-  CONTIGLEN = 0;
-  for (const int kmer : {9, 16, 31, 32}) {
-    Kmer = kmer;
-    Assembly assembly = random.next(3000);
-    assembly.push_back({random.tandem(2000)});
-    const KmerModel model(assembly);
-    SeedIndex index;
-    ASSERT_TRUE(model.build(index));
-    for (const auto& [key, known] : model.kmers()) {
-      if (kmer < DATA_LEN && key >> 2 * kmer != 0) continue;  // no key of bases alone
-      SeedIndex::LookUp lookUp = index.begin(key);
-      index.advance(lookUp);
-      const Occurrence there = index.end(lookUp);
-      ASSERT_EQ(there.position, index.find(key).position);
-      ASSERT_EQ(there.isUnique, index.find(key).isUnique);
-      ASSERT_TRUE(there.isThere());
-      ASSERT_EQ(index.beginReversed(lookUp).key, modelOfReversing(key, kmer));
-    }
-  }
 }
 
 }  // namespace

@@ -47,11 +47,13 @@ void expectRuns(const std::string& letters, const Seeds& seeds, uint64_t from, u
     ASSERT_NE(run.at, before);  // a run is the longest stretch
     for (uint64_t window = run.first; window <= run.last; ++window) {
       const NaiveSeed seed = seedOf(bases, window, seeds.windowLength(), seeds.length());
+      ASSERT_EQ(run.windows() >> (window - run.first) & 1U, 1U);
       ASSERT_EQ(run.at, seed.at) << "window " << window;
-      ASSERT_EQ(run.kind, seed.kind) << "window " << window;
+      ASSERT_EQ(run.hash, mixed(seed.kind)) << "window " << window;
       ASSERT_TRUE(run.isTied || !seed.isTied) << "window " << window;
       ASSERT_EQ(seeds.offsetIn(bases.at(window, seeds.windowLength())), seed.at - window);
     }
+    ASSERT_EQ(run.windows() >> (run.last - run.first), 1U);
     next = run.last + 1;
     before = run.at;
   });
@@ -104,7 +106,7 @@ TEST(Seeds, ReverseComplementHasASeedOfTheSameKind) {
     const uint64_t reversed = modelOfReversing(key, k);
     const uint64_t seed = seeds.merAt(key, seeds.offsetIn(key));
     ASSERT_EQ(seed, bases.at(static_cast<std::size_t>(seeds.offsetIn(key)), seeds.length()));
-    ASSERT_EQ(seeds.kindOf(seed), seeds.kindOf(seeds.merAt(reversed, seeds.offsetIn(reversed))));
+    ASSERT_EQ(seeds.hashOf(seed), seeds.hashOf(seeds.merAt(reversed, seeds.offsetIn(reversed))));
   }
 }
 

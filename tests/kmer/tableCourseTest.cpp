@@ -7,13 +7,34 @@
 #include <limits>
 #include <vector>
 
-#include "kmer/tableSize.h"
+#include "kmer/hashSet.h"
 #include "tests/kmer/hashSetFixture.h"
 
 namespace velk::test {
 namespace {
 
 constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
+
+// The sizes of a set from its making on, while a number of different keys is added one by one.
+struct TableCourse {
+  std::vector<uint64_t> sizes;  // slots of the new set, then after each growth
+  bool isTooLarge = false;      // the next size would be above kMaxSlots; the run ends there
+  uint64_t most = 0;            // entities that the last set holds before it grows
+};
+
+// The course by the numbers. No sizes at all when even the new set is too large.
+TableCourse courseOfTable(uint64_t slots, float loadFactor, uint64_t keys) {
+  HashSet table = numbersOfNew(slots, loadFactor);
+  TableCourse course;
+  course.isTooLarge = table.size > kMaxSlots;
+  while (!course.isTooLarge) {
+    course.sizes.push_back(table.size);
+    course.most = table.max;
+    if (course.most >= keys) break;
+    course.isTooLarge = !growNumbers(table, course.most + 1);
+  }
+  return course;
+}
 
 // Load factors inside and outside of the range that a set takes as it stands.
 rc::Gen<float> anyLoadFactor() {
@@ -106,7 +127,7 @@ TEST(TableCourse, NewTableAboveTheLargestHasNoSizes) {
 }
 
 TEST(TableCourse, LargestNewTableStays) {
-  const uint64_t slots = slotsFor(kMaxSlots - 1000);
+  const uint64_t slots = numbersOfNew(kMaxSlots - 1000, 0.5F).size;
   ASSERT_LT(slots, kMaxSlots);
   const TableCourse course = courseOfTable(kMaxSlots - 1000, 0.5F, uint64_t{1} << 39);
   EXPECT_FALSE(course.isTooLarge);

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "contig/contig.h"
+#include "kmer/seedIndex.h"
 #include "tests/placement/hardPlacement.h"
 #include "tests/placement/placementTest.h"
 
@@ -126,8 +127,8 @@ class AlignmentTest : public PlacementTest {
     WindowSet notReversed;
     repeated.reset(model.windows());
     notReversed.reset(model.windows());
-    alignment.addMarked(text, Alignment::Mark::kRepeated, repeated);
-    alignment.addMarked(text, Alignment::Mark::kNotReversed, notReversed);
+    alignment.addRepeated(text, repeated);
+    alignment.addNotReversed(text, notReversed);
     ASSERT_EQ(alignment.matches().size(), model.windows());
     const auto least = static_cast<int64_t>(contig.firstWindow - contig.start);
     for (std::size_t w = 0; w < model.windows(); ++w) {

@@ -82,14 +82,15 @@ class WatchedFast : public FastEngine {
   void noteSeeds(const Prepared& read) const {
     watched_.seeds().forEachRun(read.packed, 0, read.windows, [&](const SeedRun& run) {
       if (run.isTied) ++met_["seed: tied"];
-      SeedIndex::LookUp lookUp =
-          watched_.begin(read.packed.at(run.first, watched_.text().windowLength()));
-      watched_.advance(lookUp);
-      if (lookUp.isHeavy) ++met_["seed: heavy"];
-      const SeedIndex::SeedLookUp seed = watched_.beginSeed(run);
-      if (!watched_.advanceSeed(seed)) {
+      if (!watched_.prefetchText(run, Occurrence::kAbsent)) {
         ++met_["seed: not in the index"];
-      } else if (watched_.endSeed(seed, read.packed).absent != 0) {
+        return;
+      }
+      const auto verdict = watched_.verdictOn(run, Occurrence::kAbsent, read.packed);
+      const uint64_t key = read.packed.at(run.first, watched_.text().windowLength());
+      const bool isOpen = (verdict.absent & 1U) == 0 && !verdict.diagonal && !run.isTied;
+      if (isOpen && watched_.find(key).isThere()) ++met_["seed: heavy, not tied"];
+      if (verdict.absent != 0) {
         ++met_["seed: windows ruled out by its places"];
       }
     });
@@ -104,10 +105,10 @@ class WatchedFast : public FastEngine {
                                                      : "alignment: of some windows"];
     WindowSet known;
     known.reset(read.windows);
-    alignment.addMarked(watched_.text(), Alignment::Mark::kRepeated, known);
+    alignment.addRepeated(watched_.text(), known);
     if (skips(known)) ++met_["alignment: repeated windows"];
     known.reset(read.windows);
-    alignment.addMarked(watched_.text(), Alignment::Mark::kNotReversed, known);
+    alignment.addNotReversed(watched_.text(), known);
     if (skips(known)) ++met_["alignment: no reverse complements"];
     if (known.firstMissing(0) < known.size()) ++met_["alignment: reverse complements, or others"];
   }

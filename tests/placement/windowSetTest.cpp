@@ -76,7 +76,7 @@ TEST_P(WindowSets, RandomChanges) {
     const std::size_t window = random() % size;
     switch (random() % 4) {
       case 0:
-        set.insert(window);
+        set.insertMask(window, 1);
         flags[window] = true;
         break;
       case 1:
@@ -85,8 +85,8 @@ TEST_P(WindowSets, RandomChanges) {
         break;
       case 2: {
         other.reset(size);
-        other.insert(window);
-        other.insert(size - 1);
+        other.insertMask(window, 1);
+        other.insertMask(size - 1, 1);
         set.insertAll(other);
         flags[window] = flags[size - 1] = true;
         break;
