@@ -82,7 +82,7 @@ _velk_run_options() {
     extract) _velk_words "--fasta --bam --flanks --pairs-only --singles-only
       -o --output -h --help" ;;
     plan) _velk_words "$search --inputs-root $common" ;;
-    index) _velk_words "--check --placeholder --agp --force -k --kmer -L --min-contig -C --cut
+    index) _velk_words "--check --plan --inputs-root --placeholder --agp --force -k --kmer -L --min-contig -C --cut
       -r --read-length $common" ;;
     task) _velk_words "--inputs-root --index --force $common" ;;
     gather) _velk_words "--inputs-root --index $common" ;;

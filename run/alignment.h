@@ -23,7 +23,7 @@ struct ScaffoldText {
 
   const std::vector<ContigPlace>& contigs() const { return places.contigs; }
   int64_t length() const { return static_cast<int64_t>(places.length); }
-  std::string_view basesOf(uint64_t contig) const { return bases[contig].contigSeq; }
+  std::string_view basesOf(uint64_t contig) const { return bases[contig].bases(); }
 };
 
 /// A stretch of a scaffold, signed for arithmetic on positions.

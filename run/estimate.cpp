@@ -70,8 +70,12 @@ TaskEstimate estimateTask(const OpenInput& input, double foundPerRead, int threa
   const int files = input.reads->files().second.empty() ? 1 : 2;
   const double ofBase = isPacked ? std::max(kPackedBase / threads, kLeastPacked / files)
                                  : std::max(kPlainBase / threads, kLeastPlain);
-  return {bases * ofBase + found * kFindRecord / threads, found * kWriteRecord / threads,
+  return {bases * ofBase + found * kFindRecord / threads, writeSeconds(found, threads),
           common.memory};
+}
+
+double writeSeconds(double records, int threads) {
+  return kWriteRecord * records / threads;
 }
 
 RunEstimate estimateRun(const std::vector<TaskEstimate>& tasks, const CommonEstimate& common) {

@@ -1,4 +1,5 @@
-// How long the tasks of a plan will take, and how much memory, by constants that were measured.
+// How long the tasks of a plan will take, and how much memory, by constants that were measured. The
+// time left of a run follows from the same.
 #pragma once
 
 #include <cstdint>
@@ -34,6 +35,9 @@ CommonEstimate estimateCommon(const Assembly& assembly, int kmer, int threads);
 /// `foundPerRead`: records of the search. REQUIRES: the sample was taken without helpers.
 TaskEstimate estimateTask(const OpenInput& input, double foundPerRead, int threads,
                           const CommonEstimate& common);
+
+/// How long so many records take to be written to the files of a result.
+double writeSeconds(double records, int threads);
 
 RunEstimate estimateRun(const std::vector<TaskEstimate>& tasks, const CommonEstimate& common);
 

@@ -61,6 +61,7 @@ bool isSame(const saved::Source& source, const FileIdentity& identity) {
 
 SavedIndex::SavedIndex(const std::string& file) : file_(file), mapped_(file) {
   checkHeader();
+  checkOptions();
   checkParts();
   for (std::size_t n = 0; n < kParts; ++n) {
     if (isSmall(static_cast<Part>(n))) requireSum(static_cast<Part>(n));
@@ -98,6 +99,17 @@ void SavedIndex::checkHeader() {
   if (header_.bytes != mapped_.bytes()) {
     failDamaged("it has " + countText(mapped_.bytes()) + " bytes, and " + countText(header_.bytes) +
                 " were written");
+  }
+}
+
+// Those of a command line, and so within 31 bits.
+void SavedIndex::checkOptions() const {
+  constexpr int64_t kMost = 0x7FFFFFFF;
+  const auto isOption = [](int64_t value) { return value >= 0 && value <= kMost; };
+  const auto& header = header_;
+  if (header.kmer == 0 || !isOption(header.kmer) || !isOption(header.shortestContig) ||
+      !isOption(header.cut) || !isOption(header.readLength)) {
+    failDamaged("its options can't be so");
   }
 }
 

@@ -68,6 +68,7 @@ class SavedIndex {
     return {text.data(), text.size()};
   }
   void checkHeader();
+  void checkOptions() const;
   void checkParts() const;
   void requireSum(saved::Part part) const;
   [[noreturn]] void failOther(const std::string& what) const;

@@ -5,14 +5,13 @@
 #include <new>
 
 #include "driver/velk.h"
+#include "run/estimate.h"
 #include "run/gapFlanks.h"
 #include "run/savedIndex.h"
 #include "run/terminal.h"
 
 namespace velk::run {
 namespace {
-
-constexpr double kWriteRecord = 3e-6;  // seconds, with two threads
 
 // How far into the contigs beside a gap its reads may lie: as far as the fragments of the libraries
 // that are used there, or a read.
@@ -55,7 +54,8 @@ std::vector<ReadCounts> searchInputs(const ToSearch& toSearch, Session& session,
             if (bytes == 0) return session.terminal().update(0, progress.reads, 0);
             const double done = static_cast<double>(progress.bytes) / static_cast<double>(bytes);
             const double records = static_cast<double>(receiver.records()) / done;
-            session.terminal().update(done, progress.reads, kWriteRecord * records);
+            session.terminal().update(done, progress.reads,
+                                      writeSeconds(records, session.threads()));
           });
   noteRepeats(index.text(), toSearch.assembly, flankReach(fixed), receiver.evidence());
   return counts;

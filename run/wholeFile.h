@@ -13,9 +13,9 @@ void requireNoInput(const std::string& file, const std::vector<std::string>& inp
                     const std::string& what);
 
 /// Makes `file`, which replaces another one: write(descriptor, name) writes to a new file that is
-/// called so until then, and is removed where anything fails or a signal ends the process. Of a link
-/// the file that it leads to is replaced; what is no regular file, such as a pipe, is written as it
-/// stands. Throws Failure, also where another process is making the same file.
+/// called so until then, and is removed where anything fails or a signal ends the process. A link
+/// stays, and the file that it leads to is replaced; what is no regular file, such as a pipe, is
+/// written as it stands. Throws Failure, also where another process is making the same file.
 void writeWhole(const std::string& file,
                 const std::function<void(int descriptor, const std::string& name)>& write);
 

@@ -302,6 +302,16 @@ class Damaged(Base):
         index.seal().write("hostile")
         self.refuses("hostile is a damaged index: " + message, "index", "--check", "hostile")
 
+    def test_options_that_cannot_be(self):
+        for option, values in enumerate(((0, -1, 1 << 31, 1 << 63), (-1, 1 << 31), (-5, 1 << 40),
+                                         (-1, 1 << 32))):
+            for value in values:
+                index = SavedIndex("index")
+                struct.pack_into("<Q", index.data, KMER + 8 * option, value % (1 << 64))
+                index.seal().write("hostile")
+                self.refuses("hostile is a damaged index: its options can't be so", "index",
+                             "--check", "hostile")
+
     def test_records_that_cannot_be(self):
         index = self.index
         scaffolds, contigs = PARTS.index("scaffolds"), PARTS.index("contigs")
@@ -436,7 +446,7 @@ class WholeOrNot(Base):
                 f"inject={call}:error=ENOSPC:when=1"])
             self.assertEqual(1, done.returncode, call)
             self.assertRegex(done.stderr.decode(),
-                             r"^\[ERROR\]: index(\.partial)? can't be (written|made|locked): No space left"
+                             r"^\[ERROR\]: (\S*/)?index(\.partial)? can't be (written|made|locked): No space left"
                              r" on device\n$")
             self.assertFalse(os.path.exists("index.partial") and call != "flock")
             self.call("index", "--check", "index")

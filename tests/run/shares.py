@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Random small runs, cut at random into read files: the shares of their tasks, gathered in any order,
 must make the files of the plan run in one go, byte for byte, and the same summary but for times and
-memory. The plan itself must make the files of a run without one.
+memory. The plan itself must make the files of a run without one, and so must a run with a saved index,
+which some of the tasks have, too.
 
     shares.py VELK_RUN SEEDS        SEEDS: FIRST-LAST
 
@@ -91,8 +92,12 @@ class Comparison:
             options += ["--placeholder", str(made.placeholder)]
         inputs = [assembly, "--samplesheet", "sheet.tsv", "--force", *options]
         self.check(["plan", *inputs, "-o", "plan.json"], folder)
+        self.make_index(folder, rng)
         self.check([*inputs, "-o", "plain", *self.threads(rng)], folder)
-        self.check(["--plan", "plan.json", "-o", "one", *self.threads(rng)], folder)
+        self.check([*inputs, "-o", "indexed", *(self.index(rng, folder) or self.index(rng, folder)),
+                    *self.threads(rng)], folder)
+        self.check(["--plan", "plan.json", "-o", "one", *self.index(rng, folder),
+                    *self.threads(rng)], folder)
         self.gather(folder, tasks, rng)
         self.compare(seed, folder, tasks)
         maker.classes.add("one task" if tasks == 1 else "several tasks")
@@ -103,6 +108,20 @@ class Comparison:
     def threads(rng):
         return ["-t", str(rng.choice((1, 2, 3)))]
 
+    def make_index(self, folder, rng):
+        """Makes the index of the plan, unless there is nothing to index."""
+        done = subprocess.run([self.velk_run, "index", "--plan", "plan.json", "-o", "index", "--force",
+                               *self.threads(rng)], cwd=folder, stderr=subprocess.PIPE, check=False)
+        if done.returncode != 0 and not done.stderr.endswith(b"[ERROR]: there is nothing to index\n"):
+            sys.exit(f"{folder}: no index: {done.stderr.decode()}")
+        self.met["index" if done.returncode == 0 else "nothing to index"] += 1
+
+    @staticmethod
+    def index(rng, folder):
+        """The options of a call with the index, or of one without."""
+        index = os.path.join(folder, "index")
+        return rng.choice(([], ["--index", index])) if os.path.exists(index) else []
+
     def gather(self, folder, tasks, rng):
         """Runs all tasks in any order, some from elsewhere, and gathers their shares."""
         shares = []
@@ -111,15 +130,17 @@ class Comparison:
             where, root = (("/", ["--inputs-root", folder]) if rng.random() < 0.3 else
                            (folder, []))
             self.check(["task", os.path.join(folder, "plan.json"), str(task), "-o", share, *root,
-                        *self.threads(rng)], where)
+                        *self.index(rng, folder), *self.threads(rng)], where)
             shares.append(share)
         rng.shuffle(shares)
-        self.check(["gather", "plan.json", *shares, "-o", "gathered", *self.threads(rng)], folder)
+        self.check(["gather", "plan.json", *shares, "-o", "gathered", *self.index(rng, folder),
+                    *self.threads(rng)], folder)
 
     def compare(self, seed, folder, tasks):
-        plain, one, gathered = (result(os.path.join(folder, name))
-                                for name in ("plain", "one", "gathered"))
-        for kind, (files, summary) in (("plain", plain), ("gathered", gathered)):
+        plain, indexed, one, gathered = (result(os.path.join(folder, name))
+                                         for name in ("plain", "indexed", "one", "gathered"))
+        for kind, (files, summary) in (("plain", plain), ("indexed", indexed),
+                                       ("gathered", gathered)):
             for name in sorted(files.keys() | one[0].keys()):
                 if files.get(name) != one[0].get(name):
                     sys.exit(f"seed {seed}: {folder}/{kind}/{name} differs from that in one")
