@@ -17,15 +17,20 @@ constexpr std::size_t kMostPoor = 80;
 constexpr std::size_t kMostEmpty = 40;
 constexpr std::size_t kUnfolded = 4;  // drawings of a group that are seen at once
 
+std::string readsText(const Findings& findings, std::size_t number) {
+  const uint64_t reads = findings.gaps[number].belonging;
+  if (reads == 0) return "no reads";
+  return countText(reads) + (reads == 1 ? " read: " : " reads: ") +
+         countText(findings.data.count(number, ReadKind::kExact)) + " exact, " +
+         countText(findings.data.count(number, ReadKind::kEstimate)) + " estimates";
+}
+
 std::string captionOf(const Findings& findings, std::size_t number, const GapReads& reads) {
   const GapData& gap = findings.data.gaps[number];
   const Judgement& judged = findings.gaps[number];
   std::string html = "<figcaption><b>Gap " + std::to_string(gap.number) + "</b><span>" +
                      named(findings.data.scaffoldOf(gap), 60) + ", " + placeText(gap) +
-                     "</span><span>" + countText(judged.belonging) +
-                     " reads: " + countText(findings.data.count(number, ReadKind::kExact)) +
-                     " exact, " + countText(findings.data.count(number, ReadKind::kEstimate)) +
-                     " estimates</span>";
+                     "</span><span>" + readsText(findings, number) + "</span>";
   if (judged.reason != Reason::kEnough && findings.data.evidence) html += reasonChip(judged);
   if (reads.reads.size() > kDrawnReads) {
     html += "<span>" + countText(kDrawnReads) + " of " + countText(reads.reads.size()) +

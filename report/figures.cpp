@@ -36,7 +36,7 @@ struct Span {
   }
 };
 
-// The curve of what is predicted, times `share`.
+// The curve of what is predicted, times `share`, with its name at its end.
 void drawPrediction(Svg& svg, const Findings& findings, const Scale& x, const Scale& y,
                     const Span& lengths, double share) {
   constexpr int kSteps = 90;
@@ -48,6 +48,9 @@ void drawPrediction(Svg& svg, const Findings& findings, const Scale& x, const Sc
     d += (d.empty() ? "M" : "L") + brief(x.at(length)) + " " + brief(y.at(reads));
   }
   svg.path(d, share == 1 ? "curve" : "curve quarter");
+  const double end = share * findings.judge.expectedAt(lengths.high);
+  svg.text(x.at(lengths.high) - 4, y.at(end) - 6, share == 1 ? "predicted" : "a quarter of it",
+           "end", "curve-name");
 }
 
 }  // namespace
@@ -95,6 +98,7 @@ std::string plotReads(const Findings& findings) {
 }
 
 std::string plotLengths(const Findings& findings, std::size_t& gaps) {
+  constexpr double kLeastShown = 10;  // bases; what is less, or below nothing, stands at the edge
   Svg svg(500, 330, "Length by the pairs that span a gap, against the length that is written");
   const Frame frame = frameOf(svg);
   Span lengths;
@@ -104,10 +108,10 @@ std::string plotLengths(const Findings& findings, std::size_t& gaps) {
     ++gaps;
     for (const double length :
          {static_cast<double>(*gap.implied), static_cast<double>(gap.to - gap.from)}) {
-      lengths.take(std::max(length, 1.0));
+      lengths.take(std::max(length, kLeastShown));
     }
   }
-  const double low = std::max(lengths.low, 1.0) / 1.5;
+  const double low = std::max(lengths.low, kLeastShown) / 1.5;
   const double high = std::max(lengths.high * 1.5, 10 * low);
   const Scale x = Scale::logarithmic(low, high, frame.left, frame.right);
   const Scale y = Scale::logarithmic(low, high, frame.bottom, frame.top);

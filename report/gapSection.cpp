@@ -19,11 +19,15 @@ std::string panel(const char* classes, const char* name, const std::string& hint
 
 using Counts = std::array<ReasonCount, kReasons>;
 
-std::string reasonBar(const Counts& counts, uint64_t ReasonCount::*which) {
+std::string reasonBar(const Counts& counts) {
   std::vector<BarPart> parts;
   for (std::size_t reason = 1; reason < kReasons; ++reason) {
-    parts.push_back({reasonClass(static_cast<Reason>(reason)), nameOf(static_cast<Reason>(reason)),
-                     counts[reason].*which});
+    const ReasonCount& count = counts[reason];
+    std::string name = nameOf(static_cast<Reason>(reason));
+    if (count.none > 0) {
+      name += count.few > 0 ? " (" + countText(count.none) + " without reads)" : " (without reads)";
+    }
+    parts.push_back({reasonClass(static_cast<Reason>(reason)), name, count.none + count.few});
   }
   return stackedBar(parts);
 }
@@ -45,15 +49,8 @@ std::string reasonsPanel(const Findings& findings) {
            "<p class=\"hint\">All gaps have at least a quarter of the reads that depth and "
            "reach predict.</p></div>";
   }
-  if (none > 0) {
-    html += "<p class=\"hint\">" + countText(none) + " gaps without reads:</p>" +
-            reasonBar(counts, &ReasonCount::none);
-  }
-  if (few > 0) {
-    html += "<p class=\"hint below\">" + countText(few) +
-            " gaps with under a quarter of what is predicted:</p>" +
-            reasonBar(counts, &ReasonCount::few);
-  }
+  html += "<p class=\"hint\">" + countText(none) + " gaps without reads, and " + countText(few) +
+          " with under a quarter of what is predicted, by reason:</p>" + reasonBar(counts);
   html += "<details class=\"more\"><summary>What the reasons mean</summary><dl class=\"hint\">";
   for (std::size_t n = 1; n < kReasons; ++n) {
     if (counts[n].none + counts[n].few == 0) continue;
@@ -63,15 +60,23 @@ std::string reasonsPanel(const Findings& findings) {
   return html + "</dl></details></div>";
 }
 
+std::string aboutPlaceholders(const RunData& data) {
+  const bool hasSome = std::any_of(data.gaps.begin(), data.gaps.end(),
+                                   [](const GapData& gap) { return gap.isPlaceholder; });
+  return hasSome ? " Gaps of unknown length stand where the search takes their length to be." : "";
+}
+
 std::string lengthsPanel(const Findings& findings) {
   std::size_t withLength = 0;
   const std::string lengths = plotLengths(findings, withLength);
-  return panel("", "Length by pairs",
-               countText(withLength) + " of " + countText(findings.gaps.size()) +
-                   " gaps are spanned by five pairs or more. Far from the line lie placeholders "
-                   "and wrong joins; long gaps are implied too short, as only the longest "
-                   "fragments span them.",
-               lengths);
+  return panel(
+      "", "Length by pairs",
+      countText(withLength) + " of " + countText(findings.gaps.size()) +
+          " gaps are spanned by five pairs or more. Far from the line lie placeholders "
+          "(blue) and wrong joins; long gaps are implied too short, as only the longest "
+          "fragments span them. At the lower edge stand gaps of hardly any bases or none, by "
+          "their pairs.",
+      lengths);
 }
 
 }  // namespace
@@ -84,8 +89,9 @@ std::string gapSection(const Findings& findings) {
   html += panel("wide", "Reads against length",
                 findings.judge.canPredict()
                     ? "A dot a gap. The line is what depth and reach of the libraries predict "
-                      "between long contigs, the broken line a quarter of that; gaps below it have "
-                      "the colour of their reason."
+                      "between long contigs. Gaps with few reads or none have the colour of their "
+                      "reason, as below." +
+                          aboutPlaceholders(findings.data)
                     : "A dot a gap.",
                 plotReads(findings));
   if (findings.data.evidence) html += reasonsPanel(findings);

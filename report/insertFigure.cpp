@@ -69,7 +69,7 @@ std::string plotInserts(const LibraryData& library, std::size_t number) {
   range.high = std::max(range.high, given + 3 * library.spread);
   const Scale x = Scale::linear(std::max(0.0, range.low), range.high, frame.left, frame.right);
   const std::vector<Bar> bars = barsOf(bins, range);
-  const Scale y = Scale::linear(0, highest(bars), frame.bottom, frame.top + 8);
+  const Scale y = Scale::linear(0, highest(bars), frame.bottom, frame.top + 18);
   std::vector<Bar> others;
   for (const std::vector<InsertBin>& ofOther : library.inserts) {
     if (&ofOther == &bins) continue;
@@ -81,8 +81,10 @@ std::string plotInserts(const LibraryData& library, std::size_t number) {
   svg.line(frame.left, frame.bottom, frame.right, frame.bottom, "axis");
   for (const Tick& tick : x.ticks(7)) {
     svg.line(x.at(tick.value), frame.bottom, x.at(tick.value), frame.bottom + 4, "axis");
-    svg.text(x.at(tick.value), frame.bottom + 17,
-             countText(static_cast<uint64_t>(std::llround(tick.value))), "middle", "tick");
+    const bool isAtEdge = x.at(tick.value) > frame.right - 12;
+    svg.text(isAtEdge ? svg.width() : x.at(tick.value), frame.bottom + 17,
+             countText(static_cast<uint64_t>(std::llround(tick.value))),
+             isAtEdge ? "end" : "middle", "tick");
   }
   svg.text((frame.left + frame.right) / 2, frame.bottom + 36, "insert size, bases", "middle",
            "axis-name");

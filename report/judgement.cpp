@@ -13,6 +13,7 @@ using run::Evidence;
 using run::Side;
 
 constexpr double kLeastExpected = 4;    // reads, below which no number is few
+constexpr double kFewInFlanks = 0.5;    // of the reads that contigs have on average
 constexpr double kRepeatedShare = 0.9;  // of the k-mers
 constexpr double kMuchRepeated = 0.4;   // of them, where nothing else is the reason
 
@@ -72,7 +73,7 @@ const char* explain(Reason reason) {
     case Reason::kContained:
       return "Reads were found, but a contig beside the gap has all of their bases.";
     case Reason::kFewNear:
-      return "The flanks of the gap have under a quarter of the reads of other gaps' flanks.";
+      return "The flanks of the gap have under half of the reads that contigs have on average.";
     case Reason::kUnknown:
       break;
   }
@@ -140,6 +141,13 @@ double Judge::readsPerFlankBase(std::size_t gap) const {
   return bases == 0 ? -1 : data_.evidence->flankReads(gap) / static_cast<double>(bases);
 }
 
+double Judge::flankShare(std::size_t gap) const {
+  const double reads = readsPerFlankBase(gap);
+  double usual = 0;
+  for (const Depth& depth : depths_) usual += depth.perBase;
+  return reads < 0 || usual == 0 ? -1 : reads / usual;
+}
+
 double Judge::flankDepth(std::size_t gap) const {
   const double reads = readsPerFlankBase(gap);
   return reads < 0 || medianFlank_ == 0 ? -1 : reads / medianFlank_;
@@ -188,17 +196,18 @@ Reason Judge::reasonOf(std::size_t gap, double expected, uint64_t belonging) con
   const Reason ofLost = 2 * unlike >= lost ? Reason::kUnlike : Reason::kShortOverlap;
   const bool isMost = lost > 0 && lost >= belonging;
   if (isMost && static_cast<double>(lost + belonging) >= kFewShare * expected) return ofLost;
-  // 6, 7. What it was found to be; if much of the flanks is repeats, these come before what chance
-  // has left.
+  // 6, 7. What it was found to be, if that is most of what is missing; if much of the flanks is
+  // repeats, these come before what chance has left.
   if (data_.gaps[gap].isPlaceholder) return Reason::kPlaceholder;
   if (shareRepeated(gap) > kMuchRepeated) return Reason::kRepeats;
   const bool isEnoughWithContained =
-      belonging == 0 || static_cast<double>(contained + belonging) >= kFewShare * expected;
+      static_cast<double>(contained + belonging) >= kFewShare * expected;
   if (contained > 0 && contained >= belonging && isEnoughWithContained) return Reason::kContained;
-  // 8. Hardly anything came, or most of the little that did was refused.
-  const double depth = flankDepth(gap);
-  if (depth >= 0 && depth < kFewShare) return Reason::kFewNear;
-  return isMost ? ofLost : Reason::kUnknown;
+  // 8. Hardly anything came, or most of the little that did was refused or contained.
+  const double share = flankShare(gap);
+  if (share >= 0 && share < kFewInFlanks) return Reason::kFewNear;
+  if (isMost) return ofLost;
+  return contained > 0 && belonging == 0 ? Reason::kContained : Reason::kUnknown;
 }
 
 std::string Judge::figureOf(std::size_t gap, Reason reason) const {
@@ -217,14 +226,14 @@ std::string Judge::figureOf(std::size_t gap, Reason reason) const {
     case Reason::kContained:
       return countText(data_.count(gap, ReadKind::kContained)) + " contained";
     case Reason::kFewNear:
-      return percent(flankDepth(gap)) + " of the median";
+      return percent(flankShare(gap)) + " of the usual depth";
     case Reason::kEnough:
     case Reason::kPlaceholder:
     case Reason::kUnknown:
       break;
     case Reason::kNothingNear:
       if (const uint64_t large = refused(gap, Refusal::kSmallGap); large > 0) {
-        return "but for " + countText(large) + " of large inserts";
+        return countText(large) + " refused, of large inserts";
       }
       break;
   }

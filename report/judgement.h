@@ -77,6 +77,7 @@ class Judge {
   uint64_t refused(std::size_t gap, Refusal why) const;
   double shareRepeated(std::size_t gap) const;
   double readsPerFlankBase(std::size_t gap) const;
+  double flankShare(std::size_t gap) const;  // of what contigs have on average
   std::string figureOf(std::size_t gap, Reason reason) const;
 
   const RunData& data_;

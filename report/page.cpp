@@ -27,7 +27,7 @@ std::string pageHead(const std::string& title) {
 
 std::string pageEnd() {
   return "</main>\n<footer>Made by velk-report " VELK_VERSION
-         ". What the figures mean: doc/report.md.</footer>\n<script>\n" +
+         ". More on the figures: doc/report.md.</footer>\n<script>\n" +
          std::string(pageScript()) + "</script>\n</body>\n</html>\n";
 }
 
@@ -53,7 +53,36 @@ std::string headerOf(const RunData& data, bool hasDrawings) {
                      "</p><nav><a href=\"#libraries\">Libraries</a><a href=\"#gaps\">Gaps</a><a "
                      "href=\"#table\">Gap by gap</a>";
   if (hasDrawings) html += "<a href=\"#drawings\">Drawings</a>";
-  return html + "</nav></div></header>\n";
+  return html + "<a href=\"#words\">Words</a></nav></div></header>\n";
+}
+
+std::string word(const char* name, const char* meaning) {
+  return std::string("<dt>") + name + "</dt><dd>" + meaning + "</dd>";
+}
+
+std::string wordSection(const RunData& data) {
+  std::string html = "<section id=\"words\"><h2>Words</h2><dl>";
+  html += word("Reads of a gap", "Exact ones and estimates: those that belong in it.");
+  html += word("Exact", "The read agrees with a contig that it overlaps, so its place is known.");
+  html += word("Estimate",
+               "The insert size alone says where the read lies; no contig speaks for or against.");
+  html += word("Contained",
+               "A contig near the read's place has all of its bases, so it does not belong in the "
+               "gap.");
+  if (!data.isOfVelk) {
+    html += word("Anchor", "The read of a pair that lies on a contig, and so leads to its mate.");
+    html += word("By pairs",
+                 "The gap's length by pairs, at least five, with a read on either side of it.");
+  }
+  if (data.evidence) {
+    html += word("Predicted",
+                 "Reads that the libraries' depth and reach give a gap of this length between "
+                 "contigs like these.");
+    html +=
+        word("Flanks", "Reads within 500 bases of the gap, as multiple of the median of all gaps.");
+  }
+  html += word("Covered", "The part of the gap that exact reads cover from either side.");
+  return html + "</dl></section>\n";
 }
 
 }  // namespace
@@ -63,7 +92,7 @@ std::string makePage(const Findings& findings, GapReadSource* reads) {
   html += "<body>\n" + headerOf(findings.data, reads != nullptr) + "<main>\n";
   html += topSection(findings) + "\n" + librarySection(findings) + "\n";
   html += gapSection(findings) + "\n";
-  const std::string end = pageEnd();
+  const std::string end = wordSection(findings.data) + pageEnd();
   std::set<std::size_t> drawn;
   std::string drawings;
   if (reads != nullptr) {

@@ -27,13 +27,20 @@
     table.tBodies[0].append(...keyed.map((entry) => entry[2]));
   }
 
+  // Not by <button>, which is missing where paper repeats the header.
   function makeSortable(table) {
     Array.from(table.tHead.rows[0].cells).forEach((header, column) => {
-      const button = document.createElement("button");
-      button.type = "button";
+      const button = document.createElement("span");
+      button.setAttribute("role", "button");
+      button.tabIndex = 0;
       button.append(...header.childNodes);
       header.append(button);
       button.addEventListener("click", () => sortBy(table, column, header));
+      button.addEventListener("keydown", (event) => {
+        if (event.key !== "Enter" && event.key !== " ") return;
+        event.preventDefault();
+        sortBy(table, column, header);
+      });
     });
   }
 

@@ -12,7 +12,8 @@ namespace {
 using run::countText;
 
 constexpr std::size_t kMostRows = 2000;
-constexpr std::size_t kRowsOnPaper = 100;  // as page.css has it
+constexpr std::size_t kLeastWithReads = 200;  // of these rows, however many gaps have none
+constexpr std::size_t kRowsOnPaper = 100;     // as page.css has it
 
 // How a gap compares with what is predicted.
 double shareOf(const Judgement& gap) {
@@ -31,7 +32,7 @@ std::vector<std::size_t> pickRows(const std::vector<Judgement>& gaps) {
   const auto empty = static_cast<std::size_t>(std::count_if(
       gaps.begin(), gaps.end(), [](const Judgement& gap) { return !gap.hasReads(); }));
   const std::size_t withReads = rows.size() - empty;
-  const std::size_t shown = std::min(empty, kMostRows - std::min(withReads, kMostRows / 2));
+  const std::size_t shown = std::min(empty, kMostRows - std::min(withReads, kLeastWithReads));
   const std::size_t richest = (kMostRows - shown) / 2;
   const std::size_t poorest = kMostRows - shown - richest;
   std::vector<std::size_t> picked(rows.begin(), rows.begin() + static_cast<std::ptrdiff_t>(shown));

@@ -148,6 +148,10 @@ IndexArguments parseIndex(int argc, const char* const* argv) {
   CLI::App app(kAboutIndex, "velk-run index");
   addAssembly(app, arguments);
   app.add_option("-o,--output", arguments.folder, "file of the index")->type_name("FILE");
+  app.add_option("--plan", index.plan, "take assembly and options of this plan")->type_name("FILE");
+  app.add_option("--inputs-root", index.root, "folder that the names of the plan count from")
+      ->type_name("DIR")
+      ->capture_default_str();
   app.add_option("--check", index.toCheck, "make none; check all of this one")->type_name("FILE");
   addPlaceholders(app, arguments);
   addManner(app, arguments);
@@ -157,9 +161,10 @@ IndexArguments parseIndex(int argc, const char* const* argv) {
       ->check(CLI::Range(0, 0x7FFFFFFF));
   parseLine(app, argc - 1, argv + 1);
   if (!index.toCheck.empty()) return index;
-  if (arguments.assembly.empty() || arguments.folder.empty()) {
+  if (arguments.assembly.empty() == index.plan.empty() || arguments.folder.empty()) {
     throw Failure(Status::kUsage,
-                  "an assembly and the file of the index (-o) must be given" + moreInHelp(app));
+                  "an assembly or a plan (--plan), and the file of the index (-o), must be given" +
+                      moreInHelp(app));
   }
   if (arguments.cut != 0 && arguments.readLength == 0) {
     throw Failure(Status::kUsage,

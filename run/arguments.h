@@ -38,8 +38,10 @@ Arguments parseArguments(int argc, const char* const* argv);
 
 /// The command line of `velk-run index`.
 struct IndexArguments {
-  Arguments arguments;  // its folder is the file of the index
-  std::string toCheck;  // --check: an index; empty: one is made
+  Arguments arguments;     // its folder is the file of the index
+  std::string plan;        // --plan: its assembly and options are taken; empty: those given
+  std::string root = ".";  // --inputs-root
+  std::string toCheck;     // --check: an index; empty: one is made
 };
 
 /// Parses such a command line; throws as parseArguments does.

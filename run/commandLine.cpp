@@ -14,10 +14,10 @@ namespace {
 std::size_t distanceOf(std::string_view one, std::string_view other) {
   std::vector<std::size_t> row(other.size() + 1);  // of the part of `one` that was looked at
   std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 0; i < one.size(); ++i) {
+  for (const char letter : one) {
     std::size_t diagonal = row[0]++;
     for (std::size_t j = 0; j < other.size(); ++j) {
-      const std::size_t exchanged = diagonal + (one[i] == other[j] ? 0 : 1);
+      const std::size_t exchanged = diagonal + (letter == other[j] ? 0 : 1);
       diagonal = row[j + 1];
       row[j + 1] = std::min({exchanged, row[j] + 1, diagonal + 1});
     }

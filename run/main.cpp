@@ -42,17 +42,24 @@ std::string makeReport(const std::string& folder, const std::string& summary) {
   return report::writeReport(folder, summary, folder);
 }
 
+void doIndex(const IndexArguments& index) {
+  const Arguments& given = index.arguments;
+  if (!index.toCheck.empty()) {
+    checkIndex(index.toCheck, given);
+  } else if (!index.plan.empty()) {
+    makeIndexOfPlan(
+        {index.plan, given.folder, index.root, "", given.threads, given.force, given.quiet});
+  } else {
+    makeIndex(given);
+  }
+}
+
 void doVerb(int argc, char** argv) {
   if (asksFor("extract", argc, argv)) {
     const ExtractArguments arguments = parseExtract(argc, argv);
     extractReads(arguments.request, arguments.output);
   } else if (asksFor("index", argc, argv)) {
-    const IndexArguments index = parseIndex(argc, argv);
-    if (index.toCheck.empty()) {
-      makeIndex(index.arguments);
-    } else {
-      checkIndex(index.toCheck, index.arguments);
-    }
+    doIndex(parseIndex(argc, argv));
   } else if (asksFor("plan", argc, argv)) {
     const PlanArguments plan = parsePlan(argc, argv);
     makePlan(plan.arguments, plan.root);

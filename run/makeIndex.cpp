@@ -1,18 +1,13 @@
 #include "run/makeIndex.h"
 
-#include <algorithm>
-#include <numeric>
-#include <string_view>
-
 #include "driver/velk.h"
-#include "kmer/parallel.h"
-#include "run/diskFile.h"
 #include "run/failure.h"
 #include "run/fileIdentity.h"
-#include "run/md5.h"
 #include "run/placeholders.h"
+#include "run/planInUse.h"
 #include "run/preparation.h"
 #include "run/results.h"
+#include "run/saveIndex.h"
 #include "run/savedIndex.h"
 #include "run/searchStep.h"
 #include "run/session.h"
@@ -20,100 +15,6 @@
 
 namespace velk::run {
 namespace {
-
-using saved::kParts;
-using saved::Part;
-using saved::SavedContig;
-using saved::SavedScaffold;
-
-saved::Md5Digits digitsOf(const std::string& md5) {
-  saved::Md5Digits digits{};
-  std::copy_n(md5.begin(), digits.size(), digits.begin());
-  return digits;
-}
-
-template <class T>
-std::string_view bytesOf(const T* values, std::size_t size) {
-  return {reinterpret_cast<const char*>(values), size * sizeof(T)};
-}
-
-template <class T>
-std::string_view bytesOf(const std::vector<T>& values) {
-  return bytesOf(values.data(), values.size());
-}
-
-// What the parts of an index hold: as views of it, or of copies.
-class Parts {
- public:
-  Parts(const Assembly& assembly, const SeedIndex& index,
-        const std::vector<uint64_t>& placeholders) {
-    addAssembly(assembly, index);
-    set(Part::kPlaceholders, {bytesOf(placeholders)});
-    set(Part::kNames, {names_});
-    set(Part::kScaffolds, {bytesOf(scaffolds_)});
-    set(Part::kContigs, {bytesOf(contigs_)});
-    set(Part::kGapPlaceholders, {bytesOf(placeholders_)});
-    auto next = static_cast<std::size_t>(Part::kText);
-    SeedIndex::forEachKept(index, [&](const auto& array) {
-      set(static_cast<Part>(next++), {bytesOf(array.begin(), array.size())});
-    });
-  }
-
-  // The pieces of a part, one behind the other.
-  const std::vector<std::string_view>& pieces(std::size_t part) const { return pieces_[part]; }
-
-  saved::PartPlace place(std::size_t part) const {
-    saved::PartPlace place{};
-    Md5 md5;
-    for (const std::string_view piece : pieces_[part]) {
-      md5.add(piece);
-      place.bytes += piece.size();
-    }
-    place.md5 = digitsOf(md5.sum());
-    return place;
-  }
-
- private:
-  void set(Part part, std::vector<std::string_view> pieces) {
-    pieces_[static_cast<std::size_t>(part)] = std::move(pieces);
-  }
-
-  void addAssembly(const Assembly& assembly, const SeedIndex& index) {
-    std::vector<std::size_t> firstContigs;
-    for (std::size_t s = 0; s < assembly.scaffolds().size(); ++s) {
-      const Scaffold& scaffold = assembly.scaffolds()[s];
-      firstContigs.push_back(contigs_.size());
-      names_.append(scaffold.name).push_back('\0');
-      scaffolds_.push_back({scaffold.length,
-                            scaffold.lastBase ? scaffold.lastBase->start : SavedScaffold::kNone,
-                            scaffold.contigs.size()});
-      for (std::size_t c = 0; c < scaffold.contigs.size(); ++c) addContig(assembly, s, c);
-    }
-    for (const TextContig& contig : index.text().contigs()) {
-      contigs_[firstContigs[contig.scaffold] + contig.contig].hasOddLetters = contig.hasOddLetters;
-    }
-  }
-
-  void addContig(const Assembly& assembly, std::size_t s, std::size_t c) {
-    const ContigPlace& place = assembly.scaffolds()[s].contigs[c];
-    const ContigInfo& info = assembly.model()[s].contigsInfo[c];
-    SavedContig& contig = contigs_.emplace_back(
-        SavedContig{place.start, place.end, info.frontGapNum, info.frontGapSize, 0, 0, 0});
-    if (c > 0) {
-      const Gap& gap = assembly.gaps()[assembly.gapInFront(s, c)];
-      contig.unknown = gap.unknown;
-      contig.placeholders = static_cast<uint32_t>(gap.placeholders.size());
-      placeholders_.insert(placeholders_.end(), gap.placeholders.begin(), gap.placeholders.end());
-    }
-    pieces_[static_cast<std::size_t>(Part::kBases)].push_back(assembly.basesOf(s, c));
-  }
-
-  std::string names_;
-  std::vector<SavedScaffold> scaffolds_;
-  std::vector<SavedContig> contigs_;
-  std::vector<uint64_t> placeholders_;
-  std::array<std::vector<std::string_view>, kParts> pieces_;
-};
 
 // The header without what follows from the parts.
 saved::Header headerOf(const Arguments& arguments, const AssemblyNotes& notes,
@@ -126,59 +27,14 @@ saved::Header headerOf(const Arguments& arguments, const AssemblyNotes& notes,
   header.shortestContig = arguments.shortestContig;
   header.cut = arguments.cut;
   header.readLength = arguments.cut == 0 ? 0 : arguments.readLength;
-  header.assembly = {assembly.bytes, digitsOf(assembly.md5)};
-  header.assemblyEnds = digitsOf(ends.md5);
+  header.assembly = {assembly.bytes, saved::digitsOf(assembly.md5)};
+  header.assemblyEnds = saved::digitsOf(ends.md5);
   header.notes = notes;
   if (!arguments.agp.empty()) {
     const FileIdentity agp = identityOf(arguments.agp, Summed::kAll);
-    header.agp = {agp.bytes, digitsOf(agp.md5)};
+    header.agp = {agp.bytes, saved::digitsOf(agp.md5)};
   }
   return header;
-}
-
-std::string_view textOf(const saved::Header& header, std::size_t bytes) {
-  return {reinterpret_cast<const char*>(&header), bytes};
-}
-
-// Places the parts, and completes the header.
-void placeParts(saved::Header& header, const Parts& parts, int threads) {
-  forEachInParallel(static_cast<std::size_t>(threads), kParts,
-                    [&](std::size_t n) { header.parts[n] = parts.place(n); });
-  header.bytes = saved::kPage;
-  for (saved::PartPlace& place : header.parts) {
-    place.offset = header.bytes;
-    header.bytes += (place.bytes + saved::kPage - 1) / saved::kPage * saved::kPage;
-  }
-  header.md5 = digitsOf(md5OfText(textOf(header, offsetof(saved::Header, md5))));
-}
-
-void writeParts(int descriptor, const std::string& name, const saved::Header& header,
-                const Parts& parts) {
-  constexpr std::size_t kBuffer = std::size_t{1} << 20;  // bytes; larger pieces go by themselves
-  std::string buffer(textOf(header, sizeof header));
-  uint64_t written = 0;
-  const auto flush = [&] {
-    writeDescriptor(descriptor, name, buffer);
-    written += buffer.size();
-    buffer.clear();
-  };
-  const auto fillPage = [&] {
-    buffer.append((saved::kPage - (written + buffer.size()) % saved::kPage) % saved::kPage, '\0');
-  };
-  fillPage();
-  for (std::size_t n = 0; n < kParts; ++n) {
-    for (const std::string_view piece : parts.pieces(n)) {
-      if (buffer.size() + piece.size() > kBuffer) flush();
-      if (piece.size() > kBuffer) {
-        writeDescriptor(descriptor, name, piece);
-        written += piece.size();
-      } else {
-        buffer.append(piece);
-      }
-    }
-    fillPage();
-  }
-  flush();
 }
 
 void requireRegular(const std::string& file) {
@@ -210,15 +66,25 @@ void makeIndex(const Arguments& arguments) {
   if (!(identityOf(arguments.assembly, Summed::kEnds) == ends)) {
     throw Failure(Status::kFailed, arguments.assembly + " changed while it was read");
   }
-  const Parts parts(assembly, index, arguments.placeholders);
-  saved::Header header = headerOf(arguments, assembly.notes(), whole, ends);
-  placeParts(header, parts, session.threads());
-  writeWhole(arguments.folder, [&](int descriptor, const std::string& name) {
-    writeParts(descriptor, name, header, parts);
-  });
+  const uint64_t bytes =
+      saveIndex(arguments.folder, headerOf(arguments, assembly.notes(), whole, ends),
+                {assembly, index, arguments.placeholders}, session.threads());
   session.end();
   session.say("Indexed " + countText(index.text().windows()) + " k-mers of " + arguments.assembly +
-              " in " + arguments.folder + ", " + countText(header.bytes / 1000000 + 1) + " MB.");
+              " in " + arguments.folder + ", " + countText(bytes / 1000000 + 1) + " MB.");
+}
+
+void makeIndexOfPlan(const PlannedRequest& request) {
+  const PlanInUse plan(request);
+  requireNoInput(request.output, plan.files(), "index");
+  plan.requireCommonFiles();
+  Arguments arguments = plan.arguments();
+  arguments.libraries.clear();  // the reads need not be there
+  arguments.readLength = plan.fixed().readLength;
+  arguments.threads = request.threads;
+  arguments.force = request.isForced;
+  arguments.quiet = request.isQuiet;
+  makeIndex(arguments);
 }
 
 void checkIndex(const std::string& file, const Arguments& arguments) {

@@ -1,4 +1,8 @@
-// A file that is read where it lies in memory, which all processes share.
+// A file that is read where it lies in memory, which all processes share. One object at a time.
+//
+// While it lives, a part of the file that can't be read when it is wanted, as somebody has cut the
+// file or its disk fails, ends the process with status 1 after a message, and without its
+// unfinished files (run/signalCleanup.h).
 #pragma once
 
 #include <cstdint>

@@ -20,20 +20,8 @@ struct sigaction sizeActionBefore;
 volatile std::sig_atomic_t isHeld = 0;
 volatile std::sig_atomic_t heldSignal = 0;
 
-// Only what a handler may call.
-void removeAll() {
-  for (int n = 0; n < kMostTries; ++n) {
-    for (const std::string& file : filesToRemove) unlink(file.c_str());
-    bool isDone = true;
-    for (const std::string& folder : foldersToRemove) {
-      if (rmdir(folder.c_str()) != 0 && errno == ENOTEMPTY) isDone = false;
-    }
-    if (isDone) return;
-  }
-}
-
 void endBy(int signal) {
-  removeAll();
+  removeUnfinished();
   struct sigaction action {};
   action.sa_handler = SIG_DFL;
   sigaction(signal, &action, nullptr);
@@ -49,6 +37,18 @@ void handle(int signal) {
 }
 
 }  // namespace
+
+// Only what a handler may call.
+void removeUnfinished() {
+  for (int n = 0; n < kMostTries; ++n) {
+    for (const std::string& file : filesToRemove) unlink(file.c_str());
+    bool isDone = true;
+    for (const std::string& folder : foldersToRemove) {
+      if (rmdir(folder.c_str()) != 0 && errno == ENOTEMPTY) isDone = false;
+    }
+    if (isDone) return;
+  }
+}
 
 SignalCleanup::SignalCleanup(const std::vector<std::string>& files,
                              const std::vector<std::string>& folders) {
@@ -75,6 +75,8 @@ SignalCleanup::~SignalCleanup() {
     sigaction(kSignals[n], &actionsBefore[n], nullptr);
   }
   sigaction(SIGXFSZ, &sizeActionBefore, nullptr);
+  filesToRemove.clear();
+  foldersToRemove.clear();
 }
 
 void SignalCleanup::hold() {

@@ -23,4 +23,8 @@ class SignalCleanup {
   void release();
 };
 
+/// Removes the files and folders of the object that lives, if any; a handler of signals may call
+/// it.
+void removeUnfinished();
+
 }  // namespace velk::run

@@ -9,12 +9,8 @@ import subprocess
 import sys
 import tempfile
 
-from cases import CASES
-from casesAssembly import gaps_of, headers
-from casesLibrary import every_pair, outwards
-from casesReads import singles
+from cases import CASES, every_pair, file_of, gaps_of, headers, library, outwards, singles
 from run import make
-from table import file_of, library
 from world import LIBRARY, World
 
 WITHOUT_INSERT = library(LIBRARY.replace("avg_ins=300\n", ""))

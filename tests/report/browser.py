@@ -115,7 +115,7 @@ class Pages(unittest.TestCase):
 
     def test_sorting(self):
         page = self.open("many")
-        click = ("Array.from(document.querySelectorAll('#table th button'))"
+        click = ("Array.from(document.querySelectorAll('#table th [role=button]'))"
                  ".find(x => x.textContent == '%s').click()")
         for title, column in (("Gap", 0), ("Length", 3), ("Reads", 5)):
             page.evaluate(click % title)
@@ -125,6 +125,10 @@ class Pages(unittest.TestCase):
             page.evaluate(click % title)
             values = [int(text.replace(",", "")) for text in page.evaluate(COLUMN % column)]
             self.assertEqual(values, sorted(values, reverse=True))
+        page.evaluate("""(() => { const header = document.querySelector("#table th [role=button]");
+            header.dispatchEvent(new KeyboardEvent("keydown", {key: "Enter"})); })()""")
+        values = [int(text) for text in page.evaluate(COLUMN % 0)]
+        self.assertEqual(values, sorted(values))
         page.evaluate(click % "Scaffold")
         names = page.evaluate(COLUMN % 1)
         self.assertEqual(names, sorted(names))
@@ -188,6 +192,9 @@ class Pages(unittest.TestCase):
             self.assertEqual(page.evaluate(
                 "getComputedStyle(document.querySelector('nav')).display"), "none")
             page.screenshot(os.path.join(SCREENSHOTS, name + "-paper.png"))
+            paper = self.open(name, width=690)  # A4 or Letter between margins
+            paper.scheme("light", "print")
+            self.assertLessEqual(paper.evaluate("document.documentElement.scrollWidth"), 690)
             page.print(os.path.join(SCREENSHOTS, name + ".pdf"))
             self.assertGreater(os.path.getsize(os.path.join(SCREENSHOTS, name + ".pdf")), 10000)
 

@@ -149,15 +149,30 @@ TEST_F(JudgementTest, ContainedReads) {
   setCount(ReadKind::kExact, 46);
   EXPECT_NE(judge().reason, Reason::kContained);
   setCount(ReadKind::kExact, 0);
+  EXPECT_EQ(judge().reason, Reason::kFewNear);
+  addFlankReads(0, 500);
   EXPECT_EQ(judge().reason, Reason::kContained);
+}
+
+// Other gaps' flanks may be as poor; what counts is what contigs have.
+TEST_F(JudgementTest, FewReadsInAllFlanks) {
+  data_.evidence.emplace(kGaps, std::vector<std::string>{"pairs"});
+  for (uint64_t n = 0; n < kGaps; ++n) {
+    data_.evidence->setKmers(n, Side::kFront, 300, 0);
+    data_.evidence->setKmers(n, Side::kBehind, 300, 0);
+    addFlankReads(n, 100);
+  }
+  setCount(ReadKind::kExact, 9);
+  EXPECT_EQ(judge().reason, Reason::kFewNear);
+  EXPECT_EQ(judge().figure, "10 % of the usual depth");
 }
 
 TEST_F(JudgementTest, FewReadsInTheFlanks) {
   setCount(ReadKind::kExact, 9);
   EXPECT_EQ(judge().reason, Reason::kFewNear);
-  addFlankReads(0, 249);
+  addFlankReads(0, 499);
   EXPECT_EQ(judge().reason, Reason::kFewNear);
-  EXPECT_EQ(judge().figure, "25 % of the median");
+  EXPECT_EQ(judge().figure, "50 % of the usual depth");
   addFlankReads(0, 1);
   EXPECT_EQ(judge().reason, Reason::kUnknown);
   refuse(Refusal::kUnlike, 9);  // too few to be the reason, but most of what came
@@ -165,6 +180,7 @@ TEST_F(JudgementTest, FewReadsInTheFlanks) {
 }
 
 TEST_F(JudgementTest, ManyRepeatsWhereNothingElseIsTheReason) {
+  addFlankReads(0, 500);
   setCount(ReadKind::kContained, 9);
   data_.evidence->setKmers(0, Side::kFront, 300, 240);
   EXPECT_EQ(judge().reason, Reason::kContained);

@@ -11,6 +11,7 @@ import os
 import random
 import shutil
 import struct
+import subprocess
 import sys
 import tempfile
 import unittest
@@ -122,6 +123,26 @@ class SameResult(Base):
         self.refuses("index is the index of another assembly than scaffolds.fa", "task",
                      "plan.json", "0", "-o", "s", "--index", "index", status=3)
 
+    def test_of_the_plan_itself(self):
+        """An index that is made by a plan is the one that is made with its options."""
+        options = ["-C", "20", "-k", "25", "--placeholder", "87"]
+        self.call("plan", "scaffolds.fa", *READS, *options, "-o", "plan.json")
+        self.call("index", "scaffolds.fa", *options, "-r", "100", "-o", "plain")
+        folder = self.folder
+        os.chdir("/")
+        self.call("index", "--plan", f"{folder}/plan.json", "--inputs-root", folder, "-o",
+                  f"{folder}/index")
+        os.chdir(folder)
+        with open("plain", "rb") as plain, open("index", "rb") as index:
+            self.assertEqual(plain.read(), index.read())
+        self.call("task", "plan.json", "0", "--index", "index", "-o", "share")
+        self.call("gather", "plan.json", "share", "--index", "index", "-o", "got")
+        self.call("scaffolds.fa", *READS, *options, "-o", "one")
+        self.assertEqual(result("one"), result("got"))
+        change_byte("scaffolds.fa", 3000)
+        self.refuses("scaffolds.fa is not the file that the plan was made with: its checksum"
+                     " differs", "index", "--plan", "plan.json", "-o", "index")
+
     def test_another_index_than_that_of_the_plan(self):
         self.make_index()
         self.call("plan", "scaffolds.fa", *READS, "-o", "plan.json", "--index", "index")
@@ -198,10 +219,11 @@ class Refused(Base):
         self.run_refuses("index is an index for machines of another byte order", status=1)
 
     def test_usage(self):
-        more = " (velk-run --help tells more)"
-        for arguments in ([], ["scaffolds.fa"], ["-o", "index"]):
-            self.refuses("an assembly and the file of the index (-o) must be given" + more, "index",
-                         *arguments, status=2)
+        more = " (velk-run index --help tells more)"
+        for arguments in ([], ["scaffolds.fa"], ["-o", "index"],
+                          ["scaffolds.fa", "--plan", "plan.json", "-o", "index"]):
+            self.refuses("an assembly or a plan (--plan), and the file of the index (-o), must be"
+                         " given" + more, "index", *arguments, status=2)
         self.refuses("with -C the read length of the runs (-r) must be given: contigs are cut by it",
                      "index", "scaffolds.fa", "-o", "index", "-C", "5", status=2)
         self.refuses("scaffolds.fa is an input, and the index would replace it", "index",
@@ -353,6 +375,34 @@ class Damaged(Base):
                                  rb"^\[ERROR\]: (hostile is |no pair of library lib1 lies on)")
         self.assertGreater(ends[0], 20)
         self.assertGreater(ends[1], 20)
+
+
+class InUse(Base):
+    def test_cut_while_it_is_in_use(self):
+        """Reads that come through a pipe leave time for it."""
+        self.make_index()
+        os.mkfifo("pipe")
+        command = [plans.VELK_RUN, "scaffolds.fa", "--interleaved", "pipe", "--index", "index", "-o",
+                   "out", "--quiet", "-t", "2"]
+        mates = []
+        for name in READS:
+            with gzip.open(name, "rb") as file:
+                lines = file.read().splitlines(keepends=True)
+            mates.append([b"".join(lines[at:at + 4]) for at in range(0, len(lines), 4)])
+        with subprocess.Popen(command, stderr=subprocess.PIPE) as run:
+            with open("pipe", "wb") as pipe:
+                os.truncate("index", PAGE)
+                try:
+                    for pair in zip(*mates):
+                        pipe.writelines(pair)
+                except BrokenPipeError:
+                    pass
+            said = run.communicate()[1]
+        self.assertEqual((1, b"[ERROR]: index can't be read: it was cut while it was in use, or its"
+                             b" disk fails\n"), (run.returncode, said))
+        self.assertEqual(["pipe", "reads_1.fq.gz", "reads_2.fq.gz", "scaffolds.fa"],
+                         [name for name in sorted(os.listdir(".")) if name not in ("index", "out")])
+        self.assertFalse(os.path.exists("out/.partial"))
 
 
 class WholeOrNot(Base):

@@ -37,19 +37,20 @@ void* operator new[](std::size_t size) {
   return operator new(size);
 }
 
-void operator delete(void* memory) noexcept {
+// Where only these are inlined, gcc takes what they free for memory of the usual operator new.
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
   std::free(memory);
 }
 
-void operator delete(void* memory, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
   std::free(memory);
 }
 
-void operator delete[](void* memory) noexcept {
+[[gnu::noinline]] void operator delete[](void* memory) noexcept {
   std::free(memory);
 }
 
-void operator delete[](void* memory, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete[](void* memory, std::size_t) noexcept {
   std::free(memory);
 }
 

@@ -1,0 +1,333 @@
+#!/usr/bin/env python3
+"""How often velk-report tells the right reason why a gap has few reads or none, on data whose truth is
+known: a genome with gaps that are short of reads for planted causes, and reads whose places are known.
+
+    reasons.py --programs FOLDER... --data FOLDER [--genome FILE] [--seed N]
+
+Prints what was told by planted cause, and by reason the share that the truth confirms. Without --genome
+one is made. doc/accuracy.md explains the tables.
+"""
+
+import argparse
+import bisect
+import collections
+import os
+import random
+import re
+import subprocess
+
+import accuracy
+
+LENGTH = accuracy.LENGTH
+# Name, reads a base, mean and deviation of the fragments, whether mates point outwards.
+LIBRARIES = (("pairs", 12 / LENGTH, 400, 40, False), ("mates", 6 / LENGTH, 3000, 300, True),
+             ("singles", 2 / LENGTH, LENGTH, 0, False))
+ROOM = 12000  # bases for each gap
+HOLE = 4500   # bases around a gap that its cause changes
+SHORT, LONG = (40, 150, 400), (800, 1500, 3000)
+CAUSES = {  # cause: lengths of its gaps
+    "none": (20, 60, 150, 300, 600, 1200, 3000), "repeat": SHORT + LONG, "half a repeat": SHORT,
+    "short contigs": (60, 120, 300), "no reads": SHORT + LONG, "a tenth of the reads": SHORT + LONG,
+    "other bases": SHORT + LONG, "short overlaps": (200, 400, 800), "overlapping contigs": (10, 20, 50),
+    "overlap of unknown length": (101,), "unknown length": (101,)}
+
+
+class Gap:
+    """What is missing of the genome is [start, end); at an overlap start lies behind end."""
+
+    def __init__(self, cause, start, length, chance):
+        self.number = 0
+        self.cause = cause
+        self.start, self.end = start, start + length
+        self.written = length
+        if cause in ("overlapping contigs", "overlap of unknown length"):
+            self.end = start - chance.randrange(40, 120)
+        elif cause == "unknown length":
+            self.end = start + chance.choice((20, 250, 900, 2500))
+        self.short = cause == "short contigs"
+        self.front, self.behind = (chance.randrange(32, 69) if self.short else ROOM for _ in "12")
+        self.fragments = collections.defaultdict(list)  # library -> starts of its reads
+
+
+class World:
+    """Genome, scaffolds, reads, in files of a folder."""
+
+    def __init__(self, folder, options):
+        self.folder = folder
+        self.chance = random.Random(options.seed)
+        self.genome = accuracy.World.read(options.genome) if options.genome else self.bases(2_000_000)
+        self.genome = re.sub("[^ACGT]", "A", self.genome)
+        self.gaps = self.choose()
+        self.starts = [gap.start for gap in self.gaps]
+        copies = "".join(self.copy(gap) for gap in self.gaps)
+        self.write_scaffolds(copies)
+        self.donor = list(self.genome + copies)  # what is sequenced
+        for gap in self.gaps:
+            if gap.cause == "other bases":
+                self.change(gap)
+        self.donor = "".join(self.donor)
+        for library in LIBRARIES:
+            self.write_reads(library)
+
+    def bases(self, count):
+        return "".join(self.chance.choices("ACGT", k=count))
+
+    def choose(self):
+        gaps = []
+        causes = list(CAUSES)
+        for number in range(len(self.genome) // ROOM - 1):
+            cause = causes[number % len(causes)]
+            length = CAUSES[cause][number // len(causes) % len(CAUSES[cause])]
+            start = (number + 1) * ROOM + self.chance.randrange(-500, 500)
+            gaps.append(Gap(cause, start, length, self.chance))
+        return gaps
+
+    def copy(self, gap):
+        """What the genome has again of the flanks."""
+        if gap.cause not in ("repeat", "half a repeat"):
+            return ""
+        reach = (600 if gap.written < 550 else 4000) // (1 if gap.cause == "repeat" else 2)
+        return (self.bases(1000) + self.genome[gap.start - reach:gap.start] + self.bases(gap.written) +
+                self.genome[gap.end:gap.end + reach])
+
+    def change(self, gap):
+        """Other bases, so dense that no read has 98 % in common with the contigs, but some k-mers."""
+        at = gap.start - HOLE
+        while at < gap.end + HOLE:
+            self.donor[at] = self.chance.choice([base for base in "ACGT" if base != self.donor[at]])
+            at += self.chance.randrange(34, 44)
+
+    def write_scaffolds(self, copies):
+        scaffolds, text, at = [], [], 0
+        for number, gap in enumerate(self.gaps):
+            if gap.short:  # a scaffold of its own
+                scaffolds.append("".join(text) + self.genome[at:gap.start - gap.front - 1000])
+                scaffolds.append(self.genome[gap.start - gap.front:gap.start] + "N" * gap.written +
+                                 self.genome[gap.end:gap.end + gap.behind])
+                text, at = [], gap.end + gap.behind + 1000
+            else:
+                text += [self.genome[at:gap.start], "N" * gap.written]
+                at = gap.end
+            gap.number = number
+        scaffolds.append("".join(text) + self.genome[at:])
+        scaffolds.append(copies)
+        with open(os.path.join(self.folder, "a.fa"), "w", encoding="ascii") as file:
+            for number, scaffold in enumerate(scaffolds):
+                file.write(f">s{number}\n{scaffold}\n")
+
+    def with_errors(self, bases):
+        at = int(self.chance.expovariate(accuracy.ERROR))
+        while at < len(bases):
+            bases = bases[:at] + self.chance.choice("ACGT") + bases[at + 1:]
+            at += 1 + int(self.chance.expovariate(accuracy.ERROR))
+        return bases
+
+    def near(self, start, end):
+        """The gaps whose surroundings [start, end) touches."""
+        first = bisect.bisect_left(self.starts, start - HOLE - 3000)
+        last = bisect.bisect_right(self.starts, end + HOLE)
+        return [gap for gap in self.gaps[first:last]
+                if start < max(gap.start, gap.end) + HOLE and end > min(gap.start, gap.end) - HOLE]
+
+    def is_kept(self, gap):
+        if gap.cause in ("no reads", "short overlaps"):
+            return False
+        return gap.cause != "a tenth of the reads" or self.chance.random() < 0.1
+
+    def write_reads(self, library):
+        name, reads, mean, deviation, is_outward = library
+        per_entry = 1 if name == "singles" else 2
+        entries = []
+        for _ in range(int(reads * len(self.donor) / per_entry)):
+            size = max(LENGTH, int(self.chance.gauss(mean, deviation)))
+            start = self.chance.randrange(len(self.donor) - size)
+            near = self.near(start, start + size)
+            if all(self.is_kept(gap) for gap in near):
+                entries.append((start, start + size - LENGTH, near))
+        if name == "singles":
+            for gap in self.gaps:
+                if gap.cause == "short overlaps":
+                    starts = [gap.start - on for on in range(33, 44)]
+                    starts += [gap.end + on - LENGTH for on in range(33, 44)]
+                    entries += [(start, start, [gap]) for start in 2 * starts]
+        files = [open(os.path.join(self.folder, f"{name}_{mate}.fq"), "w", encoding="ascii")
+                 for mate in range(1, per_entry + 1)]
+        for number, (left, right, near) in enumerate(entries):
+            for gap in near:
+                gap.fragments[name].append((left, right))
+            sides = [(left, is_outward), (right, not is_outward)][:per_entry]
+            if self.chance.random() < 0.5:
+                sides = sides[::-1] if per_entry == 2 else [(left, True)]
+            for file, (at, is_reversed) in zip(files, sides):
+                bases = self.with_errors(self.donor[at:at + LENGTH])
+                bases = accuracy.reversed_complement(bases) if is_reversed else bases
+                file.write(f"@{name}{number}\n{bases}\n+\n{'I' * LENGTH}\n")
+        for file in files:
+            file.close()
+
+
+
+class Truth:
+    """What is true of the gaps, of the libraries of a run."""
+
+    def __init__(self, world, libraries, big_gap):
+        self.world = world
+        self.libraries = [library for library in LIBRARIES if library[0] in libraries]
+        self.big_gap = big_gap
+        with open(os.path.join(world.folder, "a.fa"), encoding="ascii") as file:
+            self.assembly = "".join(line for line in file if not line.startswith(">"))
+        self.usual = sum(1000 * reads / (1 if name == "singles" else 2)
+                         for name, reads, *_ in self.libraries)
+
+    def usable(self, gap):
+        return [library for library in self.libraries
+                if library[2] < self.big_gap or gap.written >= self.big_gap]
+
+    def in_flanks(self, gap):
+        """Reads, of pairs one, that begin within 500 bases of the gap."""
+        zones = ((gap.start - 500, gap.start), (gap.end, gap.end + 500))
+        return sum(any(one <= at < other for at in {left, right} for one, other in zones)
+                   for name, *_ in self.libraries for left, right in gap.fragments[name])
+
+    @staticmethod
+    def on_contigs(gap, at):
+        """The stretches of a read that lie on the contigs beside the gap."""
+        contigs = ((gap.start - gap.front, gap.start), (gap.end, gap.end + gap.behind))
+        stretches = [(max(at, one), min(at + LENGTH, other)) for one, other in contigs]
+        return [(one, other) for one, other in stretches if other > one]
+
+    def candidates(self, gap):
+        """Yields each read with a base of the gap, with the stretches that could show its place: its own,
+        and those of its mate."""
+        for library in self.usable(gap):
+            for left, right in gap.fragments[library[0]]:
+                for at, other in ((left, right), (right, left)) if left != right else ((left, left),):
+                    if at < gap.end and at + LENGTH > gap.start:
+                        yield self.on_contigs(gap, at), self.on_contigs(gap, other) if at != other else []
+
+    def belonging(self, gap):
+        """How many of them can be seen."""
+        return sum(any(end - start >= 0.3 * LENGTH for start, end in own) or
+                   any(end - start == LENGTH for start, end in mate)
+                   for own, mate in self.candidates(gap))
+
+    def differ(self, gap):
+        """Whether what could show the places is unlike the contigs, for most of them."""
+        seen = unlike = 0
+        for own, mate in self.candidates(gap):
+            for start, end in own + mate:
+                same = sum(one == other for one, other in zip(self.world.genome[start:end],
+                                                              self.world.donor[start:end]))
+                seen += 1
+                unlike += same < 0.98 * (end - start)
+        return unlike > seen / 2
+
+    def overlap_little(self, gap):
+        found = [own for own, mate in self.candidates(gap) if own and not mate]
+        little = sum(all(end - start < 0.3 * LENGTH for start, end in own) for own in found)
+        return little > len(found) / 2
+
+    def repeated(self, gap):
+        """The share of the flanks' k-mers that the assembly has again."""
+        reach = max(library[2] + 3 * library[3] for library in self.usable(gap))
+        front, behind = (min(reach, contig) - 31 for contig in (gap.front, gap.behind))
+        genome, step = self.world.genome, max(1, (front + behind) // 20)
+        kmers = [genome[at:at + 31] for at in (*range(gap.start - 31 - front, gap.start - 30, step),
+                                               *range(gap.end, gap.end + behind, step))]
+        again = sum(self.assembly.count(kmer) + self.assembly.count(accuracy.reversed_complement(kmer)) > 1
+                    for kmer in kmers)
+        return again / len(kmers)
+
+    def confirms(self, gap, reason, predicted):
+        """Whether the truth says that, too."""
+        if reason == "inserts too large":
+            return not self.usable(gap)
+        if reason == "repeated flanks":
+            return self.repeated(gap) > 0.35  # of a sample
+        if reason == "short contig":
+            return min(gap.front, gap.behind) < 70
+        if reason == "no reads near":
+            return self.belonging(gap) <= 1  # which may have many errors
+        if reason == "too many differences":
+            return self.differ(gap)
+        if reason == "too little overlap":
+            return self.overlap_little(gap)
+        if reason == "unknown length":
+            return gap.written == 101
+        if reason == "contained reads":
+            return self.belonging(gap) < 0.25 * predicted
+        if reason == "few reads near":
+            return self.in_flanks(gap) < 0.5 * self.usual
+        return False  # "no single reason"
+
+
+def told(folder):
+    """Gap -> what is said of it, and how many reads are predicted."""
+    with open(os.path.join(folder, "report.html"), encoding="utf-8") as file:
+        page = file.read()
+    found = {}
+    for reason, row in re.findall(r'<tr data-why="([^"]*)">(.*)', page):
+        cells = [re.sub("<[^>]*>", "", "<" + cell).replace(",", "") for cell in row.split("<td")[1:]]
+        found[int(cells[0].lstrip(">"))] = reason, int(cells[8])
+    return found
+
+
+def judge(world, programs, folder, libraries):
+    """Runs velk-run with these libraries, and counts (cause, reason, whether the truth confirms it)."""
+    options = {"pairs": "--pairs pairs_1.fq pairs_2.fq", "mates": "--mate-pairs mates_1.fq mates_2.fq",
+               "singles": "--single singles_1.fq"}
+    command = [os.path.join(programs, "velk-run"), "a.fa", "--placeholder", "101", "-o", folder, "--quiet"]
+    for library in libraries:
+        command += options[library].split()
+    subprocess.run(command, cwd=world.folder, check=True)
+    out = os.path.join(world.folder, folder)
+    with open(os.path.join(out, "summary.json"), encoding="utf-8") as file:
+        big_gap = int(re.search(r'"big_gap_length": (\d+)', file.read())[1])
+    truth = Truth(world, libraries, big_gap)
+    counts = collections.Counter()
+    for number, (reason, predicted) in told(out).items():
+        gap = world.gaps[number]
+        is_right = reason == "as expected" or truth.confirms(gap, reason, predicted)
+        counts[gap.cause, reason, is_right] += 1
+        if not is_right:
+            print(f"{folder}: gap {number} of {gap.written} bases, {gap.cause}: {reason}")
+    return counts
+
+
+def table(heads, rows):
+    for cells in [heads, ["---"] * len(heads), *rows]:
+        print("| " + " | ".join(str(cell) for cell in cells) + " |")
+    print()
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--programs", required=True, type=os.path.abspath)
+    parser.add_argument("--data", required=True)
+    parser.add_argument("--genome", help="FASTA file, packed by gzip; default: a made one")
+    parser.add_argument("--seed", type=int, default=1)
+    options = parser.parse_args()
+    os.makedirs(options.data, exist_ok=True)
+    world = World(options.data, options)
+    counts = judge(world, options.programs, "all", ("pairs", "mates", "singles"))
+    for (cause, reason, is_right), number in judge(world, options.programs, "large", ("mates",)).items():
+        counts["large inserts alone: " + cause, reason, is_right] += number
+    causes = collections.defaultdict(collections.Counter)
+    reasons = collections.defaultdict(collections.Counter)
+    for (cause, reason, is_right), number in counts.items():
+        causes[cause][reason] += number
+        if reason != "as expected":
+            reasons[reason][is_right] += number
+    table(["planted cause", "gaps", "what was told"],
+          [[cause, sum(each.values()), ", ".join(f"{reason} {n}" for reason, n in each.most_common())]
+           for cause, each in causes.items()])
+    table(["told", "gaps", "confirmed"],
+          [[reason, sum(each.values()), accuracy.ratio(each[True], sum(each.values()))]
+           for reason, each in reasons.items()])
+    right = sum(each[True] for each in reasons.values())
+    few = sum(sum(each.values()) for each in reasons.values())
+    print(f"Of {few} gaps with few reads or none the truth confirms the reason of {accuracy.ratio(right, few)}.")
+
+
+if __name__ == "__main__":
+    main()
