@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <numeric>
 #include <span>
 #include <utility>
 #include <vector>
@@ -78,26 +77,16 @@ class RegionBuilder {
     return isOdd ? text_.oddKeyAt(p) : text_.basesAt(p, text_.windowLength());
   }
 
-  // Sorts the runs: by the hashes of their kinds into bins of about one, then each bin.
+  // Sorts the runs by their kinds, and those of a kind by their positions.
   void group(std::span<const Run> runs) {
     constexpr std::size_t kAhead = 16;  // runs between the prefetch of their text and its use
-    const auto binOf = [&](uint64_t hash) { return scaledTo(hash << kRegionBits, runs.size()); };
-    std::vector<uint64_t> hashes(runs.size());
-    std::vector<uint32_t> ends(runs.size() + 1);  // of the bins
+    runs_.reserve(runs.size());
     for (std::size_t n = 0; n < runs.size(); ++n) {
       const Run& ahead = runs[std::min(n + kAhead, runs.size() - 1)];
       text_.prefetchRange(ahead.first, ahead.first + DATA_LEN);
-      hashes[n] = hashOf(runs[n]);
-      ++ends[binOf(hashes[n]) + 1];
+      runs_.push_back({hashOf(runs[n]), runs[n]});
     }
-    std::partial_sum(ends.begin(), ends.end(), ends.begin());
-    runs_.resize(runs.size());
-    for (std::size_t n = 0; n < runs.size(); ++n) {
-      runs_[ends[binOf(hashes[n])]++] = {hashes[n], runs[n]};
-    }
-    for (std::size_t n = 0; n < runs.size(); ++n) {
-      std::sort(runs_.begin() + (n == 0 ? 0 : ends[n - 1]), runs_.begin() + ends[n]);
-    }
+    std::sort(runs_.begin(), runs_.end());
   }
 
   uint64_t hashOf(const Run& run) const {

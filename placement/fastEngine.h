@@ -9,8 +9,8 @@
 #include <span>
 
 #include "kmer/seedIndex.h"
-#include "placement/allWindows.h"
 #include "placement/candidateWindows.h"
+#include "placement/kmerWalk.h"
 #include "placement/readPreparer.h"
 
 #ifndef VELK_FAST_STEPS

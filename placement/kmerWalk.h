@@ -2,14 +2,17 @@
 // and each k-mer that occurs at exactly one place in the contigs is a hit.
 //
 // What may be skipped, and how a k-mer is looked up, is the matter of the windows that the walk is
-// given: all of them (placement/allWindows.h), or those that can be hits.
+// given: all of them, here, or those that can be hits.
 #pragma once
 
+#include <cassert>
 #include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string_view>
 
+#include "kmer/Sequence.h"
 #include "kmer/contigWindows.h"
 
 namespace velk {
@@ -47,5 +50,34 @@ int64_t visitUniqueHits(Windows& windows, Visit visit) {
   }
   return static_cast<int64_t>(windows.count());
 }
+
+/// All windows of a read, each packed letter by letter and looked up by itself. Index is a class
+/// with a member placeOf(key), as kmer/plainIndex.h has it.
+template <class Index>
+class AllWindows {
+ public:
+  /// REQUIRES: bases.size() >= kmer; the index and the bases outlive the windows.
+  AllWindows(const Index& index, std::string_view bases, int kmer)
+      : index_(index), bases_(bases), kmer_(static_cast<std::size_t>(kmer)) {
+    assert(bases.size() >= kmer_);
+  }
+
+  std::size_t count() const { return bases_.size() - kmer_ + 1; }
+  static std::size_t first() { return 0; }
+  static std::size_t after(std::size_t window) { return window + 1; }
+
+  std::optional<KmerPlace> uniquePlaceOf(std::size_t window) const {
+    const auto answer = index_.placeOf(packedKmer(bases_.substr(window, kmer_)));
+    if (!answer || !answer->isUnique) return std::nullopt;
+    return answer->first;
+  }
+
+  static void noteRefused(const Hit&) {}
+
+ private:
+  const Index& index_;
+  std::string_view bases_;
+  std::size_t kmer_;
+};
 
 }  // namespace velk

@@ -18,7 +18,7 @@
 #include <string>
 
 #include "kmer/plainIndex.h"
-#include "placement/allWindows.h"
+#include "placement/kmerWalk.h"
 
 namespace velk {
 
