@@ -183,6 +183,20 @@ class CommandLine(unittest.TestCase):
             self.assertEqual((0, b""), (done.returncode, done.stderr))
             self.assertIn(b"velk-run", done.stdout)
 
+    def extracted(self, *arguments):
+        done = self.run_on(["extract", "out", *arguments])
+        self.assertEqual((0, b""), (done.returncode, done.stderr))
+        return done.stdout
+
+    def test_ranges_and_parts_of_gaps(self):
+        self.run_on(["scaffolds.fa", *READS, "-o", "out", "--quiet"])
+        one, two, three = (self.extracted(gap) for gap in "123")
+        self.assertEqual(one + two + three, self.extracted("1-3"))
+        self.assertEqual(three + one + two, self.extracted("3-3", "1-2"))
+        pairs, singles = (self.extracted("2", f"--{part}-only") for part in ("pairs", "singles"))
+        self.assertEqual(two, pairs + singles)
+        self.assertTrue(pairs and singles)
+
     def test_a_second_run_takes_the_place_of_the_first(self):
         for _ in range(2):
             done = self.run_on(["scaffolds.fa", *READS, "-o", "out", "--quiet"])
