@@ -148,8 +148,7 @@ class World:
             for gap in self.gaps:
                 if gap.cause == "short overlaps":
                     starts = [gap.start - on for on in range(33, 44)]
-                    starts += [gap.end + on - LENGTH for on in range(33, 44)]
-                    entries += [(start, start, [gap]) for start in 2 * starts]
+                    entries += [(start, start, [gap]) for start in 4 * starts]
         files = [open(os.path.join(self.folder, f"{name}_{mate}.fq"), "w", encoding="ascii")
                  for mate in range(1, per_entry + 1)]
         for number, (left, right, near) in enumerate(entries):
