@@ -45,6 +45,10 @@ PartialFolder::PartialFolder(const std::string& folder, std::vector<std::string>
   }
 }
 
+bool PartialFolder::isLeftIn(const std::string& folder) {
+  return run::exists(folder + "/" + kName);
+}
+
 PartialFolder::~PartialFolder() {
   remove();
 }

@@ -17,6 +17,9 @@ class PartialFolder {
   PartialFolder(const PartialFolder&) = delete;
   PartialFolder& operator=(const PartialFolder&) = delete;
 
+  /// Whether a process that was killed has left one in the folder, and maybe files in their places.
+  static bool isLeftIn(const std::string& folder);
+
   /// Where the files are to be made.
   const std::string& path() const { return path_; }
 

