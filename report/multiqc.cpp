@@ -33,6 +33,16 @@ std::string textOf(const Json& json) {
   return json.dump(1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
+// What a section of the chapter "velk" begins with.
+Json sectionOf(const char* id, const char* name, const char* description) {
+  return {{"id", id},
+          {"parent_id", "velk_report"},
+          {"parent_name", "velk"},
+          {"parent_description", "finds the reads that belong in the gaps of an assembly."},
+          {"section_name", name},
+          {"description", description}};
+}
+
 }  // namespace
 
 std::string multiqcTable(const Findings& findings) {
@@ -58,13 +68,14 @@ std::string multiqcTable(const Findings& findings) {
       {"reads_found_percent", percentColumn("Found, %", "Share of the reads searched")},
       {"exact_percent", percentColumn("Exact, %", "Share of exact places in gaps")},
       {"median_reads", column("Reads a gap", "The median", kWhole)}};
-  return textOf({{"id", "velk"},
-                 {"section_name", "velk"},
-                 {"description", "finds the reads that belong in the gaps of an assembly."},
-                 {"plot_type", "table"},
-                 {"pconfig", {{"id", "velk_table"}, {"title", "velk: gaps and their reads"}}},
-                 {"headers", headers},
-                 {"data", {{cleaned(data.sample, kLongestName), row}}}});
+  Json json = sectionOf("velk", "Gaps and their reads",
+                        "Exact places are those that agree with a contig; covered gaps are so by "
+                        "exact reads from end to end.");
+  json["plot_type"] = "table";
+  json["pconfig"] = {{"id", "velk_table"}, {"title", "velk: gaps and their reads"}};
+  json["headers"] = headers;
+  json["data"] = {{cleaned(data.sample, kLongestName), row}};
+  return textOf(json);
 }
 
 std::string multiqcGaps(const Findings& findings) {
@@ -74,15 +85,13 @@ std::string multiqcGaps(const Findings& findings) {
     row[nameOf(static_cast<Reason>(reason))] =
         tally.reasons[reason].none + tally.reasons[reason].few;
   }
-  return textOf(
-      {{"id", "velk_gaps"},
-       {"section_name", "velk: why gaps have few reads"},
-       {"description",
-        "gaps with the reads that depth and reach predict, and all others by the reason "
-        "why they have few or none."},
-       {"plot_type", "bargraph"},
-       {"pconfig", {{"id", "velk_gaps_plot"}, {"title", "velk: gaps by reason"}, {"ylab", "gaps"}}},
-       {"data", {{cleaned(findings.data.sample, kLongestName), row}}}});
+  Json json = sectionOf("velk_gaps", "Why gaps have few reads",
+                        "Gaps with the reads that depth and reach predict, and all others by the "
+                        "reason why they have few or none.");
+  json["plot_type"] = "bargraph";
+  json["pconfig"] = {{"id", "velk_gaps_plot"}, {"title", "velk: gaps by reason"}, {"ylab", "gaps"}};
+  json["data"] = {{cleaned(findings.data.sample, kLongestName), row}};
+  return textOf(json);
 }
 
 }  // namespace velk::report

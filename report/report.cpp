@@ -2,15 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <cstdio>
-#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "report/comparison.h"
 #include "report/drawing.h"
 #include "report/multiqc.h"
 #include "report/page.h"
+#include "report/partialFolder.h"
 #include "report/summaryText.h"
 #include "report/tally.h"
 #include "run/diskFile.h"
@@ -25,7 +23,6 @@ using run::Failure;
 using run::Status;
 
 constexpr std::array kNames{"report.html", "velk_mqc.json", "velk_gaps_mqc.json"};
-constexpr const char* kPartial = ".velk-report";  // the folder in which files are made
 
 std::string tallyText(const Findings& findings) {
   const Tally tally = tallyOf(findings);
@@ -49,36 +46,6 @@ std::string wholeSummary(const std::string& folder) {
     throw Failure(Status::kFailed, folder + " holds no whole result of velk-run");
   }
   return textOfFile(file);
-}
-
-// A folder for unfinished files, which goes with all that is in it.
-class PartialFolder {
- public:
-  explicit PartialFolder(const std::string& folder) : path_(folder + "/" + kPartial) {
-    remove();
-    std::error_code error;
-    if (!std::filesystem::create_directory(path_, error)) {
-      errno = error.value();
-      run::failFile(path_, "made");
-    }
-  }
-  ~PartialFolder() { remove(); }
-  PartialFolder(const PartialFolder&) = delete;
-  PartialFolder& operator=(const PartialFolder&) = delete;
-
-  const std::string& path() const { return path_; }
-
- private:
-  void remove() const {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
-
-  std::string path_;
-};
-
-void move(const std::string& from, const std::string& to) {
-  if (std::rename(from.c_str(), to.c_str()) != 0) run::failFile(to, "made");
 }
 
 // The summary with what is said of the report, and with its files among the others.
@@ -153,18 +120,18 @@ void reportOn(const std::string& folder) {
   const std::set<std::string> own = run::namesOfSummary(summaryFile, run::resultForm().names);
   for (const char* name : kNames) {
     const std::string file = folder + "/" + name;
-    if (own.contains(name) || !run::exists(file)) continue;
+    if (own.contains(name) || PartialFolder::isLeftIn(folder) || !run::exists(file)) continue;
     throw Failure(Status::kFailed,
                   file + " is there, and no result of velk-run lists it; remove it");
   }
-  const PartialFolder partial(folder);
+  std::vector<std::string> names(kNames.begin(), kNames.end());
+  names.emplace_back(run::kSummaryName);
+  PartialFolder partial(folder, names);
   const std::string said = writeReport(folder, summary, partial.path());
-  const std::string newSummary = partial.path() + "/" + run::kSummaryName;
-  run::writeFile(newSummary, summaryWith(summary, said, partial.path()));
-  for (const char* name : kNames) run::syncFile(partial.path() + "/" + name);
-  run::syncFile(newSummary);
-  for (const char* name : kNames) move(partial.path() + "/" + name, folder + "/" + name);
-  move(newSummary, summaryFile);
+  run::writeFile(partial.path() + "/" + run::kSummaryName,
+                 summaryWith(summary, said, partial.path()));
+  for (const std::string& name : names) run::syncFile(partial.path() + "/" + name);
+  partial.moveAll();
   run::syncFile(folder);
 }
 

@@ -126,10 +126,19 @@ void Dots::add(double x, double y) {
 }
 
 std::string Dots::path() const {
-  std::sort(points_.begin(), points_.end());
-  points_.erase(std::unique(points_.begin(), points_.end()), points_.end());
+  constexpr std::size_t kMostDots = 8000;
+  std::vector<std::pair<int, int>> points = points_;
+  for (int side = 1;; side *= 2) {  // of the square, in half pixels
+    for (auto& [y, x] : points) {
+      y = y / side * side;
+      x = x / side * side;
+    }
+    std::sort(points.begin(), points.end());
+    points.erase(std::unique(points.begin(), points.end()), points.end());
+    if (points.size() <= kMostDots) break;
+  }
   std::string d;
-  for (const auto& [y, x] : points_) d += "M" + brief(x / 2.0) + " " + brief(y / 2.0) + "h0";
+  for (const auto& [y, x] : points) d += "M" + brief(x / 2.0) + " " + brief(y / 2.0) + "h0";
   return d;
 }
 

@@ -84,15 +84,15 @@ struct Frame {
 void drawAxes(Svg& svg, const Frame& frame, const Scale& x, const Scale& y, std::string_view xName,
               std::string_view yName);
 
-/// Many dots as one path: those at the same half of a pixel count once.
+/// Many dots as one path: those at the same half of a pixel count once. Of more than some thousands
+/// those within a wider square count once, so that a path has some 100 kB at most.
 class Dots {
  public:
   void add(double x, double y);
-  bool isEmpty() const { return points_.empty(); }
   std::string path() const;
 
  private:
-  mutable std::vector<std::pair<int, int>> points_;  // (y, x) in half pixels
+  std::vector<std::pair<int, int>> points_;  // (y, x) in half pixels
 };
 
 }  // namespace velk::report

@@ -77,6 +77,15 @@ TEST(SvgTest, EqualDotsCountOnce) {
   EXPECT_EQ(dots.path(), "M10 20h0M11 20h0");
 }
 
+TEST(SvgTest, DotsBeyondAnyNumberAreShort) {
+  report::Dots dots;
+  for (int y = 0; y < 400; ++y) {
+    for (int x = 0; x < 1000; ++x) dots.add(x, y);
+  }
+  EXPECT_LT(dots.path().size(), 100000U);
+  EXPECT_GT(dots.path().size(), 20000U);
+}
+
 TEST(SvgTest, LabelsAreEscaped) {
   report::Svg svg(10, 10, "\"><script>");
   EXPECT_EQ(std::move(svg).finish(),
