@@ -66,8 +66,8 @@ bool growNumbers(HashSet& set, uint64_t needed) {
   } while (set.size <= kMaxSlots &&
            static_cast<float>(needed) > static_cast<float>(set.size) * set.load_factor);
   // KEPT: rounded to nearest here, cut off in numbersOfNew (HashSet.GrowthRoundsMaxToNearest)
-  const float most = static_cast<float>(set.size) * set.load_factor;
-  set.max = std::min(static_cast<uint64_t>(static_cast<double>(most) + 0.5), set.size - 1);
+  const double most = static_cast<double>(static_cast<float>(set.size) * set.load_factor) + 0.5;
+  set.max = std::min(static_cast<uint64_t>(most), set.size - 1);
   return set.size <= kMaxSlots;
 }
 
