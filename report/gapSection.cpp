@@ -73,9 +73,9 @@ std::string lengthsPanel(const Findings& findings) {
       "", "Length by pairs",
       countText(withLength) + " of " + countText(findings.gaps.size()) +
           " gaps are spanned by five pairs or more. Far from the line lie placeholders "
-          "(blue) and wrong joins; long gaps are implied too short, as only the longest "
-          "fragments span them. At the lower edge stand gaps of hardly any bases or none, by "
-          "their pairs.",
+          "(blue) and wrong joins. Gaps are implied too short, even below nothing, where the "
+          "insert size does not exceed the gap and both reads by far, as only the longest "
+          "fragments span them.",
       lengths);
 }
 
