@@ -73,9 +73,8 @@ std::string lengthsPanel(const Findings& findings) {
       "", "Length by pairs",
       countText(withLength) + " of " + countText(findings.gaps.size()) +
           " gaps are spanned by five pairs or more. Far from the line lie placeholders "
-          "(blue) and wrong joins. Gaps are implied too short, even below nothing, where the "
-          "insert size does not exceed the gap and both reads by far, as only the longest "
-          "fragments span them.",
+          "(blue) and wrong joins. Where few fragments are long enough to span a gap with both "
+          "reads beside it, the implied length is far from sure.",
       lengths);
 }
 

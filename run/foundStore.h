@@ -25,7 +25,7 @@ class FoundStore : public FoundReceiver {
              const std::vector<Library>& libraries, const OutputOptions& options, bool isNative);
 
   void take(int worker, const FoundEntry& entry) override;
-  void takeSpan(const Span& span) override { outputs_.takeSpan(span.gap, span.length); }
+  void takeSpan(const Span& span, uint32_t library) override { outputs_.takeSpan(span, library); }
 
   Evidence& evidence() override { return outputs_.evidence(); }
 

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "run/failure.h"
+#include "run/impliedLength.h"
 
 namespace velk::run {
 namespace {
@@ -19,6 +20,7 @@ ReadKind kindOf(const GapRead& read) {
 struct OfGap {
   uint64_t gap;
   int64_t lengths;
+  uint64_t bases;
   std::array<uint32_t, kReadKinds> counts;
   uint32_t spans;
   uint32_t records;
@@ -30,8 +32,9 @@ GapCounts::GapCounts(uint64_t gaps, uint64_t libraries)
     : gaps_(gaps),
       libraries_(libraries),
       counts_(std::make_unique<std::atomic<uint32_t>[]>(gaps * libraries * kReadKinds)),
-      spans_(std::make_unique<std::atomic<uint32_t>[]>(gaps)),
-      lengths_(std::make_unique<std::atomic<int64_t>[]>(gaps)),
+      spans_(std::make_unique<std::atomic<uint32_t>[]>(gaps * libraries)),
+      lengths_(std::make_unique<std::atomic<int64_t>[]>(gaps * libraries)),
+      bases_(std::make_unique<std::atomic<uint64_t>[]>(gaps * libraries)),
       records_(std::make_unique<std::atomic<uint32_t>[]>(gaps)) {}
 
 void GapCounts::add(const GapRead& read, uint32_t library) {
@@ -39,9 +42,11 @@ void GapCounts::add(const GapRead& read, uint32_t library) {
   counts_[index].fetch_add(1, std::memory_order_relaxed);
 }
 
-void GapCounts::addSpan(uint64_t gap, int64_t length) {
-  spans_[gap].fetch_add(1, std::memory_order_relaxed);
-  lengths_[gap].fetch_add(length, std::memory_order_relaxed);
+void GapCounts::addSpan(const Span& span, uint32_t library) {
+  const std::size_t index = span.gap * libraries_ + library;
+  spans_[index].fetch_add(1, std::memory_order_relaxed);
+  lengths_[index].fetch_add(span.length, std::memory_order_relaxed);
+  bases_[index].fetch_add(static_cast<uint64_t>(span.bases), std::memory_order_relaxed);
 }
 
 uint64_t GapCounts::belonging(uint64_t gap) const {
@@ -53,16 +58,34 @@ uint64_t GapCounts::belonging(uint64_t gap) const {
   return sum;
 }
 
-std::optional<int64_t> GapCounts::impliedLength(uint64_t gap) const {
-  const uint32_t pairs = spans_[gap];
-  if (pairs < kLeastSpans) return std::nullopt;
-  return std::llround(static_cast<double>(lengths_[gap]) / pairs);
+uint32_t GapCounts::spans(uint64_t gap) const {
+  uint32_t sum = 0;
+  for (uint64_t library = 0; library < libraries_; ++library) {
+    sum += spans_[gap * libraries_ + library];
+  }
+  return sum;
+}
+
+std::optional<int64_t> GapCounts::impliedLength(uint64_t gap,
+                                                const std::vector<Library>& libraries) const {
+  if (spans(gap) < kLeastSpans) return std::nullopt;
+  std::vector<SpanningPairs> pairs;
+  for (uint64_t library = 0; library < libraries_; ++library) {
+    const std::size_t index = gap * libraries_ + library;
+    const double number = spans_[index];
+    if (number == 0) continue;
+    pairs.push_back({number, static_cast<double>(lengths_[index]) / number,
+                     static_cast<double>(bases_[index]) / number, libraries[library].insert,
+                     libraries[library].spread});
+  }
+  return std::llround(likeliestLength(pairs));
 }
 
 std::string GapCounts::encoded(uint64_t library) const {
   std::string bytes;
   for (uint64_t gap = 0; gap < gaps_; ++gap) {
-    OfGap of{gap, lengths_[gap], {}, spans_[gap], records_[gap]};
+    const std::size_t index = gap * libraries_ + library;
+    OfGap of{gap, lengths_[index], bases_[index], {}, spans_[index], records_[gap]};
     bool isAny = of.spans != 0 || of.records != 0;
     for (std::size_t kind = 0; kind < kReadKinds; ++kind) {
       of.counts[kind] = counts_[indexOf(gap, library, static_cast<ReadKind>(kind))];
@@ -82,8 +105,10 @@ void GapCounts::addEncoded(std::string_view bytes, uint64_t library, const std::
     for (std::size_t kind = 0; kind < kReadKinds; ++kind) {
       counts_[indexOf(of.gap, library, static_cast<ReadKind>(kind))] += of.counts[kind];
     }
-    spans_[of.gap] += of.spans;
-    lengths_[of.gap] += of.lengths;
+    const std::size_t index = of.gap * libraries_ + library;
+    spans_[index] += of.spans;
+    lengths_[index] += of.lengths;
+    bases_[index] += of.bases;
     records_[of.gap] += of.records;
   }
 }

@@ -8,8 +8,11 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "run/describe.h"
+#include "run/library.h"
+#include "run/spans.h"
 
 namespace velk::run {
 
@@ -22,8 +25,8 @@ class GapCounts {
 
   void add(const GapRead& read, uint32_t library);
 
-  /// A pair with a read in either flank says that a gap has `length` bases.
-  void addSpan(uint64_t gap, int64_t length);
+  /// A pair of the library has a read in either flank.
+  void addSpan(const Span& span, uint32_t library);
 
   /// A record of the search.
   void addRecord(uint64_t gap) { records_[gap].fetch_add(1, std::memory_order_relaxed); }
@@ -35,10 +38,10 @@ class GapCounts {
   /// Reads of all libraries that belong to the gap: exact ones and estimates.
   uint64_t belonging(uint64_t gap) const;
 
-  /// Pairs with a read in either flank, and the mean of the lengths that they say, rounded; none of
-  /// fewer pairs than kLeastSpans.
-  uint32_t spans(uint64_t gap) const { return spans_[gap]; }
-  std::optional<int64_t> impliedLength(uint64_t gap) const;
+  /// Pairs with a read in either flank; and the length that is likeliest by them, rounded, none of
+  /// fewer pairs than kLeastSpans. See run/impliedLength.h.
+  uint32_t spans(uint64_t gap) const;
+  std::optional<int64_t> impliedLength(uint64_t gap, const std::vector<Library>& libraries) const;
 
   static constexpr uint32_t kLeastSpans = 5;
 
@@ -56,9 +59,10 @@ class GapCounts {
 
   uint64_t gaps_;
   uint64_t libraries_;
-  std::unique_ptr<std::atomic<uint32_t>[]> counts_;   // by gap, library, kind
-  std::unique_ptr<std::atomic<uint32_t>[]> spans_;    // by gap
-  std::unique_ptr<std::atomic<int64_t>[]> lengths_;   // by gap: sum
+  std::unique_ptr<std::atomic<uint32_t>[]> counts_;  // by gap, library, kind
+  std::unique_ptr<std::atomic<uint32_t>[]> spans_;   // by gap, library
+  std::unique_ptr<std::atomic<int64_t>[]> lengths_;  // likewise: sum of what they leave for the gap
+  std::unique_ptr<std::atomic<uint64_t>[]> bases_;   // likewise: sum of their reads' bases
   std::unique_ptr<std::atomic<uint32_t>[]> records_;  // by gap
 };
 

@@ -44,7 +44,7 @@ std::string gapTable(const Assembly& assembly, const std::vector<Library>& libra
         add(counts.count(g, library, static_cast<ReadKind>(kind)));
       }
     }
-    const std::optional<int64_t> implied = counts.impliedLength(g);
+    const std::optional<int64_t> implied = counts.impliedLength(g, libraries);
     text += "\t" + (implied ? std::to_string(*implied) : ".");
     add(counts.spans(g));
     text += "\n";

@@ -47,7 +47,7 @@ class Outputs {
   void take(const FoundEntry& entry);
 
   /// A pair of which a read lies in either flank of a gap. Any thread may call it.
-  void takeSpan(uint64_t gap, int64_t length) { counts_.addSpan(gap, length); }
+  void takeSpan(const Span& span, uint32_t library) { counts_.addSpan(span, library); }
 
   /// A record of the search at a gap. Any thread may call it.
   void takeRecord(uint64_t gap) { counts_.addRecord(gap); }

@@ -94,7 +94,9 @@ class Collector {
     const FoundAnchor& anchor = *entry_.anchor;
     const PairBases pair{batch_.basesOfRead(entry, anchor.mate),
                          batch_.basesOfRead(entry, 1 - anchor.mate)};
-    if (const auto span = spans_.find(anchor, pair, library_)) receiver_.takeSpan(*span);
+    if (const auto span = spans_.find(anchor, pair, library_)) {
+      receiver_.takeSpan(*span, entry_.library);
+    }
   }
 
   const reads::ReadBatch& batch_;

@@ -48,7 +48,7 @@ class FoundReceiver {
   virtual void take(int worker, const FoundEntry& entry) = 0;
 
   /// A pair that spans a gap, whether any of it was found or not.
-  virtual void takeSpan(const Span& span) = 0;
+  virtual void takeSpan(const Span& span, uint32_t library) = 0;
 
   /// Alignment records that were made of what it has taken so far.
   virtual uint64_t records() const = 0;

@@ -43,7 +43,8 @@ std::optional<Span> Spans::find(const FoundAnchor& anchor, const PairBases& pair
   if (length < -spread || !agrees(bases.data() + start, mate.data(), mateLength, mapCut_)) {
     return std::nullopt;
   }
-  return Span{assembly_.gapInFront(anchor.scaffold, isInFront ? next : anchor.contig), length};
+  return Span{assembly_.gapInFront(anchor.scaffold, isInFront ? next : anchor.contig), length,
+              anchorLength + mateLength};
 }
 
 }  // namespace velk::run

@@ -16,7 +16,8 @@ namespace velk::run {
 /// What a pair says of a gap.
 struct Span {
   uint64_t gap;    // number, from 0
-  int64_t length;  // bases; negative where the contigs seem to overlap
+  int64_t length;  // what the insert size leaves for it, bases; may be negative
+  int64_t bases;   // of both reads, which is the least of the fragment that lies on the contigs
 };
 
 /// The two reads of a pair as they were sequenced.

@@ -190,6 +190,11 @@ TEST_F(PlanTest, IdentityIsSizeAndChecksumWhateverTheName) {
 }
 
 TEST(GapCountsTest, CountsOfSharesAddUp) {
+  std::vector<run::Library> libraries(2);
+  for (run::Library& library : libraries) {
+    library.insert = 400;
+    library.spread = 30;
+  }
   run::GapCounts whole(5, 2);
   run::GapCounts sum(5, 2);
   for (uint32_t library = 0; library < 2; ++library) {
@@ -198,7 +203,11 @@ TEST(GapCountsTest, CountsOfSharesAddUp) {
       for (int64_t gap = library; gap < 4; gap += 2) {
         counts->add({gap, 0, true, run::Certainty::kExact}, library);
         counts->add({gap, 1, false, run::Certainty::kExact}, library);
-        counts->addSpan(static_cast<uint64_t>(gap), -7 - gap);
+        for (int64_t pair = 0; pair < 3; ++pair) {
+          counts->addSpan({static_cast<uint64_t>(gap), 90 - 20 * pair - gap, 200}, library);
+        }
+        counts->addSpan({2, 50, 180}, library);
+        counts->addSpan({2, 44, 190}, library);
       }
       counts->addRecord(1);
     }
@@ -211,9 +220,11 @@ TEST(GapCountsTest, CountsOfSharesAddUp) {
       }
     }
     EXPECT_EQ(sum.spans(gap), whole.spans(gap));
-    EXPECT_EQ(sum.impliedLength(gap), whole.impliedLength(gap));
+    EXPECT_EQ(sum.impliedLength(gap, libraries), whole.impliedLength(gap, libraries));
     EXPECT_EQ(sum.records(gap), whole.records(gap));
   }
+  EXPECT_EQ(whole.spans(2), 3U + 4 * 2);
+  EXPECT_TRUE(sum.impliedLength(2, libraries).has_value());
   EXPECT_EQ(whole.count(3, 1, run::ReadKind::kAnchor), 1U);
   EXPECT_EQ(sum.records(1), 2U);
 }
