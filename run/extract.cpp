@@ -116,16 +116,20 @@ std::string flanksText(const std::string& fasta, uint64_t bases, ExtractForm for
   return recordText(frontHead, front, form) + recordText(behindHead, behind, form);
 }
 
-// The gaps that are asked for, one by one, of a folder that has so many.
+// The gaps that are asked for, each once, of a folder that has so many.
 std::vector<uint64_t> gapsOf(const ExtractRequest& request, uint64_t count) {
   std::vector<uint64_t> gaps;
+  std::vector<bool> isTaken(count);
   for (const GapRange& range : request.gaps) {
     if (range.last >= count) {
       throw Failure(Status::kUsage,
                     "there is no gap " + std::to_string(std::max(range.first, count)) + "; " +
                         request.folder + " has " + std::to_string(count) + ", numbered from 0");
     }
-    for (uint64_t gap = range.first; gap <= range.last; ++gap) gaps.push_back(gap);
+    for (uint64_t gap = range.first; gap <= range.last; ++gap) {
+      if (!isTaken[gap]) gaps.push_back(gap);
+      isTaken[gap] = true;
+    }
   }
   return gaps;
 }

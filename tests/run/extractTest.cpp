@@ -105,6 +105,11 @@ TEST_F(ExtractTest, FastaHasTheSameReads) {
   EXPECT_EQ(extract({dir_, {3}, ExtractForm::kFasta}), expected);
 }
 
+TEST_F(ExtractTest, AGapThatIsNamedTwiceIsWrittenOnce) {
+  const GapRange some{2, 4};
+  EXPECT_EQ(extract({dir_, {3, some, 2}}), extract({dir_, {3, 2, 4}}));
+}
+
 TEST_F(ExtractTest, TheFlanksStandInFront) {
   // Gap 1 lies between contigs 1, of 300 bases, and 2, of 90.
   const std::string front(assembly().basesOf(0, 1));
