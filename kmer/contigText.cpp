@@ -109,9 +109,9 @@ bool ContigText::isMarkedWindow(uint64_t p) const {
 // The key of the odd window at p.
 uint64_t ContigText::oddKeyAt(uint64_t p) const {
   const std::size_t n = contigOf(p);
-  const std::string_view letters = this->letters(n);
-  const uint64_t from = std::min<uint64_t>(p - contigs_[n].start, letters.size());
-  return packedKmer(letters.substr(from, static_cast<std::size_t>(windowLength_)));
+  const std::string_view contig = letters(n);
+  const uint64_t from = std::min<uint64_t>(p - contigs_[n].start, contig.size());
+  return packedKmer(contig.substr(from, static_cast<std::size_t>(windowLength_)));
 }
 
 }  // namespace velk

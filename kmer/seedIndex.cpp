@@ -26,9 +26,9 @@ void SeedIndex::fixShape(uint64_t leastWindows) {
 bool SeedIndex::isSound() const {
   for (const Level* level : {&seedLevel_, &windowLevel_}) {
     if (level->ranges.size() != kRegions) return false;
-    for (const Level::Range& range : level->ranges) {
+    for (const Level::Range& region : level->ranges) {
       const uint64_t buckets = level->buckets.size();
-      if (range.size == 0 || range.first > buckets || range.size > buckets - range.first) {
+      if (region.size == 0 || region.first > buckets || region.size > buckets - region.first) {
         return false;
       }
     }

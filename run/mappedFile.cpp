@@ -41,11 +41,11 @@ MappedFile::MappedFile(const std::string& file) {
   if (!S_ISREG(status.st_mode)) throw Failure(Status::kFailed, file + " is no regular file");
   bytes_ = static_cast<uint64_t>(status.st_size);
   if (bytes_ == 0) return;
-  void* const memory = mmap(nullptr, bytes_, PROT_READ, MAP_SHARED, input.get(), 0);
-  if (memory == MAP_FAILED) failFile(file, "mapped");
+  void* const mapped = mmap(nullptr, bytes_, PROT_READ, MAP_SHARED, input.get(), 0);
+  if (mapped == MAP_FAILED) failFile(file, "mapped");
   // File systems that have huge pages give them; others take no notice.
-  madvise(memory, bytes_, MADV_HUGEPAGE);
-  memory_ = static_cast<char*>(memory);
+  madvise(mapped, bytes_, MADV_HUGEPAGE);
+  memory_ = static_cast<char*>(mapped);
   mappedStart = memory_;
   mappedBytes = bytes_;
   message =

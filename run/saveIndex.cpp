@@ -79,10 +79,10 @@ class Parts {
   }
 
   void addContig(const Assembly& assembly, std::size_t s, std::size_t c) {
-    const ContigPlace& place = assembly.scaffolds()[s].contigs[c];
+    const ContigPlace& contigPlace = assembly.scaffolds()[s].contigs[c];
     const ContigInfo& info = assembly.model()[s].contigsInfo[c];
-    SavedContig& contig = contigs_.emplace_back(
-        SavedContig{place.start, place.end, info.frontGapNum, info.frontGapSize, 0, 0, 0});
+    SavedContig& contig = contigs_.emplace_back(SavedContig{
+        contigPlace.start, contigPlace.end, info.frontGapNum, info.frontGapSize, 0, 0, 0});
     if (c > 0) {
       const Gap& gap = assembly.gaps()[assembly.gapInFront(s, c)];
       contig.unknown = gap.unknown;

@@ -106,9 +106,8 @@ void SavedIndex::checkHeader() {
 void SavedIndex::checkOptions() const {
   constexpr int64_t kMost = 0x7FFFFFFF;
   const auto isOption = [](int64_t value) { return value >= 0 && value <= kMost; };
-  const auto& header = header_;
-  if (header.kmer == 0 || !isOption(header.kmer) || !isOption(header.shortestContig) ||
-      !isOption(header.cut) || !isOption(header.readLength)) {
+  if (header_.kmer == 0 || !isOption(header_.kmer) || !isOption(header_.shortestContig) ||
+      !isOption(header_.cut) || !isOption(header_.readLength)) {
     failDamaged("its options can't be so");
   }
 }

@@ -2,7 +2,7 @@
 """velk-run with a saved index: the bytes of a run without one, what is refused and said, and what
 damaged and hostile files come to.
 
-    indexes.py VELK_RUN EXAMPLES
+    indexes.py VELK_RUN EXAMPLES [CLASS...]
 """
 
 import gzip
@@ -81,7 +81,7 @@ class SameResult(Base):
         write("scaffolds.fa", text + f">odd\n{odd}\n>empty\n>gaps\nNNNNN\n>none x\n{bases[:900].lower()}\n"
               f">repeat\r\n{bases[5000:9000]}NNNNNNNNNN{bases[5000:9000]}NNNACGTNNN{'A' * 300}N"
               f"{'ACACACAC' * 100}NNT\n")
-        write("a.agp", "odd\t1\t100\t1\tU\t100\tscaffold\tyes\tna\n")
+        write("a.agp", "odd\t1\t100\t1\tU\t100\tscaffold\tno\tna\n")
         for options in (["--native"], ["--placeholder", "10,3,1"], ["--agp", "a.agp", "-k", "17"]):
             self.compare(*options)
 
@@ -173,8 +173,8 @@ class Refused(Base):
                              f" {now} here", *arguments)
 
     def test_another_agp_file(self):
-        write("a.agp", "x\t1\t100\t1\tU\t100\tscaffold\tyes\tna\n")
-        write("b.agp", "x\t1\t101\t1\tU\t100\tscaffold\tyes\tna\n")
+        write("a.agp", "x\t1\t100\t1\tU\t100\tscaffold\tno\tna\n")
+        write("b.agp", "x\t1\t101\t1\tU\t100\tscaffold\tno\tna\n")
         self.make_index()
         self.run_refuses("index is the index of an assembly without an AGP file (--agp)", "--agp",
                          "a.agp")
@@ -415,7 +415,9 @@ class InUse(Base):
         self.assertFalse(os.path.exists("out/.partial"))
 
 
-class WholeOrNot(Base):
+class Injected(Base):
+    """What a call of the system that fails comes to; sanitizers make calls of their own."""
+
     def test_killed_at_each_call(self):
         """Whatever stands under the name is the old file or the whole new one."""
         self.make_index("-k", "25")
@@ -451,6 +453,8 @@ class WholeOrNot(Base):
             self.assertFalse(os.path.exists("index.partial") and call != "flock")
             self.call("index", "--check", "index")
 
+
+class WholeOrNot(Base):
     def test_two_at_once(self):
         with open("index.partial", "wb") as file:
             import fcntl
