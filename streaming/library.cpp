@@ -9,10 +9,9 @@
 #include "driver/listener.h"
 #include "driver/textInput.h"
 #include "driver/velk.h"
-#include "streaming/gzipDamage.h"
+#include "streaming/gzipInput.h"
 #include "streaming/lineSource.h"
 #include "streaming/readBuffer.h"
-#include "streaming/readFileName.h"
 #include "streaming/readers.h"
 
 namespace velk {
