@@ -2,7 +2,6 @@
 
 #include "reads/bamRecords.h"
 #include "reads/storedFile.h"
-#include "reads/textBlocks.h"
 #include "reads/textRecords.h"
 
 namespace velk::reads {

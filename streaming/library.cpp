@@ -10,11 +10,10 @@
 #include "driver/textInput.h"
 #include "driver/velk.h"
 #include "streaming/filesAhead.h"
-#include "streaming/gzipDamage.h"
+#include "streaming/gzipInput.h"
 #include "streaming/libraryFiles.h"
 #include "streaming/lineSource.h"
 #include "streaming/readBuffer.h"
-#include "streaming/readFileName.h"
 #include "streaming/readers.h"
 
 namespace velk {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "streaming/readFileName.h"
+#include "streaming/library.h"
 
 namespace velk {
 namespace {

@@ -7,7 +7,7 @@
 #include "driver/fatal.h"
 #include "driver/velk.h"
 #include "streaming/filesAhead.h"
-#include "streaming/gzipDamage.h"
+#include "streaming/gzipInput.h"
 
 namespace velk {
 namespace {

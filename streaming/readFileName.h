@@ -1,17 +1,4 @@
-// What the name of a read file says.
+// Stays until run/ and check/ include the other by name.
 #pragma once
 
-#include <cstddef>
-#include <string_view>
-
-namespace velk {
-
-/// Characters of the shortest name: shorter ones cannot be looked at for ".gz".
-inline constexpr std::size_t kShortestReadFileName = 3;
-
-/// Whether a file of this name is read as gzip.
-inline bool isGzipName(std::string_view file) {
-  return file.ends_with(".gz");
-}
-
-}  // namespace velk
+#include "streaming/library.h"  // IWYU pragma: export

@@ -258,7 +258,7 @@ class Run(unittest.TestCase):
                          b">scaffold9_0\t0\n>bGG\n")
         self.assertTrue(result.files[b"s.fa.gapsinfo"].endswith(b">\t0\t4294967295\n"))
 
-    def test_a_slot_keeps_its_earlier_pair_turned_round(self):
+    def test_a_slot_keeps_its_earlier_pair_with_mates_exchanged(self):
         world, p = World("."), options.Parameters()
         placer = placement.Placer(p, assembly.Assembly(), index.Lookup(p.kmer, {}))
         placer.insert_length = 1001

@@ -8,9 +8,9 @@
 #include "contig/contig.h"
 #include "driver/velk.h"
 #include "streaming/blockReader.h"
+#include "streaming/decodedInput.h"
 #include "streaming/gzipDecoder.h"
 #include "streaming/gzipInput.h"
-#include "streaming/inflateAhead.h"
 #include "tests/streaming/streamingTest.h"
 #include "tests/support/files.h"
 
