@@ -5,7 +5,6 @@
 #include "reads/textRecords.h"
 
 namespace velk::reads {
-
 namespace {
 
 std::unique_ptr<RecordSource> openBam(StoredFile& file, Helpers helpers) {
