@@ -16,10 +16,9 @@ import sys
 import tempfile
 import time
 
-sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../run"))
-import plans  # pylint: disable=wrong-import-position
-from plans import INPUTS, SHARES, change_byte  # pylint: disable=wrong-import-position
-from shares import result  # pylint: disable=wrong-import-position
+import plans
+from plans import INPUTS, SHARES, change_byte
+from shares import result
 
 TASK = ["task", "plan.json", "1", "-o", "share.1", "-t", "1"]
 GATHER = ["gather", "plan.json", *SHARES, "-o", "got", "-t", "1"]
@@ -32,9 +31,19 @@ def run(command, before=(), program=None):
                           stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
 
 
-def strace(what, *more):
-    """In front of a command: what happens at one of its calls."""
-    return ["strace", "-f", "-o", "log", *more, "-e", "inject=" + what]
+def strace(what, path=None):
+    """In front of a command: what happens at one of its calls, of this file if one is given."""
+    only = ["-P", os.path.abspath(path)] if path else []
+    return ["strace", "-f", "-o", "log", *only, "-e", "inject=" + what]
+
+
+def log_text():
+    """What strace has written so far."""
+    try:
+        with open("log", encoding="utf-8") as log:
+            return log.read()
+    except FileNotFoundError:
+        return ""
 
 
 def cut(name):
@@ -56,7 +65,7 @@ class Mishap:
         self.spoil, self.mend, self.files, self.before = spoil, mend, files, before
 
     def call(self):
-        return run(self.command, self.before)
+        return run(self.command, self.before() if callable(self.before) else self.before)
 
     def repair(self):
         for file in self.files:
@@ -93,13 +102,10 @@ class ChangedMeanwhile(Mishap):
     """A read file is changed while the task reads it."""
 
     def call(self):
-        before = strace("read:delay_enter=5000000:when=3", "-P", "a_1.fq")
+        before = strace("read:delay_enter=5000000:when=3", "a_1.fq")
         with subprocess.Popen([*before, plans.VELK_RUN, *self.command, "--quiet"], text=True,
                               stderr=subprocess.PIPE) as process:
-            while process.poll() is None:
-                with open("log", encoding="utf-8") as log:
-                    if "= 131072" in log.read():
-                        break
+            while process.poll() is None and "= 131072" not in log_text():
                 time.sleep(0.1)
             change_byte("a_1.fq", 3)
             said = process.communicate()[1]
@@ -110,7 +116,7 @@ class TwoAtOnce(Mishap):
     """A second copy of a task, while the first one reads."""
 
     def call(self):
-        before = strace("read:delay_enter=3000000:when=2", "-P", "b_1.fq.gz")
+        before = strace("read:delay_enter=3000000:when=2", "b_1.fq.gz")
         with subprocess.Popen([*before, plans.VELK_RUN, *self.command, "--quiet"]) as first:
             while first.poll() is None and not os.path.exists("share.1/.partial"):
                 time.sleep(0.05)
@@ -159,22 +165,22 @@ def other_options():
 GZIP = ["plan.json", "b_2.fq.gz"]
 MISHAPS = [
     Mishap("a task is killed while it reads", TASK, "^$",
-           before=strace("read:signal=KILL:when=2", "-P", "b_1.fq.gz")),
+           before=lambda: strace("read:signal=KILL:when=2", "b_1.fq.gz")),
     Mishap("a task is killed while its files get their names", TASK, "^$",
-           before=strace("rename:signal=KILL:when=3")),
+           before=lambda: strace("rename:signal=KILL:when=3")),
     Mishap("a task is evicted, or its time is over (TERM)", TASK, "^$",
-           before=strace("fsync:signal=TERM:when=2")),
+           before=lambda: strace("fsync:signal=TERM:when=2")),
     TwoAtOnce("two copies of a task at once", TASK, "another run writes to share.1"),
-    Mishap("too little memory for a task", TASK, "memory", before=["prlimit", "--as=30000000"]),
-    Mishap("too little memory for gathering", GATHER, "memory", before=["prlimit", "--as=30000000"]),
+    Mishap("too little memory for a task", TASK, "out of memory", before=["prlimit", "--data=3000000"]),
+    Mishap("too little memory for gathering", GATHER, "out of memory", before=["prlimit", "--data=3000000"]),
     Mishap("the disk is full when a task writes", TASK, "share.1.*No space left on device",
-           before=strace("write:error=ENOSPC:when=1+", "-P", "share.1/.partial/records.bin")),
+           before=lambda: strace("write:error=ENOSPC:when=1+", "share.1/.partial/records.bin")),
     Mishap("the disk is full when gathering writes", GATHER, "got.*No space left on device",
-           before=strace("write:error=ENOSPC:when=1+", "-P", "got/.partial/reads.bam")),
+           before=lambda: strace("write:error=ENOSPC:when=1+", "got/.partial/reads.bam")),
     Mishap("a read error of the disk", TASK, "b_1.fq.gz.*Input/output error",
-           before=strace("read:error=EIO:when=2", "-P", "b_1.fq.gz")),
+           before=lambda: strace("read:error=EIO:when=2", "b_1.fq.gz")),
     Mishap("the folder can't be written to", TASK, "share.1.*Read-only file system",
-           before=strace("mkdir:error=EROFS")),
+           before=lambda: strace("mkdir:error=EROFS")),
     Mishap("a read file has vanished", TASK, "b_2.fq.gz can't be read: No such file",
            lambda: os.remove("b_2.fq.gz"), files=["b_2.fq.gz"]),
     Mishap("a read file was changed", TASK, "b_2.fq.gz is not the file that the plan was made with",
@@ -195,7 +201,7 @@ MISHAPS = [
     Mishap("the index was cut short", INDEXED, "index is a damaged index",
            spoil_index(lambda: cut("index")), make_index),
     Mishap("the index was changed", INDEXED, "index is a damaged index",
-           spoil_index(lambda: change_byte("index", 5000)), make_index),
+           spoil_index(lambda: change_byte("index", 100)), make_index),
     Mishap("the index is that of other options", INDEXED, "index is the index of other options",
            lambda: remake("index", "scaffolds.fa", "-k", "25", "-o", "index"), make_index),
     Mishap("the index has vanished", INDEXED, "index.*No such file", None, make_index),
@@ -213,7 +219,7 @@ MISHAPS = [
     Mishap("a share is that of another program", GATHER, "share.1 was made by another velk-run",
            other_program, files=["share.1"]),
     Mishap("gathering is killed while files get their names", GATHER, "^$",
-           before=strace("rename:signal=KILL:when=5")),
+           before=lambda: strace("rename:signal=KILL:when=5")),
     Mishap("too few files may be open", GATHER, r"too many shares .* \(ulimit -n\)",
            before=["prlimit", "--nofile=20:20"]),
 ]
