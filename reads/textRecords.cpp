@@ -1,6 +1,7 @@
 #include "reads/textRecords.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "reads/archiveDecoder.h"
 #include "reads/letters.h"
@@ -82,16 +83,16 @@ namespace {
 
 constexpr std::size_t kReadAhead = 64 << 20;  // bytes of text
 
-std::unique_ptr<Decoder> decoderOf(StoredFile& file, Packing packing) {
+std::shared_ptr<Decoder> decoderOf(StoredFile& file, Packing packing) {
   switch (packing) {
     case Packing::kNone:
       return nullptr;
     case Packing::kGzip:
-      return std::make_unique<GzipDecoder>(file);
+      return std::make_shared<GzipDecoder>(file);
     case Packing::kZstd:
     case Packing::kXz:
     case Packing::kBzip2:
-      return std::make_unique<ArchiveDecoder>(file, packing);
+      return std::make_shared<ArchiveDecoder>(file, packing);
   }
   return nullptr;
 }
@@ -104,7 +105,10 @@ TextBlocks::TextBlocks(std::unique_ptr<StoredFile> file, Helpers helpers)
       decoder_(decoderOf(*file_, packing_)) {
   if (decoder_ == nullptr) return;
   input_ = std::make_unique<DecodedInput>(*decoder_);
-  if (helpers == Helpers::kInflateAhead) input_->decodeAhead();
+  if (helpers == Helpers::kNone) return;
+  const bool mayBePipe = file_->bytes() == 0;
+  input_->decodeAhead(mayBePipe ? std::make_shared<std::pair<Stored, Decoding>>(file_, decoder_)
+                                : nullptr);
 }
 
 std::string_view TextBlocks::next() {

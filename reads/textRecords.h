@@ -42,11 +42,14 @@ class TextBlocks final : public ByteSource {
   uint64_t bytes() const { return file_->bytes(); }
 
  private:
+  using Stored = std::shared_ptr<StoredFile>;
+  using Decoding = std::shared_ptr<Decoder>;
+
   void noteFault();
 
-  std::unique_ptr<StoredFile> file_;
+  Stored file_;  // a helper that is left behind at a pipe has these two as well
   Packing packing_;
-  std::unique_ptr<Decoder> decoder_;     // null: the file is not packed
+  Decoding decoder_;                     // null: the file is not packed
   std::unique_ptr<DecodedInput> input_;  // its bytes
   std::string fault_;
 };
