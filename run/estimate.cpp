@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "survey/assembly.h"
-#include "survey/memoryModel.h"
+#include "survey/costModel.h"
 
 namespace velk::run {
 namespace {

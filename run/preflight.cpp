@@ -14,8 +14,8 @@
 #include "run/failure.h"
 #include "run/terminal.h"
 #include "survey/assembly.h"
+#include "survey/costModel.h"
 #include "survey/machine.h"
-#include "survey/memoryModel.h"
 
 namespace velk::run {
 namespace {

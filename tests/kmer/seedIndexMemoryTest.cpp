@@ -20,6 +20,7 @@ namespace velk::test {
 namespace {
 
 constexpr uint64_t kSpare = 64 * 1024;  // bytes that an index may take whatever it holds
+constexpr int kStep = 5 / part(5);      // of numbers that are tried in a row
 
 // Bytes of the hash set that just holds so many keys: 16 a slot, and two bits.
 uint64_t tableBytes(uint64_t keys) {
@@ -42,7 +43,7 @@ class SeedIndexMemory : public RunParametersTest {
 
   static void expectNoMoreThanTheTable(int threads) {
     for (const auto& [name, assembly] : hardTexts(100000)) {
-      for (Kmer = 1; Kmer <= DATA_LEN; ++Kmer) {
+      for (Kmer = 1; Kmer <= DATA_LEN; Kmer += kStep) {
         const KmerModel model(assembly, KmerModel::kWithoutKmers);
         SeedIndex index;
         ASSERT_TRUE(model.build(index, threads));
@@ -117,7 +118,7 @@ Assembly oneSeed(std::size_t length) {
 }
 
 TEST_F(SeedIndexMemory, BuildIsBoundedOnHardTexts) {
-  constexpr std::size_t kLength = 2000000;
+  constexpr std::size_t kLength = part(std::size_t{2000000});
   constexpr uint64_t kMostOfWindow = 16;  // bytes
   for (const auto& [name, assembly] : hardTexts(kLength)) {
     for (const int kmer : {9, 31}) {
@@ -155,7 +156,7 @@ double secondsOf(const Assembly& assembly) {
 }
 
 TEST_F(SeedIndexMemory, NoWindowTakesLong) {
-  constexpr std::size_t kLetters = 200000;
+  constexpr std::size_t kLetters = part(std::size_t{200000});
   // Generous, the more so with a sanitizer. A chain of a tenth of the windows would take some ten
   // times as long.
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
@@ -173,10 +174,11 @@ TEST_F(SeedIndexMemory, NoWindowTakesLong) {
 
 class FailingBuild : public SeedIndexMemory, public ::testing::WithParamInterface<int> {
  protected:
-  // Denies the build its allocations one by one, until one has all that it asks for.
-  // fail: failAllocationAfter or failNewAfter. Returns how many builds had been denied.
-  static int denyOneByOne(const KmerModel& model, void (*fail)(int)) {
-    for (int n = 0;; ++n) {
+  // Denies the build one allocation after the other, `step` further each time, until it has all
+  // that it asks for. fail: failAllocationAfter or failNewAfter. Returns how many it asks for, or
+  // up to a step more.
+  static int denyOneByOne(const KmerModel& model, void (*fail)(int), int step) {
+    for (int n = 0;; n += step) {
       SeedIndex index;
       fail(n);
       const bool isBuilt = model.build(index, GetParam());
@@ -205,8 +207,8 @@ TEST_P(FailingBuild, ReturnsFalse) {
   // heavy seeds, letters that are no bases, two pieces
   const KmerModel model({{random.tandem(2000), odd}, {random.bases(70000)}});
   forgiven_ = 0;
-  EXPECT_GT(denyOneByOne(model, failNewAfter), 100);
-  EXPECT_GE(denyOneByOne(model, failAllocationAfter), 7);  // text and both levels
+  EXPECT_GT(denyOneByOne(model, failNewAfter, kStep), 100);
+  EXPECT_GE(denyOneByOne(model, failAllocationAfter, 1), 7);  // text and both levels
   if (GetParam() == 1) {
     EXPECT_EQ(forgiven_, 0);
   }

@@ -12,8 +12,7 @@
 #include "driver/velk.h"
 #include "kmer/seedIndex.h"
 #include "placement/Read2Scaf.h"
-#include "survey/memoryModel.h"
-#include "survey/timeModel.h"
+#include "survey/costModel.h"
 #include "tests/support/assembly.h"
 #include "tests/support/files.h"
 
