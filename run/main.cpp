@@ -6,7 +6,7 @@
 #include <string>
 
 #include "driver/listener.h"
-#include "driver/standardDescriptors.h"
+#include "driver/outputFile.h"
 #include "reads/recordSource.h"
 #include "report/report.h"
 #include "run/arguments.h"
