@@ -1,4 +1,0 @@
-// Stays until run/ and check/ include the other by name.
-#pragma once
-
-#include "reads/recordSource.h"  // IWYU pragma: export

@@ -1,4 +1,0 @@
-// Stays until run/ and check/ include the other by name.
-#pragma once
-
-#include "streaming/library.h"  // IWYU pragma: export
