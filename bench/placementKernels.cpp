@@ -9,7 +9,7 @@
 #include "bench/simulate.h"
 #include "bench/world.h"
 #include "placement/Read2Scaf.h"
-#include "placement/countEqual.h"
+#include "placement/edgeCheck.h"
 #include "placement/readPreparer.h"
 #include "streaming/readBuffer.h"
 

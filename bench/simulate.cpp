@@ -5,7 +5,7 @@
 #include <ostream>
 #include <string_view>
 
-#include "placement/reverseComplement.h"
+#include "placement/Read2Scaf.h"
 
 namespace velk::bench {
 namespace {

@@ -34,33 +34,25 @@ void ContigText::lay(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int
 void ContigText::make(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer) {
   lay(scaffoldInfo, scaffoldSum, kmer);
   lines_.make(linesFor(end_));
-  forEachNoWindow([](uint64_t& word, uint64_t marks) { word |= marks; });
+  forEachNoWindow([&](uint64_t p) { markRepeated(p); });
 }
 
 bool ContigText::isSound() const {
   if (lines_.size() != linesFor(end_)) return false;
   bool areMarked = true;
-  forEachNoWindow([&](uint64_t word, uint64_t marks) { areMarked &= (word & marks) == marks; });
+  forEachNoWindow([&](uint64_t p) { areMarked &= isMarkedRepeated(p); });
   return areMarked;
 }
 
-// Calls onMarks(word of marks, its bits) for the positions of no window, which count as repeated.
-template <class OnMarks>
-void ContigText::forEachNoWindow(OnMarks onMarks) const {
-  const auto visit = [&](uint64_t from, uint64_t to) {
-    while (from < to) {
-      const uint64_t stop = std::min(to, (from / 64 + 1) * 64);
-      onMarks(lines_[from / kBasesOfLine].repeated[from / 64 % 2],
-              ~uint64_t{0} >> (64 - (stop - from)) << from % 64);
-      from = stop;
-    }
-  };
-  uint64_t from = 0;
+// Calls onPosition(p) for the positions of no window, which count as repeated.
+template <class OnPosition>
+void ContigText::forEachNoWindow(OnPosition onPosition) const {
+  uint64_t p = 0;
   for (const TextContig& contig : contigs_) {
-    visit(from, contig.firstWindow);
-    from = contig.endWindow();
+    for (; p < contig.firstWindow; ++p) onPosition(p);
+    p = contig.endWindow();
   }
-  visit(from, lines_.size() * kBasesOfLine);
+  for (; p < lines_.size() * kBasesOfLine; ++p) onPosition(p);
 }
 
 void ContigText::pack(uint64_t from, uint64_t to) {

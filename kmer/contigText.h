@@ -13,7 +13,7 @@
 
 #include "contig/contig.h"
 #include "kmer/contigWindows.h"
-#include "kmer/memory.h"
+#include "kmer/machine.h"
 #include "kmer/packedBases.h"
 
 namespace velk {
@@ -172,8 +172,8 @@ class ContigText {
   }
   static uint64_t load(const uint64_t& word) { return __atomic_load_n(&word, __ATOMIC_RELAXED); }
   static uint64_t linesFor(uint64_t end) { return (end + kPad) / kBasesOfLine + 1; }
-  template <class OnMarks>
-  void forEachNoWindow(OnMarks onMarks) const;
+  template <class OnPosition>
+  void forEachNoWindow(OnPosition onPosition) const;
   void markOddWindows(std::size_t n, uint64_t from, std::string_view letters);
   bool isMarkedWindow(uint64_t p) const;
 

@@ -4,7 +4,7 @@
 #include <array>
 #include <cstring>
 
-#include "kmer/vectorised.h"
+#include "kmer/machine.h"
 
 namespace velk {
 

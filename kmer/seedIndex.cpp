@@ -72,17 +72,15 @@ Occurrence SeedIndex::find(uint64_t key) const {
   return found;
 }
 
-bool SeedIndex::prefetchText(const SeedRun& run, uint64_t unlike) const {
+bool SeedIndex::prefetchText(const SeedRun& run) const {
   return run.isTied || anyPlace(seedLevel_, run.hash, [&](uint64_t place) {
-           if (place == unlike) return false;
            const auto around = static_cast<uint64_t>(seeds_.offsets()) - 1;
            text_.prefetchRange(place - around, place + static_cast<uint64_t>(text_.windowLength()));
            return true;
          });
 }
 
-SeedIndex::SeedVerdict SeedIndex::verdictOn(const SeedRun& run, uint64_t unlike,
-                                            const PackedBases& bases) const {
+SeedIndex::SeedVerdict SeedIndex::verdictOn(const SeedRun& run, const PackedBases& bases) const {
   SeedVerdict verdict;
   // Of m-mers that tie, the reverse complement of a window may have another for its seed.
   if (run.isTied) return verdict;
@@ -91,7 +89,6 @@ SeedIndex::SeedVerdict SeedIndex::verdictOn(const SeedRun& run, uint64_t unlike,
   const uint64_t reversed = reversedKey(seed, length);
   verdict.absent = run.windows();
   anyPlace(seedLevel_, run.hash, [&](uint64_t place) {
-    if (place == unlike) return false;
     if (place == kElsewhere) {
       verdict.absent = 0;
       return true;

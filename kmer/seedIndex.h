@@ -95,8 +95,7 @@ class SeedIndex {
   Occurrence find(uint64_t key) const;
 
   // What a seed of a packed read says of all windows that share it. Three steps, so that the memory
-  // of several seeds can be prefetched at the same time. unlike: a place of the seed around which
-  // no window of the run lies, if one is known.
+  // of several seeds can be prefetched at the same time.
 
   /// 1. Prefetches the bucket in which the places of the seed begin.
   void prefetchSeed(const SeedRun& run) const {
@@ -105,7 +104,7 @@ class SeedIndex {
 
   /// 2. Returns false if no window of the run, nor its reverse complement, is in the index.
   /// Prefetches the text around the first place.
-  bool prefetchText(const SeedRun& run, uint64_t unlike) const;
+  bool prefetchText(const SeedRun& run) const;
 
   struct SeedVerdict {
     uint64_t absent = 0;  // a bit for each window of the run, the first lowest: on neither strand
@@ -114,7 +113,7 @@ class SeedIndex {
   };
 
   /// 3. The verdict.
-  SeedVerdict verdictOn(const SeedRun& run, uint64_t unlike, const PackedBases& bases) const;
+  SeedVerdict verdictOn(const SeedRun& run, const PackedBases& bases) const;
 
  private:
   friend class RegionBuilder;

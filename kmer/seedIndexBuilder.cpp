@@ -13,7 +13,7 @@
 
 #include "driver/velk.h"
 #include "kmer/Sequence.h"
-#include "kmer/parallel.h"
+#include "kmer/machine.h"
 #include "kmer/regionBuilder.h"
 
 namespace velk {
@@ -138,41 +138,37 @@ class SeedIndexBuilder {
   }
 
   void buildRegion(std::size_t r) {
-    Region& region = regions_[r];
-    region = RegionBuilder(index_, text_).build({runsOf(r), runs_[r]});
-    const std::vector<Region::Place> seeds = std::move(region.seeds);
-    const std::vector<uint64_t> windows = std::move(region.windows);
-    const BucketRange ofSeeds{&level_.buckets[level_.ranges[r].first], bucketsFor(seeds.size()),
-                              index_.shape_};
-    level_.ranges[r].size = ofSeeds.size;
-    std::fill_n(ofSeeds.first, ofSeeds.size, Bucket{});
-    for (const auto& [position, hash] : seeds) ofSeeds.add(position + index_.placeBase_, hash);
+    regions_[r] = RegionBuilder(index_, text_).build({runsOf(r), runs_[r]});
+    const std::vector<Region::Place> seeds = std::move(regions_[r].seeds);
+    const std::vector<Region::Place> windows = std::move(regions_[r].windows);
+    level_.ranges[r].size = bucketsFor(seeds.size());
+    fill(&level_.buckets[level_.ranges[r].first], seeds);
     windows_[r].resize(bucketsFor(windows.size()));
-    const BucketRange ofWindows{windows_[r].data(), windows_[r].size(), index_.shape_};
-    for (const uint64_t p : windows) {
-      const uint64_t key = text_.keyAt(p);
-      ofWindows.add(p + index_.placeBase_, SeedIndex::windowHash(index_.seedOf(key).hash, key));
-    }
+    fill(windows_[r].data(), windows);
+  }
+
+  void fill(Bucket* first, const std::vector<Region::Place>& places) const {
+    const BucketRange range{first, bucketsFor(places.size()), index_.shape_};
+    std::fill_n(first, range.size, Bucket{});
+    for (const auto& [position, hash] : places) range.add(position + index_.placeBase_, hash);
   }
 
   // Moves the buckets of all regions together, and those of the second level.
   void layBuckets() {
+    uint64_t end = 0;
+    for (auto& [first, size] : level_.ranges) {
+      std::copy_n(&level_.buckets[first], size, &level_.buckets[end]);
+      first = std::exchange(end, end + size);
+    }
+    level_.buckets.shrink(end);
     SeedIndex::Level& second = index_.windowLevel_;
     second.ranges.make(kRegions);
-    SeedIndex::Level::Range seeds{};
-    SeedIndex::Level::Range windows{};
+    end = 0;
     for (std::size_t r = 0; r < kRegions; ++r) {
-      seeds.size = level_.ranges[r].size;
-      std::copy_n(&level_.buckets[level_.ranges[r].first], seeds.size,
-                  &level_.buckets[seeds.first]);
-      windows.size = windows_[r].size();
-      level_.ranges[r] = seeds;
-      second.ranges[r] = windows;
-      seeds.first += seeds.size;
-      windows.first += windows.size;
+      second.ranges[r] = {end, windows_[r].size()};
+      end += windows_[r].size();
     }
-    level_.buckets.shrink(seeds.first);
-    second.buckets.make(windows.first);
+    second.buckets.make(end);
     for (std::size_t r = 0; r < kRegions; ++r) {
       const std::vector<Bucket> laid = std::move(windows_[r]);
       std::copy(laid.begin(), laid.end(), &second.buckets[second.ranges[r].first]);

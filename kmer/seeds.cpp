@@ -3,7 +3,7 @@
 #include <bit>
 #include <cassert>
 
-#include "kmer/vectorised.h"
+#include "kmer/machine.h"
 
 namespace velk {
 

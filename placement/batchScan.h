@@ -11,9 +11,7 @@
 #include <vector>
 
 #include "contig/contig.h"
-#include "placement/Read2Scaf.h"
 #include "placement/place.h"
-#include "placement/readStrand.h"
 
 namespace velk {
 

@@ -29,19 +29,6 @@ void prefetchAlong(const ContigText& text, const PreparedRead& read, const Diago
 
 }  // namespace
 
-// Where the seed of windows that do not agree with the text lies on the read's diagonal, if it
-// agrees there itself and all of the windows lie on one contig.
-uint64_t ReadPreparer::placeOnDiagonal(const PreparedRead& read, const SeedRun& run) const {
-  const Diagonal& diagonal = read.alignment.diagonal();
-  const int length = index_.seeds().length();
-  const bool agrees =
-      read.alignment.covers(run.first, run.last) &&
-      index_.text().basesUnder(diagonal, run.at, length) == read.packed.at(run.at, length);
-  if (!agrees) return Occurrence::kAbsent;
-  const auto behind = static_cast<uint64_t>(index_.seeds().offsets() - 1);
-  return diagonal.positionOf(run.at) + (diagonal.isReversed ? behind : 0);
-}
-
 // Looks up the seeds of those of a part of the windows that do not agree with the text: their
 // places rule windows out, or show how the read is aligned.
 void ReadPreparer::lookUpSeeds(std::span<PreparedRead* const> reads, Part part) {
@@ -56,20 +43,20 @@ void ReadPreparer::lookUpSeeds(std::span<PreparedRead* const> reads, Part part) 
       const std::size_t to = std::min(end, matches.firstContained(from));
       index_.seeds().forEachRun(read->packed, from, to, [&](const SeedRun& run) {
         index_.prefetchSeed(run);
-        seeds_.push_back({read, run, placeOnDiagonal(*read, run)});
+        seeds_.push_back({read, run});
       });
       from = matches.firstMissing(to);
     }
   }
   std::erase_if(seeds_, [&](const SeedOfRead& seed) {
-    const auto& [read, run, unlike] = seed;
-    if (index_.prefetchText(run, unlike)) return false;
+    const auto& [read, run] = seed;
+    if (index_.prefetchText(run)) return false;
     for (WindowSet& skipped : read->skipped) skipped.insertMask(run.first, run.windows());
     return true;
   });
   found_.clear();
-  for (const auto& [read, run, unlike] : seeds_) {
-    const SeedIndex::SeedVerdict verdict = index_.verdictOn(run, unlike, read->packed);
+  for (const auto& [read, run] : seeds_) {
+    const SeedIndex::SeedVerdict verdict = index_.verdictOn(run, read->packed);
     for (WindowSet& skipped : read->skipped) skipped.insertMask(run.first, verdict.absent);
     if (!verdict.diagonal || read->alignment.isThere()) continue;
     prefetchAlong(index_.text(), *read, *verdict.diagonal, verdict.window);
@@ -120,8 +107,8 @@ void ReadPreparer::sift(std::span<PreparedRead* const> reads) {
   }
 }
 
-void ReadPreparer::prepareGroup(std::span<PreparedRead> leads, std::span<PreparedRead> others,
-                                bool isReversedFirst) {
+void ReadPreparer::prepare(std::span<PreparedRead> leads, std::span<PreparedRead> others,
+                           bool isReversedFirst) {
   pack(leads);
   pack(others);
   const auto gather = [&](std::span<PreparedRead> reads) {

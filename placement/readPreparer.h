@@ -20,7 +20,6 @@
 #include "kmer/packedBases.h"
 #include "kmer/seedIndex.h"
 #include "placement/alignment.h"
-#include "placement/windowSet.h"
 
 namespace velk {
 
@@ -33,8 +32,11 @@ struct FastSteps {
   bool sift = true;       // windows are ruled out by their seeds
   bool reversed = true;   // windows are ruled out on the strand opposite a match
   bool diagonals = true;  // the diagonal of a refused hit is skipped
-  bool repeats = true;    // the diagonal of a repeat is skipped where it repeats
 };
+#ifndef VELK_FAST_STEPS
+#define VELK_FAST_STEPS \
+  {}  // a benchmark may build velk with others
+#endif
 
 /// A read, and what is known of it. Windows are those of the index, numbered as the read was
 /// sequenced.
@@ -53,15 +55,17 @@ struct PreparedRead {
 class ReadPreparer {
  public:
   /// `index` outlives the preparer.
-  ReadPreparer(const SeedIndex& index, const FastSteps& steps) : index_(index), steps_(steps) {}
+  ReadPreparer(const SeedIndex& index, int kmer, const FastSteps& steps = VELK_FAST_STEPS)
+      : index_(index), kmer_(kmer), steps_(steps) {}
 
   const SeedIndex& index() const { return index_; }
+  int kmer() const { return kmer_; }
   const FastSteps& steps() const { return steps_; }
+  std::size_t group() const { return steps_.groups ? 16 : 1; }
 
   /// Packs a group, and takes all steps with most of its reads: not with a lead whose first window
   /// is a known hit, nor with its mate, as such a pair mostly needs no other try.
-  void prepareGroup(std::span<PreparedRead> leads, std::span<PreparedRead> others,
-                    bool isReversedFirst);
+  void prepare(std::span<PreparedRead> leads, std::span<PreparedRead> others, bool isReversedFirst);
 
   /// Takes the steps that a packed read has been left without.
   void complete(PreparedRead& read);
@@ -83,7 +87,6 @@ class ReadPreparer {
   struct SeedOfRead {
     PreparedRead* read;
     SeedRun run;
-    uint64_t unlike;  // see SeedIndex
   };
   struct Found {
     PreparedRead* read;
@@ -91,12 +94,12 @@ class ReadPreparer {
     std::size_t window;
   };
 
-  uint64_t placeOnDiagonal(const PreparedRead& read, const SeedRun& run) const;
   enum class Part { kFirst, kLast, kAll };
   void lookUpSeeds(std::span<PreparedRead* const> reads, Part part);
   bool isHitFirst(const PreparedRead& read, bool isReversed) const;
 
   const SeedIndex& index_;
+  int kmer_;
   FastSteps steps_;
   // What one call uses, kept for the next one's sake.
   std::vector<SeedOfRead> seeds_;

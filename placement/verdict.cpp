@@ -1,8 +1,5 @@
 #include "placement/verdict.h"
 
-#include "placement/edgeCheck.h"
-#include "placement/lengths.h"
-
 namespace velk {
 namespace {
 

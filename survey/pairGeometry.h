@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "placement/engine.h"
-#include "placement/placementOptions.h"
+#include "placement/edgeCheck.h"
 #include "survey/assembly.h"
 #include "survey/boundedIndex.h"
 

@@ -5,7 +5,7 @@
 
 #include "placement/Read2Scaf.h"
 #include "placement/batchScan.h"
-#include "placement/sink.h"
+#include "placement/verdict.h"
 
 namespace velk::survey {
 namespace {

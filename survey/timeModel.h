@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "placement/placementOptions.h"
+#include "placement/edgeCheck.h"
 #include "survey/boundedIndex.h"
 
 namespace velk::survey {

@@ -1,6 +1,6 @@
 // Which windows of a read are looked up: those that are left out are no hits, or lie where a hit
 // has been refused.
-#include "placement/candidateWindows.h"
+#include "placement/fastEngine.h"
 
 #include <gtest/gtest.h>
 

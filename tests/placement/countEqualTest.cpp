@@ -1,5 +1,5 @@
 // The comparison kernel against a loop.
-#include "placement/countEqual.h"
+#include "placement/edgeCheck.h"
 
 #include <gtest/gtest.h>
 

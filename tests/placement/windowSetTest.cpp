@@ -1,5 +1,5 @@
 // WindowSet against a row of flags.
-#include "placement/windowSet.h"
+#include "placement/alignment.h"
 
 #include <gtest/gtest.h>
 
