@@ -5,7 +5,7 @@
 #include <map>
 #include <string_view>
 
-#include "check/readTiming.h"
+#include "check/rehearsal.h"
 #include "driver/velk.h"
 #include "kmer/hashSet.h"
 #include "survey/machine.h"

@@ -6,7 +6,7 @@
 
 #include "check/headers.h"
 #include "check/readFile.h"
-#include "check/refusal.h"
+#include "check/rehearsal.h"
 #include "check/survey.h"
 #include "contig/contig.h"
 #include "contig/header.h"

@@ -4,7 +4,7 @@
 
 #include "check/libraryLines.h"
 #include "check/readFile.h"
-#include "check/refusal.h"
+#include "check/rehearsal.h"
 #include "check/survey.h"
 #include "driver/velk.h"
 #include "placement/Read2Scaf.h"

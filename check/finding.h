@@ -1,17 +1,33 @@
 // What velk-check has to say: the kinds of findings and one finding of a run.
 //
-// Every kind stands once, in one of the four tables behind kinds.h; an Id that no table has does
-// not compile.
+// Every kind stands once, in one of the four tables of check/kinds.h and check/kindsInputs.h; an Id
+// that no table has does not compile.
 #pragma once
 
+#include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
 
-#include "check/kinds.h"
+#include "check/kindsInputs.h"
 
 namespace velk::check {
+
+inline constexpr std::size_t kKindCount =
+    kKindsCommand.size() + kKindsLibrary.size() + kKindsReads.size() + kKindsAssembly.size();
+
+/// Kind i, in the order command line, library file, read files, assembly. REQUIRES: i < kKindCount.
+constexpr const Kind& kindAt(std::size_t i) {
+  assert(i < kKindCount);
+  if (i < kKindsCommand.size()) return kKindsCommand[i];
+  i -= kKindsCommand.size();
+  if (i < kKindsLibrary.size()) return kKindsLibrary[i];
+  i -= kKindsLibrary.size();
+  if (i < kKindsReads.size()) return kKindsReads[i];
+  return kKindsAssembly[i - kKindsReads.size()];
+}
 
 /// Names a kind; made of the id as it stands in the tables.
 class Id {
@@ -53,10 +69,17 @@ class Findings {
 
   const std::vector<Finding>& all() const { return all_; }
 
-  bool has(Id id) const;
+  bool has(Id id) const {
+    return std::any_of(all_.begin(), all_.end(),
+                       [&](const Finding& finding) { return finding.kind == &id.kind(); });
+  }
 
   /// The highest level met; kNote also when there is no finding.
-  Level highest() const;
+  Level highest() const {
+    Level highest = Level::kNote;
+    for (const Finding& finding : all_) highest = std::max(highest, finding.kind->level);
+    return highest;
+  }
 
  private:
   std::vector<Finding> all_;

@@ -9,7 +9,7 @@
 
 #include "check/advice.h"
 #include "check/arguments.h"
-#include "check/refusal.h"
+#include "check/rehearsal.h"
 #include "check/report.h"
 #include "check/survey.h"
 #include "driver/standardDescriptors.h"

@@ -1,9 +1,32 @@
-// A small run of velk's own stages on the sample: index, places of the reads, timed search.
+// velk's own code at work inside velk-check: a small run of its stages on the sample, with index,
+// places of the reads and timed search; a short try of how long it takes to read records. Its
+// messages are dropped, its early ends become exceptions.
 #pragma once
 
+#include <string>
+#include <string_view>
+
 #include "check/survey.h"
+#include "driver/listener.h"
 
 namespace velk::check {
+
+/// velk's code would have ended the run with this message (without its last newline).
+struct Refusal {
+  int status;
+  std::string message;
+};
+
+/// The listener of velk-check: it drops messages and throws Refusal.
+class RefusingListener final : public Listener {
+ public:
+  void say(std::string_view /*text*/) override {}
+  [[noreturn]] void end(ExitStatus status, std::string_view message) override;
+};
+
+/// Returns the seconds in which velk's own line sources read one record of `input`: a read, or both
+/// reads of a pair. 0 when the file gives none.
+double secondsToReadRecord(const ReadInput& input);
 
 /// Counts the k-mers that velk would index into survey.kmers. Returns false when there are none.
 bool countKmers(Survey& survey);

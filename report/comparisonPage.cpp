@@ -2,9 +2,8 @@
 #include <cmath>
 
 #include "report/comparison.h"
+#include "report/figures.h"
 #include "report/page.h"
-#include "report/palette.h"
-#include "report/sections.h"
 #include "report/svg.h"
 #include "run/terminal.h"
 

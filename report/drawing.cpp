@@ -6,8 +6,8 @@
 #include <map>
 #include <tuple>
 
-#include "report/assets.h"
-#include "report/palette.h"
+#include "report/figures.h"
+#include "report/html.h"
 #include "report/svg.h"
 #include "run/terminal.h"
 

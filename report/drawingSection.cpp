@@ -2,8 +2,8 @@
 #include <numeric>
 
 #include "report/drawing.h"
-#include "report/palette.h"
-#include "report/sections.h"
+#include "report/figures.h"
+#include "report/page.h"
 #include "report/svg.h"
 #include "run/terminal.h"
 

@@ -7,7 +7,7 @@ function(definition name file)
   set(made "${made}" PARENT_SCOPE)
 endfunction()
 
-set(made "#include \"report/assets.h\"\n\nnamespace velk::report {\n\n")
+set(made "#include \"report/html.h\"\n\nnamespace velk::report {\n\n")
 definition(drawingStyle drawing.css)
 definition(pageStyle page.css)
 definition(pageScript page.js)

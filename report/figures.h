@@ -1,6 +1,12 @@
-// The plots of the page. Each is the SVG of one picture.
+// A run in figures: what is said of its gaps; how many there are of each sort, counted once for
+// page, text, summary and MultiQC; and the plots of the page, each the SVG of one picture, with the
+// classes by which page.css and drawing.css give libraries, kinds of reads and reasons their
+// colours.
 #pragma once
 
+#include <array>
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -37,5 +43,48 @@ struct Reached {
   double behind = 0;
 };
 Reached reachedOf(const RunData& data, std::size_t gap);
+
+/// Gaps of which a reason is told.
+struct ReasonCount {
+  uint64_t none = 0;  // without reads
+  uint64_t few = 0;   // with reads; of Reason::kEnough with enough of them
+};
+
+struct Tally {
+  uint64_t withReads = 0;  // gaps
+  uint64_t few = 0;        // gaps with reads, but few
+  uint64_t covered = 0;    // gaps that exact reads cover whole
+  uint64_t exact = 0;      // reads at gaps
+  uint64_t estimates = 0;  // likewise
+  uint64_t medianReads = 0;
+  std::array<ReasonCount, kReasons> reasons;
+};
+
+Tally tallyOf(const Findings& findings);
+
+/// The classes by which page.css and drawing.css give colours.
+constexpr std::size_t kLibraryColours = 8;
+
+inline std::string libraryClass(std::size_t library) {
+  return "lib" + std::to_string(library % kLibraryColours);
+}
+
+inline const char* kindClass(ReadKind kind) {
+  switch (kind) {
+    case ReadKind::kExact:
+      return "exact";
+    case ReadKind::kEstimate:
+      return "estimate";
+    case ReadKind::kContained:
+      return "contained";
+    case ReadKind::kAnchor:
+      break;
+  }
+  return "anchor";
+}
+
+inline std::string reasonClass(Reason reason) {
+  return "why" + std::to_string(static_cast<int>(reason));
+}
 
 }  // namespace velk::report

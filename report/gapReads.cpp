@@ -8,10 +8,10 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "run/bam.h"
 #include "run/diskFile.h"
 #include "run/failure.h"
-#include "run/gapIndex.h"
-#include "run/htsHandles.h"
+#include "run/tables.h"
 
 namespace velk::report {
 namespace {

@@ -1,4 +1,5 @@
-// Text for HTML and SVG: what comes from outside is escaped, and numbers are short.
+// Text for HTML and SVG: what comes from outside is escaped, and numbers are short. And style and
+// script of the page, as they stand in report/*.css and report/page.js.
 #pragma once
 
 #include <cstddef>
@@ -27,5 +28,14 @@ std::string percentText(double share);
 
 /// "950", "1.5k", "20k", "3M": for axes.
 std::string shortNumber(double number);
+
+/// The style of a drawing, in the page and alone.
+std::string_view drawingStyle();
+
+/// The style of all else in the page.
+std::string_view pageStyle();
+
+/// What sorts and filters its tables.
+std::string_view pageScript();
 
 }  // namespace velk::report

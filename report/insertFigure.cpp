@@ -1,9 +1,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "report/bars.h"
 #include "report/figures.h"
-#include "report/palette.h"
+#include "report/svg.h"
 #include "run/terminal.h"
 
 namespace velk::report {

@@ -1,12 +1,14 @@
-// Text files of any size, read line by line.
+// Text files of any size, read line by line, and tables with tabs between their columns.
 #pragma once
 
 #include <charconv>
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "run/diskFile.h"
+#include "run/failure.h"
 
 namespace velk::report {
 
@@ -40,6 +42,46 @@ class LineReader {
   std::string buffer_;
   std::size_t at_ = 0;  // of the next line, in the buffer
   bool isAtEnd_ = false;
+  uint64_t line_ = 0;
+};
+
+/// Reads a table line by line, and fails in the name of its file.
+class TsvReader {
+ public:
+  TsvReader(std::string file, std::string_view text) : file_(std::move(file)), rest_(text) {}
+
+  /// The next line's fields; false at the end. They stay valid as long as the text.
+  bool next(std::vector<std::string_view>& fields) {
+    if (rest_.empty()) return false;
+    ++line_;
+    std::string_view line = rest_.substr(0, rest_.find('\n'));
+    rest_.remove_prefix(std::min(rest_.size(), line.size() + 1));
+    fields.clear();
+    for (;;) {
+      const std::size_t tab = line.find('\t');
+      fields.push_back(line.substr(0, tab));
+      if (tab == std::string_view::npos) return true;
+      line.remove_prefix(tab + 1);
+    }
+  }
+
+  template <class Number>
+  Number number(std::string_view field) const {
+    Number value{};
+    const char* const end = field.data() + field.size();
+    const auto result = std::from_chars(field.data(), end, value);
+    if (result.ec != std::errc() || result.ptr != end) fail();
+    return value;
+  }
+
+  [[noreturn]] void fail() const {
+    throw run::Failure(run::Status::kFailed, file_ + ", line " + std::to_string(line_) +
+                                                 ": not a line that velk-run has written");
+  }
+
+ private:
+  std::string file_;
+  std::string_view rest_;
   uint64_t line_ = 0;
 };
 

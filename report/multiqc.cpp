@@ -3,8 +3,8 @@
 #include <array>
 #include <nlohmann/json.hpp>
 
+#include "report/figures.h"
 #include "report/html.h"
-#include "report/tally.h"
 
 namespace velk::report {
 namespace {

@@ -2,8 +2,7 @@
 
 #include <algorithm>
 
-#include "report/assets.h"
-#include "report/sections.h"
+#include "report/html.h"
 #include "run/terminal.h"
 
 namespace velk::report {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "run/signalCleanup.h"
+#include "run/wholeFile.h"
 
 namespace velk::report {
 

@@ -6,11 +6,11 @@
 
 #include "report/comparison.h"
 #include "report/drawing.h"
+#include "report/figures.h"
 #include "report/multiqc.h"
 #include "report/page.h"
 #include "report/partialFolder.h"
 #include "report/summaryText.h"
-#include "report/tally.h"
 #include "run/diskFile.h"
 #include "run/failure.h"
 #include "run/resultNames.h"

@@ -6,10 +6,10 @@
 #include <map>
 #include <nlohmann/json.hpp>
 
-#include "report/tsv.h"
+#include "report/lineReader.h"
 #include "run/diskFile.h"
 #include "run/failure.h"
-#include "run/insertTable.h"
+#include "run/tables.h"
 
 namespace velk::report {
 namespace {

@@ -1,5 +1,5 @@
-// Pictures as inline SVG: a canvas, and the scales and axes of plots. Colours are classes, which
-// page.css gives for light, dark and paper.
+// Pictures as inline SVG: a canvas, the scales and axes of plots, and bars in them. Colours are
+// classes, which page.css gives for light, dark and paper.
 #pragma once
 
 #include <string>
@@ -94,5 +94,18 @@ class Dots {
  private:
   std::vector<std::pair<int, int>> points_;  // (y, x) in half pixels
 };
+
+/// A bar between two bounds.
+struct Bar {
+  double from;
+  double to;
+  double height;
+};
+
+/// Draws them as one path, those of height 0 left out, and what lies outside the frame cut off.
+void drawBars(Svg& svg, const Frame& frame, const Scale& x, const Scale& y,
+              const std::vector<Bar>& bars, const std::string& classes);
+
+double highest(const std::vector<Bar>& bars);
 
 }  // namespace velk::report

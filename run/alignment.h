@@ -1,9 +1,10 @@
 // A read laid on its scaffold without gaps of its own: which of its bases count as aligned, and
-// which are clipped. Pure functions; positions count from 0.
+// which are clipped; and a read on the other strand. Pure functions; positions count from 0.
 #pragma once
 
 #include <algorithm>
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -67,5 +68,11 @@ Alignment alignedOnContig(const ScaffoldText& scaffold, uint64_t contig, int64_t
 /// The number of aligned bases that are not a contig's; those over gaps count.
 int differences(const ScaffoldText& scaffold, int64_t start, std::string_view read,
                 const Alignment& alignment);
+
+/// The reverse complement: codes of several bases too; other letters stay what they are.
+std::string reverseComplementOf(std::string_view bases);
+
+/// The qualities of the reverse complement.
+std::string reversedQuality(std::string_view quality);
 
 }  // namespace velk::run

@@ -1,4 +1,5 @@
-// The assembly of the run: scaffolds with their names, their contigs and the gaps between these, as
+// The assembly of the run: its FASTA file of any width and case, plain or compressed; its gaps of
+// made up length; and its scaffolds with their names, their contigs and the gaps between these, as
 // the model that the search uses has them.
 //
 // Positions on a scaffold count from 0. The model's contigs are stretches of the scaffold; short
@@ -7,6 +8,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -14,9 +17,20 @@
 #include <vector>
 
 #include "contig/contig.h"
-#include "run/placeholders.h"
 
 namespace velk::run {
+
+/// Which runs of N stand for gaps of unknown length.
+struct PlaceholderRule {
+  std::vector<uint64_t> lengths;                           // all runs of one of these lengths
+  std::map<std::string, std::vector<uint64_t>> positions;  // by scaffold: where such runs begin
+
+  bool holds(const std::string& scaffold, uint64_t start, uint64_t length) const;
+};
+
+/// The rule of these lengths and, unless its name is empty, of the gaps of type U of an AGP file.
+/// Throws Failure where the file cannot be read or has a line that is none of AGP.
+PlaceholderRule readPlaceholders(const std::vector<uint64_t>& lengths, const std::string& agp);
 
 class SavedIndex;
 
@@ -124,5 +138,19 @@ class Assembly {
   std::shared_ptr<const SavedIndex> saved_;
   uint64_t gapSum_ = 0;  // the model's own numbers of gaps, as in velk
 };
+
+struct AssemblyNotes;
+
+/// The first character that the name of a reference sequence in a SAM file cannot have; 0 without
+/// one. REQUIRES: the name is not empty.
+char forbiddenIn(std::string_view name);
+
+/// Calls onScaffold(name, bases) for each scaffold that has a base, in order: the header up to its
+/// first blank, and the bases in upper case. Adds what it fixed to `notes` (inout). Throws Failure
+/// where a name cannot stand in a SAM file or occurs twice, where sequence stands in front of the
+/// first header or a character is no letter, and where a scaffold is too long; throws
+/// reads::InputError where the file cannot be read.
+void readFasta(const std::string& file, AssemblyNotes& notes,
+               const std::function<void(const std::string&, const std::string&)>& onScaffold);
 
 }  // namespace velk::run

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <tuple>
 
+#include "run/alignment.h"
 #include "run/layReads.h"
-#include "run/strand.h"
 
 namespace velk::run {
 namespace {

@@ -1,4 +1,9 @@
-// Files on disk, by their names: small ones written at once, any of them synced and summed.
+// Files on disk, by their names: small ones written at once, any of them synced and summed; and a
+// file that is read where it lies in memory, which all processes share.
+//
+// While a file is mapped, a part of it that can't be read when it is wanted, as somebody has cut
+// the file or its disk fails, ends the process with status 1 after a message, and without its
+// unfinished files (run/wholeFile.h).
 #pragma once
 
 #include <cstdint>
@@ -56,5 +61,24 @@ bool lockFile(int descriptor);
 
 /// Whether there is anything of that name. Throws Failure where that cannot be found out.
 bool exists(const std::string& file);
+
+/// One object at a time.
+class MappedFile {
+ public:
+  /// Maps all of a regular file. Throws Failure.
+  explicit MappedFile(const std::string& file);
+  ~MappedFile();
+  MappedFile(const MappedFile&) = delete;
+  MappedFile& operator=(const MappedFile&) = delete;
+
+  uint64_t bytes() const { return bytes_; }
+
+  /// To be read only. Null where the file is empty.
+  char* memory() const { return memory_; }
+
+ private:
+  char* memory_ = nullptr;
+  uint64_t bytes_ = 0;
+};
 
 }  // namespace velk::run

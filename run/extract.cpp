@@ -11,12 +11,11 @@
 #include <string_view>
 
 #include "run/diskFile.h"
-#include "run/extractBam.h"
 #include "run/failure.h"
 #include "run/fastqWriter.h"
 #include "run/flanks.h"
-#include "run/gapIndex.h"
 #include "run/resultNames.h"
+#include "run/tables.h"
 
 namespace velk::run {
 namespace {

@@ -1,9 +1,12 @@
-// velk-run extract: the reads of some gaps out of a folder of results, without reading the others.
+// velk-run extract: the reads of some gaps, or their alignment records, out of a folder of results,
+// without reading the others.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <vector>
+
+#include "run/tables.h"
 
 namespace velk::run {
 
@@ -33,5 +36,10 @@ struct ExtractRequest {
 /// interleaved, the single reads; or the BAM records, ordered by place, of all these gaps.
 /// Throws Failure: where the folder holds no whole result, has no such gap, or a file fails.
 void extractReads(const ExtractRequest& request, const std::string& output);
+
+/// Writes the records of these gaps, ordered by place: those found there, and the other reads of
+/// their pairs. `bam`, `bamIndex`: the files; `gaps`: numbers in ascending order. Throws Failure.
+void extractBam(const std::string& bam, const std::string& bamIndex, const GapIndex& index,
+                const std::vector<uint64_t>& gaps, const std::string& output);
 
 }  // namespace velk::run

@@ -1,4 +1,4 @@
-#include "run/extractBam.h"
+#include "run/extract.h"
 
 #include <htslib/hts_log.h>
 #include <htslib/sam.h>
@@ -9,9 +9,9 @@
 #include <string>
 #include <tuple>
 
+#include "run/bam.h"
 #include "run/diskFile.h"
 #include "run/failure.h"
-#include "run/htsHandles.h"
 
 namespace velk::run {
 namespace {

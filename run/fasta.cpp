@@ -1,4 +1,4 @@
-#include "run/fasta.h"
+#include "run/assembly.h"
 
 #include <algorithm>
 #include <array>
@@ -7,7 +7,6 @@
 #include <string_view>
 
 #include "reads/byteSource.h"
-#include "run/assembly.h"
 #include "run/failure.h"
 
 namespace velk::run {

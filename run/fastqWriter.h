@@ -1,19 +1,49 @@
 // pairs.fq.gz and singles.fq.gz: the reads of the gaps as they were sequenced, and where in them
-// each gap's begin.
-//
-// Any thread encodes; one thread then writes what was encoded, ordered by gap.
+// each gap's begin; and the compressed text that they are. Any thread encodes; one thread then
+// writes what was encoded, ordered by gap. The bytes do not depend on the number of threads.
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "run/bgzipWriter.h"
 #include "run/found.h"
 #include "run/nameClashes.h"
 
 namespace velk::run {
+
+/// A text file, compressed block by block (bgzip), with an index of its blocks beside it, so that
+/// it can be read from any byte. One thread calls.
+class BgzipWriter {
+ public:
+  /// Makes the file. `blocksFile`: its index, made by close(). Throws Failure. `helpers`: threads
+  /// that compress.
+  BgzipWriter(const std::string& file, const std::string& blocksFile, int helpers);
+  ~BgzipWriter();
+  BgzipWriter(const BgzipWriter&) = delete;
+  BgzipWriter& operator=(const BgzipWriter&) = delete;
+
+  /// Throws Failure.
+  void write(std::string_view text);
+
+  /// Bytes of text so far.
+  uint64_t bytes() const { return bytes_; }
+
+  /// Ends the file and writes its index. Throws Failure.
+  void close();
+
+ private:
+  struct Handle;
+
+  [[noreturn]] void fail(const std::string& file) const;
+
+  std::string file_;
+  std::string blocksFile_;
+  uint64_t bytes_ = 0;
+  std::unique_ptr<Handle> handle_;
+};
 
 /// Which reads of an entry are written for a gap: both, or one of them.
 enum class Written : uint8_t { kFirst, kSecond, kBoth };

@@ -1,14 +1,17 @@
 // All that is found, on its way to files: takes what the search finds, or what the shares of a plan
-// hold, and then writes the files of a result, or those of a share.
+// hold, and then writes the files of a result, or those of a share. Also velk's own files, as
+// `velk -t 1` writes them for the same data in its own forms: scaffolds in upper case, named 1, 2,
+// ..., placeholders as long as the search takes them.
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "run/assembly.h"
-#include "run/fixed.h"
+#include "run/found.h"
 #include "run/library.h"
 #include "run/outputs.h"
 #include "run/resultFolder.h"
@@ -17,6 +20,15 @@
 #include "run/spillSorter.h"
 
 namespace velk::run {
+
+/// The records of an entry, as found.fa has them.
+std::string nativeRecords(const FoundEntry& entry, const Library& library,
+                          const Assembly& assembly);
+
+/// Writes scaffolds.fa.contig, scaffolds.fa.contigPos and scaffolds.fa.gapsinfo into `folder`.
+/// found: the records of each gap, by its number in the assembly. Throws Failure.
+void writeNativeTables(const std::string& folder, const Assembly& assembly,
+                       const std::vector<uint64_t>& found);
 
 class FoundStore : public FoundReceiver {
  public:

@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "run/failure.h"
-#include "run/impliedLength.h"
+#include "run/spans.h"
 
 namespace velk::run {
 namespace {

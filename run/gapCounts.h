@@ -39,7 +39,7 @@ class GapCounts {
   uint64_t belonging(uint64_t gap) const;
 
   /// Pairs with a read in either flank; and the length that is likeliest by them, rounded, none of
-  /// fewer pairs than kLeastSpans. See run/impliedLength.h.
+  /// fewer pairs than kLeastSpans. See run/spans.h.
   uint32_t spans(uint64_t gap) const;
   std::optional<int64_t> impliedLength(uint64_t gap, const std::vector<Library>& libraries) const;
 

@@ -4,12 +4,12 @@
 
 #include "run/failure.h"
 #include "run/foundStore.h"
-#include "run/planInUse.h"
-#include "run/planned.h"
+#include "run/plan.h"
 #include "run/resultNames.h"
 #include "run/results.h"
 #include "run/session.h"
 #include "run/share.h"
+#include "run/verbs.h"
 #include "survey/machine.h"
 
 namespace velk::run {

@@ -5,7 +5,6 @@
 
 #include "run/commandLine.h"
 #include "run/failure.h"
-#include "run/samplesheet.h"
 
 namespace velk::run {
 namespace {

@@ -1,4 +1,4 @@
-// The libraries that a command line names: as files, in a sample sheet, in a library file.
+// The libraries that a command line names: as files, in a sample sheet, in velk's own library file.
 #pragma once
 
 #include <string>
@@ -8,6 +8,14 @@
 #include "run/library.h"
 
 namespace velk::run {
+
+/// Reads a sample sheet: columns library, R1, R2, kind, insert and orientation, divided by tabs,
+/// named in the first line in any order. Only library and R1 must be there. Rows of one library
+/// follow each other or not; paths are relative to the folder of the sheet. Throws Failure.
+std::vector<Library> readSampleSheet(const std::string& file);
+
+/// Reads a library file of velk; see velk.lib(5). Throws Failure.
+std::vector<Library> readLibraryFile(const std::string& file);
 
 /// What is read of the command line before libraries are made of it.
 struct GivenReads {

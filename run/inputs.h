@@ -1,4 +1,5 @@
-// The read files of a run, opened, with a sample of each.
+// The read files of a run, opened, with a sample of each; and the libraries' fragments, measured on
+// the samples of their pairs.
 #pragma once
 
 #include <cstdint>
@@ -10,6 +11,7 @@
 #include "reads/readInput.h"
 #include "run/library.h"
 #include "run/search.h"
+#include "survey/boundedIndex.h"
 
 namespace velk::run {
 
@@ -48,5 +50,15 @@ class Inputs {
 
   std::vector<OpenInput> inputs_;
 };
+
+/// Pairs on one contig that a measurement takes at least.
+inline constexpr uint64_t kLeastPairs = 100;
+
+/// Measures the libraries of pairs, and fixes insert, spread and orientation (inout): as they are
+/// given, else as they are measured. One that is neither keeps an insert of 0. `options`: of the
+/// run; `scaffolds`: of which the index has the first ones.
+void measureLibraries(std::vector<Library>& libraries, const Inputs& inputs,
+                      const survey::BoundedIndex& index, survey::Scaffolds scaffolds,
+                      const PlacementOptions& options, int threads);
 
 }  // namespace velk::run

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <string>
 
-#include "run/strand.h"
+#include "run/alignment.h"
 
 namespace velk::run {
 namespace {

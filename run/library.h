@@ -1,16 +1,39 @@
-// A library of the run: reads that were made in one way, and what is known of their fragments.
+// A library of the run: reads that were made in one way, and what is known of their fragments; how
+// JSON has it; and the values that are fixed for all libraries before the first read is searched.
+//
+// Pairs are counted by the length of their fragment in bins whose bounds never change, so that
+// counts of several samples can be added up.
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "reads/readInput.h"
-#include "run/insertHistogram.h"
 
 namespace velk::run {
+
+/// Pairs by the length of their fragment. A bin is one base wide up to 127 bases, and beyond that
+/// less than a sixty-fourth of its lengths.
+class InsertHistogram {
+ public:
+  /// The bin of a length, and the first length of a bin.
+  static std::size_t binOf(uint64_t insert);
+  static uint64_t startOf(std::size_t bin);
+
+  void add(uint64_t insert, uint64_t pairs = 1);
+  InsertHistogram& operator+=(const InsertHistogram& other);
+
+  /// Pairs of each bin, up to the last that has any.
+  const std::vector<uint64_t>& bins() const { return bins_; }
+
+ private:
+  std::vector<uint64_t> bins_;
+};
 
 /// How many standard deviations a fragment may be off the insert size.
 constexpr double kDeviations = 3;
@@ -56,5 +79,16 @@ const char* nameOf(LibraryKind kind);
 
 /// "FR" or "RF".
 const char* nameOf(Orientation orientation);
+
+/// Its name, its kind and, of pairs, orientation and insert size with where they come from.
+nlohmann::ordered_json jsonOf(const Library& library);
+
+/// Values that depend on all libraries together.
+struct FixedValues {
+  std::vector<Library> libraries;  // with insert sizes, orientations and spreads
+  int readLength = 100;            // bases that a paired read is expected to have
+  int bigGapLength = 0;            // bases; longer inserts are used at gaps of at least so many
+  uint64_t placeholderLength = 0;  // bases that a gap of unknown length is taken for at least
+};
 
 }  // namespace velk::run

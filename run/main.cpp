@@ -12,9 +12,6 @@
 #include "run/arguments.h"
 #include "run/commandLine.h"
 #include "run/failure.h"
-#include "run/makeIndex.h"
-#include "run/planned.h"
-#include "run/run.h"
 #include "run/verbs.h"
 
 namespace velk::run {

@@ -4,11 +4,11 @@
 #include "run/diskFile.h"
 #include "run/failure.h"
 #include "run/plan.h"
-#include "run/planned.h"
 #include "run/preparation.h"
 #include "run/results.h"
 #include "run/savedIndex.h"
 #include "run/session.h"
+#include "run/verbs.h"
 #include "run/wholeFile.h"
 
 namespace velk::run {

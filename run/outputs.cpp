@@ -6,17 +6,14 @@
 #include <future>
 #include <optional>
 
-#include "run/bamRecord.h"
+#include "run/bam.h"
 #include "run/describe.h"
 #include "run/diskFile.h"
 #include "run/failure.h"
 #include "run/flanks.h"
-#include "run/gapFlanks.h"
-#include "run/gapIndex.h"
-#include "run/gapTable.h"
-#include "run/insertTable.h"
 #include "run/layReads.h"
 #include "run/resultNames.h"
+#include "run/tables.h"
 
 namespace velk::run {
 namespace {

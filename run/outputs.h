@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "run/assembly.h"
-#include "run/bamWriter.h"
+#include "run/bam.h"
 #include "run/evidence.h"
 #include "run/fastqWriter.h"
 #include "run/found.h"

@@ -6,10 +6,10 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
+#include "run/checksum.h"
 #include "run/diskFile.h"
 #include "run/failure.h"
-#include "run/libraryJson.h"
-#include "run/md5.h"
+#include "run/library.h"
 #include "run/savedIndex.h"
 
 namespace velk::run {

@@ -1,4 +1,4 @@
-#include "run/planInUse.h"
+#include "run/plan.h"
 
 #include "driver/velk.h"
 #include "run/failure.h"

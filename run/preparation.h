@@ -1,13 +1,17 @@
-// From the command line to what a search needs: looks at the inputs, loads the assembly, measures
-// the libraries. A run does so, and a plan.
+// The steps that the verbs share before they write what was found. First from the command line to
+// what a search needs, for a run and for a plan: the inputs are looked at, the assembly is loaded,
+// the libraries are measured. Then the index is made or taken, and the inputs are searched.
 #pragma once
 
 #include <memory>
+#include <vector>
 
+#include "kmer/seedIndex.h"
 #include "run/arguments.h"
 #include "run/assembly.h"
-#include "run/fixed.h"
 #include "run/inputs.h"
+#include "run/library.h"
+#include "run/search.h"
 #include "run/session.h"
 #include "survey/boundedIndex.h"
 
@@ -53,5 +57,21 @@ std::unique_ptr<Assembly> loadAssembly(const Arguments& arguments, int readLengt
 
 /// How the assembly of a run is cut, with this read length.
 CutOptions cutOptionsOf(const Arguments& arguments, int readLength);
+
+/// What is searched, and how. All of it outlives the search.
+struct ToSearch {
+  const Arguments& arguments;
+  const Assembly& assembly;
+  const FixedValues& fixed;
+  const Inputs& inputs;
+};
+
+/// Makes the index of an assembly, or takes its saved one. Throws std::bad_alloc, and Failure.
+void setIndex(SeedIndex& index, const Assembly& assembly, int kmer, int threads);
+
+/// Makes the index of the assembly, or takes its saved one, and searches the inputs for `receiver`.
+/// Returns the counts of each library. Throws what Search::run() throws, and std::bad_alloc.
+std::vector<ReadCounts> searchInputs(const ToSearch& toSearch, Session& session,
+                                     FoundReceiver& receiver);
 
 }  // namespace velk::run

@@ -19,7 +19,7 @@
 #include <vector>
 
 #include "run/resultNames.h"
-#include "run/signalCleanup.h"
+#include "run/wholeFile.h"
 
 namespace velk::run {
 

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "run/closingLines.h"
+#include "run/summary.h"
 
 namespace velk::run {
 namespace {

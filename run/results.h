@@ -8,9 +8,9 @@
 
 #include "run/arguments.h"
 #include "run/assembly.h"
-#include "run/fixed.h"
 #include "run/foundStore.h"
 #include "run/inputs.h"
+#include "run/library.h"
 #include "run/resultFolder.h"
 #include "run/search.h"
 #include "run/session.h"

@@ -1,4 +1,4 @@
-#include "run/samplesheet.h"
+#include "run/givenLibraries.h"
 
 #include <algorithm>
 #include <charconv>

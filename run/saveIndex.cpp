@@ -1,12 +1,12 @@
-#include "run/saveIndex.h"
+#include "run/savedIndex.h"
 
 #include <algorithm>
 #include <string_view>
 #include <utility>
 
 #include "kmer/parallel.h"
+#include "run/checksum.h"
 #include "run/diskFile.h"
-#include "run/md5.h"
 #include "run/wholeFile.h"
 
 namespace velk::run {

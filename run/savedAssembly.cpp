@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "run/assembly.h"
-#include "run/fasta.h"
 #include "run/savedIndex.h"
 
 namespace velk::run {

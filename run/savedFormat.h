@@ -1,5 +1,5 @@
 // The file of a saved index: a header of one page, then parts that begin on pages, one behind the
-// other, as memory holds them. doc/run.md describes it. run/makeIndex.cpp writes it,
+// other, as memory holds them. doc/run.md describes it. run/saveIndex.cpp writes it,
 // run/savedIndex.cpp reads it.
 //
 // A change of the parts, or of what the engine's index holds, raises kVersion.

@@ -6,8 +6,8 @@
 #include <utility>
 
 #include "kmer/parallel.h"
+#include "run/checksum.h"
 #include "run/failure.h"
-#include "run/md5.h"
 #include "run/terminal.h"
 
 namespace velk::run {

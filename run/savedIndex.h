@@ -1,5 +1,6 @@
-// An index on disk (run/savedFormat.h), opened: the assembly's names, contigs and gaps, and the
-// seed index of its contigs, mapped read-only and shared by all processes of a machine.
+// An index on disk (run/savedFormat.h), written; and opened: the assembly's names, contigs and
+// gaps, and the seed index of its contigs, mapped read-only and shared by all processes of a
+// machine.
 //
 // It is checked before it is used: the header, the place and size of every part, the sums of the
 // small parts; Assembly's constructor checks every record, and setIndex() what look-ups rely on.
@@ -12,11 +13,12 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "kmer/seedIndex.h"
 #include "run/arguments.h"
-#include "run/fileIdentity.h"
-#include "run/mappedFile.h"
+#include "run/checksum.h"
+#include "run/diskFile.h"
 #include "run/savedFormat.h"
 
 namespace velk::run {
@@ -78,5 +80,23 @@ class SavedIndex {
   MappedFile mapped_;
   saved::Header header_{};
 };
+
+namespace saved {
+
+/// `md5`: of 32 digits.
+Md5Digits digitsOf(const std::string& md5);
+
+}  // namespace saved
+
+struct ToSave {
+  const Assembly& assembly;
+  const SeedIndex& index;
+  const std::vector<uint64_t>& placeholders;  // lengths given
+};
+
+/// Makes `file`, whole or not at all, and returns its bytes. `header`: without parts and sums.
+/// Throws Failure, and std::bad_alloc.
+uint64_t saveIndex(const std::string& file, saved::Header header, const ToSave& toSave,
+                   int threads);
 
 }  // namespace velk::run

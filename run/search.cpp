@@ -6,7 +6,7 @@
 
 #include "placement/batchScan.h"
 #include "placement/engine.h"
-#include "run/gapWatch.h"
+#include "run/flanks.h"
 #include "run/workers.h"
 
 namespace velk::run {

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "run/checksum.h"
 #include "run/diskFile.h"
 #include "run/failure.h"
-#include "run/md5.h"
 #include "run/resultNames.h"
 
 namespace velk::run {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "run/fileIdentity.h"
+#include "run/checksum.h"
 #include "run/outputs.h"
 #include "run/resultFolder.h"
 #include "run/search.h"

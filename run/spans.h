@@ -1,10 +1,16 @@
 // Pairs that span a gap: one read lies in the contig in front of it, the other in the contig
 // behind, and the insert size then says how long the gap is. Any thread may ask.
+//
+// Of the fragments that reach over a gap with both reads on contigs the longer ones have more
+// places, and those that are too short have none. So the pairs seen are longer than the library's
+// fragments are, and the length is the one for which they are likeliest, not the mean of what the
+// insert size leaves.
 #pragma once
 
 #include <cstdint>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 #include "kmer/seedIndex.h"
 #include "run/alignment.h"
@@ -12,6 +18,19 @@
 #include "run/library.h"
 
 namespace velk::run {
+
+/// The pairs of a library that span a gap.
+struct SpanningPairs {
+  double number;
+  double left;    // mean of the insert size less what lies on the contigs, bases
+  double bases;   // mean of both reads' bases
+  double insert;  // of the library
+  double spread;  // of the library, standard deviation
+};
+
+/// The likeliest length in bases, of fragments whose lengths are distributed normally; at least
+/// three deviations below 0. REQUIRES: there are pairs.
+double likeliestLength(const std::vector<SpanningPairs>& pairs);
 
 /// What a pair says of a gap.
 struct Span {

@@ -1,5 +1,6 @@
-// summary.json: what a run was, and what came of it. doc/run.md has its schema; a change that a
-// reader of an older one would stumble over raises kSummarySchema.
+// summary.json: what a run was, and what came of it; and what the user sees of that at the end.
+// doc/run.md has its schema; a change that a reader of an older one would stumble over raises
+// kSummarySchema.
 #pragma once
 
 #include <cstdint>
@@ -69,5 +70,10 @@ struct Summary {
 
 /// The text of summary.json.
 std::string summaryText(const Summary& summary, const Assembly& assembly, const GapCounts& counts);
+
+/// `folder`: of the results. `seconds`: that the run took.
+std::vector<std::string> closingLines(const Summary& summary, const Assembly& assembly,
+                                      const GapCounts& counts, const std::string& folder,
+                                      double seconds);
 
 }  // namespace velk::run

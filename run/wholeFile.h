@@ -1,4 +1,9 @@
-// A file that is there as a whole or not at all: it has another name until it is on disk.
+// Files that are there as a whole or not at all: one has another name until it is on disk, and a
+// signal that ends the process removes what is unfinished.
+//
+// SIGHUP, SIGINT, SIGQUIT, SIGPIPE and SIGTERM remove the files and then end the process as they
+// always do; one that was ignored stays so. SIGXFSZ is ignored, so that a file that grows too large
+// is an error of its write.
 #pragma once
 
 #include <functional>
@@ -7,6 +12,24 @@
 #include <vector>
 
 namespace velk::run {
+
+/// Removes unfinished files while it lives and a signal ends the process. One object at a time.
+class SignalCleanup {
+ public:
+  /// `files` are removed first, then `folders`, in this order.
+  SignalCleanup(const std::vector<std::string>& files, const std::vector<std::string>& folders);
+  ~SignalCleanup();
+  SignalCleanup(const SignalCleanup&) = delete;
+  SignalCleanup& operator=(const SignalCleanup&) = delete;
+
+  /// Between these two a signal waits.
+  void hold();
+  void release();
+};
+
+/// Removes the files and folders of the object that lives, if any; a handler of signals may call
+/// it.
+void removeUnfinished();
 
 /// Throws Failure where `file`, which is to become WHAT ("plan" ...), is one of the inputs.
 void requireNoInput(const std::string& file, const std::vector<std::string>& inputs,

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "report/figures.h"
-#include "report/tally.h"
 
 namespace velk::test {
 namespace {

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "run/failure.h"
-#include "run/insertHistogram.h"
+#include "run/library.h"
 
 namespace velk::test {
 namespace {

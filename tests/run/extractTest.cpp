@@ -7,7 +7,7 @@
 #include <set>
 
 #include "run/failure.h"
-#include "run/gapIndex.h"
+#include "run/tables.h"
 #include "tests/run/bamFile.h"
 #include "tests/run/outputsFixture.h"
 

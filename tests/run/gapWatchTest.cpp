@@ -1,10 +1,9 @@
-#include "run/gapWatch.h"
+#include "run/flanks.h"
 
 #include <gtest/gtest.h>
 
 #include "driver/velk.h"
 #include "kmer/seedIndex.h"
-#include "run/gapFlanks.h"
 #include "tests/run/world.h"
 
 namespace velk::test {

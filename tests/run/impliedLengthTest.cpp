@@ -1,5 +1,5 @@
 // The length of a gap by the pairs that span it, against fragments that are laid over it at random.
-#include "run/impliedLength.h"
+#include "run/spans.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "tests/run/world.h"
 
-#include "run/placeholders.h"
+#include "run/assembly.h"
 
 namespace velk::test {
 

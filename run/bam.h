@@ -1,16 +1,49 @@
-// reads.bam and its index. Records come in the order in which they stand in the file; the bytes do
-// not depend on the number of threads. One thread calls.
+// reads.bam: its records in bytes that can be kept, sorted and written later (doc/places.md
+// describes their tags), and the file with its index. Records come in the order in which they stand
+// in the file; the bytes do not depend on the number of threads. One thread writes, any may encode.
 #pragma once
 
+#include <htslib/hts.h>
+#include <htslib/sam.h>
+
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "run/assembly.h"
+#include "run/describe.h"
 #include "run/library.h"
 
 namespace velk::run {
+
+/// Handles of htslib that are released by themselves.
+struct HtsCloser {
+  void operator()(htsFile* file) const { sam_close(file); }
+  void operator()(sam_hdr_t* header) const { sam_hdr_destroy(header); }
+  void operator()(bam1_t* record) const { bam_destroy1(record); }
+  void operator()(hts_idx_t* index) const { hts_idx_destroy(index); }
+  void operator()(hts_itr_t* iterator) const { hts_itr_destroy(iterator); }
+};
+
+template <class T>
+using HtsHandle = std::unique_ptr<T, HtsCloser>;
+
+/// The record with its tags; `readGroup` is its library's. Any thread may call it. Throws Failure
+/// for what BAM cannot hold: a name of more than 254 letters.
+std::string encodeBam(const OutRecord& record, const std::string& readGroup);
+
+/// Whose record it is, read from encodeBam()'s bytes, which the name is part of.
+struct BamName {
+  uint32_t library;
+  std::string_view name;
+};
+BamName bamNameOf(std::string_view bytes);
+
+/// Fills `record` (out) from encodeBam()'s bytes, with `namePrefix` in front of its name. Throws
+/// Failure where the name becomes too long.
+void decodeBam(std::string_view bytes, std::string_view namePrefix, bam1_t* record);
 
 /// What the header says of the run.
 struct RunNames {

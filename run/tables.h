@@ -1,5 +1,7 @@
-// gaps.idx: where the reads of each gap stand in pairs.fq.gz and singles.fq.gz, so that those of
-// one gap are read without the others (doc/run.md has its layout).
+// The tables of a result: gaps.tsv and gaps.bed, each gap with what was found for it; inserts.tsv,
+// how long the fragments of each library are in the samples that were measured; and gaps.idx, where
+// the reads of each gap stand in pairs.fq.gz and singles.fq.gz, so that those of one gap are read
+// without the others. doc/run.md has the layout of all.
 #pragma once
 
 #include <array>
@@ -7,9 +9,26 @@
 #include <string>
 #include <vector>
 
+#include "run/assembly.h"
 #include "run/diskFile.h"
+#include "run/gapCounts.h"
+#include "run/library.h"
 
 namespace velk::run {
+
+/// The text of gaps.tsv: a line of names, then a line a gap.
+std::string gapTable(const Assembly& assembly, const std::vector<Library>& libraries,
+                     const GapCounts& counts);
+
+/// The text of gaps.bed.
+std::string gapBed(const Assembly& assembly, const GapCounts& counts);
+
+/// The names of the orientations of pairs, in the order of Library::inserts.
+inline constexpr std::array kOrientationNames{"FR", "RF", "same"};
+
+/// The text of inserts.tsv: a line of names, then a line for each library, orientation and bin that
+/// has pairs.
+std::string insertTable(const std::vector<Library>& libraries);
 
 /// Where the reads and flanks of a gap begin in the text of each file, bytes, and where it lies.
 struct GapEntry {
