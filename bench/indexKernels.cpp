@@ -84,11 +84,9 @@ void verdicts(benchmark::State& state, std::vector<std::string> (*reads)()) {
       seedIndex->prefetchSeed(run);
       runs.push_back(run);
     });
-    std::erase_if(runs, [](const SeedRun& run) {
-      return !seedIndex->prefetchText(run, Occurrence::kAbsent);
-    });
+    std::erase_if(runs, [](const SeedRun& run) { return !seedIndex->prefetchText(run); });
     for (const SeedRun& run : runs) {
-      benchmark::DoNotOptimize(seedIndex->verdictOn(run, Occurrence::kAbsent, packed));
+      benchmark::DoNotOptimize(seedIndex->verdictOn(run, packed));
     }
     at = (at + 1) % all.size();
   }

@@ -24,15 +24,13 @@ void prepare(benchmark::State& state, Step last, std::vector<std::string> (*read
   makeWorld();
   std::vector<std::string> all = reads();
   std::array<PreparedRead, 16> group;
-  std::array<PreparedRead*, group.size()> pointers;
-  for (std::size_t i = 0; i < group.size(); ++i) pointers[i] = &group[i];
-  ReadPreparer preparer(*seedIndex, {});
+  ReadPreparer preparer(*seedIndex, Kmer);
   std::size_t at = 0;
   for (auto _ : state) {
     for (std::size_t i = 0; i < group.size(); ++i) group[i].bases = &all[at + i];
     preparer.pack(group);
-    if (last >= Step::kAlign) preparer.align(pointers);
-    if (last >= Step::kSift) preparer.sift(pointers);
+    if (last >= Step::kAlign) preparer.align(group);
+    if (last >= Step::kSift) preparer.sift(group);
     at = (at + group.size()) % all.size();
   }
   state.SetItemsProcessed(state.iterations() * int64_t{group.size()});

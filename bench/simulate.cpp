@@ -15,7 +15,7 @@ constexpr uint64_t kBasesPerRepeats = 5'000'000;
 
 std::string reversed(std::string_view bases) {
   std::string result(bases.size(), 'A');
-  reverseComplement(result.data(), bases.data(), bases.size());
+  ReverseComplementSeq(result, std::string(bases));
   return result;
 }
 

@@ -136,9 +136,6 @@ inline uint64_t nextSlot(const HashSet& set, uint64_t slot) {
 
 // Bitmaps: the bit of slot i is in byte i / 8, the first slot of a byte highest.
 
-/// Returns a bitmap of `size` clear bits, to be released with free(); null without memory.
-uint8_t* newBitmap(uint64_t size);
-
 inline uint8_t slotMask(uint64_t slot) {
   return static_cast<uint8_t>(128U >> (slot % 8));
 }

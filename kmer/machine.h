@@ -3,6 +3,7 @@
 #pragma once
 
 #include <sys/mman.h>
+#include <cassert>
 
 #include <atomic>
 #include <cstddef>
@@ -67,6 +68,7 @@ class Array {
   /// Keeps the first `size` values, and gives the memory behind them back.
   /// REQUIRES: its own memory, and no more values than there are.
   void shrink(std::size_t size) {
+    assert(memory_ != nullptr && size <= size_);
     advise(values_ + size, (size_ - size) * sizeof(T), MADV_DONTNEED);
     size_ = size;
   }
@@ -77,11 +79,7 @@ class Array {
   T* end() const { return values_ + size_; }
 
  private:
-  struct Free {
-    void operator()(void* memory) const { std::free(memory); }
-  };
-
-  std::unique_ptr<void, Free> memory_;  // null: it views
+  std::unique_ptr<void, void (*)(void*)> memory_{nullptr, std::free};  // null: it views
   T* values_ = nullptr;
   std::size_t size_ = 0;
 };

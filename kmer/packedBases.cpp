@@ -54,9 +54,4 @@ VELK_VECTORISED bool packBases(std::string_view letters, uint64_t* words) {
   return others == 0;
 }
 
-bool PackedBases::fill(std::string_view bases) {
-  words_.resize(bases.size() / DATA_LEN + 2);
-  return packBases(bases, words_.data());
-}
-
 }  // namespace velk

@@ -36,8 +36,7 @@ struct Region {
     uint64_t hash;
   };
   std::vector<Place> seeds;
-  std::vector<Place> windows;    // of the second level
-  std::vector<uint64_t> strays;  // windows whose reverse complement may be in another region
+  std::vector<Place> windows;  // of the second level
   uint64_t distinctKeys = 0;
 };
 
@@ -88,7 +87,7 @@ class RegionBuilder {
   }
 
   uint64_t hashOf(const Run& run) const {
-    if (run.isOdd != 0) return index_.seedOf(text_.oddKeyAt(run.first)).hash;
+    if (run.isOdd != 0) return index_.seeds().seedOf(text_.oddKeyAt(run.first)).hash;
     const Seeds& ofIndex = index_.seeds();
     return ofIndex.hashOf(text_.basesAt(run.first + run.offset, ofIndex.length()));
   }
@@ -165,11 +164,10 @@ class RegionBuilder {
         return;
       }
       const uint64_t reversed = reversedKey(key, text_.windowLength());
-      if (knownOf(reversed).first != 0) {
-        text_.markReversed(p);
-      } else if (!areInjective && index_.seedOf(reversed).hash != runs.front().hash) {
-        region_.strays.push_back(p);
-      }
+      const bool isThere = knownOf(reversed).first != 0;
+      // Seldom the reverse complement is of another kind. It counts as there.
+      const bool mayBe = !areInjective && index_.seeds().seedOf(reversed).hash != runs.front().hash;
+      if (isThere || mayBe) text_.markReversed(p);
     });
   }
 

@@ -3,13 +3,11 @@
 #include <cassert>
 #include <utility>
 
-#include "contig/contig.h"
 #include "driver/velk.h"
 #include "kmer/fetchKmers.h"
 #include "kmer/machine.h"
 #include "placement/batchScan.h"
 #include "placement/engine.h"
-#include "placement/place.h"
 #include "streaming/readBuffer.h"
 
 namespace velk {
@@ -20,11 +18,7 @@ VELK_VECTORISED void reverseComplement(char* __restrict target, const char* __re
                                        std::size_t length) {
   for (std::size_t i = 0; i < length; ++i) {
     const char upper = static_cast<char>(source[length - 1 - i] & 0xDF);
-    char complement = 'A';
-    complement = upper == 'A' ? 'T' : complement;
-    complement = upper == 'C' ? 'G' : complement;
-    complement = upper == 'G' ? 'C' : complement;
-    target[i] = complement;
+    target[i] = upper == 'A' ? 'T' : upper == 'C' ? 'G' : upper == 'G' ? 'C' : 'A';
   }
 }
 
@@ -62,17 +56,13 @@ struct Given {
 }  // namespace
 
 PlacementOptions optionsOfRun() {
-  return {Kmer,
-          insertLength,
-          BIGGAPLEN,
-          readLen,
-          mapCut,
-          OverRatio,
-          insertLength > kLongestShortInsert};
+  const bool areOutward = insertLength > kLongestShortInsert;
+  return {Kmer, insertLength, BIGGAPLEN, readLen, mapCut, OverRatio, areOutward};
 }
 
 Engine engineOfRun() {
 #ifdef VELK_PLAIN_ENGINE
+  assert(kmerHash != nullptr);
   return {PlainIndex(*kmerHash, scaffoldInfo, scaffoldSum, Kmer), Kmer};
 #else
   assert(seedIndex != nullptr);

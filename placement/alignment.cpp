@@ -7,7 +7,7 @@ namespace velk {
 
 void Alignment::align(const ContigText& text, const PackedBases& bases, const Diagonal& diagonal,
                       std::size_t window) {
-  assert(window < matches_.size());
+  assert(window < matches_.size() && text.isOfContig(diagonal.positionOf(window)));
   isThere_ = true;
   diagonal_ = diagonal;
   const uint64_t position = diagonal.positionOf(window);

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -37,6 +38,7 @@ class WindowSet {
   /// Inserts those of the 64 windows from `from` on that have a bit in `mask`, the first the
   /// lowest. REQUIRES: each of them is one that it may have.
   void insertMask(std::size_t from, uint64_t mask) {
+    assert(mask == 0 || from + static_cast<std::size_t>(std::bit_width(mask)) <= size_);
     words_[from / 64] |= mask << from % 64;
     words_[from / 64 + 1] |= mask >> 1 >> (63 - from % 64);
   }
@@ -59,7 +61,7 @@ class WindowSet {
 
   /// Inserts all windows of a set of the same size.
   void insertAll(const WindowSet& other) {
-    insertMarked(other, [](std::size_t) { return ~uint64_t{0}; });
+    for (std::size_t n = 0; n < words_.size(); ++n) words_[n] |= other.words_[n];
   }
 
   /// The first window from `from` on that is not in the set; size() without one.

@@ -10,7 +10,6 @@
 #include <string>
 #include <vector>
 
-#include "contig/contig.h"
 #include "placement/place.h"
 
 namespace velk {

@@ -15,7 +15,6 @@
 #include <cassert>
 #include <optional>
 
-#include "kmer/seedIndex.h"
 #include "placement/kmerWalk.h"
 #include "placement/readPreparer.h"
 
@@ -44,7 +43,7 @@ class CandidateWindows {
 
   std::optional<KmerPlace> uniquePlaceOf(std::size_t window) {
     const Occurrence found = occurrenceOf(onRead(window));
-    if (!found.isThere() || !found.isUnique) return std::nullopt;
+    if (!found.isUnique) return std::nullopt;
     return text_.placeOf(found.position);
   }
 

@@ -114,13 +114,10 @@ Verdict judgeSingle(const Hit& hit, const std::string& read, const ScaffoldInfo&
   if (!hasGap) return {.refusal = Refusal::kNoGap};
 
   Verdict verdict{.gap = isRightEnd ? hit.contig + 1 : hit.contig};
-  if (isRightEnd) {
-    verdict.refusal = checkOverRightEnd(contig.bases(), read, hit.offset, options);
-    verdict.add(RecordKind::kEdge, verdict.gap, hit.offset - lengthOf(contig.bases()));
-  } else {
-    verdict.refusal = checkOverLeftEnd(contig.bases(), read, hit.offset, options);
-    verdict.add(RecordKind::kEdge, verdict.gap, hit.offset + gapBefore(contig));
-  }
+  const auto check = isRightEnd ? checkOverRightEnd : checkOverLeftEnd;
+  verdict.refusal = check(contig.bases(), read, hit.offset, options);
+  const int64_t gapStart = isRightEnd ? lengthOf(contig.bases()) : -gapBefore(contig);
+  verdict.add(RecordKind::kEdge, verdict.gap, hit.offset - gapStart);
   return verdict;
 }
 

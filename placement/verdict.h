@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <string>
 
-#include "contig/contig.h"
 #include "placement/edgeCheck.h"
 #include "placement/kmerWalk.h"
 

@@ -95,6 +95,14 @@ std::string KmerModel::firstWrongAnswer(const SeedIndex& index) const {
   return "";
 }
 
+uint64_t bytesOf(const SeedIndex& index) {
+  uint64_t bytes = sizeof index;
+  const auto add = [&](const auto& array) { bytes += array.size() * sizeof(array[0]); };
+  SeedIndex::forEachKept(index, add);
+  index.text().forEachLaid(add);
+  return bytes;
+}
+
 uint64_t modelOfReversing(uint64_t key, int count) {
   uint64_t reversed = 0;
   for (int i = 0; i < count; ++i) reversed = reversed << 2 | (3 - (key >> 2 * i & 3U));
