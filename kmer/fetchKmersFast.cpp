@@ -1,5 +1,5 @@
-// The fast engine: the seed index holds every k-mer, and the hash set is foretold from their
-// number.
+// The fast engine: the seed index holds every k-mer, and the numbers of the hash set follow from
+// how many there are.
 #include <memory>
 #include <new>
 #include <string>
@@ -20,7 +20,7 @@ HashSet* newKmerHash(uint64_t initSize, float loadFactor) {
   return newNumbers(initSize, loadFactor);
 }
 
-void growForetold(HashSet* set, uint64_t keys) {
+void growToHold(HashSet* set, uint64_t keys) {
   while (set->max < keys) {
     say("old set->size: " + std::to_string(set->size) + "\n");
     if (!growNumbers(*set, set->max + 1)) outOfMemory(kGrowth);
@@ -33,7 +33,7 @@ void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t s
   std::unique_ptr<SeedIndex> made(new (std::nothrow) SeedIndex);
   if (made == nullptr || !made->build(scaffoldInfo, scaffoldSum, Kmer, thread_num))
     outOfMemory(kGrowth);
-  growForetold(kmerHash, made->distinctKeys());
+  growToHold(kmerHash, made->distinctKeys());
   delete seedIndex;
   seedIndex = made.release();
 }

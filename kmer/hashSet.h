@@ -9,7 +9,7 @@
 //   3. count <= max < size: an empty slot ends every probe.
 //   4. Nothing inserts or grows while a worker runs, and a run deletes nothing.
 // The plain engine's table. Its numbers follow rules of their own (kmer/tableSize.cpp): the fast
-// engine keeps the numbers alone, and foretells them from the number of different k-mers.
+// engine keeps the numbers alone, and reckons them from the number of different k-mers.
 #pragma once
 
 #include <cstdint>

@@ -107,7 +107,7 @@ Verdict judgeSingle(const Hit& hit, const std::string& read, const ScaffoldInfo&
                     const PlacementOptions& options) {
   const ContigInfo& contig = info.contigsInfo[hit.contig];
   // KEPT: a read that starts on the contig's first base is not placed
-  // (CheckSingleRead.OffsetZeroIsPassedOver)
+  // (CheckSingleRead.OffsetZeroIsNotPlaced)
   if (hit.offset == 0) return {.refusal = Refusal::kAtFirstBase};
   const bool isRightEnd = hit.offset > 0;
   const bool hasGap = isRightEnd ? hit.contig + 1 < info.contigsSum : hit.contig >= 1;
