@@ -10,10 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "contig/contig.h"
-#include "placement/Read2Scaf.h"
 #include "placement/place.h"
-#include "placement/readStrand.h"
 
 namespace velk {
 

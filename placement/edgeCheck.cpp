@@ -5,9 +5,6 @@
 #include <cmath>
 #include <limits>
 
-#include "placement/countEqual.h"
-#include "placement/lengths.h"
-
 namespace velk {
 namespace {
 

@@ -12,15 +12,13 @@
 #pragma once
 
 #include <array>
-#include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "kmer/packedBases.h"
 #include "kmer/seedIndex.h"
 #include "placement/alignment.h"
-#include "placement/windowSet.h"
 
 namespace velk {
 
@@ -33,7 +31,6 @@ struct FastSteps {
   bool sift = true;       // windows are ruled out by their seeds
   bool reversed = true;   // windows are ruled out on the strand opposite a match
   bool diagonals = true;  // the diagonal of a refused hit is skipped
-  bool repeats = true;    // the diagonal of a repeat is skipped where it repeats
 };
 
 /// A read, and what is known of it. Windows are those of the index, numbered as the read was
@@ -45,6 +42,7 @@ struct PreparedRead {
   PackedBases packed{};
   Alignment alignment{};               // if it is there
   bool isSifted = false;               // whether all has been found out
+  bool isLeft = false;                 // whether it is left as it is until it is walked over
   std::array<WindowSet, 2> skipped{};  // need not be tried: as sequenced, reverse complement
 
   bool isPacked() const { return windows != 0; }
@@ -53,15 +51,17 @@ struct PreparedRead {
 class ReadPreparer {
  public:
   /// `index` outlives the preparer.
-  ReadPreparer(const SeedIndex& index, const FastSteps& steps) : index_(index), steps_(steps) {}
+  ReadPreparer(const SeedIndex& index, int kmer, const FastSteps& steps = {})
+      : index_(index), kmer_(kmer), steps_(steps) {}
 
   const SeedIndex& index() const { return index_; }
+  int kmer() const { return kmer_; }
   const FastSteps& steps() const { return steps_; }
+  std::size_t group() const { return steps_.groups ? 16 : 1; }
 
   /// Packs a group, and takes all steps with most of its reads: not with a lead whose first window
   /// is a known hit, nor with its mate, as such a pair mostly needs no other try.
-  void prepareGroup(std::span<PreparedRead> leads, std::span<PreparedRead> others,
-                    bool isReversedFirst);
+  void prepare(std::span<PreparedRead> leads, std::span<PreparedRead> others, bool isReversedFirst);
 
   /// Takes the steps that a packed read has been left without.
   void complete(PreparedRead& read);
@@ -71,37 +71,26 @@ class ReadPreparer {
   /// Packs the reads to which `bases` points, and forgets what was known of those before.
   void pack(std::span<PreparedRead> reads);
 
-  /// Aligns the reads that are packed and not aligned.
-  void align(std::span<PreparedRead* const> reads);
+  // Each leaves out the reads that are left, or not packed.
 
-  /// Finds out which windows of the reads that are packed cannot be hits; aligns a read that is not
-  /// aligned where a seed shows how.
-  void sift(std::span<PreparedRead* const> reads);
+  /// Aligns the reads that are not aligned.
+  void align(std::span<PreparedRead> reads);
+
+  /// Finds out which windows of the reads cannot be hits; aligns a read that is not aligned where a
+  /// seed shows how.
+  void sift(std::span<PreparedRead> reads);
 
  private:
-  // A seed of a read, being looked up.
-  struct SeedOfRead {
-    PreparedRead* read;
-    SeedRun run;
-    uint64_t unlike;  // see SeedIndex
-  };
-  struct Found {
-    PreparedRead* read;
-    Diagonal diagonal;
-    std::size_t window;
-  };
-
-  uint64_t placeOnDiagonal(const PreparedRead& read, const SeedRun& run) const;
   enum class Part { kFirst, kLast, kAll };
-  void lookUpSeeds(std::span<PreparedRead* const> reads, Part part);
+  void lookUpSeeds(std::span<PreparedRead> reads, Part part);
   bool isHitFirst(const PreparedRead& read, bool isReversed) const;
 
   const SeedIndex& index_;
+  int kmer_;
   FastSteps steps_;
   // What one call uses, kept for the next one's sake.
-  std::vector<SeedOfRead> seeds_;
-  std::vector<Found> found_;
-  std::vector<PreparedRead*> open_;
+  std::vector<std::pair<PreparedRead*, SeedRun>> seeds_;  // being looked up
+  std::vector<std::pair<PreparedRead*, SeedIndex::SeedVerdict>> found_;
 };
 
 }  // namespace velk

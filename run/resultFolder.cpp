@@ -9,7 +9,7 @@
 #include <filesystem>
 #include <utility>
 
-#include "kmer/parallel.h"
+#include "kmer/machine.h"
 #include "run/diskFile.h"
 #include "run/failure.h"
 #include "run/resultNames.h"
