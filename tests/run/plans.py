@@ -6,6 +6,7 @@ tasks: nothing stands under a final name that is not whole, and the next call go
 """
 
 import gzip
+import hashlib
 import json
 import os
 import random
@@ -102,6 +103,32 @@ class Plans(unittest.TestCase):
         self.assertGreater(result("got")[1]["results"]["reads_found"], 2000)
         self.assertEqual([], [path for path, folders, files in os.walk(".")
                               if not folders + files or ".partial" in folders + files])
+
+    def test_what_the_summary_adds_up(self):
+        """Times, machines and memory of the tasks and of gathering."""
+        shares = []
+        for task, host in ((0, "n1"), (1, "n2"), (2, "n1")):
+            self.call("task", "plan.json", str(task), "-o", f"share.{task}")
+            with open(f"share.{task}/share.json", encoding="utf-8") as file:
+                share = json.load(file)
+            self.assertEqual(os.uname().nodename, share["machine"])
+            share |= {"machine": host, "peak_memory_bytes": (task + 1) << 40, "spilled_bytes": 7 + task}
+            del share["checksum"]
+            packed = json.dumps(share, separators=(",", ":"), ensure_ascii=False)
+            share["checksum"] = hashlib.md5(packed.encode()).hexdigest()
+            write(f"share.{task}/share.json", json.dumps(share, indent=2, ensure_ascii=False) + "\n")
+            shares.append(share)
+        self.gathers()
+        with open("got/summary.json", encoding="utf-8") as file:
+            summary = json.load(file)
+        with open("one/summary.json", encoding="utf-8") as file:
+            self.assertEqual(1, json.load(file)["machines"])
+        self.assertEqual((3, 3 << 40), (summary["machines"], summary["peak_memory_bytes"]))
+        self.assertGreaterEqual(summary["spilled_bytes"], 7 + 8 + 9)
+        for phase in ("preparing", "indexing", "searching"):
+            self.assertAlmostEqual(sum(share["seconds"][phase] for share in shares),
+                                   summary["seconds"][phase], places=2)
+        self.assertIn("gathering", summary["seconds"])
 
     def test_a_plan_has_the_same_bytes_from_everywhere(self):
         copy = os.path.join(self.folder, "again.json")
