@@ -422,6 +422,48 @@ class BigGapLength(unittest.TestCase):
         self.assertGreater(alone, planned)
 
 
+class Memory(unittest.TestCase):
+    """Gathering merges shares as they stand on disk."""
+
+    @staticmethod
+    def gather(genome, pairs):
+        """Gathers what is found of so many pairs; returns its records, and the most memory, KiB."""
+        rng = random.Random(pairs)
+        for lane in "01":
+            with open(f"{lane}_1.fa", "w", encoding="ascii") as one, \
+                    open(f"{lane}_2.fa", "w", encoding="ascii") as other:
+                for number in range(pairs // 2):
+                    at = rng.randrange(len(genome) - 400)
+                    one.write(f">{lane}{number}\n{genome[at:at + 100]}\n")
+                    second = genome[at + 300:at + 400].translate(COMPLEMENT)[::-1]
+                    other.write(f">{lane}{number}\n{second}\n")
+        Plans.call("plan", "scaffolds.fa", "--pairs", "0_1.fa", "0_2.fa", "--pairs", "1_1.fa", "1_2.fa",
+                   "--native", "-o", "plan.json")
+        for task in "01":
+            shutil.rmtree(f"share.{task}", ignore_errors=True)
+            Plans.call("task", "plan.json", task, "-o", f"share.{task}")
+        with subprocess.Popen([VELK_RUN, "gather", "plan.json", "share.0", "share.1", "-o", "got", "-t",
+                               "1", "--quiet"]) as process:
+            _, status, used = os.wait4(process.pid, 0)
+            process.returncode = status
+        assert status == 0
+        return result("got")[1]["results"]["alignment_records"], used.ru_maxrss
+
+    def test_of_gathering_does_not_grow_with_what_was_found(self):
+        folder = tempfile.mkdtemp()
+        self.addCleanup(shutil.rmtree, folder)
+        os.chdir(folder)
+        genome = "".join(random.Random(8).choices("ACGT", k=400000))
+        gaps = [genome[at:at + 900] + "N" * 100 for at in range(0, len(genome), 1000)]
+        write("scaffolds.fa", ">s\n" + "".join(gaps) + genome[:500] + "\n")
+        few, little = self.gather(genome, 20000)
+        many, more = self.gather(genome, 200000)
+        print(f"gathering {few:,} records: {little:,} KiB; {many:,} records: {more:,} KiB")
+        self.assertGreater(many, 9 * few)
+        self.assertGreater(many, 100000)
+        self.assertLess(more, 1.1 * little)
+
+
 if __name__ == "__main__":
     VELK_RUN, EXAMPLES = (os.path.abspath(path) for path in sys.argv[1:3])
     unittest.main(argv=sys.argv[:1] + sys.argv[3:])
