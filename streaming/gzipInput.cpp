@@ -1,4 +1,4 @@
-#include "streaming/gzipDamage.h"
+#include "streaming/gzipInput.h"
 
 #include "driver/listener.h"
 
