@@ -87,6 +87,7 @@ void addCounts(const Held& held, Searched& searched) {
   input.records = share.records;
   input.fixes = share.fixes;
   searched.counts[share.library] += share.counts;
+  searched.machines.insert(share.machine);
   searched.peakMemory = std::max(searched.peakMemory, share.peakMemory);
   searched.spilledBytes += share.spilledBytes;
   for (const PhaseTime& time : share.times) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -25,6 +26,7 @@ struct Searched {
   std::vector<ReadCounts> counts;       // by library
   std::vector<std::string> warnings{};  // of the look at the inputs
   std::vector<PhaseTime> times{};       // of tasks
+  std::set<std::string> machines{};     // names of those of tasks
   uint64_t peakMemory = 0;              // of the largest task, bytes
   uint64_t spilledBytes = 0;            // by tasks
 };

@@ -138,6 +138,7 @@ void runTask(const PlannedRequest& request, uint64_t number) {
   share.files = folder.seal(session.threads());
   session.end();
   share.times = session.times();
+  share.machine = machineName();
   share.peakMemory = peakMemory();
   folder.publish(shareText(share));
   session.say("Task " + std::to_string(task) + " of " + request.plan + ": found " +

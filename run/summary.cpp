@@ -122,6 +122,7 @@ std::string summaryText(const Summary& summary, const Assembly& assembly, const 
   json["warnings"] = summary.warnings;
   json["seconds"] = Json::object();
   for (const PhaseTime& time : summary.times) json["seconds"][time.name] = time.seconds;
+  json["machines"] = summary.machines;
   json["peak_memory_bytes"] = summary.peakMemory;
   json["spilled_bytes"] = summary.spilledBytes;
   if (!summary.report.empty()) json["report"] = Json::parse(summary.report);
