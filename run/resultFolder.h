@@ -6,7 +6,8 @@
 // leaves files that the next one knows as velk-run's. One thread calls; one object at a time.
 //
 //   ResultFolder folder(dir, inputs)   looks, and changes nothing
-//   folder.begin()                     removes an earlier result, makes .partial
+//   folder.begin()                     makes .partial, and keeps other runs out
+//   folder.clear()                     removes an earlier result
 //   ... files are written to folder.partial(name) ...
 //   folder.seal(threads)               has them on disk, and returns sizes and checksums
 //   folder.publish(summary)            moves them

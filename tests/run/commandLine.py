@@ -256,45 +256,6 @@ class CommandLine(unittest.TestCase):
                                check=False)
         self.assertEqual(0, check.returncode)
 
-    def warnings_of(self, *arguments):
-        done = self.run_on([*arguments, "-o", "out", "--quiet"])
-        self.assertEqual((0, b""), (done.returncode, done.stdout))
-        return done.stderr.decode()
-
-    def test_given_values_that_are_not_the_measured_ones(self):
-        files = "\t".join(READS)
-        for insert, orientation, expected in (
-                ("215", "FR", ""), ("225", "FR", ""),
-                ("250", "FR", "[WARNING]: a given insert size differs from the measured one: library"
-                 " l, 250 bases given and used, 215 measured\n"),
-                ("215", "RF", "[WARNING]: a given orientation differs from the measured one: library"
-                 " l, RF given and used, FR measured\n")):
-            write(self.folder, "given.tsv", "library\tR1\tR2\tinsert\torientation\n"
-                  f"l\t{files}\t{insert}\t{orientation}\n")
-            self.assertEqual(expected,
-                             self.warnings_of("scaffolds.fa", "--samplesheet", "given.tsv"))
-
-    def test_many_gaps_of_a_length_that_looks_made_up(self):
-        with open(os.path.join(self.folder, "scaffolds.fa"), encoding="ascii") as file:
-            bases = "".join(line.strip() for line in file if line[0] != ">").replace("N", "")
-        for length, gaps, expected in (
-                (100, 9, ""), (99, 10, ""),
-                (200, 10, "[WARNING]: 10 gaps have exactly 200 N, as programs write for gaps of"
-                 " unknown length; if these are such, --placeholder 200 finds more of their reads:"
-                 " made.fa\n")):
-            pieces = [bases[600 * n:600 * n + 500] for n in range(gaps + 1)]
-            write(self.folder, "made.fa", ">a\n" + ("N" * length).join(pieces) + "\n")
-            self.assertEqual(expected, self.warnings_of("made.fa", *READS))
-            self.assertEqual("", self.warnings_of("made.fa", "--placeholder", str(length), *READS))
-
-    def test_single_reads_of_a_library_file(self):
-        write(self.folder, "one.lib", "[LIB]\navg_ins=215\nq1=few_1.fq\nq2=few_2.fq\nq=cut.fq\n")
-        shutil.copy(os.path.join(self.folder, "few_1.fq"), os.path.join(self.folder, "cut.fq"))
-        done = self.run_on(["scaffolds.fa", *READS, "--library", "one.lib", "-o", "out"])
-        self.assertEqual(0, done.returncode, done.stderr)
-        names = [line.split(":")[0] for line in done.stderr.decode().splitlines() if "found" in line]
-        self.assertEqual(["  lib1", "  lib2", "  lib2s"], names)
-
     def test_what_is_said_at_the_end(self):
         done = self.run_on(["scaffolds.fa", *READS, "-o", "out"])
         lines = done.stderr.decode().splitlines()
