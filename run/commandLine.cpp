@@ -60,12 +60,13 @@ std::string suggestion(const CLI::App& app) {
 
 namespace {
 
-// What helps where an argument is missing that stands by itself, and not behind an option.
+// What the library's message leaves unsaid.
 std::string advice(const CLI::Error& error, int argc) {
   const std::string_view what = error.what();
   if (what.starts_with("assembly is required") && argc > 1) {
     return "; it comes first, as options of reads take all files behind them";
   }
+  if (what.starts_with("Could not convert")) return ", which is no number";
   if (what.starts_with("gaps is required")) {
     return ": numbers of gaps, as in gaps.tsv, or ranges, as 3-7, behind the folder";
   }

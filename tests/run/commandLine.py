@@ -108,6 +108,10 @@ USAGE = (
     (["extract", "out", "2", "--flank", "30"],
      "The following argument was not expected: --flank; did you mean --flanks by --flank?"
      " (velk-run extract --help tells more)"),
+    (["scaffolds.fa", *READS, "-o", "out", "--placeholder", "100x"],
+     "Could not convert: --placeholder = 100x, which is no number" + MORE),
+    (["extract", "out", "3", "--flanks", "ten"],
+     "Could not convert: --flanks = ten, which is no number (velk-run extract --help tells more)"),
     (["extract", "out", "7-3"], '"7-3" is neither the number of a gap nor a range, as 3-7'
      " (velk-run extract --help tells more)"),
     (["extract", "out", "gap3"], '"gap3" is neither the number of a gap nor a range, as 3-7'
