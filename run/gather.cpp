@@ -122,6 +122,7 @@ void gather(const PlannedRequest& request, const std::vector<std::string>& share
   session.begin("gathering");
   plan.requireCommonFiles();
   const std::unique_ptr<Assembly> assembly = plan.assembly();
+  results.clear();
   FoundStore found(results.folder(), *assembly, fixed.libraries,
                    outputOptionsOf(arguments, session.threads()), arguments.native);
   Searched searched{plan.assemblyFacts(), plan.inputFacts(),

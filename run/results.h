@@ -37,9 +37,11 @@ using ReportMaker = std::function<std::string(const std::string& folder, const s
 
 class Results {
  public:
-  /// `inputs`: all files that the run reads. Claims the folder, and removes an earlier result.
-  /// Throws Failure.
+  /// `inputs`: all files that the run reads. Claims the folder. Throws Failure.
   Results(const Arguments& arguments, const std::vector<std::string>& inputs);
+
+  /// Removes an earlier result. Called before anything is searched. Throws Failure.
+  void clear() { folder_.clear(); }
 
   const ResultFolder& folder() const { return folder_; }
 

@@ -182,7 +182,9 @@ void SavedIndex::requireReadLength(int readLength) const {
 
 void SavedIndex::requireAssemblyEnds(const std::string& assembly, const FileIdentity& ends) const {
   const saved::Source known{header_.assembly.bytes, header_.assemblyEnds};
-  if (!isSame(known, ends)) failOther("another assembly than " + assembly);
+  if (isSame(known, ends)) return;
+  failOther("another assembly than " + assembly +
+            ", or of a copy of it that is compressed in another way");
 }
 
 void SavedIndex::requireAssembly(const std::string& assembly, const FileIdentity& whole) const {
