@@ -6,7 +6,7 @@
 #include "check/readPass.h"
 #include "check/survey.h"
 #include "driver/velk.h"
-#include "streaming/readFileName.h"
+#include "streaming/library.h"
 
 namespace velk::check {
 namespace {

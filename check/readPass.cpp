@@ -6,7 +6,7 @@
 #include "check/progress.h"
 #include "check/readFile.h"
 #include "driver/velk.h"
-#include "streaming/readFileName.h"
+#include "streaming/library.h"
 
 namespace velk::check {
 namespace {

@@ -114,4 +114,13 @@ void contigtoScafInfo(const std::string& file, ScaffoldInfo* scaffoldInfo,
 /// Releases the model and leaves an empty one.
 void releaseScaffolds();
 
+/// The names of the files that are written beside a scaffold file.
+inline std::string contigPositionsFileOf(const std::string& scaffoldFile) {
+  return scaffoldFile + ".contigPos";
+}
+
+inline std::string contigFileOf(const std::string& scaffoldFile) {
+  return scaffoldFile + ".contig";
+}
+
 }  // namespace velk

@@ -1,4 +1,6 @@
-// What the loaders of both kinds of input ask of a header and of a contig.
+// What the loaders of both kinds of input ask of a header and of a contig; files of another kind in
+// the place of the scaffolds: the error with which the run then ends does not say so; these
+// warnings do, and name the file. Main thread only.
 #pragma once
 
 #include <cstddef>
@@ -9,6 +11,10 @@
 #include "driver/textInput.h"
 
 namespace velk {
+
+/// Gives a warning when the first line of `file` begins as a compressed file does, or when `line`,
+/// which no header precedes, opens a section of a library file. Returns whether it did.
+bool warnOfOtherKind(const std::string& file, const std::string& line, bool isFirstLine);
 
 /// What stands before the id in a header of this system's own.
 inline constexpr std::string_view kScaffoldWord = ">scaffold";

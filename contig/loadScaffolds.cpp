@@ -2,7 +2,6 @@
 
 #include "contig/contig.h"
 #include "contig/header.h"
-#include "contig/sideFiles.h"
 #include "driver/fatal.h"
 #include "driver/listener.h"
 #include "driver/outputFile.h"

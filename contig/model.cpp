@@ -2,7 +2,7 @@
 #include <string_view>
 
 #include "contig/contig.h"
-#include "contig/otherKind.h"
+#include "contig/header.h"
 #include "driver/fatal.h"
 #include "driver/listener.h"
 #include "driver/textInput.h"

@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "driver/exitStatus.h"
+#include "driver/listener.h"
 
 namespace velk {
 

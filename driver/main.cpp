@@ -18,7 +18,7 @@
 #include "driver/velk.h"
 #include "kmer/fetchKmers.h"
 #include "libinfo/libinfo.h"
-#include "streaming/gzipDamage.h"
+#include "streaming/gzipInput.h"
 #include "streaming/library.h"
 #include "streaming/readBuffer.h"
 #include "streaming/workerPool.h"

@@ -1,6 +1,6 @@
 #include "driver/runFiles.h"
 
-#include "contig/sideFiles.h"
+#include "contig/contig.h"
 #include "driver/gapReport.h"
 #include "driver/velk.h"
 

@@ -10,8 +10,7 @@
 #include <memory>
 #include <string>
 
-#include "reads/packing.h"
-#include "streaming/blockSource.h"
+#include "reads/storedFile.h"
 #include "streaming/decoder.h"
 
 namespace velk::reads {

@@ -153,4 +153,61 @@ void BamRecords::refuse(const std::string& fault) const {
   throw InputError(name_, records_, fault);
 }
 
+// A pipe may never go on: its helper is not waited for.
+BamAhead::BamAhead(std::shared_ptr<BamRecords> records) : records_(std::move(records)) {
+  const bool mayBePipe = records_->bytes() == 0;
+  ring_ = std::make_unique<AheadRing<Block>>(
+      Filling{records_}, mayBePipe ? HelperAtEnd::kIsLeft : HelperAtEnd::kIsAwaited);
+  if (!ring_->start("inflate")) ring_.reset();
+}
+
+bool BamAhead::next(RecordView& record) {
+  if (ring_ == nullptr) {
+    const bool isThere = records_->next(record);
+    bytesRead_.store(records_->bytesRead(), std::memory_order_relaxed);
+    return isThere;
+  }
+  if ((block_ == nullptr || given_ == block_->records.size()) && !nextBlock()) return false;
+  const Lengths& lengths = block_->records[given_++];
+  const auto take = [&](std::size_t length) {
+    const std::string_view text = std::string_view(block_->texts).substr(position_, length);
+    position_ += length;
+    return text;
+  };
+  record.name = take(lengths.name);
+  record.bases = take(lengths.bases);
+  record.quality = take(lengths.quality);
+  return true;
+}
+
+// Gets the next block. Returns false when there is none.
+bool BamAhead::nextBlock() {
+  block_ = nullptr;
+  block_ = ring_->next();
+  given_ = position_ = 0;
+  bytesRead_.store(block_ == nullptr ? records_->bytesRead() : block_->bytesRead,
+                   std::memory_order_relaxed);
+  return block_ != nullptr;
+}
+
+bool BamAhead::Filling::operator()(Block& block) {
+  constexpr std::size_t kBytes = 256 << 10;  // of texts, but for the last record
+  if (failure) std::rethrow_exception(failure);
+  if (block.texts.capacity() > 2 * kBytes) block.texts = {};
+  block.texts.clear();
+  block.records.clear();
+  RecordView record;
+  try {
+    while (block.texts.size() < kBytes && records->next(record)) {
+      block.records.push_back({record.name.size(), record.bases.size(), record.quality.size()});
+      block.texts.append(record.name).append(record.bases).append(record.quality);
+    }
+  } catch (...) {
+    if (block.records.empty()) throw;
+    failure = std::current_exception();
+  }
+  block.bytesRead = records->bytesRead();
+  return !block.records.empty();
+}
+
 }  // namespace velk::reads

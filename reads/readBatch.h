@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-#include "reads/record.h"
+#include "reads/recordSource.h"
 
 namespace velk::reads {
 

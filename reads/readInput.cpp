@@ -1,8 +1,8 @@
 #include "reads/readInput.h"
 
 #include <algorithm>
+#include <limits>
 
-#include "reads/mateNames.h"
 #include "reads/storedFile.h"
 
 namespace velk::reads {
@@ -123,6 +123,50 @@ uint64_t ReadInput::bytes() const {
   if (second_ == nullptr) return first_->bytes();
   const bool areKnown = first_->bytes() != 0 && second_->bytes() != 0;
   return areKnown ? first_->bytes() + second_->bytes() : 0;
+}
+
+namespace {
+
+// Phred+64 begins at ';' (-5, on its oldest form) and goes up to 'i' or so (41); of real reads the
+// best lie beyond 'Z' (26), which Phred+33 has for 57.
+constexpr char kLowest = ';';
+constexpr char kLeastBest = 'Z';
+constexpr char kMostBest = 'j';
+
+}  // namespace
+
+bool looksLikePhred64(const Sample& sample) {
+  char lowest = std::numeric_limits<char>::max();
+  char best = 0;
+  for (const std::vector<KeptRead>* reads : {&sample.first, &sample.second}) {
+    for (const KeptRead& read : *reads) {
+      for (const char quality : read.quality) {
+        lowest = std::min(lowest, quality);
+        best = std::max(best, quality);
+      }
+    }
+  }
+  return lowest >= kLowest && best >= kLeastBest && best <= kMostBest;
+}
+
+namespace {
+
+std::string_view withoutSuffix(std::string_view name, char mate) {
+  if (name.size() < 3 || name.back() != mate) return name;
+  const char mark = name[name.size() - 2];
+  return mark == '/' || mark == '.' ? name.substr(0, name.size() - 2) : name;
+}
+
+}  // namespace
+
+bool haveOneName(std::string_view& first, std::string_view& second) {
+  if (first == second) return true;
+  const std::string_view firstName = withoutSuffix(first, '1');
+  const std::string_view secondName = withoutSuffix(second, '2');
+  if (firstName != secondName) return false;
+  first = firstName;
+  second = secondName;
+  return true;
 }
 
 }  // namespace velk::reads

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "reads/record.h"
+#include "reads/recordSource.h"
 
 namespace velk::reads {
 

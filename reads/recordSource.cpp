@@ -2,10 +2,17 @@
 
 #include "reads/bamRecords.h"
 #include "reads/storedFile.h"
-#include "reads/textBlocks.h"
 #include "reads/textRecords.h"
 
 namespace velk::reads {
+namespace {
+
+std::unique_ptr<RecordSource> openBam(StoredFile& file, Helpers helpers) {
+  if (helpers == Helpers::kNone) return std::make_unique<BamRecords>(file);
+  return std::make_unique<BamAhead>(std::make_shared<BamRecords>(file));
+}
+
+}  // namespace
 
 std::unique_ptr<RecordSource> openRecords(const std::string& file, Helpers helpers) {
   return openRecords(std::make_unique<StoredFile>(file), helpers);
@@ -15,7 +22,7 @@ std::unique_ptr<RecordSource> openRecords(std::unique_ptr<StoredFile> file, Help
   if (file->start().starts_with("CRAM")) {
     throw InputError(file->name(), 0, "is CRAM; `samtools collate` makes BAM of it");
   }
-  if (file->isBam()) return std::make_unique<BamRecords>(*file);
+  if (file->isBam()) return openBam(*file, helpers);
   return std::make_unique<TextRecords>(std::make_unique<TextBlocks>(std::move(file), helpers));
 }
 

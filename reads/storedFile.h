@@ -14,9 +14,18 @@
 #include <string_view>
 #include <vector>
 
-#include "streaming/blockSource.h"
+#include "streaming/decoder.h"
 
 namespace velk::reads {
+
+/// What packs read files.
+enum class Packing { kNone, kGzip, kZstd, kXz, kBzip2 };
+
+/// Returns how a file that starts so is packed.
+Packing packingOf(std::string_view start);
+
+/// Returns its name, as in "gzip".
+std::string_view nameOf(Packing packing);
 
 class StoredFile final : public BlockSource {
  public:

@@ -166,6 +166,9 @@ IndexArguments parseIndex(int argc, const char* const* argv) {
                   "an assembly or a plan (--plan), and the file of the index (-o), must be given" +
                       moreInHelp(app));
   }
+  for (const char* option : {"-k", "-L", "-C", "-r", "--placeholder", "--agp"}) {
+    if (!index.plan.empty() && app.count(option) > 0) refuseWithPlan(app, option);
+  }
   if (arguments.cut != 0 && arguments.readLength == 0) {
     throw Failure(Status::kUsage,
                   "with -C the read length of the runs (-r) must be given: contigs "

@@ -71,6 +71,22 @@ void parseLine(CLI::App& app, int argc, const char* const* argv) {
   }
 }
 
+void parseWithPlan(CLI::App& app, int argc, const char* const* argv) {
+  app.allow_extras();
+  parseLine(app, argc, argv);
+  const std::vector<std::string> more = app.remaining();
+  if (more.empty()) return;
+  const auto option = std::find_if(more.begin(), more.end(),
+                                   [](const std::string& one) { return one.starts_with('-'); });
+  refuseWithPlan(app, option == more.end() ? more.front() : *option);
+}
+
+void refuseWithPlan(const CLI::App& app, const std::string& given) {
+  throw Failure(Status::kUsage,
+                given + " can't be given with a plan, which has the files and options of its run" +
+                    suggestion(app) + moreInHelp(app));
+}
+
 bool asksFor(std::string_view verb, int argc, const char* const* argv) {
   return argc > 1 && argv[1] == verb;
 }

@@ -22,6 +22,12 @@ std::string moreInHelp(const CLI::App& app);
 /// that is like one that is not known.
 void parseLine(CLI::App& app, int argc, const char* const* argv);
 
+/// The same of a call with a plan, beside which neither files nor options of its run are given.
+void parseWithPlan(CLI::App& app, int argc, const char* const* argv);
+
+/// Throws Failure: `given` can't be given with a plan.
+[[noreturn]] void refuseWithPlan(const CLI::App& app, const std::string& given);
+
 /// Whether the command line begins with this verb.
 bool asksFor(std::string_view verb, int argc, const char* const* argv);
 

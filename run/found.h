@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "placement/verdict.h"
-#include "reads/record.h"
+#include "reads/recordSource.h"
 
 namespace velk::run {
 

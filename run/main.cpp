@@ -7,7 +7,7 @@
 
 #include "driver/listener.h"
 #include "driver/standardDescriptors.h"
-#include "reads/record.h"
+#include "reads/recordSource.h"
 #include "report/report.h"
 #include "run/arguments.h"
 #include "run/commandLine.h"

@@ -220,8 +220,12 @@ std::string textOfPlan(const Plan& plan) {
 
 Plan readPlan(const std::string& file) {
   const std::string text = readFile(file);
+  const auto fail = [&](const std::string& why) -> Plan {
+    throw Failure(Status::kUsage, file + " is no plan of velk-run " VELK_VERSION ": " + why);
+  };
   try {
-    const Json json = Json::parse(text);
+    const Json json = Json::parse(text, nullptr, false);
+    if (json.is_discarded()) throw Wrong("it is no JSON, or a part of it only");
     const Json& program = json.at("program");
     if (program.at("name") != "velk-run" || program.at("version") != VELK_VERSION ||
         json.at("schema") != kPlanSchema) {
@@ -230,10 +234,10 @@ Plan readPlan(const std::string& file) {
     Plan plan = planOf(json);
     plan.checksum = md5OfText(text);
     return plan;
+  } catch (const Json::exception&) {
+    return fail("it lacks a key, or a value is of another kind");
   } catch (const std::exception& error) {
-    const std::string version = VELK_VERSION;
-    throw Failure(Status::kUsage,
-                  file + " is no plan of velk-run " + version + ": " + error.what());
+    return fail(error.what());
   }
 }
 

@@ -10,7 +10,7 @@
 #include <map>
 #include <utility>
 
-#include "reads/quality.h"
+#include "reads/readInput.h"
 #include "run/failure.h"
 #include "run/terminal.h"
 #include "survey/assembly.h"

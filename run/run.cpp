@@ -115,6 +115,7 @@ void runTask(const PlannedRequest& request, uint64_t number) {
   const uint32_t task = requireTask(plan, request.plan, number);
   const Arguments& arguments = plan.arguments();
   const FixedValues& fixed = plan.fixed();
+  requireNoOther(request.output, plan.plan().checksum);
   ResultFolder folder(request.output, plan.files(), shareForm());
   folder.begin();
   session.begin("preparing");

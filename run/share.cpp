@@ -97,6 +97,17 @@ void checkFiles(const std::string& folder, const std::vector<ResultFile>& files)
   }
 }
 
+std::string summaryOf(const std::string& folder) {
+  return folder + "/" + kShareSummaryName;
+}
+
+// What share.json says; null unless it is as it was written.
+Json wholeJson(const std::string& folder) {
+  const std::string text = readFile(summaryOf(folder));
+  const Json json = Json::parse(text, nullptr, false);
+  return json.is_object() && textOf(json) == text ? json : Json();
+}
+
 }  // namespace
 
 std::string shareText(const Share& share) {
@@ -121,11 +132,9 @@ std::string shareText(const Share& share) {
 }
 
 Share readShare(const std::string& folder) {
-  const std::string file = folder + "/" + kShareSummaryName;
-  if (!exists(file)) fail(folder, "is no whole share: share.json is missing");
-  const std::string text = readFile(file);
-  const Json json = Json::parse(text, nullptr, false);
-  if (!json.is_object() || textOf(json) != text) {
+  if (!exists(summaryOf(folder))) fail(folder, "is no whole share: share.json is missing");
+  const Json json = wholeJson(folder);
+  if (!json.is_object()) {
     fail(folder, "is no whole share: share.json is not as its task has written it");
   }
   try {
@@ -134,6 +143,14 @@ Share readShare(const std::string& folder) {
     return share;
   } catch (const Json::exception&) {
     fail(folder, "is a share of another version of velk-run");
+  }
+}
+
+void requireNoOther(const std::string& folder, const std::string& plan) {
+  if (!exists(summaryOf(folder))) return;
+  const Json json = wholeJson(folder);
+  if (json.is_object() && json.value("plan", plan) != plan) {
+    fail(folder, "is a share of another plan; remove it, or choose another folder");
   }
 }
 

@@ -39,6 +39,9 @@ std::string shareText(const Share& share);
 /// a file of it is not as it was written.
 Share readShare(const std::string& folder);
 
+/// Throws Failure where the folder holds a share of another plan than that of this checksum.
+void requireNoOther(const std::string& folder, const std::string& plan);
+
 /// The checksum of this program.
 std::string ownChecksum();
 

@@ -107,7 +107,7 @@ PlannedArguments parseRunPlan(int argc, const char* const* argv) {
       ->type_name("FILE");
   addCommon(app, arguments.request, "folder of the results");
   addForce(app, arguments.request);
-  parseLine(app, argc, argv);
+  parseWithPlan(app, argc, argv);
   return arguments;
 }
 
@@ -121,7 +121,7 @@ PlannedArguments parseTask(int argc, const char* const* argv) {
       ->type_name("TASK");
   addCommon(app, arguments.request, "folder of the share");
   addForce(app, arguments.request);
-  parseLine(app, argc - 1, argv + 1);
+  parseWithPlan(app, argc - 1, argv + 1);
   return arguments;
 }
 
@@ -133,7 +133,7 @@ PlannedArguments parseGather(int argc, const char* const* argv) {
       ->required()
       ->type_name("SHARE...");
   addCommon(app, arguments.request, "folder of the results");
-  parseLine(app, argc - 1, argv + 1);
+  parseWithPlan(app, argc - 1, argv + 1);
   return arguments;
 }
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "streaming/blockSource.h"
+#include "streaming/decoder.h"
 
 namespace velk {
 

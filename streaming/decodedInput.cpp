@@ -1,30 +1,36 @@
 #include "streaming/decodedInput.h"
 
 #include <cassert>
+#include <utility>
 
 namespace velk {
-namespace {
 
-constexpr std::size_t kDecodedBlock = 256 << 10;  // bytes
+// Returns whether there were bytes.
+bool DecodedInput::Block::fill(Decoder& decoder) {
+  size = decoder.read({bytes.get(), kRoom});
+  return size != 0;
+}
 
-}  // namespace
-
-void DecodedInput::decodeAhead() {
+void DecodedInput::decodeAhead(std::shared_ptr<void> owner) {
   assert(block_ == nullptr && ahead_ == nullptr);
-  ahead_ = std::make_unique<InflateAhead>(decoder_);
-  if (!ahead_->start()) ahead_.reset();
+  const auto atEnd = owner == nullptr ? HelperAtEnd::kIsAwaited : HelperAtEnd::kIsLeft;
+  ahead_ = std::make_unique<AheadRing<Block>>(
+      [&decoder = decoder_, owner = std::move(owner)](Block& block) { return block.fill(decoder); },
+      atEnd);
+  if (!ahead_->start("inflate")) ahead_.reset();
 }
 
 std::string_view DecodedInput::next() {
+  const Block* block = nullptr;
   if (ahead_ != nullptr) {
-    const std::string_view bytes = ahead_->next();
-    if (bytes.empty()) damage_ = decoder_.damage();
-    return bytes;
+    block = ahead_->next();
+  } else {
+    if (block_ == nullptr) block_ = std::make_unique<Block>();
+    if (block_->fill(decoder_)) block = block_.get();
   }
-  if (block_ == nullptr) block_.reset(new char[kDecodedBlock]);
-  const std::size_t made = decoder_.read({block_.get(), kDecodedBlock});
-  damage_ = decoder_.damage();
-  return {block_.get(), made};
+  if (ahead_ == nullptr || block == nullptr) damage_ = decoder_.damage();
+  if (block == nullptr) return {};
+  return {block->bytes.get(), block->size};
 }
 
 }  // namespace velk

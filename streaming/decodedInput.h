@@ -1,12 +1,13 @@
 // The decoded bytes of a file, block by block: decoded in place, or ahead by a helper thread.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
 
+#include "streaming/aheadRing.h"
 #include "streaming/decoder.h"
-#include "streaming/inflateAhead.h"
 
 namespace velk {
 
@@ -16,8 +17,10 @@ class DecodedInput {
   explicit DecodedInput(Decoder& decoder) : decoder_(decoder) {}
 
   /// Has a helper thread decode from now on; where the system gives none, it is done in place all
-  /// the same. REQUIRES: nothing was read.
-  void decodeAhead();
+  /// the same. `owner`: what the decoder lives in, for a file that may keep its reader waiting
+  /// without end, as a pipe may: then the helper is not waited for at the end. REQUIRES: nothing
+  /// was read.
+  void decodeAhead(std::shared_ptr<void> owner = nullptr);
 
   /// Returns the next decoded bytes, valid until the next call; none at the end or at damage.
   /// Throws std::bad_alloc when there is no memory.
@@ -27,9 +30,18 @@ class DecodedInput {
   const std::string& damage() const { return damage_; }
 
  private:
+  struct Block {
+    static constexpr std::size_t kRoom = 256 << 10;  // bytes
+
+    bool fill(Decoder& decoder);
+
+    std::unique_ptr<char[]> bytes{new char[kRoom]};
+    std::size_t size = 0;
+  };
+
   Decoder& decoder_;
-  std::unique_ptr<char[]> block_;        // the bytes decoded in place
-  std::unique_ptr<InflateAhead> ahead_;  // null: in place
+  std::unique_ptr<Block> block_;             // decoded in place
+  std::unique_ptr<AheadRing<Block>> ahead_;  // null: in place
   std::string damage_;
 };
 

@@ -1,4 +1,5 @@
-// The inflated bytes of a gzip file, as streaming/gzipDecoder.h has them, block by block.
+// The inflated bytes of a gzip file, as streaming/gzipDecoder.h has them, block by block; and what
+// becomes of damaged files: a message when the damage is met, a failed run at its end.
 #pragma once
 
 #include <string>
@@ -9,6 +10,15 @@
 #include "streaming/gzipDecoder.h"
 
 namespace velk {
+
+/// Reports "[ERROR]: damaged gzip file: FILE: REASON" and remembers it.
+void reportGzipDamage(const std::string& file, const std::string& reason);
+
+/// Returns whether any damage was reported: the run must not end with status 0.
+bool gzipDamageSeen();
+
+/// Forgets all damage. For a process that makes many runs: between two of them.
+void forgetGzipDamage();
 
 class GzipInput {
  public:

@@ -9,10 +9,11 @@
 #include "driver/listener.h"
 #include "driver/textInput.h"
 #include "driver/velk.h"
-#include "streaming/gzipDamage.h"
+#include "streaming/filesAhead.h"
+#include "streaming/gzipInput.h"
+#include "streaming/libraryFiles.h"
 #include "streaming/lineSource.h"
 #include "streaming/readBuffer.h"
-#include "streaming/readFileName.h"
 #include "streaming/readers.h"
 
 namespace velk {
@@ -169,51 +170,26 @@ bool findSingles(const std::string& fileA, const std::string& fileB) {
 }
 
 // Streams file j of its kind; `key` and `library` (from 1) name its place in the library file.
-void streamFile(std::string readFileA, std::string readFileB, Len_t j, const char* key,
-                int library) {
-  if (readFileA.size() < kShortestReadFileName) {
-    fatal(kUserError, "[ERROR]: read file name \"" + readFileA +
+void streamFile(Pair file, Len_t j, const char* key, int library) {
+  if (file.read1file.size() < kShortestReadFileName) {
+    fatal(kUserError, "[ERROR]: read file name \"" + file.read1file +
                           "\" is shorter than three characters, library " +
                           std::to_string(library) + ", key " + key + "\n");
   }
-  FindReadsInGaps(readFileA, readFileB, thread_num);
+  FindReadsInGaps(file.read1file, file.read2file, thread_num);
   say("\tlibrary " + std::to_string(j + 1) + " done.\n");
 }
 
-void streamLibrary(const Lib& lib, int library) {
-  insertLength = lib.avg_ins;
-  if (lib.pfilenum != 0) {
-    say("\t processing pair-end read files in " + std::to_string(lib.pfilenum) +
-        " librarys...\n");  // sic
-    for (Len_t j = 0; j < lib.pfilenum; ++j) {
-      streamFile(lib.pairs[j].read1file, lib.pairs[j].read2file, j, "q1/f1", library);
+void streamLibrary(const Lib& lib, int library, FilesAhead& ahead) {
+  for (const FilesOfKind& kind : kindsOf(lib)) {
+    insertLength = kind.insert;
+    if (kind.files.empty()) continue;
+    say(kind.begins + std::to_string(kind.files.size()) + kind.librarys);
+    for (Len_t j = 0; j < kind.files.size(); ++j) {
+      ahead.beginTurn();
+      streamFile(kind.files[j], j, kind.key, library);
     }
-    say("\tprocessing pair-end read files done!\n");
-  }
-  if (lib.s2filenum != 0) {
-    say("\tprocessing pair-end read files in " + std::to_string(lib.s2filenum) +
-        " librarys...\n");  // sic
-    for (Len_t j = 0; j < lib.s2filenum; ++j) {
-      streamFile(lib.single2[j].readfile, "", j, "p", library);
-    }
-    say("\tprocessing pair-end read files done!\n");
-  }
-  insertLength = 0;
-  if (lib.sfilenum != 0) {
-    say("\tprocessing single read files in " + std::to_string(lib.sfilenum) +
-        " librarys...\n");  // sic
-    for (Len_t j = 0; j < lib.sfilenum; ++j) {
-      streamFile(lib.single[j].readfile, "", j, "f", library);
-    }
-    say("\tprocessing single read files done!\n");
-  }
-  if (lib.qfilenum != 0) {
-    say("\tprocessing single qual read files in " + std::to_string(lib.qfilenum) +
-        " librarys... \n");  // sic
-    for (Len_t j = 0; j < lib.qfilenum; ++j) {
-      streamFile(lib.singlequal[j].readfile, "", j, "q", library);
-    }
-    say("\tprocessing single read files done!\n");
+    say(kind.done);
   }
 }
 
@@ -222,9 +198,10 @@ void streamLibrary(const Lib& lib, int library) {
 void libread2gap(Lib*& libs, int libSum) {
   say("Starting to find reads for each gap in " + std::to_string(libSum) + " librarys.\n");  // sic
   const std::time_t start = std::time(nullptr);
+  FilesAhead ahead(gzipFilesOf(libs, libSum));
   for (int i = 0; i < libSum; ++i) {
     say("Processing library " + std::to_string(i + 1) + "...\n");
-    streamLibrary(libs[i], i + 1);
+    streamLibrary(libs[i], i + 1, ahead);
   }
   say("Find reads in gaps done! There are " + std::to_string(totalFoundNum) +
       " reads found. Used time: " + std::to_string(std::time(nullptr) - start) + "s.\n");

@@ -2,11 +2,21 @@
 // The driver calls libread2gap once, between the start and the stop of the workers.
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <string_view>
 
 #include "libinfo/libinfo.h"
 
 namespace velk {
+
+/// Characters of the shortest name of a read file: shorter ones cannot be looked at for ".gz".
+inline constexpr std::size_t kShortestReadFileName = 3;
+
+/// Whether a file of this name is read as gzip.
+inline bool isGzipName(std::string_view file) {
+  return file.ends_with(".gz");
+}
 
 /// Streams the files of libs[0] to libs[libSum - 1]: of each library the pairs, the one-file pairs,
 /// the single-end FASTA and the single-end FASTQ files. Progress goes to the listener.

@@ -6,7 +6,8 @@
 
 #include "driver/fatal.h"
 #include "driver/velk.h"
-#include "streaming/gzipDamage.h"
+#include "streaming/filesAhead.h"
+#include "streaming/gzipInput.h"
 
 namespace velk {
 namespace {
@@ -62,11 +63,14 @@ std::string_view PlainLineSource::nextPiece() {
 GzipLineSource::GzipLineSource(const std::string& file) : file_(file) {}
 
 bool GzipLineSource::open() {
-  if (!input_.open(file_)) {
+  if (filesAhead != nullptr) input_ = filesAhead->take(file_);
+  if (input_ != nullptr) return true;
+  input_ = std::make_unique<GzipInput>();
+  if (!input_->open(file_)) {
     reportGzipDamage(file_, std::strerror(errno));
     isAtEnd_ = true;
   } else if (thread_num > 1) {
-    input_.inflateAhead();
+    input_->inflateAhead();
   }
   return true;
 }
@@ -75,9 +79,9 @@ bool GzipLineSource::open() {
 // there.
 bool GzipLineSource::refill() {
   if (isAtEnd_) return false;
-  block_ = input_.next();
+  block_ = input_->next();
   isAtEnd_ = block_.empty();
-  if (isAtEnd_ && !input_.damage().empty()) reportGzipDamage(file_, input_.damage());
+  if (isAtEnd_ && !input_->damage().empty()) reportGzipDamage(file_, input_->damage());
   return !isAtEnd_;
 }
 

@@ -13,6 +13,7 @@
 #pragma once
 
 #include <array>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -87,7 +88,7 @@ class GzipLineSource {
   bool gatherLine();
 
   std::string file_;
-  GzipInput input_;
+  std::unique_ptr<GzipInput> input_;
   bool isAtEnd_ = false;
   std::string_view block_;  // inflated bytes not yet read
   std::string_view line_;   // the line read last, in the block or in `gathered_`

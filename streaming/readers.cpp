@@ -4,6 +4,7 @@
 
 #include "driver/fatal.h"
 #include "driver/listener.h"
+#include "streaming/filesAhead.h"
 #include "streaming/lineSource.h"
 #include "streaming/readBuffer.h"
 #include "streaming/workerPool.h"
@@ -60,6 +61,7 @@ void streamRecords(Source& first, Source* second, const RecordShape& shape) {
   }
   first.finish();
   if (second != nullptr) second->finish();
+  if (filesAhead != nullptr) filesAhead->openNext();
   if (bufferNum >= 1) handOver();
 }
 

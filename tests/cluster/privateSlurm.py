@@ -70,6 +70,9 @@ class PrivateSlurm:
         os.makedirs(f"{folder}/state")
         with open(f"{folder}/slurm.conf", "w", encoding="ascii") as file:
             file.write(text)
+        # No node takes control groups, which newer versions ask for unless they are told.
+        with open(f"{folder}/cgroup.conf", "w", encoding="ascii") as file:
+            file.write("CgroupPlugin=disabled\n")
         with open(os.open(f"{folder}/munge.key", os.O_CREAT | os.O_WRONLY, 0o600), "wb") as file:
             file.write(os.urandom(128))
         self.environment = dict(os.environ, SLURM_CONF=f"{folder}/slurm.conf",

@@ -23,8 +23,8 @@ import tempfile
 import kinds
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "model"))
-import gunzip
 import runner
+import streams
 import velk_model
 
 DAMAGED_FILE = re.compile(rb"^\[ERROR\]: damaged gzip file: (\S+): .+", re.M)
@@ -39,9 +39,9 @@ DAMAGED = "damaged"
 def nature_of_file(kind, content):
     if not kind.packed:
         return PLAIN
-    if content[:2] != gunzip.MAGIC:
+    if content[:2] != streams.MAGIC:
         return NO_GZIP
-    return SOUND if gunzip.gunzip(content)[1] is None else DAMAGED
+    return SOUND if streams.gunzip(content)[1] is None else DAMAGED
 
 
 def nature(kind, changed):
@@ -96,7 +96,7 @@ def least_found(kind, changed, arguments):
     """What is found of the records that stand whole before every damaged block."""
     shortest = {}
     for name, content in changed.items():
-        lines = gunzip.gunzip(content, to_block=True)[0].split(b"\n")[:-1]
+        lines = streams.gunzip(content, to_block=True)[0].split(b"\n")[:-1]
         del lines[len(lines) // kind.record_lines * kind.record_lines:]
         shortest[name] = b"".join(line + b"\n" for line in lines)
     if not all(shortest.values()):

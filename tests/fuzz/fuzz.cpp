@@ -12,7 +12,7 @@
 #include <utility>
 
 #include "libinfo/libinfo.h"
-#include "streaming/gzipDamage.h"
+#include "streaming/gzipInput.h"
 #include "streaming/inflater.h"
 #include "tests/support/runParameters.h"
 
@@ -140,3 +140,9 @@ void startAfresh() {
 }
 
 }  // namespace velk::fuzz
+
+int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
+  velk::fuzz::startAfresh();
+  velk::fuzz::tryInput(velk::fuzz::Input(data, size));
+  return 0;
+}

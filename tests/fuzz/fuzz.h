@@ -1,9 +1,9 @@
 // What the fuzz targets share: inputs taken apart, runs that end early, findings.
 //
-// A target is a program with one LLVMFuzzerTestOneInput. It makes an input of velk of the bytes,
-// lets velk work on it in the same process, and compares the result with what a plain model or a
-// rule says. The preset `fuzz` links it with libFuzzer, all others with replayMain.cpp, which runs
-// it over the files of a corpus.
+// A target is a program with one tryInput(). It makes an input of velk of the bytes, lets velk work
+// on it in the same process, and compares the result with what a plain model or a rule says. The
+// preset `fuzz` links it with libFuzzer, all others with replayMain.cpp, which runs it over the
+// files of a corpus.
 #pragma once
 
 #include <cstddef>
@@ -114,6 +114,9 @@ std::string contentOf(const std::string& name);
 
 /// Gives all run parameters their defaults and forgets what else is left of an earlier run's files.
 void startAfresh();
+
+/// What a target does with an input; called after startAfresh(). Each target defines it.
+void tryInput(Input input);
 
 }  // namespace velk::fuzz
 

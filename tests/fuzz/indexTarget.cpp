@@ -176,13 +176,11 @@ class Ground : public test::PlacementTest {
 };
 
 }  // namespace
-}  // namespace velk::fuzz
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
-  using namespace velk::fuzz;
+void tryInput(Input input) {
   static Ground ground;
-  startAfresh();
   Said said;
-  ground.compare(placementInput(Input(data, size)));
-  return 0;
+  ground.compare(placementInput(input));
 }
+
+}  // namespace velk::fuzz

@@ -168,12 +168,8 @@ void compare(const std::string& file, std::size_t roomSize, InflateLibrary libra
 }
 
 }  // namespace
-}  // namespace velk::fuzz
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
-  using namespace velk::fuzz;
-  startAfresh();
-  Input input(data, size);
+void tryInput(Input input) {
   const int way = input.next();
   const auto most = static_cast<std::size_t>(input.next());
   const auto room = static_cast<std::size_t>(input.next());
@@ -187,9 +183,10 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     file = pack(file);
   }
   longestRead = most;
-  for (const velk::InflateLibrary library : velk::inflateLibraries()) {
+  for (const InflateLibrary library : inflateLibraries()) {
     compare(file, room == 0 ? 100000 : room * room, library);
   }
   longestRead = 0;
-  return 0;
 }
+
+}  // namespace velk::fuzz

@@ -105,20 +105,17 @@ void compareTable(std::string_view letters, uint64_t slots, float load) {
 }
 
 }  // namespace
-}  // namespace velk::fuzz
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
-  using namespace velk::fuzz;
-  startAfresh();
-  Input input(data, size);
-  velk::Kmer = input.next();
+void tryInput(Input input) {
+  Kmer = input.next();
   const auto slots = static_cast<uint64_t>(input.next());
   const int load = input.next();
   const std::string_view letters = input.rest().substr(0, kMostLetters);
-  if (letters.size() < static_cast<std::size_t>(velk::Kmer)) return 0;
+  if (letters.size() < static_cast<std::size_t>(Kmer)) return;
   Said said;
   compareKeys(letters);
   comparePacked(letters);
   compareTable(letters, slots, static_cast<float>(load) / 64.0F);
-  return 0;
 }
+
+}  // namespace velk::fuzz

@@ -110,17 +110,14 @@ void compare(std::vector<std::string>& arguments) {
 }
 
 }  // namespace
-}  // namespace velk::fuzz
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
-  using namespace velk::fuzz;
-  startAfresh();
-  const Input input(data, size);
+void tryInput(Input input) {
   std::vector<std::string> arguments{"velk"};
   for (const std::string& line : linesOf(input.rest())) {
     arguments.emplace_back(line.c_str());  // an argument ends at a NUL
     if (arguments.size() == kMostArguments) break;
   }
   compare(arguments);
-  return 0;
 }
+
+}  // namespace velk::fuzz

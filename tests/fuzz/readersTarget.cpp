@@ -144,19 +144,15 @@ void compare(bool isFastq, const std::string& first, const std::string& second) 
 }
 
 }  // namespace
-}  // namespace velk::fuzz
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
-  using namespace velk::fuzz;
-  startAfresh();
-  Input input(data, size);
+void tryInput(Input input) {
   const bool isFastq = input.next() % 2 == 1;
-  velk::batchLimit = 1 + input.next();
+  batchLimit = 1 + input.next();
   const auto most = static_cast<std::size_t>(input.next());
   GzipMaker maker{0, 0, 0};
   if (kGzip) {
     maker.way = input.next();
-    if (maker.way >= 32) velk::thread_num = 2;  // inflates ahead
+    if (maker.way >= 32) thread_num = 2;  // inflates ahead
     maker.members = static_cast<std::size_t>(input.next());
     maker.place = static_cast<std::size_t>(input.next());
   }
@@ -169,5 +165,6 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   longestRead = most;
   compare(isFastq, maker(first), maker(second));
   longestRead = 0;
-  return 0;
 }
+
+}  // namespace velk::fuzz

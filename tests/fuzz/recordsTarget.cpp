@@ -10,9 +10,9 @@
 #include <string_view>
 
 #include "reads/letters.h"
-#include "reads/packing.h"
 #include "reads/recordParser.h"
 #include "reads/recordSource.h"
+#include "reads/storedFile.h"
 #include "tests/fuzz/fuzz.h"
 #include "tests/reads/plainRecords.h"
 
@@ -43,7 +43,7 @@ struct Taken {
   std::string fault;
   Read read;
 
-  bool isSettled() const { return used != 0 || !fault.empty(); }
+  bool isDecided() const { return used != 0 || !fault.empty(); }
   bool operator==(const Taken&) const = default;
 };
 
@@ -64,7 +64,7 @@ Taken takenOf(std::string_view text, bool isAll) {
 
 void comparePart(std::string_view text, std::size_t size) {
   const Taken part = takenOf(text.substr(0, size), false);
-  if (!part.isSettled()) return;
+  if (!part.isDecided()) return;
   require(part == takenOf(text, false), "more text makes another record");
   require(part == takenOf(text, true), "the end of the text makes another record");
 }
@@ -80,21 +80,18 @@ void compareWithPlainReading(const std::string& text, const std::vector<Read>& g
 }
 
 }  // namespace
-}  // namespace velk::fuzz
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
-  using namespace velk::fuzz;
+void tryInput(Input input) {
   static const MemoryFile kFile;
-  startAfresh();  // zlib inflates: what ISA-L makes of damage depends on what it did before
-  Input input(data, size);
   const auto cut = static_cast<std::size_t>(input.next());
   const std::string file(input.rest());
   kFile.fill(file);
-  const Records records = recordsOf(kFile.name(), velk::reads::Helpers::kNone);
-  require(records == recordsOf(kFile.name(), velk::reads::Helpers::kInflateAhead),
+  const Records records = recordsOf(kFile.name(), reads::Helpers::kNone);
+  require(records == recordsOf(kFile.name(), reads::Helpers::kInflateAhead),
           "a helper makes a difference");
-  if (!file.starts_with('@') && !file.starts_with('>')) return 0;
+  if (!file.starts_with('@') && !file.starts_with('>')) return;
   if (records.error.empty()) compareWithPlainReading(file, records.reads);
   comparePart(file, 1 + cut * (file.size() - 1) / 63);
-  return 0;
 }
+
+}  // namespace velk::fuzz

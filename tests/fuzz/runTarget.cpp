@@ -1,4 +1,4 @@
-// Whole runs, each with one worker and with two. Input: runInput.h.
+// Whole runs, each with one worker and with two.
 #include <dirent.h>
 #include <fcntl.h>
 #include <unistd.h>
@@ -7,6 +7,7 @@
 #include <array>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "contig/contig.h"
@@ -15,10 +16,10 @@
 #include "streaming/readBuffer.h"
 #include "streaming/workerPool.h"
 #include "tests/fuzz/fuzz.h"
-#include "tests/fuzz/runInput.h"
+#include "tests/fuzz/readModel.h"
 #include "tests/support/files.h"
 
-/// The program's main(), renamed.
+// The program's main(), renamed.
 int velkMain(int argc, char** argv);
 
 // What a run that ends early holds by plain pointers.
@@ -29,6 +30,68 @@ const char* __lsan_default_suppressions() {
 
 namespace velk::fuzz {
 namespace {
+
+struct RunInput {
+  int batch = 1;                             // length of a batch
+  std::vector<std::string> arguments;        // without the program's name and -t
+  std::map<std::string, std::string> files;  // content by name
+};
+
+constexpr std::size_t kMostArguments = 30;
+constexpr std::size_t kMostFiles = 8;
+constexpr std::size_t kMember = 50;  // bytes of a gzip member
+constexpr int64_t kMostSlots = 4000;
+
+bool isPlainName(const std::string& name) {
+  return !name.empty() && name.size() <= 20 && name != "." && name != ".." &&
+         name.find('\0') == std::string::npos;
+}
+
+std::string gzipFileOf(const std::string& content) {
+  if (content.starts_with("\x1f\x8b")) return content;
+  return content.starts_with('!') ? content.substr(1) : storedAsGzip(content, kMember);
+}
+
+// The arguments without any -t, with small tables only.
+std::vector<std::string> tamed(const std::vector<std::string>& lines) {
+  std::vector<std::string> arguments;
+  for (std::size_t i = 0; i < std::min(lines.size(), kMostArguments); ++i) {
+    const std::string argument = lines[i].c_str();
+    const bool isLetter = argument.size() > 1 && argument[0] == '-';
+    if (isLetter && argument[1] == 't') {
+      ++i;
+      continue;
+    }
+    arguments.push_back(argument);
+    if (isLetter && argument[1] == 'm' && i + 1 < lines.size()) {
+      arguments.push_back(std::to_string(numberIn(lines[++i]) % kMostSlots));
+    }
+  }
+  return arguments;
+}
+
+// A byte for the length of a batch, then parts between form feeds: the arguments, one a line, and
+// the files, each with its name in the first line. What is in a file whose name ends in ".gz" is
+// made a gzip file, unless it is one or begins with '!', which is left out.
+//
+// Nothing outside the working folder can be named: every '/' is made a '_'. Values of -t are left
+// out, large ones of -m cut down.
+RunInput runInput(Input input) {
+  RunInput made;
+  made.batch = 1 + input.next() % 8;
+  std::string bytes(input.rest());
+  std::replace(bytes.begin(), bytes.end(), '/', '_');
+  const std::vector<std::string> parts = partsOf(bytes, '\f');
+  made.arguments = tamed(linesOf(parts[0]));
+  for (std::size_t i = 1; i < std::min(parts.size(), kMostFiles + 1); ++i) {
+    const std::size_t end = std::min(parts[i].find('\n'), parts[i].size());
+    const std::string name = parts[i].substr(0, end);
+    if (!isPlainName(name)) continue;
+    const std::string content = parts[i].substr(std::min(end + 1, parts[i].size()));
+    made.files[name] = name.ends_with(".gz") ? gzipFileOf(content) : content;
+  }
+  return made;
+}
 
 using Files = std::map<std::string, std::string>;
 
@@ -52,7 +115,7 @@ class WorkingFolder {
   WorkingFolder(const WorkingFolder&) = delete;
   WorkingFolder& operator=(const WorkingFolder&) = delete;
 
-  /// Takes all files out of the folder.
+  // Takes all files out of the folder.
   static Files take() {
     Files files;
     DIR* const folder = opendir(".");
@@ -174,10 +237,9 @@ void compare(const RunInput& input) {
 }
 
 }  // namespace
-}  // namespace velk::fuzz
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
-  using namespace velk::fuzz;
-  compare(runInput(Input(data, size)));
-  return 0;
+void tryInput(Input input) {
+  compare(runInput(input));
 }
+
+}  // namespace velk::fuzz

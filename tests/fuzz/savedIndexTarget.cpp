@@ -215,24 +215,18 @@ void change(std::string& bytes, std::string_view input) {
 }
 
 }  // namespace
-}  // namespace velk::fuzz
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
-  using namespace velk;
-  using namespace velk::fuzz;
-  startAfresh();
+void tryInput(Input input) {
   static World world;
   static const MemoryFile kFile;
-  std::string_view input(reinterpret_cast<const char*>(data), size);
-  const unsigned choice = input.empty() ? 0 : static_cast<unsigned char>(input.front());
-  input.remove_prefix(input.empty() ? 0 : 1);
+  const auto choice = static_cast<unsigned>(input.next());
   Made& made = world.made[choice / 2 % world.made.size()];
   if (made.hits.empty()) {
     made.hits = use(world, made.arguments);
     require(!made.hits.empty(), "nothing is found");
   }
   std::string bytes = made.bytes;
-  change(bytes, input);
+  change(bytes, input.rest());
   if (choice % 2 == 0) seal(bytes);
   kFile.fill(bytes);
   run::Arguments arguments = made.arguments;
@@ -247,5 +241,6 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
             "a message that does not name the index");
   }
   if (bytes == made.bytes) require(isTaken && hits == made.hits, "an index that was not changed");
-  return 0;
 }
+
+}  // namespace velk::fuzz

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "kmer/Sequence.h"
-#include "tests/kmer/hardTexts.h"
 #include "tests/kmer/kmerModel.h"
 #include "tests/support/runParameters.h"
 

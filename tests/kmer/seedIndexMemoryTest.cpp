@@ -13,7 +13,6 @@
 #include "kmer/hashSet.h"
 #include "kmer/seedIndex.h"
 #include "tests/kmer/failingAllocations.h"
-#include "tests/kmer/hardTexts.h"
 #include "tests/kmer/kmerModel.h"
 #include "tests/support/runParameters.h"
 

@@ -7,7 +7,6 @@
 #include <string>
 #include <vector>
 
-#include "tests/kmer/hardTexts.h"
 #include "tests/kmer/kmerModel.h"
 #include "tests/support/runParameters.h"
 

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "kmer/seedIndex.h"
-#include "tests/kmer/hardTexts.h"
 #include "tests/kmer/kmerModel.h"
 #include "tests/support/assembly.h"
 

@@ -79,7 +79,7 @@ def compress(r, content):
 
 def reason_comes_late(packed):
     """Whether the file neither begins like reads nor shows its damage on its first line."""
-    from gunzip import gunzip
+    from streams import gunzip
     content, damage = gunzip(packed)
     return damage is not None and content[:1] not in (b">", b"@") and b"\n" in content
 

@@ -8,7 +8,6 @@ import zlib
 
 import assembly
 import generate
-import gunzip
 import index
 import number
 import options
@@ -258,7 +257,7 @@ class Run(unittest.TestCase):
                          b">scaffold9_0\t0\n>bGG\n")
         self.assertTrue(result.files[b"s.fa.gapsinfo"].endswith(b">\t0\t4294967295\n"))
 
-    def test_a_slot_keeps_its_earlier_pair_turned_round(self):
+    def test_a_slot_keeps_its_earlier_pair_with_mates_exchanged(self):
         world, p = World("."), options.Parameters()
         placer = placement.Placer(p, assembly.Assembly(), index.Lookup(p.kmer, {}))
         placer.insert_length = 1001
@@ -279,22 +278,22 @@ class Damage(unittest.TestCase):
     def test_what_stood_before_the_damage(self):
         text = b"".join(b">r%d\nACGT%d\n" % (i, i * i) for i in range(200))
         packed = gzip.compress(text)
-        self.assertEqual(gunzip.gunzip(packed + b"\0\0"), (text, None))
-        self.assertEqual(gunzip.gunzip(packed + packed), (text + text, None))
-        self.assertEqual(gunzip.gunzip(packed + b"x"),
+        self.assertEqual(streams.gunzip(packed + b"\0\0"), (text, None))
+        self.assertEqual(streams.gunzip(packed + packed), (text + text, None))
+        self.assertEqual(streams.gunzip(packed + b"x"),
                          (text, b"trailing bytes after the last member"))
-        self.assertEqual(gunzip.gunzip(packed[:-5] + b"\7" + packed[-4:]),
+        self.assertEqual(streams.gunzip(packed[:-5] + b"\7" + packed[-4:]),
                          (text, b"incorrect data check"))
-        self.assertEqual(gunzip.gunzip(packed[:-1] + b"\7"), (text, b"incorrect length check"))
-        content, reason = gunzip.gunzip(packed[:-30])
+        self.assertEqual(streams.gunzip(packed[:-1] + b"\7"), (text, b"incorrect length check"))
+        content, reason = streams.gunzip(packed[:-30])
         self.assertTrue(text.startswith(content))
         self.assertEqual(reason, b"unexpected end of file")
 
     def test_unpacking_agrees_with_the_library(self):
         for level in (0, 1, 9):
             text = b">r\n" + b"ACGTTGCA" * 40 + bytes(range(256))
-            self.assertEqual(gunzip.before_damage(gzip.compress(text, level)), text)
-            self.assertEqual(gunzip.before_damage(gzip.compress(text, level), True), text)
+            self.assertEqual(streams.before_damage(gzip.compress(text, level)), text)
+            self.assertEqual(streams.before_damage(gzip.compress(text, level), True), text)
 
     def test_blocks_before_the_damaged_one(self):
         packer = zlib.compressobj(9, zlib.DEFLATED, 31)
@@ -304,9 +303,9 @@ class Damage(unittest.TestCase):
         for damaged, reason in ((packed[:-12], b"unexpected end of file"),
                                 (first + b"\xff" + packed[len(first) + 1:],
                                  b"invalid compressed data")):
-            self.assertEqual(gunzip.gunzip(whole + damaged, to_block=True),
+            self.assertEqual(streams.gunzip(whole + damaged, to_block=True),
                              (b">r0\nCC\n>r1\nACGT\n", reason))
-        self.assertEqual(gunzip.gunzip(whole + whole[:-1], to_block=True),
+        self.assertEqual(streams.gunzip(whole + whole[:-1], to_block=True),
                          (b">r0\nCC\n" * 2, b"unexpected end of file"))
 
 

@@ -12,7 +12,6 @@ import sys
 
 import assembly as assemblies
 import index
-import library
 import number
 import options
 from placement import Placer
@@ -64,7 +63,7 @@ def drive(world, p, argv):
         world.end(255, b"Please check input!\n")
     check_ranges(world, p)
 
-    libs = library.load(world, p)
+    libs = options.load_libraries(world, p)
     read_files = [name for lib in libs for name in lib.read_files()]
     protected = [p.lib_file, p.scaffold_file, p.contig_file] + read_files
     if p.scaffold_file or p.contig_file:

@@ -5,12 +5,12 @@
 
 A change exchanges an operator, moves a number by one, negates a condition or a returned truth, or
 leaves a statement out. N of them (200) are chosen by the seed, evenly from the folders named (the six of
-velk itself). Each is built in a copy of the tree below FOLDER, and tested until something fails: the
-unit tests of its folder, those of the others, the command-line cases, and random runs against the
-model. A change that the compiler refuses is replaced by another.
+velk itself). Each is made in a copy of the tree below FOLDER, which is built and tested step by step
+until something fails: the unit tests of its folder, the command-line cases, random runs against the
+model, and the unit tests of the other folders. A change that the compiler refuses is replaced by another.
 
-Changes that no test can see stand in equivalent.txt, with the reason. The script prints the survivors
-that do not, and a table, and ends with status 1 if there are any.
+Changes that no test can see stand in equivalent.txt, with the reason. The script prints what became of
+each change, and a table, and ends with status 1 if one survived that does not stand there.
 """
 
 import argparse
@@ -31,7 +31,8 @@ FOLDERS = ("driver", "libinfo", "contig", "kmer", "placement", "streaming")
 EQUIVALENT = pathlib.Path(__file__).with_name("equivalent.txt")
 BUILD_SECONDS = 3600
 TEST_SECONDS = 180  # of processor time, which other work on the machine does not make longer
-WAITED_SECONDS = 900
+WAITED_SECONDS = 3600  # for threads that wait for each other; the machine may be busy
+ADDRESS_SPACE = 16 << 30
 
 # Pattern -> what may stand in its place. Operators have blanks around them: clang-format sees to it.
 CHANGES = [
@@ -126,13 +127,8 @@ class Tree:
                         "-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_CXX_FLAGS_RELEASE=-O1 -DNDEBUG",
                         "-DVELK_SHORT=ON", "-DVELK_TESTS=ON", "-DVELK_CHECK=OFF", "-DVELK_RUN=OFF"],
                        check=True, stdout=subprocess.DEVNULL)
-        if not self.build():
-            raise SystemExit(f"the tree in {self.sources} can't be built")
-        if (said := self.failing("driver")) is not None:
-            raise SystemExit(f"without a change {said} fails")
 
-    def build(self):
-        targets = ["velk"] + [f"tests/{folder}/all" for folder in FOLDERS]
+    def build(self, *targets):
         try:
             done = subprocess.run(["cmake", "--build", self.objects, "--target", *targets], check=False,
                                   timeout=BUILD_SECONDS, stdout=subprocess.DEVNULL,
@@ -141,47 +137,70 @@ class Tree:
             return False
         return done.returncode == 0
 
-    def tests(self, folder):
-        """The commands that test a change in this folder, those likeliest to fail first."""
-        for name in (folder, *(other for other in FOLDERS if other != folder)):
-            for test in sorted((self.objects / "tests" / name).glob("velk_*_test")):
+    def steps(self, folder):
+        """What tests a change in this folder: targets, and a function that gives the commands which take
+        them. Those likeliest to fail come first."""
+        others = [other for other in FOLDERS if other != folder]
+        yield [f"tests/{folder}/all"], lambda: self.units([folder])
+        yield ["velk"], self.runs
+        yield [f"tests/{other}/all" for other in others], lambda: self.units(others)
+
+    def units(self, folders):
+        for folder in folders:
+            for test in sorted((self.objects / "tests" / folder).glob("velk_*_test")):
                 yield [test, "--gtest_brief=1", "--gtest_fail_fast"]
+
+    def runs(self):
         velk = self.objects / "velk"
         cases = sorted((self.sources / "tests/cli").glob("*.cases"))
         yield [sys.executable, "-B", self.sources / "tests/cli/run.py", "--velk", velk, *cases]
         yield [sys.executable, "-B", self.sources / "tests/model/runner.py", "--velk", velk, "0-99"]
 
-    def failing(self, folder):
-        """The first test that fails, or hangs; None when all pass."""
-        for command in self.tests(folder):
-            try:
-                done = subprocess.run(command, check=False, timeout=WAITED_SECONDS, cwd=self.folder,
-                                      stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                                      stderr=subprocess.DEVNULL, preexec_fn=limit_processor_time)
-                status = done.returncode
-            except subprocess.TimeoutExpired:
-                status = -1
-            if status != 0:
-                return " ".join(pathlib.Path(part).name for part in command[:3])
-        return None
+    def fails(self, command):
+        """Whether a test fails, or hangs."""
+        try:
+            done = subprocess.run(command, check=False, timeout=WAITED_SECONDS, cwd=self.folder,
+                                  stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                                  stderr=subprocess.DEVNULL, preexec_fn=limit)
+        except subprocess.TimeoutExpired:
+            return True
+        return done.returncode != 0
+
+    def tried(self, folder):
+        """What becomes of the tree as it stands: "refused", "survived", or "killed" with the test."""
+        for targets, commands in self.steps(folder):
+            if not self.build(*targets):
+                return "refused", ""
+            for command in commands():
+                if self.fails(command):
+                    return "killed", " ".join(pathlib.Path(part).name for part in command[:3])
+        return "survived", ""
+
+    def ready_for(self, folder):
+        """Ends the script if a test of the folder fails without a change."""
+        targets, commands = next(self.steps(folder))
+        if not self.build(*targets):
+            raise SystemExit(f"the tree in {self.sources} can't be built")
+        for command in commands():
+            if self.fails(command):
+                raise SystemExit(f"without a change {command[0]} fails")
 
     def outcome(self, change):
-        """What becomes of a change: "refused", "killed" or "survived"."""
+        """What becomes of a change, and the test that killed it."""
         file = self.sources / change.file
         text = file.read_text()
         lines = text.split("\n")
         lines[change.line] = change.after
         file.write_text("\n".join(lines))
         try:
-            if not self.build():
-                return "refused"
-            return "survived" if self.failing(change.file.split("/")[0]) is None else "killed"
+            return self.tried(change.file.split("/")[0])
         finally:
             file.write_text(text)
 
 
-def limit_processor_time():
+def limit():
     resource.setrlimit(resource.RLIMIT_CPU, (TEST_SECONDS, TEST_SECONDS))
+    resource.setrlimit(resource.RLIMIT_AS, (ADDRESS_SPACE, ADDRESS_SPACE))
 
 
 def equivalents():
@@ -204,14 +223,16 @@ def main():
     known = equivalents()
     trees = queue.Queue()
     for number in range(options.jobs):
-        trees.put(Tree(options.build.resolve() / str(number)))
+        tree = Tree(options.build.resolve() / str(number))
+        for folder in options.folders:
+            tree.ready_for(folder)
+        trees.put(tree)
     counts = collections.defaultdict(collections.Counter)
-    survivors = []
 
     def attempt(change):
         tree = trees.get()
         try:
-            return change, tree.outcome(change)
+            return change, *tree.outcome(change)
         finally:
             trees.put(tree)
 
@@ -222,21 +243,19 @@ def main():
             batch = [change for change, _ in zip(following, range(left))]
             if not batch:
                 break
-            for change, outcome in pool.map(attempt, batch):
+            for change, outcome, test in pool.map(attempt, batch):
                 if outcome == "refused":
                     continue
                 left -= 1
-                if outcome == "survived":
-                    outcome = "equivalent" if change.key() in known else "survived"
+                if outcome == "survived" and change.key() in known:
+                    outcome = "equivalent"
                 counts[change.file.split("/")[0]][outcome] += 1
-                if outcome == "survived":
-                    survivors.append(change)
-                    print(f"{change.file}:{change.line + 1}\n    {change.key()}", flush=True)
+                print(f"{outcome} {change.file}:{change.line + 1} {test}\n    {change.key()}", flush=True)
     print(f"{'folder':<12} {'made':>6} {'killed':>7} {'equivalent':>11} {'survived':>9}")
     for folder, of_folder in sorted(counts.items()):
         print(f"{folder:<12} {sum(of_folder.values()):>6} {of_folder['killed']:>7}"
               f" {of_folder['equivalent']:>11} {of_folder['survived']:>9}")
-    return 1 if survivors else 0
+    return 1 if any(of_folder["survived"] for of_folder in counts.values()) else 0
 
 
 if __name__ == "__main__":

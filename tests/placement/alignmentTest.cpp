@@ -9,8 +9,8 @@
 
 #include "contig/contig.h"
 #include "kmer/seedIndex.h"
-#include "tests/placement/hardPlacement.h"
 #include "tests/placement/placementTest.h"
+#include "tests/placement/randomPlacement.h"
 
 namespace velk::test {
 namespace {

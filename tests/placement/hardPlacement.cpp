@@ -1,4 +1,4 @@
-#include "tests/placement/hardPlacement.h"
+#include "tests/placement/randomPlacement.h"
 
 #include <algorithm>
 #include <cctype>

@@ -4,7 +4,9 @@
 
 #include <sys/stat.h>
 
+#include <chrono>
 #include <fstream>
+#include <future>
 #include <thread>
 
 #include "reads/readBatch.h"
@@ -238,6 +240,37 @@ TEST_F(ReadInput, Pipes) {
     EXPECT_EQ(input.bytes(), 0u);
     EXPECT_FALSE(input.fill(batch, 100));
     writer.join();
+    std::filesystem::remove("pipe");
+  }
+}
+
+// A pipe that does not go on, and an input that is left: its helper is not waited for. The first
+// bytes are waited for, as they say what the file is.
+TEST_F(ReadInput, PipeThatIsLeftBeforeItGoesOn) {
+  std::vector<Read> reads;
+  std::string sam;
+  for (unsigned i = 0; i < 4000; ++i) {
+    reads.push_back({"r", randomBases(100, i), std::string(100, 'F')});
+    sam += "r\t4\t*\t0\t0\t*\t*\t0\t0\t" + reads.back().bases + "\t" + reads.back().quality + "\n";
+  }
+  const std::string text = written(reads, {});
+  for (const std::string& file :
+       {packed(text, reads::Packing::kGzip), packed(text, reads::Packing::kXz), bamOf(sam)}) {
+    ASSERT_GT(file.size(), 80000u);
+    ASSERT_EQ(mkfifo("pipe", 0600), 0);
+    std::promise<void> isLeft;
+    auto wasLeft = std::async(std::launch::async, [&, left = isLeft.get_future()] {
+      std::ofstream pipe("pipe", std::ios::binary);
+      pipe << file.substr(0, file.size() - 1) << std::flush;
+      return left.wait_for(std::chrono::seconds(20)) == std::future_status::ready;
+    });
+    {
+      reads::ReadInput input({"pipe", "", true}, 0, Helpers::kInflateAhead);
+      EXPECT_EQ(input.takeSample(10, 1 << 20).first.size(), 10u);
+      std::this_thread::sleep_for(std::chrono::milliseconds(50));  // it comes to the pipe's end
+    }
+    isLeft.set_value();
+    EXPECT_TRUE(wasLeft.get());
     std::filesystem::remove("pipe");
   }
 }

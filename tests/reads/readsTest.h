@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "reads/packing.h"
 #include "reads/readInput.h"
 #include "reads/recordSource.h"
+#include "reads/storedFile.h"
 #include "tests/support/assembly.h"
 #include "tests/support/files.h"
 

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "reads/quality.h"
+#include "reads/readInput.h"
 #include "tests/reads/plainRecords.h"
 #include "tests/reads/readsTest.h"
 

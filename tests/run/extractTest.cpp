@@ -9,7 +9,7 @@
 #include "run/failure.h"
 #include "run/tables.h"
 #include "tests/run/bamFile.h"
-#include "tests/run/outputsFixture.h"
+#include "tests/run/madeReads.h"
 
 namespace velk::test {
 namespace {

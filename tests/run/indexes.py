@@ -103,8 +103,8 @@ class SameResult(Base):
         os.rename("scaffolds.fa", "elsewhere")  # the index has all of it
         for name in ("plan.json", "plain.json"):
             for task in "01":
-                self.call("task", name, task, "-o", f"share.{task}", "--index", "index")
-            self.call("gather", name, "share.1", "share.0", "-o", "got", "--index", "index")
+                self.call("task", name, task, "-o", f"{name}.{task}", "--index", "index")
+            self.call("gather", name, f"{name}.1", f"{name}.0", "-o", "got", "--index", "index")
             self.assertEqual(result("one"), result("got"))
             self.call("--plan", name, "-o", "got", "--index", "index", "-t", "3")
             self.assertEqual(result("one"), result("got"))

@@ -5,7 +5,7 @@
 #include <sstream>
 
 #include "tests/run/bamFile.h"
-#include "tests/run/outputsFixture.h"
+#include "tests/run/madeReads.h"
 
 namespace velk::test {
 namespace {

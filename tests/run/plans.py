@@ -142,13 +142,43 @@ class Plans(unittest.TestCase):
         self.refuses("there is no task 3; plan.json has 3, numbered from 0", "task", "plan.json",
                      "3", "-o", "s", status=2)
 
+    def test_what_a_plan_has_is_not_given_again(self):
+        for option, arguments in (("-k", ["-k", "25"]), ("--min-identity=0.9", ["--min-identity=0.9"]),
+                                  ("a_1.fq", ["a_1.fq"]), ("--pairs", ["--pairs", "a_1.fq", "a_2.fq"])):
+            for name, verb in (("velk-run", ["--plan", "plan.json"]),
+                               ("velk-run task", ["task", "plan.json", "0"])):
+                self.refuses(f"{option} can't be given with a plan, which has the files and options of its"
+                             f" run ({name} --help tells more)", *verb, *arguments, "-o", "x", status=2)
+        self.refuses("-k can't be given with a plan, which has the files and options of its run (velk-run"
+                     " gather --help tells more)", "gather", "plan.json", *SHARES, "-k", "25", "-o", "x",
+                     status=2)
+        for arguments in (["-k", "25"], ["--placeholder", "10"], ["-r", "9"]):
+            self.refuses(f"{arguments[0]} can't be given with a plan, which has the files and options of its"
+                         " run (velk-run index --help tells more)", "index", "--plan", "plan.json",
+                         *arguments, "-o", "x", status=2)
+
+    def test_a_misspelt_option_beside_a_plan(self):
+        self.refuses("--inputs-rot can't be given with a plan, which has the files and options of its run;"
+                     " did you mean --inputs-root by --inputs-rot? (velk-run task --help tells more)",
+                     "task", "plan.json", "0", "--inputs-rot", ".", "-o", "x", status=2)
+
     def test_no_plan(self):
-        write("no.json", "{}")
-        for arguments in (["task", "no.json", "0"], ["gather", "no.json", "share.0"],
-                          ["--plan", "no.json"]):
+        for text, why in (("{}", "it lacks a key, or a value is of another kind"),
+                          ("[]", "it lacks a key, or a value is of another kind"),
+                          ('{"program": 1}', "it lacks a key, or a value is of another kind"),
+                          ("", "it is no JSON, or a part of it only"),
+                          ('{"program": {', "it is no JSON, or a part of it only"),
+                          (">s\nACGT\n", "it is no JSON, or a part of it only")):
+            write("no.json", text)
+            for arguments in (["task", "no.json", "0"], ["gather", "no.json", "share.0"],
+                              ["--plan", "no.json"], ["index", "--plan", "no.json"]):
+                done = self.run_on(*arguments, "-o", "out")
+                self.assertEqual(2, done.returncode)
+                self.assertRegex(done.stderr.decode(),
+                                 rf"^\[ERROR\]: no\.json is no plan of velk-run [0-9.]+: {why}\n$")
+        for arguments in (["task", "share.0/share.json", "0"], ["--plan", "one/summary.json"]):
             done = self.run_on(*arguments, "-o", "out")
-            self.assertEqual(2, done.returncode)
-            self.assertIn(b"no.json is no plan of velk-run", done.stderr)
+            self.assertRegex(done.stderr.decode(), r"json is no plan of velk-run [0-9.]+: it lacks a key")
 
     def test_damaged_plans_are_refused_or_are_others(self):
         rng = random.Random(1)
@@ -172,6 +202,19 @@ class Plans(unittest.TestCase):
 
     def test_share_of_other_options(self):
         self.call("plan", *INPUTS, "-M", "0.97", "-o", "other.json")
+        self.call("task", "other.json", "1", "-o", "other")
+        shutil.rmtree("share.1")
+        os.rename("other", "share.1")
+        self.gather_refuses("share.1 is a share of another plan")
+
+    def test_a_whole_share_of_another_plan_stays(self):
+        self.call("plan", *INPUTS, "-M", "0.97", "-o", "other.json")
+        for threads in "12":
+            self.refuses("share.1 is a share of another plan; remove it, or choose another folder", "task",
+                         "other.json", "1", "-o", "share.1", "-t", threads)
+        self.gathers()
+        with open("share.1/share.json", "ab") as file:  # it is whole no longer
+            file.write(b" ")
         self.call("task", "other.json", "1", "-o", "share.1")
         self.gather_refuses("share.1 is a share of another plan")
 

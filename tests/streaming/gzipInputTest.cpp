@@ -3,7 +3,7 @@
 
 #include <zlib.h>
 
-#include "streaming/gzipHeader.h"
+#include "streaming/gzipDecoder.h"
 #include "tests/streaming/gzipWays.h"
 
 namespace velk::test {

@@ -8,8 +8,8 @@
 #include <fstream>
 #include <thread>
 
+#include "streaming/decodedInput.h"
 #include "streaming/gzipInput.h"
-#include "streaming/inflateAhead.h"
 #include "tests/streaming/gzipWays.h"
 
 namespace velk::test {

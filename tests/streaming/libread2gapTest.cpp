@@ -1,12 +1,18 @@
 // All read files of all libraries: their order, the insert length of each, the messages.
 #include <unistd.h>
 
+#include <cstdlib>
+#include <filesystem>
 #include <memory>
+#include <set>
 #include <string>
+#include <string_view>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
 
+#include "driver/listener.h"
 #include "libinfo/libinfo.h"
 #include "streaming/library.h"
 #include "streaming/mailbox.h"
@@ -301,6 +307,80 @@ TEST_F(Libread2gap, ElapsedSecondsCoverAllLibraries) {
   const int seconds = std::stoi(text.substr(used + 11));
   EXPECT_GE(seconds, 1);
   EXPECT_LE(seconds, 60);
+}
+
+// The files that are open at each message about a batch, of those whose names end in ".gz".
+class OpenFilesAtBatches final : public Listener {
+ public:
+  using Files = std::set<std::string>;
+
+  void say(std::string_view text) override {
+    if (text.starts_with("bufferNum: ")) batches_.push_back(openFiles());
+  }
+  void end(ExitStatus /*status*/, std::string_view /*message*/) override { std::abort(); }
+
+  const std::vector<Files>& batches() const { return batches_; }
+
+ private:
+  static Files openFiles() {
+    Files files;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+      std::error_code error;  // the one that lists them is gone by now
+      const std::filesystem::path file = std::filesystem::read_symlink(entry, error);
+      if (file.extension() == ".gz") files.insert(file.filename());
+    }
+    return files;
+  }
+
+  std::vector<Files> batches_;
+};
+
+class NextFile : public GapAssemblyTest {
+ protected:
+  NextFile() {
+    for (const char* file : {"a1.gz", "a2.gz", "c.gz", "d2.gz"}) {
+      writeGzip(file, fasta({firstMate(0, 1), firstMate(0, 2), firstMate(0, 3)}));
+    }
+    writeGzip("b.gz", fasta({firstMate(0, 1), secondMate(1)}));
+    write("plain.fa", fasta({firstMate(0, 1)}));
+    batchLimit = 2;  // records
+  }
+  ~NextFile() override { batchLimit = bufferSize; }
+
+  // What is open at each batch of these libraries with that many workers.
+  std::vector<OpenFilesAtBatches::Files> openAt(const std::vector<TestLibrary>& libraries,
+                                                int workers) {
+    TestLibraries libs(libraries);
+    openOutputFile();
+    start(workers);
+    OpenFilesAtBatches seen;
+    {
+      const ListenerInUse inUse(seen);
+      libs.streamAloud();
+    }
+    stop();
+    writtenOutput();
+    return seen.batches();
+  }
+
+  const std::vector<TestLibrary> libraries_{
+      {kInsert, {{"a1.gz", "a2.gz"}}, {"b.gz"}, {}, {}},
+      {0, {{"c.gz", "d2.gz"}}, {}, {"plain.fa", "missing.gz", "b.gz"}, {}}};
+};
+
+TEST_F(NextFile, IsOpenWhileTheLastBatchOfTheOneBeforeIsPlaced) {
+  using Batches = std::vector<OpenFilesAtBatches::Files>;
+  const Batches ahead{{"a1.gz", "a2.gz"},
+                      {"a1.gz", "a2.gz", "b.gz"},  // the last batch of the pairs
+                      {"b.gz", "c.gz"},            // as single reads, hence without its mates' file
+                      {"c.gz"},
+                      {"c.gz"},  // a plain file comes next
+                      {},        // a missing one comes next
+                      {"b.gz"}};
+  const Batches inPlace{
+      {"a1.gz", "a2.gz"}, {"a1.gz", "a2.gz"}, {"b.gz"}, {"c.gz"}, {"c.gz"}, {}, {"b.gz"}};
+  EXPECT_EQ(openAt(libraries_, 2), ahead);
+  EXPECT_EQ(openAt(libraries_, 1), inPlace);
 }
 
 }  // namespace

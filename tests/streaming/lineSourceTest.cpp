@@ -1,7 +1,7 @@
 // The two line sources: what a line is, and what a read beyond the last line leaves.
 #include "streaming/lineSource.h"
 
-#include "streaming/gzipDamage.h"
+#include "streaming/gzipInput.h"
 #include "tests/streaming/gzipWays.h"
 
 namespace velk::test {

@@ -8,9 +8,9 @@
 #include "contig/contig.h"
 #include "driver/velk.h"
 #include "streaming/blockReader.h"
+#include "streaming/decodedInput.h"
 #include "streaming/gzipDecoder.h"
 #include "streaming/gzipInput.h"
-#include "streaming/inflateAhead.h"
 #include "tests/streaming/streamingTest.h"
 #include "tests/support/files.h"
 
@@ -198,10 +198,8 @@ TEST(Contracts, BytesAreReadIntoSomeRoom) {
 }
 
 TEST(Contracts, TheHelperIsStartedBeforeItIsAsked) {
-  BlockReader file(1024);
-  GzipDecoder decoder(file);
-  InflateAhead ahead(decoder);
-  EXPECT_DEATH(ahead.next(), "isRunning");
+  AheadRing<int> ring([](int& /*block*/) { return true; }, HelperAtEnd::kIsAwaited);
+  EXPECT_DEATH(ring.next(), "isRunning");
 }
 
 TEST(Contracts, AFileIsInflatedAheadFromItsStartOrNotAtAll) {

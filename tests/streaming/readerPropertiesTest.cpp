@@ -7,7 +7,7 @@
 #include <fstream>
 
 #include "driver/velk.h"
-#include "streaming/gzipDamage.h"
+#include "streaming/gzipInput.h"
 #include "tests/streaming/gzipWays.h"
 #include "tests/streaming/readerKinds.h"
 #include "tests/streaming/streamingTest.h"

@@ -1,8 +1,8 @@
 // The readers of all kinds of files, and what the name of a read file says.
 #include "streaming/readers.h"
 
+#include "streaming/library.h"
 #include "streaming/readBuffer.h"
-#include "streaming/readFileName.h"
 #include "tests/streaming/readerKinds.h"
 #include "tests/streaming/streamingTest.h"
 
