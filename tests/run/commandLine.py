@@ -277,6 +277,44 @@ class CommandLine(unittest.TestCase):
         self.assertEqual((1, "[ERROR]: /dev/full/one.fq.gz can't be opened: Not a directory\n"),
                          (done.returncode, done.stderr.decode()))
 
+    def test_extracts_that_fail(self):
+        self.run_on(["scaffolds.fa", *READS, "-o", "out", "--quiet"])
+        no_space = "can't be written: No space left on device"
+        no_folder = "can't be opened: No such file or directory"
+        for arguments, message in ((["-o", "/dev/full"], f"/dev/full {no_space}"),
+                                   (["--bam", "-o", "/dev/full"], f"/dev/full {no_space}"),
+                                   (["-o", "no/x.gz"], f"no/x.gz {no_folder}"),
+                                   (["-o", "no/x.fq"], f"no/x.fq {no_folder}"),
+                                   (["--bam", "-o", "no/x.bam"], f"no/x.bam {no_folder}")):
+            done = self.run_on(["extract", "out", "5", *arguments])
+            self.assertEqual((1, f"[ERROR]: {message}\n"), (done.returncode, done.stderr.decode()))
+        for form in ([], ["--bam"]):
+            with open("/dev/full", "wb") as full:
+                done = subprocess.run([VELK_RUN, "extract", "out", "5", *form], cwd=self.folder,
+                                      stdout=full, stderr=subprocess.PIPE, check=False)
+            self.assertEqual((1, f"[ERROR]: standard output {no_space}\n"),
+                             (done.returncode, done.stderr.decode()))
+
+    def test_extracts_of_damaged_bam_files(self):
+        self.run_on(["scaffolds.fa", *READS, "-o", "out", "--quiet"])
+        bam = os.path.join(self.folder, "out", "reads.bam")
+        with open(bam, "rb") as file:
+            whole = file.read()
+        damaged = "out/reads.bam or its index can't be read, or is damaged"
+        for bytes_left, message in ((30000, damaged), (300, damaged), (0, damaged),
+                                    (None, "out/reads.bam can't be opened: No such file or directory"),
+                                    (len(whole), damaged)):  # then the index is missing
+            if bytes_left is None:
+                os.remove(bam)
+            else:
+                with open(bam, "wb") as file:
+                    file.write(whole[:bytes_left])
+            if bytes_left == len(whole):
+                os.remove(bam + ".bai")
+            done = self.run_on(["extract", "out", "5", "--bam"])
+            self.assertEqual((1, b"", f"[ERROR]: {message}\n"),
+                             (done.returncode, done.stdout, done.stderr.decode()))
+
     def test_forced_run(self):
         done = self.run_on(["scaffolds.fa", "few_1.fq", "few_2.fq", "-o", "out", "--force",
                             "--quiet"])
