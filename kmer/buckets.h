@@ -94,7 +94,7 @@ struct BucketRange {
   uint64_t size;
   BucketShape shape;
 
-  /// The highest bits of a hash choose the range (kRegionBits of them), those behind the bucket.
+  /// The top kRegionBits bits of a hash choose the region, the next bits the bucket.
   Bucket* home(uint64_t hash) const { return first + scaledTo(hash << kRegionBits, size); }
   Bucket* next(Bucket* bucket) const { return bucket + 1 == first + size ? first : bucket + 1; }
 
@@ -120,7 +120,10 @@ struct BucketRange {
   /// Adds a place behind all others of its hash. REQUIRES: one bucket is not full, also then.
   void add(uint64_t place, uint64_t hash) const {
     Bucket* bucket = home(hash);
-    while (bucket->isFull(shape)) bucket = next(bucket);
+    while (bucket->isFull(shape)) {
+      bucket = next(bucket);
+      assert(bucket != home(hash));
+    }
     bucket->add(place, hash, shape);
   }
 };

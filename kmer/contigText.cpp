@@ -5,6 +5,7 @@
 namespace velk {
 
 void ContigText::lay(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer) {
+  assert(kmer == Kmer);
   scaffoldInfo_ = scaffoldInfo;
   windowLength_ = std::min(kmer, DATA_LEN);
   const auto before = static_cast<uint64_t>(kmer - windowLength_);  // bases that no key holds

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cassert>
 #include <cstdint>
 #include <string_view>
 
@@ -54,7 +53,7 @@ class ContigText {
 
   /// Lays out these contigs, without letters. kmer: bases of a k-mer; a window in the text is the
   /// last ones of it, at most DATA_LEN. Throws std::bad_alloc without memory.
-  /// REQUIRES: the model stays as it is while the text is used.
+  /// REQUIRES: kmer == Kmer; the model stays as it is while the text is used.
   void lay(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer);
 
   /// Makes the text that is laid out: all letters A, no window marked.
@@ -67,7 +66,7 @@ class ContigText {
   /// The lines of a text whose positions end at `end`.
   static uint64_t linesFor(uint64_t end) { return (end + kPad) / kBasesOfLine + 1; }
 
-  /// Calls onPosition(p) for the positions of no window. They count as repeated.
+  /// Calls onPosition(p) for the positions at which no window begins. They are marked repeated.
   template <class OnPosition>
   void forEachNoWindow(OnPosition onPosition) const {
     uint64_t p = 0;
@@ -142,7 +141,7 @@ class ContigText {
     return !isMarkedRepeated(p) || (!isMarkedWindow(p) && (reversedMarksFrom(p) & 1U) == 0);
   }
 
-  /// Whether p is that of a window, odd or not.
+  /// Whether an indexed window, odd or not, begins at p.
   bool isOfContig(uint64_t p) const {
     const TextContig& contig = contigs_[contigOf(p)];
     return p >= contig.firstWindow && p < contig.endWindow();
@@ -155,7 +154,7 @@ class ContigText {
     return {contig.scaffold, contig.contig, p - contig.firstWindow};
   }
 
-  /// Prefetches the positions [from, to), as far as there are such.
+  /// Prefetches the positions [from, to), clipped to the end of the text.
   void prefetchRange(uint64_t from, uint64_t to) const {
     const uint64_t last = std::min(to, end_) / kBasesOfLine;
     for (uint64_t n = from / kBasesOfLine; n <= last; ++n) prefetchLine(&lines_[n]);

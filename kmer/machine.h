@@ -34,7 +34,7 @@ inline void prefetchLine(const void* address) {
   asm volatile("");
 }
 
-/// Advises the kernel about the whole pages of [start, start + bytes); it may not heed it.
+/// Advises the kernel about the whole pages of [start, start + bytes); the kernel may ignore it.
 inline void advise(void* start, std::size_t bytes, int advice) {
   constexpr uintptr_t kPage = 4096;  // bytes of a usual page
   const auto first = (reinterpret_cast<uintptr_t>(start) + kPage - 1) / kPage * kPage;

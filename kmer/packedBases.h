@@ -38,7 +38,7 @@ class PackedBases {
   /// The `count` bases from `offset` on, packed as Seq2Kmer packs them.
   /// REQUIRES: 1 <= count <= DATA_LEN, offset + count <= bases packed.
   uint64_t at(std::size_t offset, int count) const {
-    assert(offset / DATA_LEN + 1 < words_.size());
+    assert((offset + static_cast<std::size_t>(count) - 1) / DATA_LEN + 1 < words_.size());
     return packedAt(*this, offset, count);
   }
 

@@ -20,7 +20,7 @@ void addContigKmers(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_
 class PlainIndex {
  public:
   /// The answers of `set`, filled by addContigKmers with k-mers of `kmer` bases. Set and model must
-  /// stay as they are.
+  /// stay as they are. REQUIRES: kmer == Kmer.
   PlainIndex(const HashSet& set, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer)
       : set_(set), scaffoldInfo_(scaffoldInfo), scaffoldSum_(scaffoldSum), kmer_(kmer) {}
 

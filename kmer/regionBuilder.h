@@ -1,4 +1,4 @@
-// Builds a region of the seed index: all that kinds of seeds with hashes in one range have.
+// Builds one region of the seed index: the seeds whose hashes fall in one range.
 //
 // The runs of windows are brought into groups by their seeds' kinds, in text order. Equal windows
 // and reverse complements are of one kind: what becomes of a window follows from its group alone.

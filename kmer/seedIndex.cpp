@@ -49,7 +49,7 @@ bool SeedIndex::prefetchText(const SeedRun& run) const {
 
 SeedIndex::SeedVerdict SeedIndex::verdictOn(const SeedRun& run, const PackedBases& bases) const {
   SeedVerdict verdict;
-  // Of m-mers that tie, the reverse complement of a window may have another for its seed.
+  // With a tie, a window and its reverse complement may have seeds at different places.
   if (run.isTied) return verdict;
   const int length = seeds_.length();
   const uint64_t seed = bases.at(run.at, length);

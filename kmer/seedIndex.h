@@ -1,12 +1,14 @@
 // The seed index: does a k-mer occur once in the contigs, and where first? It keeps no k-mer, but
 // the contigs' packed text and the places of its seeds: 1.2 to 1.8 bytes a k-mer for k = 31.
 //
-// A window's k-mer is found by its seed (kmer/seeds.h). The places of one kind of seed stand in
-// text order, from its home bucket on; they overflow into the buckets behind it. Equal windows have
-// the same seed at the same offset, so the first place around which the text agrees is the first
-// occurrence. A kind with more than kMostPlaces places is heavy: it has the place kElsewhere alone,
-// and its windows stand in a second level, one place a distinct k-mer. So do the windows with
-// letters that are no bases, and those that share a kind with them. Two marks a window lie beside
+// A window's k-mer is found by its seed (kmer/seeds.h). The places of one kind of seed are stored
+// in text order, from its home bucket on; they overflow into the buckets after it. The first place
+// around which the text agrees is the first occurrence: equal windows have the same seed at the
+// same offset, the list holds the seed of every k-mer's first occurrence, a look-up visits the list
+// in text order, and whatever agrees is an occurrence, so none comes before the first. A kind with
+// more than kMostPlaces places is heavy: it stores kElsewhere alone, and its windows are in a
+// second level, one place a distinct k-mer. So are the windows with letters that are no bases, and
+// those that share a kind with them. Two marks a window lie beside
 // the text: whether its k-mer is repeated, and whether the index holds its reverse complement. The
 // parts come from sparse and skew k-mer dictionaries (Almodaresi et al., "A space and
 // time-efficient index for the compacted colored de Bruijn graph", 2018; Pibiri, "Sparse and skew
@@ -50,7 +52,7 @@ class SeedIndex {
   /// number of threads. Returns false, and is of no use, when memory runs out.
   /// placeBase is added to all places, and seeds are as long as for leastWindows windows at least:
   /// tests reach places beyond 32 bits and long seeds with these.
-  /// REQUIRES: the model stays as it is while the index is used.
+  /// REQUIRES: kmer == Kmer; the model stays as it is while the index is used.
   bool build(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer, int threads,
              uint64_t placeBase = 0, uint64_t leastWindows = 0);
 
@@ -81,7 +83,7 @@ class SeedIndex {
   const ContigText& text() const { return text_; }
   const Seeds& seeds() const { return seeds_; }
 
-  /// Whether the windows of the text are k-mers with letters that packed reads can have.
+  /// Whether the text has windows: not for k = 0, nor without a contig that is long enough.
   bool hasText() const { return text_.windows() != 0; }
 
   /// What the index knows of the k-mer with this key.
@@ -95,8 +97,8 @@ class SeedIndex {
     prefetchLine(range(seedLevel_, run.hash).home(run.hash));
   }
 
-  /// 2. Returns false if no window of the run, nor its reverse complement, is in the index.
-  /// Prefetches the text around the first place.
+  /// 2. Prefetches the text around the first place. Returns false if there is none, so that no
+  /// window of the run is indexed, on either strand.
   bool prefetchText(const SeedRun& run) const;
 
   struct SeedVerdict {
@@ -112,7 +114,8 @@ class SeedIndex {
   friend class RegionBuilder;
   friend class SeedIndexBuilder;
 
-  static constexpr uint64_t kElsewhere = ContigText::kPad / 2;  // where no seed lies
+  // A place where no seed lies: look in the second level.
+  static constexpr uint64_t kElsewhere = ContigText::kPad / 2;
 
   /// Places in buckets. Those whose hashes begin with the same bits have a range of their own.
   struct Level {

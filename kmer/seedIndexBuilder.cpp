@@ -131,6 +131,7 @@ class SeedIndexBuilder {
 
   void buildRegion(std::size_t r) {
     const Region region = RegionBuilder(index_, text_).build({runsOf(r), runs_[r]});
+    assert(bucketsFor(region.seeds.size()) <= level_.ranges[r].size);
     level_.ranges[r].size = bucketsFor(region.seeds.size());
     fill(&level_.buckets[level_.ranges[r].first], region.seeds);
     windows_[r].resize(bucketsFor(region.windows.size()));

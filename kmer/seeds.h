@@ -42,7 +42,7 @@ struct LeastRank {
 /// The least of `count` ranks, 1 to kMostOffsets. Reads kMostOffsets of them.
 LeastRank leastRank(const uint32_t* ranks, unsigned count);
 
-/// A longest stretch of windows that share a seed.
+/// A maximal run of windows with one seed, within the range asked for.
 struct SeedRun {
   uint64_t at;     // position of the seed's first base
   uint64_t hash;   // of its kind
@@ -134,7 +134,7 @@ void Seeds::forEachRun(const Words& words, uint64_t from, uint64_t to, OnRun onR
         if (isKnown) break;
         isTied = true;
       }
-      if (next == stop && stop < to) break;  // it may go on, and is sought again
+      if (next == stop && stop < to) break;  // it may continue in the next chunk: redone there
       onRun(SeedRun{seed, hashOf(packedAt(words, seed, m_)), window, next - 1, isTied});
       if (isKnown)
         least = {ranks[next - start + width - 1], static_cast<unsigned>(width) - 1, false};

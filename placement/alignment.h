@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -21,7 +20,7 @@ namespace velk {
 /// A set of the windows (k-mer offsets) of one read.
 class WindowSet {
  public:
-  static constexpr std::size_t kNone = ~std::size_t{0};  // one less than the first window
+  static constexpr std::size_t kNone = ~std::size_t{0};  // -1: users add 1 to it
 
   /// Makes it the empty set of `windows` windows.
   void reset(std::size_t windows) {
@@ -29,14 +28,13 @@ class WindowSet {
     words_.assign(windows / 64 + 2, 0);  // one more, which insertMask may touch
   }
 
-  /// The number of windows that it may have.
+  /// The number of windows of the read.
   std::size_t size() const { return size_; }
 
   bool contains(std::size_t window) const { return words_[window / 64] >> window % 64 & 1U; }
   void erase(std::size_t window) { words_[window / 64] &= ~(uint64_t{1} << window % 64); }
 
-  /// Inserts those of the 64 windows from `from` on that have a bit in `mask`, the first the
-  /// lowest. REQUIRES: each of them is one that it may have.
+  /// Inserts window from + i for each bit i of `mask`. REQUIRES: each is less than size().
   void insertMask(std::size_t from, uint64_t mask) {
     assert(mask == 0 || from + static_cast<std::size_t>(std::bit_width(mask)) <= size_);
     words_[from / 64] |= mask << from % 64;
@@ -80,7 +78,7 @@ class WindowSet {
   }
 
  private:
-  // The first window from `from` on that is in the set, if its words are flipped by `flip`.
+  // The first window from `from` on that is in the set (flip 0), or missing (flip all ones).
   std::size_t first(std::size_t from, uint64_t flip) const {
     for (std::size_t at = from; at < size_; at = (at / 64 + 1) * 64) {
       const uint64_t found = (words_[at / 64] ^ flip) >> at % 64;
@@ -97,7 +95,7 @@ class WindowSet {
 
 class Alignment {
  public:
-  /// Makes it one of a read of `windows` windows, and forgets on which it agrees.
+  /// Clears the alignment, for a read of `windows` windows.
   void reset(std::size_t windows) {
     isThere_ = false;
     matches_.reset(windows);

@@ -1,15 +1,16 @@
-// The fast engine of placement: it looks only those windows up that can be hits.
+// The fast engine of placement. It looks up only windows that can be hits.
 //
-// Groups of reads are prepared together, step by step (placement/readPreparer.h), and the windows
-// that are left are walked over (placement/kmerWalk.h). They are not those that are known
-//   1. to be absent because of their seeds, or because they are reverse complements of windows of
-//      the contig that the read is aligned to: the preparing of reads finds them;
-//   2. to lie on the diagonal of a refused hit and to agree with the contig there: each is the
-//      contig's own k-mer, so it lies at this very place, or is repeated.
-// All other windows are tried. One that agrees with the contig needs no look-up: the contig's mark
-// answers. Another reason to skip goes into ReadPreparer::sift(); one that is learned during the
-// walk into noteRefused() or uniquePlaceOf(). A read with other letters than bases is not prepared:
-// all its windows are looked up.
+// Groups of reads are prepared together, step by step (placement/readPreparer.h); the walk visits
+// the remaining windows (placement/kmerWalk.h). A window may be skipped only if its k-mer is absent
+// from the index, is repeated, or would give a hit equal to a refused one. The walk skips those
+//   1. that are known to be absent: because of their seeds, or because they lie on the strand
+//      opposite a window of the contig whose reverse complement the index does not hold;
+//   2. that agree with the contig along the diagonal of a refused hit: each is the contig's own
+//      k-mer, so it lies at this very place, or is repeated.
+// One that agrees with the contig needs no look-up: the contig's mark answers. Another reason to
+// skip goes into ReadPreparer::sift(); one that is learned during the walk into noteRefused() or
+// uniquePlaceOf(). A read with other letters than bases is not prepared: all its windows are looked
+// up.
 #pragma once
 
 #include <cassert>
@@ -37,7 +38,8 @@ class CandidateWindows {
 
   std::size_t count() const { return read_.windows - before_; }
 
-  // A hit of the first window mostly ends the walk, so no more is found out before it is visited.
+  // The first window is visited whenever it agrees with the text, also if it is to be skipped: a
+  // hit of it mostly ends the walk, and then the rest of a deferred read is never prepared.
   std::size_t first() { return read_.alignment.agreesAt(onRead(0), isReversed_) ? 0 : next(0); }
   std::size_t after(std::size_t window) { return next(window + 1); }
 
@@ -54,8 +56,7 @@ class CandidateWindows {
   }
 
  private:
-  // The window of the packed read that holds the key of a window of this strand, and the other way
-  // round.
+  // Converts between a window of this strand and the window of the packed read that has its key.
   std::size_t onRead(std::size_t window) const {
     return isReversed_ ? count() - 1 - window : before_ + window;
   }
@@ -67,7 +68,7 @@ class CandidateWindows {
     return onRead(skipped_.lastMissing(count() - from));
   }
 
-  // What the index knows of a window's k-mer. Where it is there, the read is aligned through it.
+  // What the index knows of a window's k-mer. If it is found, aligns the read along its diagonal.
   Occurrence occurrenceOf(std::size_t readWindow) {
     Alignment& alignment = read_.alignment;
     if (alignment.agreesAt(readWindow, isReversed_)) {
@@ -92,7 +93,7 @@ class CandidateWindows {
   WindowSet& skipped_;
 };
 
-/// See placement/plainEngine.h.
+/// Implements the engine's interface (placement/plainEngine.h).
 class FastEngine : public ReadPreparer {
  public:
   using Prepared = PreparedRead;

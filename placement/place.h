@@ -62,7 +62,7 @@ class ReadStrand {
 /// accept(hit, verdict) takes one that is no refusal. Returns where the walk stopped.
 template <class Read, class Sink, class Judge, class Accept>
 int64_t walkHits(Read& read, Sink& sink, Judge judge, Accept accept) {
-  std::set<Hit> refused;  // those that the sink has been given
+  std::set<Hit> refused;  // hits already reported to the sink
   return read.visitHits([&](const Hit& hit) {
     const Verdict verdict = judge(hit);
     if (verdict.refusal == Refusal::kNone) {

@@ -1,6 +1,7 @@
 #include "placement/readPreparer.h"
 
 #include <algorithm>
+#include <cassert>
 #include <string_view>
 
 namespace velk {
@@ -29,12 +30,12 @@ void prefetchAlong(const ContigText& text, const PreparedRead& read, const Diago
 
 }  // namespace
 
-// Looks up the seeds of those of a part of the windows that do not agree with the text: their
-// places rule windows out, or show how the read is aligned.
+// Looks up the seeds of windows that do not agree with the text. `part` selects the windows. The
+// places of the seeds rule windows out, or show how the read is aligned.
 void ReadPreparer::lookUpSeeds(std::span<PreparedRead> reads, Part part) {
   seeds_.clear();
   for (PreparedRead& read : reads) {
-    if (!read.isPacked() || read.isLeft) continue;
+    if (!read.isPacked() || read.isDeferred) continue;
     if (part != Part::kAll && read.alignment.isThere()) continue;
     const WindowSet& matches = read.alignment.matches();
     const std::size_t end = part == Part::kFirst ? 1 : read.windows;
@@ -48,12 +49,7 @@ void ReadPreparer::lookUpSeeds(std::span<PreparedRead> reads, Part part) {
       from = matches.firstMissing(to);
     }
   }
-  std::erase_if(seeds_, [&](const auto& seed) {
-    const auto& [read, run] = seed;
-    if (index_.prefetchText(run)) return false;
-    for (WindowSet& skipped : read->skipped) skipped.insertMask(run.first, run.windows());
-    return true;
-  });
+  for (const auto& [read, run] : seeds_) index_.prefetchText(run);
   found_.clear();
   for (const auto& [read, run] : seeds_) {
     const SeedIndex::SeedVerdict verdict = index_.verdictOn(run, read->packed);
@@ -68,7 +64,8 @@ void ReadPreparer::lookUpSeeds(std::span<PreparedRead> reads, Part part) {
   }
 }
 
-// Whether the first window that is tried is known to be a hit.
+// Whether the first window of a strand is known to be a hit: of those of the index, which for
+// k > 32 begin in front of those that are tried.
 bool ReadPreparer::isHitFirst(const PreparedRead& read, bool isReversed) const {
   if (!read.isPacked()) return false;
   const std::size_t window =
@@ -87,7 +84,7 @@ void ReadPreparer::pack(std::span<PreparedRead> reads) {
     read.windows = isPacked ? bases.size() - window + 1 : 0;
     read.alignment.reset(read.windows);
     read.isSifted = false;
-    read.isLeft = false;
+    read.isDeferred = false;
     for (WindowSet& skipped : read.skipped) skipped.reset(read.windows);
   }
 }
@@ -101,7 +98,7 @@ void ReadPreparer::align(std::span<PreparedRead> reads) {
 void ReadPreparer::sift(std::span<PreparedRead> reads) {
   if (steps_.sift) lookUpSeeds(reads, Part::kAll);
   for (PreparedRead& read : reads) {
-    if (read.isLeft) continue;
+    if (read.isDeferred) continue;
     read.isSifted = true;
     const Alignment& alignment = read.alignment;
     if (!steps_.reversed || !alignment.isThere()) continue;
@@ -111,23 +108,25 @@ void ReadPreparer::sift(std::span<PreparedRead> reads) {
 
 void ReadPreparer::prepare(std::span<PreparedRead> leads, std::span<PreparedRead> others,
                            bool isReversedFirst) {
+  assert(others.empty() || others.size() == leads.size());
   pack(leads);
   pack(others);
-  const auto leaveHits = [&](std::span<PreparedRead> reads) {
+  const auto deferHits = [&](std::span<PreparedRead> reads) {
     for (std::size_t n = 0; n < others.size() && steps_.leads; ++n) {
-      reads[n].isLeft = isHitFirst(leads[n], isReversedFirst);
+      reads[n].isDeferred = isHitFirst(leads[n], isReversedFirst);
     }
   };
   align(leads);
-  leaveHits(leads);
+  deferHits(leads);
   sift(leads);
-  leaveHits(others);
+  deferHits(others);
   align(others);
   sift(others);
 }
 
 void ReadPreparer::complete(PreparedRead& read) {
-  read.isLeft = false;
+  assert(read.isPacked());
+  read.isDeferred = false;
   align({&read, 1});
   sift({&read, 1});
 }

@@ -1,5 +1,5 @@
-// What is made of one hit of a read: the gaps in which it, or its mate, is recorded, or why it is
-// refused; and how a sink is given it. Pure functions of the model and the options.
+// Judges one hit of a read: the gaps in which it, or its mate, is recorded, or the reason for
+// refusal; and how a sink is given it. Pure functions of the model and the options.
 //
 // A gap is named by the index of the contig behind it; positions count from the gap's first base to
 // the first base of the read that is recorded.
@@ -39,6 +39,7 @@ struct Verdict {
   std::array<GapPlace, 3> places{};
 
   void add(RecordKind kind, uint64_t gapOfRecord, int64_t position, int64_t movedBy = 0) {
+    assert(count < places.size());
     places[count++] = {kind, gapOfRecord, position, position - movedBy};
   }
 };
