@@ -8,6 +8,7 @@ names.
 import hashlib
 import json
 import os
+import pty
 import re
 import shutil
 import subprocess
@@ -164,6 +165,17 @@ class Files(unittest.TestCase):
         self.assertIn("0 of 0 gaps have reads", run(VELK_REPORT, "--text", out).stdout)
         self.assertEqual(run(VELK_REPORT, "--gap", "0", out).returncode, 2)
         self.assertEqual(run(VELK_REPORT, out, out).returncode, 0)
+
+    def test_a_page_is_not_for_the_terminal(self):
+        master, slave = pty.openpty()
+        for arguments in (["a", "b"], ["--found", "found.fa", "scaffolds.fa"]):
+            done = subprocess.run([VELK_REPORT, *arguments], stdout=slave, stderr=subprocess.PIPE,
+                                  text=True, check=False)
+            self.assertEqual((done.returncode, done.stderr),
+                             (2, "[ERROR]: a page is no text for the terminal: give --output FILE, or"
+                              " --text (velk-report --help tells more)\n"))
+        os.close(slave)
+        os.close(master)
 
     def test_two_runs(self):
         """Against a run with half of the reads, and one whose scaffold has another name."""
