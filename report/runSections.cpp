@@ -110,9 +110,9 @@ std::string factsOf(const RunData& data, const LibraryData& library) {
     html +=
         fact(library.arePairs ? "Pairs on contigs" : "Reads on contigs", ofAll(library.onContigs));
   }
-  html += fact(library.arePairs ? "Pairs passed over: with N" : "Reads passed over: with N",
+  html += fact(library.arePairs ? "Pairs skipped: with N" : "Reads skipped: with N",
                ofAll(library.withN));
-  html += fact(library.arePairs ? "Pairs passed over: too short" : "Reads passed over: too short",
+  html += fact(library.arePairs ? "Pairs skipped: too short" : "Reads skipped: too short",
                ofAll(library.tooShort));
   return html + "</dl>";
 }
