@@ -20,7 +20,7 @@ namespace velk {
 /// accept(hit, verdict) takes one that is no refusal. Returns where the walk stopped.
 template <class Read, class Sink, class Judge, class Accept>
 int64_t walkHits(Read& read, Sink& sink, Judge judge, Accept accept) {
-  std::set<Hit> refused;  // those of which the sink has been told
+  std::set<Hit> refused;  // those that the sink has received
   return read.visitHits([&](const Hit& hit) {
     const Verdict verdict = judge(hit);
     if (verdict.refusal == Refusal::kNone) {

@@ -55,8 +55,8 @@
     words.setAttribute("aria-label", "Filter by scaffold or gap number");
     const reasons = document.createElement("select");
     reasons.setAttribute("aria-label", "Filter by what is said of the gap");
-    const told = Array.from(new Set(rows.map((row) => row.dataset.why))).sort();
-    for (const reason of ["", ...told]) reasons.add(new Option(reason || "all gaps", reason));
+    const given = Array.from(new Set(rows.map((row) => row.dataset.why))).sort();
+    for (const reason of ["", ...given]) reasons.add(new Option(reason || "all gaps", reason));
     const shown = document.createElement("span");
     shown.setAttribute("role", "status");
 

@@ -70,7 +70,7 @@ class PrivateSlurm:
         os.makedirs(f"{folder}/state")
         with open(f"{folder}/slurm.conf", "w", encoding="ascii") as file:
             file.write(text)
-        # No node takes control groups, which newer versions ask for unless they are told.
+        # No node takes control groups, which newer versions ask for by default.
         with open(f"{folder}/cgroup.conf", "w", encoding="ascii") as file:
             file.write("CgroupPlugin=disabled\n")
         with open(os.open(f"{folder}/munge.key", os.O_CREAT | os.O_WRONLY, 0o600), "wb") as file:

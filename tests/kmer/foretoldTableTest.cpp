@@ -34,33 +34,33 @@ TEST(ForetoldTable, NumbersAndLinesOfTheHashSet) {
                                                std::nextafter(1.0F, 0.0F), 1.0F, std::nanf(""));
     const auto keys = *rc::gen::inRange<uint64_t>(0, 20000);
     const OwnSet real = makeSet(slots, loadFactor);
-    const OwnSet told = foretold(slots, loadFactor);
-    RC_ASSERT(told->size == real->size);
-    RC_ASSERT(told->max == real->max);
-    RC_ASSERT(told->count == 0U);
+    const OwnSet numbers = foretold(slots, loadFactor);
+    RC_ASSERT(numbers->size == real->size);
+    RC_ASSERT(numbers->max == real->max);
+    RC_ASSERT(numbers->count == 0U);
     const std::string lines = messagesOf([&] {
       for (uint64_t n = 0; n < keys; ++n) {
         add_hashset(real.get(), entityOf(n * 0x9E3779B97F4A7C15U));
       }
     });
-    RC_ASSERT(messagesOf([&] { growForetold(told.get(), keys); }) == lines);
-    RC_ASSERT(told->count == real->count);
-    RC_ASSERT(told->size == real->size);
-    RC_ASSERT(told->max == real->max);
-    RC_ASSERT(told->load_factor == real->load_factor);
-    RC_ASSERT(told->e_size == real->e_size);
+    RC_ASSERT(messagesOf([&] { growForetold(numbers.get(), keys); }) == lines);
+    RC_ASSERT(numbers->count == real->count);
+    RC_ASSERT(numbers->size == real->size);
+    RC_ASSERT(numbers->max == real->max);
+    RC_ASSERT(numbers->load_factor == real->load_factor);
+    RC_ASSERT(numbers->e_size == real->e_size);
   }));
 }
 
 TEST(ForetoldTable, HugeOneTakesNoMemory) {
   failAllocationAfter(0);  // of all that a set of this size takes
-  const OwnSet told = foretold(kMaxSlots - 1000, 0.75F);
+  const OwnSet numbers = foretold(kMaxSlots - 1000, 0.75F);
   failNoAllocation();
   EXPECT_EQ(deniedBytes(), 0U);
-  EXPECT_EQ(told->size, numbersOfNew(kMaxSlots - 1000, 0.75F).size);
-  EXPECT_EQ(told->array, nullptr);
-  EXPECT_EQ(told->nul_flag, nullptr);
-  EXPECT_EQ(told->del_flag, nullptr);
+  EXPECT_EQ(numbers->size, numbersOfNew(kMaxSlots - 1000, 0.75F).size);
+  EXPECT_EQ(numbers->array, nullptr);
+  EXPECT_EQ(numbers->nul_flag, nullptr);
+  EXPECT_EQ(numbers->del_flag, nullptr);
 }
 
 TEST(ForetoldTable, NoMemoryForTheNumbers) {

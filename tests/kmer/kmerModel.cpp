@@ -26,7 +26,7 @@ uint64_t keyOf(std::string_view letters) {
   return key;
 }
 
-std::string told(const KmerPlace& place, bool isUnique) {
+std::string textOf(const KmerPlace& place, bool isUnique) {
   std::ostringstream words;
   words << place.scaffold << ' ' << place.contig << ' ' << place.start
         << (isUnique ? " once" : " repeated");
@@ -69,9 +69,9 @@ bool KmerModel::build(SeedIndex& index, int threads, uint64_t placeBase,
 std::string KmerModel::wrongAnswer(const SeedIndex& index, uint64_t key) const {
   const std::optional<KmerAnswer> answer = index.placeOf(key);
   const auto known = kmers_.find(key);
-  const std::string got = answer ? told(answer->first, answer->isUnique) : "absent";
+  const std::string got = answer ? textOf(answer->first, answer->isUnique) : "absent";
   const std::string expected =
-      known == kmers_.end() ? "absent" : told(known->second.first, known->second.times == 1);
+      known == kmers_.end() ? "absent" : textOf(known->second.first, known->second.times == 1);
   if (got == expected) return "";
   std::ostringstream words;
   words << "k " << Kmer << ", key " << std::hex << key << ": " << got << ", not " << expected;

@@ -24,7 +24,7 @@ REACH = INSERT + 3 * SPREAD
 CONTIG = 3000
 
 
-def told(folder):
+def reasons_of(folder):
     """Gap -> reason, as the page's table has it."""
     with open(os.path.join(folder, "report.html"), encoding="utf-8") as file:
         page = file.read()
@@ -33,7 +33,7 @@ def told(folder):
 
 
 class Planted:
-    """Scaffolds of two contigs, each with what is to be told of its gap."""
+    """Scaffolds of two contigs, each with the reason to be given for its gap."""
 
     def __init__(self, seed):
         self.chance = random.Random(seed)
@@ -135,7 +135,7 @@ class Reasons(unittest.TestCase):
             planted.add_overlap("unknown length", gap)
         planted.write(self.folder)
         out = self.run_velk("--pairs", "p_1.fq", "p_2.fq", "--single", "s.fq", "--placeholder", "101")
-        self.assertEqual(told(out), planted.wanted)
+        self.assertEqual(reasons_of(out), planted.wanted)
         with open(os.path.join(out, "summary.json"), encoding="utf-8") as file:
             summary = json.load(file)["report"]["reasons"]
         counted = collections.Counter(planted.wanted.values())
@@ -155,7 +155,7 @@ class Reasons(unittest.TestCase):
             for pair in made.outward_of(planted.chance, each, 30, LENGTH, 2500, 150):
                 planted.pairs.add(*pair)
         planted.write(self.folder)
-        self.assertEqual(told(self.run_velk("--mate-pairs", "p_1.fq", "p_2.fq")), planted.wanted)
+        self.assertEqual(reasons_of(self.run_velk("--mate-pairs", "p_1.fq", "p_2.fq")), planted.wanted)
 
 
 if __name__ == "__main__":

@@ -190,7 +190,7 @@ class Refused(Base):
         self.run_refuses("index is the index of another assembly than scaffolds.fa")
 
     def test_an_assembly_that_differs_in_its_middle(self):
-        """It is told at the end, before there is a result."""
+        """It is said at the end, before there is a result."""
         rng = random.Random(1)
         with open("scaffolds.fa", "a", encoding="ascii") as file:
             file.write(">long\n" + "".join(rng.choices("ACGT", k=2500000)) + "\n")
