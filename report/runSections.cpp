@@ -1,3 +1,4 @@
+// The sections of the page about the run as a whole, its inputs and libraries.
 #include <algorithm>
 #include <cmath>
 

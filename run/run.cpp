@@ -1,3 +1,4 @@
+// A run in one piece, and one task of a plan.
 #include <future>
 #include <optional>
 
