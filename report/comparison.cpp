@@ -20,27 +20,56 @@ Place placeOf(const RunData& data, std::size_t gap) {
   return {data.scaffoldOf(facts), facts.from, facts.to};
 }
 
-// Libraries by name, those of the first run in front.
-std::vector<std::string> librariesOf(const RunData& one, const RunData& other) {
-  std::vector<std::string> names;
-  for (const RunData* data : {&one, &other}) {
-    for (const LibraryData& library : data->libraries) {
-      if (std::find(names.begin(), names.end(), library.name) == names.end()) {
-        names.push_back(library.name);
-      }
+std::vector<SharedLibrary> librariesOf(const RunData& one, const RunData& other) {
+  std::vector<SharedLibrary> libraries;
+  for (std::size_t l = 0; l < one.libraries.size(); ++l) {
+    libraries.push_back({one.libraries[l].name, l, {}});
+  }
+  for (std::size_t l = 0; l < other.libraries.size(); ++l) {
+    const std::string& name = other.libraries[l].name;
+    const auto same = std::find_if(libraries.begin(), libraries.end(),
+                                   [&](const SharedLibrary& each) { return each.name == name; });
+    if (same == libraries.end()) {
+      libraries.push_back({name, {}, l});
+    } else {
+      same->other = l;
     }
   }
-  return names;
+  return libraries;
 }
 
-uint64_t countOf(const RunData& data, const std::string& library, ReadKind kind) {
+// Nothing of a library that the run does not have.
+uint64_t countAt(const RunData& data, std::size_t gap, std::optional<std::size_t> library,
+                 ReadKind kind) {
+  return library ? data.count(gap, *library, kind) : 0;
+}
+
+uint64_t countOf(const RunData& data, std::optional<std::size_t> library, ReadKind kind) {
   uint64_t sum = 0;
-  for (std::size_t l = 0; l < data.libraries.size(); ++l) {
-    if (data.libraries[l].name != library) continue;
-    for (std::size_t gap = 0; gap < data.gaps.size(); ++gap) sum += data.count(gap, l, kind);
+  for (std::size_t gap = 0; gap < data.gaps.size(); ++gap) {
+    sum += countAt(data, gap, library, kind);
   }
   return sum;
 }
+
+KindCounts countsOf(const Comparison& comparison, std::size_t number, ReadKind kind,
+                    const RunData& one, const RunData& other) {
+  const SharedLibrary& library = comparison.libraries[number];
+  KindCounts counts{number, kind, countOf(one, library.one, kind),
+                    countOf(other, library.other, kind)};
+  for (const SharedGap& gap : comparison.gaps) {
+    const uint64_t before = countAt(one, gap.one, library.one, kind);
+    const uint64_t after = countAt(other, gap.other, library.other, kind);
+    if (before == after) continue;
+    Change& change = after > before ? counts.gained : counts.lost;
+    change.reads += after > before ? after - before : before - after;
+    ++change.gaps;
+  }
+  return counts;
+}
+
+constexpr std::array kKinds{ReadKind::kExact, ReadKind::kEstimate, ReadKind::kContained,
+                            ReadKind::kAnchor};
 
 void countChange(uint64_t before, uint64_t after, Comparison& comparison) {
   if (after > before) ++comparison.gained;
@@ -70,13 +99,47 @@ Comparison compare(const Findings& one, const Findings& other) {
   comparison.onlyOne = one.gaps.size() - comparison.gaps.size();
   std::stable_sort(comparison.gaps.begin(), comparison.gaps.end(),
                    [](const SharedGap& a, const SharedGap& b) { return a.gain > b.gain; });
-  for (const std::string& library : librariesOf(one.data, other.data)) {
-    for (const ReadKind kind : {ReadKind::kExact, ReadKind::kEstimate, ReadKind::kContained}) {
-      comparison.kinds.push_back(
-          {library, kind, countOf(one.data, library, kind), countOf(other.data, library, kind)});
+  comparison.libraries = librariesOf(one.data, other.data);
+  for (std::size_t library = 0; library < comparison.libraries.size(); ++library) {
+    for (const ReadKind kind : kKinds) {
+      comparison.kinds.push_back(countsOf(comparison, library, kind, one.data, other.data));
     }
   }
   return comparison;
+}
+
+std::vector<KindChange> changesAt(const Comparison& comparison, const SharedGap& gap,
+                                  const Findings& one, const Findings& other) {
+  std::vector<KindChange> changes;
+  for (const KindCounts& counts : comparison.kinds) {
+    const SharedLibrary& library = comparison.libraries[counts.library];
+    const uint64_t before = countAt(one.data, gap.one, library.one, counts.kind);
+    const uint64_t after = countAt(other.data, gap.other, library.other, counts.kind);
+    if (before == after) continue;
+    changes.push_back(
+        {counts.library, counts.kind, static_cast<int64_t>(after) - static_cast<int64_t>(before)});
+  }
+  return changes;
+}
+
+std::string signedText(int64_t number, const std::string& minus) {
+  const std::string size = run::countText(static_cast<uint64_t>(std::llabs(number)));
+  return number == 0 ? "0" : (number > 0 ? "+" : minus) + size;
+}
+
+std::string changesText(const Comparison& comparison, const std::vector<KindChange>& changes,
+                        const std::string& minus, std::string (*nameOf)(const std::string&)) {
+  std::string text;
+  for (std::size_t n = 0; n < changes.size(); ++n) {
+    const KindChange& change = changes[n];
+    if (n > 0 && changes[n - 1].library == change.library) {
+      text += ", ";
+    } else {
+      text += (n > 0 ? "; " : "") + nameOf(comparison.libraries[change.library].name) + ": ";
+    }
+    text += signedText(change.reads, minus) + " " + kindClass(change.kind);
+  }
+  return text;
 }
 
 namespace {
@@ -85,35 +148,46 @@ using run::countText;
 
 constexpr std::size_t kMostGaps = 10;  // that gained, and as many that lost
 
-std::string signedText(int64_t number) {
-  const std::string size = countText(static_cast<uint64_t>(std::llabs(number)));
-  return number == 0 ? "0" : (number > 0 ? "+" : "-") + size;
+// "+5 at 2".
+std::string changeText(const Change& change, const char* sign) {
+  if (change.gaps == 0) return "0";
+  return sign + countText(change.reads) + " at " + countText(change.gaps);
 }
 
 std::string kindLines(const Comparison& comparison) {
-  constexpr std::size_t kName = 24;
-  constexpr std::size_t kNumber = 13;
-  std::string text = "\n" + padded("Reads at gaps", kName + 11, false) +
+  constexpr std::size_t kName = 18;
+  constexpr std::size_t kKind = 9;
+  constexpr std::size_t kNumber = 11;
+  constexpr std::size_t kChange = 15;
+  std::string text = "\n" + padded("Reads at gaps", kName + kKind, false) +
                      padded("first", kNumber, true) + padded("second", kNumber, true) +
-                     padded("change", kNumber, true) + "\n";
+                     padded("gained at gaps", kChange, true) +
+                     padded("lost at gaps", kChange, true) + "\n";
   for (const KindCounts& counts : comparison.kinds) {
-    const auto change = static_cast<int64_t>(counts.other) - static_cast<int64_t>(counts.one);
-    text += padded("  " + cleaned(counts.library, kName - 4), kName, false) +
-            padded(kindClass(counts.kind), 11, false) +
-            padded(countText(counts.one), kNumber, true) +
-            padded(countText(counts.other), kNumber, true) +
-            padded(signedText(change), kNumber, true) + "\n";
+    text +=
+        padded("  " + cleaned(comparison.libraries[counts.library].name, kName - 4), kName, false) +
+        padded(kindClass(counts.kind), kKind, false) +
+        padded(countText(counts.one), kNumber, true) +
+        padded(countText(counts.other), kNumber, true) +
+        padded(changeText(counts.gained, "+"), kChange, true) +
+        padded(changeText(counts.lost, "-"), kChange, true) + "\n";
   }
   return text;
 }
 
-std::string gapLine(const SharedGap& gap, const Findings& one, const Findings& other) {
+std::string shortName(const std::string& name) {
+  return cleaned(name, 30);
+}
+
+std::string gapLine(const Comparison& comparison, const SharedGap& gap, const Findings& one,
+                    const Findings& other) {
   const GapData& facts = one.data.gaps[gap.one];
   const Judgement& after = other.gaps[gap.other];
   std::string line =
       "gap " + std::to_string(gap.other) + ", " + cleaned(one.data.scaffoldOf(facts), 30) + ":" +
       std::to_string(facts.from + 1) + "-" + std::to_string(facts.to) + ", " +
-      countText(one.gaps[gap.one].belonging) + " reads, then " + countText(after.belonging);
+      countText(one.gaps[gap.one].belonging) + " reads, then " + countText(after.belonging) + " (" +
+      changesText(comparison, changesAt(comparison, gap, one, other), "-", shortName) + ")";
   if (after.reason != Reason::kEnough) line += std::string(": ") + nameOf(after.reason);
   return line;
 }
@@ -138,7 +212,7 @@ std::string comparisonText(const Findings& one, const Findings& other, std::size
     std::string lines;
     for (std::size_t n = 0; first != last && n < kMostGaps; ++first, ++n) {
       if (isGain ? first->gain <= 0 : first->gain >= 0) break;
-      lines += "  " + wrapped(gapLine(*first, one, other), room, 6);
+      lines += "  " + wrapped(gapLine(comparison, *first, one, other), room, 6);
     }
     if (!lines.empty()) text += std::string("\n") + title + "\n" + lines;
   };

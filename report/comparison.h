@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,12 +19,34 @@ struct SharedGap {
   int64_t gain;       // reads that belong in it, more in the second run
 };
 
-/// What a library found of a kind, in either run.
+/// A library of either run, or of both: by its name.
+struct SharedLibrary {
+  std::string name;
+  std::optional<std::size_t> one;    // number in the first run
+  std::optional<std::size_t> other;  // and in the second one
+};
+
+/// Reads that are more or fewer at gaps of both runs, and at how many gaps they are.
+struct Change {
+  uint64_t reads = 0;
+  uint64_t gaps = 0;
+};
+
+/// What a library found of a kind, in either run, and how that changed gap by gap.
 struct KindCounts {
-  std::string library;
+  std::size_t library;  // in Comparison::libraries
   ReadKind kind;
-  uint64_t one;
-  uint64_t other;
+  uint64_t one = 0;
+  uint64_t other = 0;
+  Change gained{};
+  Change lost{};
+};
+
+/// What a gap has more, or fewer, of a library and kind.
+struct KindChange {
+  std::size_t library;  // in Comparison::libraries
+  ReadKind kind;
+  int64_t reads;  // not 0
 };
 
 struct Comparison {
@@ -32,12 +55,25 @@ struct Comparison {
   uint64_t onlyOther = 0;
   uint64_t gained = 0;  // shared gaps with more reads
   uint64_t lost = 0;
-  uint64_t filled = 0;   // that have reads, and had none
-  uint64_t emptied = 0;  // that have none, and had some
-  std::vector<KindCounts> kinds;
+  uint64_t filled = 0;                   // that have reads, and had none
+  uint64_t emptied = 0;                  // that have none, and had some
+  std::vector<SharedLibrary> libraries;  // those of the first run in front
+  std::vector<KindCounts> kinds;         // by library and kind
 };
 
 Comparison compare(const Findings& one, const Findings& other);
+
+/// What changed at a gap, in the order of libraries and kinds.
+std::vector<KindChange> changesAt(const Comparison& comparison, const SharedGap& gap,
+                                  const Findings& one, const Findings& other);
+
+/// The same in words, by library: "lib1: -2 exact, +1 anchor; lib2: +3 estimate". `minus` stands
+/// before what a gap has fewer; `nameOf` makes text of a library's name.
+std::string changesText(const Comparison& comparison, const std::vector<KindChange>& changes,
+                        const std::string& minus, std::string (*nameOf)(const std::string&));
+
+/// "+5", "0", or 5 behind `minus`.
+std::string signedText(int64_t number, const std::string& minus);
 
 /// What the two runs are called on the page.
 using RunNames = std::array<std::string, 2>;

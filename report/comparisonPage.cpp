@@ -1,6 +1,6 @@
 // The page that compares two runs.
 #include <algorithm>
-#include <cmath>
+#include <limits>
 
 #include "report/comparison.h"
 #include "report/figures.h"
@@ -15,10 +15,7 @@ using run::countText;
 
 constexpr std::size_t kMostRows = 100;  // gaps that gained, and as many that lost
 
-std::string signedText(int64_t number) {
-  const std::string size = countText(static_cast<uint64_t>(std::llabs(number)));
-  return number == 0 ? "0" : (number > 0 ? "+" : "&minus;") + size;
-}
+constexpr const char* kMinus = "&minus;";
 
 int64_t difference(uint64_t one, uint64_t other) {
   return static_cast<int64_t>(other) - static_cast<int64_t>(one);
@@ -31,7 +28,8 @@ std::string tile(const std::string& figure, const char* what, const std::string&
 
 std::string tiles(const Comparison& comparison, const Findings& one, const Findings& other) {
   std::string html = "<div class=\"tiles\">";
-  html += tile(signedText(difference(one.data.readsFound, other.data.readsFound)), "reads found",
+  html += tile(signedText(difference(one.data.readsFound, other.data.readsFound), kMinus),
+               "reads found",
                countText(one.data.readsFound) + ", then " + countText(other.data.readsFound));
   html += tile(countText(comparison.gaps.size()), "gaps of both runs",
                countText(comparison.onlyOne) + " of the first alone, " +
@@ -43,17 +41,25 @@ std::string tiles(const Comparison& comparison, const Findings& one, const Findi
   return html + "</div>";
 }
 
+std::string changeCells(const Change& change, const char* sign) {
+  return std::string("<td>") + (change.reads == 0 ? "" : sign) + countText(change.reads) + "<td>" +
+         countText(change.gaps);
+}
+
 std::string kindTable(const Comparison& comparison) {
   std::string html =
-      "<section id=\"kinds\"><h2>By library and kind</h2><div class=\"panel scroll rows\">"
-      "<table class=\"sorts\"><thead><tr><th class=word>Library<th class=word>Kind<th>First"
-      "<th>Second<th>Change</tr></thead><tbody>";
+      "<section id=\"kinds\"><h2>By library and kind</h2><p class=\"hint\">Reads at all gaps of "
+      "either run; and how many more or fewer the second run has at gaps of both runs, gap by "
+      "gap.</p><div class=\"panel scroll rows\"><table class=\"sorts\"><thead><tr><th "
+      "class=word>Library<th class=word>Kind<th>First run<th>Second run<th>Change<th>Gained<th>at "
+      "gaps<th>Lost<th>at gaps</tr></thead><tbody>";
   for (const KindCounts& counts : comparison.kinds) {
-    html += "<tr><td class=\"word name\">" + named(counts.library, 60) + "<td class=word>" +
-            kindClass(counts.kind) + "<td>" + countText(counts.one) + "<td>" +
+    html += "<tr><td class=\"word name\">" + named(comparison.libraries[counts.library].name, 60) +
+            "<td class=word>" + kindClass(counts.kind) + "<td>" + countText(counts.one) + "<td>" +
             countText(counts.other) +
             "<td data-v=" + std::to_string(difference(counts.one, counts.other)) + ">" +
-            signedText(difference(counts.one, counts.other)) + "</tr>\n";
+            signedText(difference(counts.one, counts.other), kMinus) +
+            changeCells(counts.gained, "+") + changeCells(counts.lost, kMinus) + "</tr>\n";
   }
   return html + "</tbody></table></div></section>";
 }
@@ -61,26 +67,41 @@ std::string kindTable(const Comparison& comparison) {
 std::string plotBoth(const Comparison& comparison, const Findings& one, const Findings& other) {
   Svg svg(1040, 420, "Reads of each gap in the second run against the first");
   const Frame frame{54, 12, svg.width() - 14, svg.height() - 44};
-  double most = 10;
+  double most = 1;
+  double least = std::numeric_limits<double>::infinity();
   for (const SharedGap& gap : comparison.gaps) {
-    most = std::max({most, static_cast<double>(one.gaps[gap.one].belonging),
-                     static_cast<double>(other.gaps[gap.other].belonging)});
+    for (const uint64_t reads : {one.gaps[gap.one].belonging, other.gaps[gap.other].belonging}) {
+      most = std::max(most, static_cast<double>(reads));
+      least = std::min(least, static_cast<double>(reads));
+    }
   }
-  const Scale x = Scale::logarithmic(0.5, most * 1.3, frame.left, frame.right);
-  const Scale y = Scale::logarithmic(0.5, most * 1.3, frame.bottom, frame.top);
-  drawAxes(svg, frame, x, y, "reads in the first run (left edge: none)",
-           "reads in the second (lower edge: none)");
-  svg.line(x.at(0.5), y.at(0.5), x.at(most * 1.3), y.at(most * 1.3), "same");
+  const double high = std::max(most * 1.3, 10.0);
+  const double low = std::clamp(least / 1.5, 0.5, high / 10);
+  const Scale x = Scale::logarithmic(low, high, frame.left, frame.right);
+  const Scale y = Scale::logarithmic(low, high, frame.bottom, frame.top);
+  const bool hasEmpty = least == 0;
+  drawAxes(svg, frame, x, y,
+           hasEmpty ? "reads in the first run (left edge: none)" : "reads in the first run",
+           hasEmpty ? "reads in the second (lower edge: none)" : "reads in the second");
+  svg.line(x.at(low), y.at(low), x.at(high), y.at(high), "same");
   Dots dots;
   for (const SharedGap& gap : comparison.gaps) {
     dots.add(x.at(static_cast<double>(one.gaps[gap.one].belonging)),
              y.at(static_cast<double>(other.gaps[gap.other].belonging)));
   }
-  svg.path(dots.path(), comparison.gaps.size() > 1500 ? "dots dense" : "dots");
+  svg.path(dots.path(), dotClasses(comparison.gaps.size(), ""));
   return std::move(svg).finish();
 }
 
-std::string rowOf(const SharedGap& gap, const Findings& one, const Findings& other) {
+std::string libraryName(const std::string& name) {
+  return named(name, 60);
+}
+
+// Of a gap that has no change: nothing.
+std::string rowOf(const Comparison& comparison, const SharedGap& gap, const Findings& one,
+                  const Findings& other) {
+  const std::vector<KindChange> changes = changesAt(comparison, gap, one, other);
+  if (changes.empty()) return "";
   const Judgement& before = one.gaps[gap.one];
   const Judgement& after = other.gaps[gap.other];
   const GapData& facts = one.data.gaps[gap.one];
@@ -88,7 +109,9 @@ std::string rowOf(const SharedGap& gap, const Findings& one, const Findings& oth
                      "<td class=\"word name\">" + named(one.data.scaffoldOf(facts), 60) +
                      "<td data-v=" + std::to_string(facts.from) + ">" + placeText(facts) + "<td>" +
                      countText(before.belonging) + "<td>" + countText(after.belonging) +
-                     "<td data-v=" + std::to_string(gap.gain) + ">" + signedText(gap.gain);
+                     "<td data-v=" + std::to_string(gap.gain) + ">" + signedText(gap.gain, kMinus) +
+                     "<td class=\"word changes\">" +
+                     changesText(comparison, changes, kMinus, libraryName);
   for (const Judgement* judged : {&before, &after}) {
     html += "<td class=\"word why\">";
     if (judged->reason == Reason::kEnough) continue;
@@ -99,14 +122,16 @@ std::string rowOf(const SharedGap& gap, const Findings& one, const Findings& oth
 
 std::string gapTable(const Comparison& comparison, const Findings& one, const Findings& other) {
   std::string html =
-      "<section id=\"table\"><h2>Gaps that gained and lost most</h2><div class=\"panel scroll "
-      "rows\"><table class=\"sorts\"><thead><tr><th>Gap<th>There<th class=word>Scaffold"
-      "<th>Position<th>First<th>Second<th>Change<th class=word>Why few, first<th class=word>Why "
-      "few, second</tr></thead><tbody>";
+      "<section id=\"table\"><h2>Gaps that gained and lost most</h2><p class=\"hint\">Reads that "
+      "belong in a gap, exact ones and estimates. At most 100 gaps that gained, and 100 that "
+      "lost.</p><div class=\"panel scroll rows\"><table class=\"sorts\"><thead><tr><th>No. in "
+      "first<th>in second<th class=word>Scaffold<th>Position<th>First run<th>Second "
+      "run<th>Change<th class=word>By library and kind<th class=word>Why few, first<th "
+      "class=word>Why few, second</tr></thead><tbody>";
   const std::vector<SharedGap>& gaps = comparison.gaps;
   for (std::size_t n = 0; n < gaps.size(); ++n) {
     const bool isShown = n < kMostRows || n + kMostRows >= gaps.size();
-    if (isShown && gaps[n].gain != 0) html += rowOf(gaps[n], one, other);
+    if (isShown) html += rowOf(comparison, gaps[n], one, other);
   }
   return html + "</tbody></table></div></section>";
 }
@@ -119,7 +144,8 @@ std::string comparisonPage(const Findings& one, const Findings& other, const Run
   html +=
       "<header><div>" + std::string(kBrand) + "<h1>" + named(names[0], 100) + " and " +
       named(names[1], 100) +
-      "</h1><p class=\"about\">Gaps are the same at the same place of a scaffold.</p><nav>"
+      "</h1><p class=\"about\">Gaps are the same if they lie at the same place of a "
+      "scaffold.</p><nav>"
       "<a href=\"#kinds\">By library and kind</a><a href=\"#both\">Reads</a>"
       "<a href=\"#table\">Gaps</a></nav></div></header>\n<main><p class=\"lead\">The second run "
       "found " +

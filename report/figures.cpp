@@ -18,11 +18,6 @@ Frame frameOf(const Svg& svg) {
   return {54, 12, svg.width() - 14, svg.height() - 44};
 }
 
-std::string dotClasses(std::size_t dots, const std::string& more) {
-  const char* const size = dots > kMany ? " dense " : dots <= kFew ? " large " : " ";
-  return std::string("dots") + size + more;
-}
-
 // The smallest and the largest of what is taken in, at first nothing.
 struct Span {
   double low = 0;
@@ -53,6 +48,11 @@ void drawPrediction(Svg& svg, const Findings& findings, const Scale& x, const Sc
 
 }  // namespace
 
+std::string dotClasses(std::size_t dots, const std::string& more) {
+  const char* const size = dots > kMany ? " dense " : dots <= kFew ? " large " : " ";
+  return std::string("dots") + size + more;
+}
+
 std::string plotReads(const Findings& findings) {
   Svg svg(1040, 400, "Reads of each gap against its length");
   const Frame frame = frameOf(svg);
@@ -67,9 +67,12 @@ std::string plotReads(const Findings& findings) {
   }
   const bool hasCurve = findings.judge.canPredict();
   for (const double length : {lengths.low, lengths.high}) {
-    reads.take(std::max(1.0, findings.judge.expectedAt(length)));
-    if (hasCurve) reads.take(std::max(1.0, kFewShare * findings.judge.expectedAt(length)));
+    const double predicted = findings.judge.expectedAt(length);
+    for (const double share : {1.0, kFewShare}) {
+      if (hasCurve) reads.take(std::max(1.0, share * predicted));
+    }
   }
+  reads.take(std::max(1.0, reads.high));
   lengths = {lengths.low / 1.3, std::max(lengths.high * 1.3, lengths.low * 10)};
   const Scale x = Scale::logarithmic(lengths.low, lengths.high, frame.left, frame.right);
   const Scale y = Scale::logarithmic(hasEmpty ? 0.5 : reads.low / 1.5, reads.high * 1.5,

@@ -62,6 +62,9 @@ struct Tally {
 
 Tally tallyOf(const Findings& findings);
 
+/// The classes of a path of so many dots, fewer of which are larger; `more`: others of it.
+std::string dotClasses(std::size_t dots, const std::string& more);
+
 /// The classes by which page.css and drawing.css give colours.
 constexpr std::size_t kLibraryColours = 8;
 

@@ -89,7 +89,10 @@ std::string multiqcGaps(const Findings& findings) {
                         "Gaps with the reads that depth and reach predict, and all others by the "
                         "reason why they have few or none.");
   json["plot_type"] = "bargraph";
-  json["pconfig"] = {{"id", "velk_gaps_plot"}, {"title", "velk: gaps by reason"}, {"ylab", "gaps"}};
+  json["pconfig"] = {{"id", "velk_gaps_plot"},
+                     {"title", "velk: gaps by reason"},
+                     {"ylab", "gaps"},
+                     {"cpswitch_c_active", false}};  // shares, as samples differ in their gaps
   json["data"] = {{cleaned(findings.data.sample, kLongestName), row}};
   return textOf(json);
 }

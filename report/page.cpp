@@ -70,8 +70,10 @@ std::string wordSection(const RunData& data) {
                "gap.");
   if (!data.isOfVelk) {
     html += word("Anchor", "The read of a pair that lies on a contig, and so leads to its mate.");
-    html += word("By pairs",
-                 "The gap's length by pairs, at least five, with a read on either side of it.");
+    html +=
+        word("By pairs",
+             "The gap's length by pairs, at least five, with a read on either side of it; a dot "
+             "where there are fewer.");
   }
   if (data.evidence) {
     html += word("Predicted",
@@ -80,7 +82,9 @@ std::string wordSection(const RunData& data) {
     html +=
         word("Flanks", "Reads within 500 bases of the gap, as multiple of the median of all gaps.");
   }
-  html += word("Covered", "The part of the gap that exact reads cover from either side.");
+  html += word("Covered",
+               "The part of the gap that exact reads cover from either side; darker where those of "
+               "both sides do.");
   return html + "</dl></section>\n";
 }
 

@@ -133,9 +133,20 @@ std::vector<uint64_t> gapsOf(const ExtractRequest& request, uint64_t count) {
   return gaps;
 }
 
+// As bgzip does.
+void writePacked(const std::string& text, const std::string& output) {
+  std::unique_ptr<BGZF, Closer> file(bgzf_open(output.c_str(), "w"));
+  if (file == nullptr) failFile(output, "opened");
+  const bool isWritten =
+      bgzf_write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size());
+  if (bgzf_close(file.release()) != 0 || !isWritten) failFile(output, "written");
+}
+
 void writeText(const std::string& text, const std::string& output) {
   if (output == "-") {
     writeDescriptor(STDOUT_FILENO, "standard output", text);
+  } else if (output.ends_with(".gz") || output.ends_with(".bgz")) {
+    writePacked(text, output);
   } else {
     writeFile(output, text);
   }

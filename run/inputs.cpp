@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "kmer/parallel.h"
+#include "kmer/machine.h"
 #include "survey/pairGeometry.h"
 
 namespace velk::run {

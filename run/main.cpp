@@ -69,6 +69,7 @@ void doVerb(int argc, char** argv) {
   } else if (hasPlan(argc, argv)) {
     runPlan(parseRunPlan(argc, argv).request, makeReport);
   } else {
+    requireNoVerbLike(argc, argv);
     runAll(parseArguments(argc, argv), makeReport);
   }
 }

@@ -45,6 +45,7 @@ void runAll(const Arguments& arguments, const ReportMaker& makeReport) {
   const FixedValues fixed = preparation.measure();
   assembly.lengthenPlaceholders(fixed.placeholderLength);
 
+  results.clear();
   FoundStore found(results.folder(), assembly, fixed.libraries,
                    outputOptionsOf(arguments, session.threads()), arguments.native);
   const Inputs& inputs = preparation.inputs();
@@ -74,6 +75,7 @@ void runPlan(const PlannedRequest& request, const ReportMaker& makeReport) {
   const std::unique_ptr<Assembly> assembly = plan.assembly();
   session.judge(checkMemory(*assembly, arguments.kmer));
 
+  results.clear();
   FoundStore found(results.folder(), *assembly, fixed.libraries,
                    outputOptionsOf(arguments, session.threads()), arguments.native);
   Searched searched{plan.assemblyFacts(), plan.inputFacts(), {}};
@@ -126,6 +128,7 @@ void runTask(const PlannedRequest& request, uint64_t number) {
   const std::unique_ptr<Assembly> assembly = plan.assembly();
   session.judge(checkMemory(*assembly, arguments.kmer));
 
+  folder.clear();
   FoundStore found(folder, *assembly, fixed.libraries,
                    outputOptionsOf(arguments, session.threads()), arguments.native);
   Share share = shareOf(plan.plan(), task);
@@ -139,6 +142,7 @@ void runTask(const PlannedRequest& request, uint64_t number) {
   share.files = folder.seal(session.threads());
   session.end();
   share.times = session.times();
+  share.machine = machineName();
   share.peakMemory = peakMemory();
   folder.publish(shareText(share));
   session.say("Task " + std::to_string(task) + " of " + request.plan + ": found " +

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "kmer/parallel.h"
+#include "kmer/machine.h"
 #include "run/checksum.h"
 #include "run/diskFile.h"
 #include "run/wholeFile.h"

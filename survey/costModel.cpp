@@ -11,7 +11,7 @@
 #include "kmer/seeds.h"
 #include "placement/Read2Scaf.h"
 #include "placement/batchScan.h"
-#include "placement/sink.h"
+#include "placement/verdict.h"
 
 namespace velk::survey {
 namespace {

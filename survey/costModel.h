@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "placement/placementOptions.h"
+#include "placement/edgeCheck.h"
 #include "streaming/readBuffer.h"
 #include "survey/assembly.h"
 #include "survey/boundedIndex.h"

@@ -17,7 +17,7 @@ import unittest
 from privateSlurm import PrivateSlurm
 
 VELK_RUN = ROOT = ""
-MEASURED = ("seconds", "peak_memory_bytes", "spilled_bytes")
+MEASURED = ("seconds", "machines", "peak_memory_bytes", "spilled_bytes")
 
 # velk-run whose task 1 is killed once, on Slurm with all of its job, and that once has too little
 # memory to gather.

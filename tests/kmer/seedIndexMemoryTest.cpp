@@ -32,8 +32,8 @@ uint64_t tableBytes(uint64_t keys) {
 }
 
 uint64_t textBytes(const SeedIndex& index) {
-  uint64_t bytes = 0;
-  index.text().forEachArray([&](const auto& array) { bytes += array.size() * sizeof(array[0]); });
+  uint64_t bytes = index.text().lines().size() * sizeof(index.text().lines()[0]);
+  index.text().forEachLaid([&](const auto& array) { bytes += array.size() * sizeof(array[0]); });
   return bytes;
 }
 
@@ -51,7 +51,7 @@ class SeedIndexMemory : public RunParametersTest {
         const uint64_t text = textBytes(index);
         const bool isRepetitive = 4 * index.distinctKeys() < index.text().windows();
         const uint64_t most = tableBytes(index.distinctKeys()) + (isRepetitive ? text : 0);
-        EXPECT_LE(index.bytes(), most + kSpare)
+        EXPECT_LE(bytesOf(index), most + kSpare)
             << name << ", k " << Kmer << ", keys " << index.distinctKeys() << ", text " << text;
       }
     }
@@ -76,7 +76,7 @@ TEST_F(SeedIndexMemory, TwentyThousandShortContigs) {
   ASSERT_TRUE(model.build(index, 4));
   EXPECT_EQ(index.distinctKeys(), model.kmers().size());
   EXPECT_EQ(model.firstWrongAnswer(index), "");
-  EXPECT_LE(index.bytes(), tableBytes(index.distinctKeys()) + kSpare);
+  EXPECT_LE(bytesOf(index), tableBytes(index.distinctKeys()) + kSpare);
 }
 
 // The most bytes that are held while the index is built, without what each thread has in buffers.
@@ -96,7 +96,7 @@ TEST_F(SeedIndexMemory, BuildTakesLittleMoreThanTheIndex) {
       Kmer = kmer;
       SeedIndex index;
       const auto most = static_cast<double>(mostOfBuild(index, assembly, threads));
-      EXPECT_LE(most, 1.15 * static_cast<double>(index.bytes())) << kmer << ' ' << threads;
+      EXPECT_LE(most, 1.15 * static_cast<double>(bytesOf(index))) << kmer << ' ' << threads;
     }
   }
 }
@@ -127,7 +127,7 @@ TEST_F(SeedIndexMemory, BuildIsBoundedOnHardTexts) {
       const uint64_t most = mostOfBuild(index, assembly, 2);
       EXPECT_LE(most, kMostOfWindow * index.text().windows()) << name << ", k " << kmer;
       if (std::string_view(name) == "all A") {
-        EXPECT_LE(most, index.bytes()) << kmer;
+        EXPECT_LE(most, bytesOf(index)) << kmer;
       }
     }
   }
@@ -135,7 +135,7 @@ TEST_F(SeedIndexMemory, BuildIsBoundedOnHardTexts) {
   SeedIndex index;
   const uint64_t most = mostOfBuild(index, oneSeed(kLength), 2);
   EXPECT_GT(index.distinctKeys(), kLength / 2);
-  EXPECT_LE(most, 4 * index.bytes());
+  EXPECT_LE(most, 4 * bytesOf(index));
 }
 
 // Seconds of processor time that the build and a look-up of every window take.

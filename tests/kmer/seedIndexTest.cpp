@@ -204,7 +204,7 @@ TEST_F(SeedIndexTest, SameForAnyNumberOfThreads) {
       SCOPED_TRACE(testing::Message() << "k " << kmer << ", threads " << threads);
       SeedIndex other;
       ASSERT_TRUE(model.build(other, threads));
-      EXPECT_EQ(other.bytes(), one.bytes());
+      EXPECT_EQ(bytesOf(other), bytesOf(one));
       EXPECT_EQ(other.distinctKeys(), one.distinctKeys());
       EXPECT_EQ(marksOf(other), marks);
       EXPECT_EQ(model.firstWrongAnswer(other), "");

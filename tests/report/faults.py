@@ -11,8 +11,6 @@ Prints a table; ends with status 1 when a run breaks a rule, and names it.
 
 import argparse
 import collections
-import concurrent.futures
-import gzip
 import json
 import os
 import re
@@ -21,11 +19,13 @@ import subprocess
 import sys
 import tempfile
 
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support"))
+import callFaults  # pylint: disable=wrong-import-position
+
 EXAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "examples")
 ERRORS = {call: ("EIO", "ENOSPC") for call in (
     "openat", "read", "pread64", "write", "close", "fsync", "rename", "mkdir", "lseek", "newfstatat",
     "unlink", "unlinkat", "rmdir", "copy_file_range", "sendfile", "fchmod", "getdents64")}
-PAIRS = 400  # of the example's
 NATIVE = ["--found", "found/native/found.fa", "found/native/scaffolds.fa"]
 FORMS = {"page": ["found"], "first page": ["plain"], "drawing": ["--gap", "2", "found", "-o", "out"],
          "text": ["--text", "found"], "two runs": ["found", "plain", "-o", "out"],
@@ -46,16 +46,16 @@ def files_of(folder):
 class Bench:
     """A form of velk-report, on a folder of results whose page is an older one."""
 
+    errors = ERRORS
+
     def __init__(self, options, form):
         self.command = [options.velk_report, *FORMS[form]]
         self.inputs = tempfile.mkdtemp()
         reads = []
         for mate in "12":
-            with gzip.open(os.path.join(EXAMPLES, f"reads_{mate}.fq.gz"), "rb") as file:
-                lines = file.read().split(b"\n")[:4 * PAIRS]
             reads.append(os.path.join(self.inputs, f"r_{mate}.fq"))
             with open(reads[-1], "wb") as file:
-                file.write(b"\n".join(lines) + b"\n")
+                file.write(callFaults.first_reads(EXAMPLES, mate))
         for folder, more in (("found", "--native"), ("plain", "--no-report")):
             subprocess.run([options.velk_run, os.path.join(EXAMPLES, "scaffolds.fa"), *reads, "-o",
                             os.path.join(self.inputs, folder), more, "--quiet"], check=True)
@@ -90,17 +90,6 @@ class Bench:
         return subprocess.run([*strace, *self.command], cwd=folder, stdout=subprocess.PIPE,
                               stderr=subprocess.PIPE, check=False, timeout=120), folder
 
-    def count_calls(self):
-        """Call -> how often a run makes it."""
-        log = tempfile.mktemp()
-        process, folder = self.run(["strace", "-f", "-o", log, "-e", "trace=" + ",".join(ERRORS)])
-        assert process.returncode == 0, process.stderr
-        shutil.rmtree(folder)
-        with open(log, encoding="utf-8", errors="replace") as file:
-            calls = collections.Counter(re.findall(r"^\d+ +(\w+)\(", file.read(), re.MULTILINE))
-        os.unlink(log)
-        return calls
-
     def judge(self, process, files, was_killed):
         """What is wrong with how a run ended; empty when nothing is."""
         if process.returncode == 0:  # what could not be removed may be left
@@ -119,17 +108,11 @@ class Bench:
         if files not in (self.before, self.after):
             names = set(files) | set(self.before)
             return f"{sorted(n for n in names if files.get(n) != self.before.get(n))} have changed"
-        is_loader = process.returncode == 127
-        said = [line for line in process.stderr.splitlines() if line.startswith(b"[ERROR]: ")]
-        if not is_loader and not said:
-            return f"status {process.returncode} and {process.stderr[:80]!r}"
-        return ""
+        return callFaults.wrong_words(process)
 
-    def inject(self, call, number, what):
-        strace = ["strace", "-f", "-o", "/dev/null", "-e", f"trace={call}", "-e",
-                  f"inject={call}:{what}:when={number}"]
-        process, folder = self.run(strace)
-        was_killed = "signal=KILL" in what
+    def inject(self, call, number, way):
+        process, folder = self.run(callFaults.strace_with(call, number, way))
+        was_killed = callFaults.is_kill(way)
         wrong = self.judge(process, files_of(folder), was_killed)
         if not wrong and was_killed:
             again = subprocess.run(self.command, cwd=folder, stdout=subprocess.PIPE, check=False)
@@ -149,18 +132,12 @@ def main():
     print("| form | faults | status 0, whole | other status or killed | broke a rule |\n|---|---|---|---|---|")
     for form in FORMS:
         bench = Bench(options, form)
-        faults = []
-        for call, count in sorted(bench.count_calls().items()):
-            ways = [f"error={error}" for error in ERRORS[call]] + ["signal=KILL"]
-            faults += [(call, number, way) for way in ways for number in range(1, count + 1)]
-        faults = faults[::options.every]
+        faults = callFaults.faults_of(bench, options.every)
         ended = collections.Counter()
-        with concurrent.futures.ThreadPoolExecutor(2) as pool:
-            for fault, (status, said) in zip(faults, pool.map(lambda f: bench.inject(*f), faults)):
-                ended[status == 0, bool(said)] += 1
-                if said:
-                    wrong.append(f"{form}: {fault[0]} {fault[1]}, {fault[2]}: {said}")
-        shutil.rmtree(bench.inputs)
+        for fault, (status, said) in callFaults.meet_all(bench, faults):
+            ended[status == 0, bool(said)] += 1
+            if said:
+                wrong.append(f"{form}: {fault[0]} {fault[1]}, {fault[2]}: {said}")
         print(f"| {form} | {len(faults)} | {ended[True, False]} | {ended[False, False]} |"
               f" {ended[True, True] + ended[False, True]} |", flush=True)
     print("\n".join(wrong))

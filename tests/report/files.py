@@ -165,6 +165,14 @@ class Files(unittest.TestCase):
         self.assertEqual(run(VELK_REPORT, "--gap", "0", out).returncode, 2)
         self.assertEqual(run(VELK_REPORT, out, out).returncode, 0)
 
+    @staticmethod
+    def of_gaps(folder, kind):
+        """What gaps.tsv has of a kind, gap by gap."""
+        with open(os.path.join(folder, "gaps.tsv"), encoding="ascii") as file:
+            lines = [line.split("\t") for line in file]
+        column = lines[0].index("lib1:" + kind)
+        return [int(line[column]) for line in lines[1:]]
+
     def test_two_runs(self):
         """Against a run with half of the reads, and one whose scaffold has another name."""
         half = os.path.join(self.folder, "half")
@@ -174,15 +182,24 @@ class Files(unittest.TestCase):
         counts = [load(out, "summary.json")["libraries"][0]["reads_at_gaps"]
                   for out in (self.out, half)]
         text = run(VELK_REPORT, "--text", self.out, half).stdout
+        page = run(VELK_REPORT, self.out, half).stdout
         rows = dict(re.findall(r"lib1 +(\w+) +(.*)", text))
-        for kind in ("exact", "estimate", "contained"):
+        for kind in ("exact", "estimate", "contained", "anchor"):
             one, other = (each[kind] for each in counts)
-            self.assertEqual(rows[kind].split(), [f"{one:,}", f"{other:,}", f"{other - one:+,}"])
+            gains = [after - before for before, after in zip(self.of_gaps(self.out, kind),
+                                                             self.of_gaps(half, kind))]
+            gained, lost = [gain for gain in gains if gain > 0], [gain for gain in gains if gain < 0]
+            wanted = [f"{sum(some):+,} at {len(some)}" if some else "0" for some in (gained, lost)]
+            self.assertEqual(rows[kind].split(), f"{one:,} {other:,} {' '.join(wanted)}".split())
+            cells = re.search(rf"<td class=word>{kind}<td>(.*?)</tr>", page)[1]
+            self.assertEqual(re.sub("<td[^>]*>", " ", cells).split(), [
+                f"{one:,}", f"{other:,}", *(f"{n:+,}".replace("-", "&minus;").replace("+0", "0") for n in
+                                            (other - one, sum(gained))), str(len(gained)),
+                f"{sum(lost):+,}".replace("-", "&minus;").replace("+0", "0"), str(len(lost))])
         self.assertRegex(" ".join(text.split()), "of 6 gaps of both runs 0 gained .* 6 lost some")
         self.assertLessEqual(max(map(len, text.splitlines())), 80)
-        page = run(VELK_REPORT, self.out, half).stdout
         elements = Elements(page)
-        self.assertEqual(elements.names.count("tr"), 1 + 3 + 1 + 6)
+        self.assertEqual(elements.names.count("tr"), 1 + 4 + 1 + 6)
         self.assertIn(f"<title>sample ({self.out}) and sample ({half})", page)
         other = self.copy("--sample", "other")
         self.assertIn("<title>sample and other", run(VELK_REPORT, self.out, other).stdout)

@@ -82,6 +82,11 @@ class Planted:
             end < CONTIG - 700 or start > CONTIG + gap + 700))
         assert genome
 
+    def add_few(self, gap):
+        """Near the gap there are a tenth of the fragments."""
+        self.add_plain("few reads near", gap, keep=lambda start, end: (
+            end < CONTIG - 700 or start > CONTIG + gap + 700 or self.chance.random() < 0.1))
+
     def add_differences(self, gap):
         """Reads near the gap have two other bases each, of 50."""
         self.add_plain("too many differences", gap, change=lambda start, read: (
@@ -117,6 +122,15 @@ class Reasons(unittest.TestCase):
                        check=True)
         return os.path.join(self.folder, "out")
 
+    def assert_told(self, out, planted):
+        """Prints a table, and wants the reason of every gap."""
+        reasons = reasons_of(out)
+        rows = collections.Counter((wanted, reasons.get(gap)) for gap, wanted in planted.wanted.items())
+        print("| planted | reason given | gaps |\n|---|---|---|")
+        for (wanted, said), count in sorted(rows.items()):
+            print(f"| {wanted} | {said} | {count} |", flush=True)
+        self.assertEqual(reasons, planted.wanted)
+
     def test_each_reason(self):
         planted = Planted(1)
         for gap in (150, 900):
@@ -127,6 +141,7 @@ class Reasons(unittest.TestCase):
             planted.add_nothing(gap)
             planted.add_differences(gap)
             planted.add_short_overlap(gap)
+            planted.add_few(gap)
         planted.add_short_contig(60, 45)
         planted.add_short_contig(30, 69)
         for gap in (10, 12):
@@ -135,7 +150,7 @@ class Reasons(unittest.TestCase):
             planted.add_overlap("unknown length", gap)
         planted.write(self.folder)
         out = self.run_velk("--pairs", "p_1.fq", "p_2.fq", "--single", "s.fq", "--placeholder", "101")
-        self.assertEqual(reasons_of(out), planted.wanted)
+        self.assert_told(out, planted)
         with open(os.path.join(out, "summary.json"), encoding="utf-8") as file:
             summary = json.load(file)["report"]["reasons"]
         counted = collections.Counter(planted.wanted.values())
@@ -155,7 +170,7 @@ class Reasons(unittest.TestCase):
             for pair in made.outward_of(planted.chance, each, 30, LENGTH, 2500, 150):
                 planted.pairs.add(*pair)
         planted.write(self.folder)
-        self.assertEqual(reasons_of(self.run_velk("--mate-pairs", "p_1.fq", "p_2.fq")), planted.wanted)
+        self.assert_told(self.run_velk("--mate-pairs", "p_1.fq", "p_2.fq"), planted)
 
 
 if __name__ == "__main__":

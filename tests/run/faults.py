@@ -11,22 +11,22 @@ Prints a table; ends with status 1 when a run breaks a rule, and names it.
 
 import argparse
 import collections
-import concurrent.futures
 import gzip
 import hashlib
 import json
 import os
-import re
 import shutil
 import subprocess
 import sys
 import tempfile
 
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support"))
+import callFaults  # pylint: disable=wrong-import-position
+
 ERRORS = {call: ("EIO", "ENOSPC") for call in (
     "openat", "read", "write", "pwrite64", "close", "fsync", "fdatasync", "rename", "renameat2",
     "mkdir", "lseek", "newfstatat", "ftruncate", "unlink", "flock", "getdents64")}
 ERRORS |= {"clone3": ("EAGAIN",)}
-PAIRS = 400  # of the example's
 RUN = ["scaffolds.fa", "--samplesheet", "sheet.tsv", "--native"]
 VERBS = {"run": RUN, "task": ["task", "plan.json", "0"], "gather": ["gather", "plan.json", "share"]}
 SHEET = "library\tR1\tR2\tinsert\torientation\na\tr_1.fq.gz\tr_2.fq.gz\t215\tFR\n"
@@ -35,16 +35,16 @@ SHEET = "library\tR1\tR2\tinsert\torientation\na\tr_1.fq.gz\tr_2.fq.gz\t215\tFR\
 class Bench:
     """A folder of inputs, and runs on them."""
 
+    errors = ERRORS
+
     def __init__(self, velk_run, examples, verb):
         self.command = [velk_run, *VERBS[verb], "-o", "out", "--quiet", "-t", "1"]
         self.summary = "share.json" if verb == "task" else "summary.json"
         self.inputs = tempfile.mkdtemp()
         shutil.copy(os.path.join(examples, "scaffolds.fa"), self.inputs)
         for mate in "12":
-            with gzip.open(os.path.join(examples, f"reads_{mate}.fq.gz"), "rb") as file:
-                lines = file.read().split(b"\n")[:4 * PAIRS]
             with open(os.path.join(self.inputs, f"r_{mate}.fq.gz"), "wb") as file:
-                file.write(gzip.compress(b"\n".join(lines) + b"\n"))
+                file.write(gzip.compress(callFaults.first_reads(examples, mate)))
         with open(os.path.join(self.inputs, "sheet.tsv"), "w", encoding="ascii") as file:
             file.write(SHEET)
         for arguments in (["plan", *RUN, "-o", "plan.json"], [*VERBS["task"], "-o", "share"]):
@@ -76,18 +76,6 @@ class Bench:
                 found[name] = hashlib.md5(file.read()).hexdigest()
         return found
 
-    def count_calls(self):
-        """Call -> how often a run makes it."""
-        log = tempfile.mktemp()
-        process, folder = self.run(["strace", "-f", "-o", log, "-e",
-                                    "trace=" + ",".join(ERRORS)])
-        assert process.returncode == 0, process.stderr
-        shutil.rmtree(folder)
-        with open(log, encoding="utf-8", errors="replace") as file:
-            calls = collections.Counter(re.findall(r"^\d+ +(\w+)\(", file.read(), re.MULTILINE))
-        os.unlink(log)
-        return calls
-
     def judge(self, process, folder, was_killed):
         """What is wrong with how a run ended; empty when nothing is."""
         results = self.results(folder)
@@ -101,19 +89,14 @@ class Bench:
             return f"signal {-process.returncode}"
         if os.path.exists(os.path.join(folder, "out", ".partial")):
             return "something unfinished is left"
-        is_loader = process.returncode == 127 and b"loading shared libraries" in process.stderr
-        if not is_loader and not any(line.startswith(b"[ERROR]: ")
-                                     for line in process.stderr.splitlines()):
-            return f"status {process.returncode} without a message"
-        return ""
+        return callFaults.wrong_words(process)
 
-    def inject(self, call, number, what):
-        strace = ["strace", "-f", "-o", "/dev/null", "-e", f"trace={call}", "-e",
-                  f"inject={call}:{what}:when={number}"]
-        process, folder = self.run(strace)
-        wrong = self.judge(process, folder, "signal=KILL" in what)
+    def inject(self, call, number, way):
+        process, folder = self.run(callFaults.strace_with(call, number, way))
+        was_killed = callFaults.is_kill(way)
+        wrong = self.judge(process, folder, was_killed)
         again = ""
-        if not wrong and "signal=KILL" in what:  # the next run on this folder must end well
+        if not wrong and was_killed:  # the next run on this folder must end well
             again = self.run_again(folder)
         shutil.rmtree(folder)
         return wrong or again
@@ -133,19 +116,13 @@ def main():
     parser.add_argument("--every", type=int, default=1, help="only every so many calls")
     options = parser.parse_args()
     bench = Bench(options.velk_run, options.examples, options.verb)
-    faults = []
-    for call, count in sorted(bench.count_calls().items()):
-        ways = [f"error={error}" for error in ERRORS[call]] + ["signal=KILL"]
-        faults += [(call, number, way) for way in ways for number in range(1, count + 1)]
-    faults = faults[::options.every]
+    faults = callFaults.faults_of(bench, options.every)
     made = collections.Counter()
     wrong = []
-    with concurrent.futures.ThreadPoolExecutor(2) as pool:
-        for (call, number, way), said in zip(faults, pool.map(lambda f: bench.inject(*f), faults)):
-            made[call] += 1
-            if said:
-                wrong.append(f"{call} {number}, {way}: {said}")
-    shutil.rmtree(bench.inputs)
+    for (call, number, way), said in callFaults.meet_all(bench, faults):
+        made[call] += 1
+        if said:
+            wrong.append(f"{call} {number}, {way}: {said}")
     print("\n".join(wrong))
     print(", ".join(f"{call} {count}" for call, count in sorted(made.items())))
     print(f"{len(faults)} faults, {len(wrong)} broke a rule")

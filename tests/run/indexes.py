@@ -187,7 +187,8 @@ class Refused(Base):
     def test_another_assembly(self):
         self.make_index()
         change_byte("scaffolds.fa", 2000)
-        self.run_refuses("index is the index of another assembly than scaffolds.fa")
+        self.run_refuses("index is the index of another assembly than scaffolds.fa, or of a copy of"
+                         " it that is compressed in another way")
 
     def test_an_assembly_that_differs_in_its_middle(self):
         """It is said at the end, before there is a result."""
