@@ -36,7 +36,7 @@ struct Region {
     uint64_t hash;
   };
   std::vector<Place> seeds;
-  std::vector<Place> windows;  // of the second level
+  std::vector<uint64_t> windows;  // positions of windows of the second level
   uint64_t distinctKeys = 0;
 };
 
@@ -109,9 +109,7 @@ class RegionBuilder {
     if (hasOdd || places_.size() > SeedIndex::kMostPlaces) {
       places_ = {SeedIndex::kElsewhere};
       for (const Known& known : known_) {
-        if (known.first == 0) continue;
-        const uint64_t key = keyAt(known.first, known.isOdd != 0);
-        region_.windows.push_back({known.first, SeedIndex::windowHash(hash, key)});
+        if (known.first != 0) region_.windows.push_back(known.first);
       }
     }
     for (const uint64_t place : places_) region_.seeds.push_back({place, hash});

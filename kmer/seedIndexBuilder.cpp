@@ -133,16 +133,18 @@ class SeedIndexBuilder {
     const Region region = RegionBuilder(index_, text_).build({runsOf(r), runs_[r]});
     assert(bucketsFor(region.seeds.size()) <= level_.ranges[r].size);
     level_.ranges[r].size = bucketsFor(region.seeds.size());
-    fill(&level_.buckets[level_.ranges[r].first], region.seeds);
+    const BucketRange ofSeeds{&level_.buckets[level_.ranges[r].first], level_.ranges[r].size,
+                              index_.shape_};
+    std::fill_n(ofSeeds.first, ofSeeds.size, Bucket{});
+    for (const auto& [place, hash] : region.seeds) ofSeeds.add(place + index_.placeBase_, hash);
     windows_[r].resize(bucketsFor(region.windows.size()));
-    fill(windows_[r].data(), region.windows);
+    const BucketRange ofWindows{windows_[r].data(), windows_[r].size(), index_.shape_};
+    for (const uint64_t p : region.windows) {
+      const uint64_t key = text_.keyAt(p);
+      const uint64_t seedHash = index_.seeds().seedOf(key).hash;
+      ofWindows.add(p + index_.placeBase_, SeedIndex::windowHash(seedHash, key));
+    }
     __atomic_fetch_add(&index_.distinctKeys_, region.distinctKeys, __ATOMIC_RELAXED);
-  }
-
-  void fill(Bucket* first, const std::vector<Region::Place>& places) const {
-    const BucketRange range{first, bucketsFor(places.size()), index_.shape_};
-    std::fill_n(first, range.size, Bucket{});
-    for (const auto& [position, hash] : places) range.add(position + index_.placeBase_, hash);
   }
 
   // Moves the buckets of all regions together, and those of the second level.

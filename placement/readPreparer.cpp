@@ -1,7 +1,6 @@
 #include "placement/readPreparer.h"
 
 #include <algorithm>
-#include <cassert>
 #include <string_view>
 
 namespace velk {

@@ -44,7 +44,7 @@ struct Reached {
 };
 Reached reachedOf(const RunData& data, std::size_t gap);
 
-/// Gaps for which a reason is given.
+/// Gaps that have a reason.
 struct ReasonCount {
   uint64_t none = 0;  // without reads
   uint64_t few = 0;   // with reads; of Reason::kEnough with enough of them

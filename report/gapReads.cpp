@@ -41,7 +41,7 @@ class Records : public GapReadSource {
  public:
   Records(const std::string& folder, const RunData& data)
       : file_(folder + "/reads.bam"), index_(folder + "/gaps.idx") {
-    hts_set_log_level(HTS_LOG_OFF);  // what fails is reported here
+    hts_set_log_level(HTS_LOG_OFF);  // failures are reported here
     input_.reset(sam_open(file_.c_str(), "rb"));
     if (input_ == nullptr) run::failFile(file_, "opened");
     header_.reset(sam_hdr_read(input_.get()));

@@ -31,11 +31,6 @@ void Svg::line(double x1, double y1, double x2, double y2, std::string_view clas
   path("M" + brief(x1) + " " + brief(y1) + "L" + brief(x2) + " " + brief(y2), classes);
 }
 
-void Svg::circle(double x, double y, double radius, std::string_view classes) {
-  text_ += "<circle" + attribute("cx", x) + attribute("cy", y) + attribute("r", radius) +
-           classOf(classes) + "/>";
-}
-
 void Svg::path(const std::string& d, std::string_view classes) {
   if (!d.empty()) text_ += "<path d=\"" + d + "\"" + classOf(classes) + "/>";
 }

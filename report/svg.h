@@ -17,7 +17,6 @@ class Svg {
 
   void rect(double x, double y, double width, double height, std::string_view classes);
   void line(double x1, double y1, double x2, double y2, std::string_view classes);
-  void circle(double x, double y, double radius, std::string_view classes);
   void path(const std::string& d, std::string_view classes);
 
   /// `anchor`: "start", "middle" or "end". `text` is HTML.

@@ -1,6 +1,7 @@
 #include "run/extract.h"
 
 #include <htslib/bgzf.h>
+#include <htslib/hts_log.h>
 #include <unistd.h>
 
 #include <fcntl.h>
@@ -155,6 +156,7 @@ void writeText(const std::string& text, const std::string& output) {
 }  // namespace
 
 void extractReads(const ExtractRequest& request, const std::string& output) {
+  hts_set_log_level(HTS_LOG_OFF);  // failures are reported here
   const auto file = [&](const char* name) { return request.folder + "/" + name; };
   if (!isSummary(file(kSummaryName))) {
     throw Failure(Status::kFailed, request.folder + " holds no whole result of velk-run");

@@ -1,7 +1,7 @@
 #include "run/fastqWriter.h"
 
 #include <htslib/bgzf.h>
-#include <htslib/hts.h>
+#include <htslib/hts_log.h>
 
 #include <cerrno>
 #include <cstring>

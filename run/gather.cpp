@@ -133,6 +133,7 @@ void gather(const PlannedRequest& request, const std::vector<std::string>& share
     found.addShare(held.folder, held.share);
     addCounts(held, searched);
   }
+  plan.requireIndex();
   results.finish(*assembly, fixed, searched, found, session,
                  arguments.noReport ? ReportMaker() : makeReport);
 }

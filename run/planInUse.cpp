@@ -26,6 +26,7 @@ PlanInUse::PlanInUse(const PlannedRequest& request)
   ofPlan.libraries = plan_.fixed.libraries;
   ofPlan.index = request.index;
   saved_ = openIndex(ofPlan);
+  sums_ = sumBeside(saved_);
   if (saved_ == nullptr) return;
   requireSources(*saved_, plan_);
   if (!plan_.index.empty() && plan_.index != saved_->checksum()) {

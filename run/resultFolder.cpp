@@ -97,7 +97,7 @@ void ResultFolder::checkNames(const std::vector<std::string>& inputs) const {
           Status::kFailed,
           input + " is an input, and the results would replace it; choose another folder");
     }
-    if (own.contains(name)) continue;
+    if (own.contains(name) || ownNames().contains(name)) continue;  // one that has just ended
     throw Failure(Status::kFailed, file(name) +
                                        " is there, and no earlier result of velk-run lists it; "
                                        "remove it, or choose another folder");

@@ -37,6 +37,7 @@ void runAll(const Arguments& arguments, const ReportMaker& makeReport) {
   session.judge(checkFiles(arguments.assembly, arguments.libraries));
   const std::shared_ptr<const SavedIndex> saved = openIndex(arguments);
   std::future<FileIdentity> sum = requireSources(saved.get(), arguments);
+  const std::shared_future<void> sums = sumBeside(saved);
   Results results(arguments, filesOf(arguments));
   session.begin("preparing");
   Preparation preparation(arguments, session.threads(), session, saved);
@@ -55,6 +56,7 @@ void runAll(const Arguments& arguments, const ReportMaker& makeReport) {
     setCounts(searched.inputs[n], *inputs.all()[n].reads);
   }
   if (saved != nullptr) saved->requireAssembly(arguments.assembly, sum.get());
+  sums.get();
   searched.warnings = session.warnings();
   session.begin("writing");
   results.finish(assembly, fixed, searched, found, session,
@@ -85,6 +87,7 @@ void runPlan(const PlannedRequest& request, const ReportMaker& makeReport) {
     plan.requireInput(n);
     setCounts(searched.inputs[n], *inputs.all()[n].reads);
   }
+  plan.requireIndex();
   session.begin("writing");
   results.finish(*assembly, fixed, searched, found, session,
                  arguments.noReport ? ReportMaker() : makeReport);
@@ -140,6 +143,7 @@ void runTask(const PlannedRequest& request, uint64_t number) {
   session.begin("writing");
   found.writeShare(share);
   share.files = folder.seal(session.threads());
+  plan.requireIndex();
   session.end();
   share.times = session.times();
   share.machine = machineName();

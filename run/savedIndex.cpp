@@ -158,6 +158,12 @@ void SavedIndex::requireSums(int threads) const {
   }
 }
 
+std::shared_future<void> sumBeside(std::shared_ptr<const SavedIndex> index) {
+  return std::async([index = std::move(index)] {
+    if (index != nullptr) index->requireSums(1);
+  });
+}
+
 void SavedIndex::requireSame(const char* option, const std::string& ofIndex,
                              const std::string& now) const {
   if (ofIndex == now) return;

@@ -143,11 +143,11 @@ class Pages(unittest.TestCase):
             field.value = ""; field.dispatchEvent(new Event("input"));
             const choice = document.querySelector(".filters select");
             choice.value = "too many differences"; choice.dispatchEvent(new Event("change")); })()""")
-        shown = page.evaluate(COLUMN % 11)
-        self.assertGreater(len(shown), 10)
-        self.assertTrue(all(text.startswith("too many differences") for text in shown))
+        given = page.evaluate(COLUMN % 11)
+        self.assertGreater(len(given), 10)
+        self.assertTrue(all(text.startswith("too many differences") for text in given))
         self.assertEqual(page.evaluate("document.querySelector('.filters [role=status]').textContent"),
-                         f"{len(shown)} of 2,000 rows")
+                         f"{len(given)} of 2,000 rows")
 
     def test_reasons_add_up(self):
         page, report = self.open("many"), self.summary("many")["report"]

@@ -1,44 +1,27 @@
 #!/usr/bin/env python3
-"""The files that velk-report makes, what it says and how it ends, on the bundled example and on hostile
-names.
+"""The files that velk-report makes and what it says, on the bundled example and on hostile names.
 
     files.py VELK_RUN VELK_REPORT
 """
 
+import fcntl
 import hashlib
-import json
 import os
+import pty
 import re
 import shutil
+import struct
 import subprocess
-import sys
 import tempfile
+import termios
 import unittest
 import xml.etree.ElementTree
 from html.parser import HTMLParser
 
-VELK_RUN = VELK_REPORT = ""
-EXAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "examples")
+from exampleRun import EXAMPLES, VELK_REPORT, VELK_RUN, ExampleRun, load, run, sums
+
 MADE = ["report.html", "velk_mqc.json", "velk_gaps_mqc.json"]
 HOSTILE = "<script>alert(1)</script>\"'&<img/src=x>" + "x" * 10000
-
-
-def run(*command, **how):
-    return subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False,
-                          text=True, **how)
-
-
-def sums(folder):
-    found = {}
-    for name in sorted(os.listdir(folder)):
-        with open(os.path.join(folder, name), "rb") as file:
-            found[name] = hashlib.md5(file.read()).hexdigest()
-    return found
-
-
-def load(*path):
-    with open(os.path.join(*path), encoding="utf-8") as file:
-        return json.load(file)
 
 
 class Elements(HTMLParser):
@@ -59,38 +42,7 @@ class Elements(HTMLParser):
         self.text += data
 
 
-class Files(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.folder = tempfile.mkdtemp()
-        cls.out = os.path.join(cls.folder, "out")
-        cls.velk_run(cls.out)
-
-    @classmethod
-    def tearDownClass(cls):
-        shutil.rmtree(cls.folder)
-
-    @classmethod
-    def velk_run(cls, out, *options, assembly="scaffolds.fa"):
-        done = run(VELK_RUN, assembly, "reads_1.fq.gz", "reads_2.fq.gz", "-o", out, "--quiet",
-                   *options, cwd=EXAMPLES)
-        assert done.returncode == 0, done.stderr
-
-    def copy(self, *options):
-        """A fresh folder of results."""
-        folder = tempfile.mkdtemp(dir=self.folder)
-        out = os.path.join(folder, "out")
-        if options:
-            self.velk_run(out, *options)
-        else:
-            shutil.copytree(self.out, out)
-        return out
-
-    def failure(self, status, message, *arguments):
-        done = run(VELK_REPORT, *arguments)
-        self.assertEqual((done.returncode, done.stdout, done.stderr),
-                         (status, "", f"[ERROR]: {message}\n"))
-
+class Files(ExampleRun):
     def test_summary_lists_the_report(self):
         listed = {file["name"]: file for file in load(self.out, "summary.json")["files"]}
         for name in MADE:
@@ -173,6 +125,17 @@ class Files(unittest.TestCase):
         column = lines[0].index("lib1:" + kind)
         return [int(line[column]) for line in lines[1:]]
 
+    def test_a_page_is_not_for_the_terminal(self):
+        master, slave = pty.openpty()
+        for arguments in (["a", "b"], ["--found", "found.fa", "scaffolds.fa"]):
+            done = subprocess.run([VELK_REPORT, *arguments], stdout=slave, stderr=subprocess.PIPE,
+                                  text=True, check=False)
+            self.assertEqual((done.returncode, done.stderr),
+                             (2, "[ERROR]: a page is no text for the terminal: give --output FILE, or"
+                              " --text (velk-report --help tells more)\n"))
+        os.close(slave)
+        os.close(master)
+
     def test_two_runs(self):
         """Against a run with half of the reads, and one whose scaffold has another name."""
         half = os.path.join(self.folder, "half")
@@ -226,34 +189,17 @@ class Files(unittest.TestCase):
         self.assertIn("--gap", run(VELK_REPORT, "--help").stdout)
         self.assertRegex(run(VELK_REPORT, "--version").stdout, r"^velk-report \d+\.\d+\n$")
 
-    def test_what_is_no_result(self):
-        gone = os.path.join(self.folder, "gone")
-        self.failure(1, gone + " holds no whole result of velk-run", gone)
-        out = self.copy()
-        os.unlink(os.path.join(out, "summary.json"))
-        before = sums(out)
-        self.failure(1, out + " holds no whole result of velk-run", out)
-        self.assertEqual(sums(out), before)
-
-    def test_damage_leaves_the_folder_as_it_was(self):
-        for name in ("gaps.tsv", "evidence.tsv", "inserts.tsv", "reads.bam", "gaps.idx"):
-            out = self.copy()
-            with open(os.path.join(out, name), "r+b") as file:
-                file.truncate(os.path.getsize(os.path.join(out, name)) * 2 // 3)
-            before = sums(out)
-            done = run(VELK_REPORT, out)
-            self.assertEqual(done.returncode, 1, name)
-            self.assertRegex(done.stderr, rf"^\[ERROR\]: {re.escape(out)}/{re.escape(name)}\b.*\n$")
-            self.assertEqual(sums(out), before)
-
-    def test_a_foreign_report_stays(self):
-        out = self.copy("--no-report")
-        with open(os.path.join(out, "report.html"), "w", encoding="ascii") as file:
-            file.write("mine")
-        before = sums(out)
-        self.failure(1, out + "/report.html is there, and no result of velk-run lists it; remove it",
-                     out)
-        self.assertEqual(sums(out), before)
+    def test_as_wide_as_the_terminal(self):
+        for columns, widest in ((200, 200), (60, 60), (20, 40), (0, 80)):
+            main, terminal = pty.openpty()
+            fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
+            done = subprocess.run([VELK_REPORT, "--text", self.out], stdout=terminal, check=True)
+            self.assertEqual(done.returncode, 0)
+            os.close(terminal)
+            first = os.read(main, 10000).decode().splitlines()[0]
+            os.close(main)
+            self.assertLessEqual(len(first), widest)
+            self.assertGreater(len(first), widest - 12 if widest < 100 else 90)
 
     def test_hostile_names(self):
         """What a user may call a sample, a library, a file: all of it stays text."""
@@ -302,5 +248,4 @@ class Files(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    VELK_RUN, VELK_REPORT = map(os.path.abspath, sys.argv[1:3])
-    unittest.main(argv=sys.argv[:1])
+    unittest.main(argv=["files.py"])

@@ -33,7 +33,7 @@ def reasons_of(folder):
 
 
 class Planted:
-    """Scaffolds of two contigs, each with the reason to be given for its gap."""
+    """Scaffolds of two contigs, each with the reason that belongs to its gap."""
 
     def __init__(self, seed):
         self.chance = random.Random(seed)
@@ -123,10 +123,10 @@ class Reasons(unittest.TestCase):
         return os.path.join(self.folder, "out")
 
     def assert_reasons(self, out, planted):
-        """Prints a table, and wants the reason of every gap."""
+        """Prints a table, and wants the planted reason for every gap."""
         reasons = reasons_of(out)
         rows = collections.Counter((wanted, reasons.get(gap)) for gap, wanted in planted.wanted.items())
-        print("| planted | reason given | gaps |\n|---|---|---|")
+        print("| planted | reported | gaps |\n|---|---|---|")
         for (wanted, said), count in sorted(rows.items()):
             print(f"| {wanted} | {said} | {count} |", flush=True)
         self.assertEqual(reasons, planted.wanted)

@@ -18,6 +18,7 @@ import time
 
 import plans
 from plans import INPUTS, SHARES, change_byte
+from savedIndex import PARTS, SavedIndex
 from shares import result
 
 TASK = ["task", "plan.json", "1", "-o", "share.1", "-t", "1"]
@@ -218,8 +219,11 @@ MISHAPS = [
            lambda: cut("plan.json"), files=["plan.json"]),
     Mishap("the index was cut short", INDEXED, "index is a damaged index",
            spoil_index(lambda: cut("index")), make_index),
-    Mishap("the index was changed", INDEXED, "index is a damaged index",
+    Mishap("the header of the index was changed", INDEXED, "index is a damaged index",
            spoil_index(lambda: change_byte("index", 100)), make_index),
+    Mishap("a base of the index was changed", INDEXED, "index is a damaged index: its bases have another",
+           spoil_index(lambda: change_byte("index", SavedIndex("index").place(PARTS.index("bases"))[0] + 9)),
+           make_index),
     Mishap("the index is that of other options", INDEXED, "index is the index of other options",
            lambda: remake("index", "scaffolds.fa", "-k", "25", "-o", "index"), make_index),
     Mishap("the index has vanished", INDEXED, "index.*No such file", None, make_index),
