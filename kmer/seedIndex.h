@@ -1,5 +1,5 @@
 // The seed index: does a k-mer occur once in the contigs, and where first? It keeps no k-mer, but
-// the contigs' packed text and the places of its seeds: 1.2 to 1.8 bytes a k-mer for k = 31.
+// the contigs' packed text and the places of its seeds: 1.3 to 1.6 bytes a k-mer for k = 31.
 //
 // A window's k-mer is found by its seed (kmer/seeds.h). The places of one kind of seed are stored
 // in text order, from its home bucket on; they overflow into the buckets after it. The first place

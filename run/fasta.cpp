@@ -1,3 +1,4 @@
+// The FASTA reader of assemblies.
 #include "run/assembly.h"
 
 #include <algorithm>

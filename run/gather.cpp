@@ -1,3 +1,4 @@
+// The verb gather: the shares of all tasks of a plan become one result.
 #include <algorithm>
 #include <map>
 #include <utility>

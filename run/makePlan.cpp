@@ -1,3 +1,4 @@
+// The verb plan: measures the inputs and writes the plan of a run.
 #include <cmath>
 
 #include "driver/velk.h"

@@ -1,3 +1,4 @@
+// A plan as a verb uses it: its files below a root, compared with what the plan says of them.
 #include "run/plan.h"
 
 #include "driver/velk.h"

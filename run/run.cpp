@@ -1,3 +1,4 @@
+// A run in one piece, and one task of a plan.
 #include <future>
 #include <optional>
 
@@ -19,7 +20,7 @@ namespace velk::run {
 namespace {
 
 // Throws Failure unless the index is that of these files. All of the assembly is summed by a thread
-// beside the run, as nothing else reads it: what comes of it is told by the future.
+// beside the run, as nothing else reads it: the future holds what comes of it.
 std::future<FileIdentity> requireSources(const SavedIndex* saved, const Arguments& arguments) {
   if (saved == nullptr) return {};
   saved->requireAssemblyEnds(arguments.assembly, identityOf(arguments.assembly, Summed::kEnds));

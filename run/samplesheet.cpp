@@ -1,3 +1,4 @@
+// Libraries from a samplesheet, or from a library file of velk.
 #include "run/givenLibraries.h"
 
 #include <algorithm>

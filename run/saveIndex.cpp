@@ -1,3 +1,4 @@
+// Writes a saved index.
 #include "run/savedIndex.h"
 
 #include <algorithm>

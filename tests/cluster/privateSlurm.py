@@ -56,7 +56,7 @@ def free_ports(count):
 
 
 class PrivateSlurm:
-    """`in_haste`: looks for jobs to start every second, and not as Slurm does unless it is told."""
+    """`in_haste`: looks for jobs to start every second, and not as Slurm does by default."""
 
     def __init__(self, folder, nodes=2, processors=1, memory=4000, in_haste=True):
         self.folder = folder
@@ -78,7 +78,7 @@ class PrivateSlurm:
         self.environment = dict(os.environ, SLURM_CONF=f"{folder}/slurm.conf",
                                 PATH=os.environ["PATH"] + ":/usr/sbin:/sbin")
 
-        # Nodes take no control groups, which newer versions ask for unless they are told.
+        # Nodes take no control groups, which newer versions ask for by default.
         if int(re.search("[0-9]+", self.call("slurmd", "-V"))[0]) >= 23:
             with open(f"{folder}/cgroup.conf", "w", encoding="ascii") as file:
                 file.write("CgroupPlugin=disabled\n")

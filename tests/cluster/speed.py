@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """The time of one run with one thread against that of its tasks on a Slurm of two nodes of one
 processor, by the job array, and what the plan said before. The machine should have nothing else to do.
-Slurm looks for jobs as often as it does unless it is told.
+Slurm looks for jobs as often as it does by default.
 
     speed.py VELK_RUN ROOT FOLDER [ROUNDS]      FOLDER: of scaffolds.fa, sheet.tsv and its files
 

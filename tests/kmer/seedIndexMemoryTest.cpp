@@ -156,7 +156,7 @@ double secondsOf(const Assembly& assembly) {
 }
 
 TEST_F(SeedIndexMemory, NoWindowTakesLong) {
-  constexpr std::size_t kLetters = part(std::size_t{200000});
+  constexpr std::size_t kLetters = 200000;
   // Generous, the more so with a sanitizer. A chain of a tenth of the windows would take some ten
   // times as long.
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)

@@ -25,7 +25,7 @@ const std::string& contigS() {
 // ---- the guard ----------------------------------------------------------------------------------
 
 // The anchor's k-mers hit the last contig, which is skipped, then a contig in front of a small
-// gap, then one in front of a large gap that would settle the pair with a record.
+// gap, then one in front of a large gap that would record the pair.
 TEST_F(CheckForwardRead, LargeInsertAtASmallGapStopsTheWalk) {
   mapCut = 0.1;
   const std::string anchor =
@@ -219,14 +219,14 @@ TEST_F(CheckReverseRead, RepeatedKmersAreSkipped) {
   EXPECT_EQ((Records{inGap(0, 400, mate, 150)}), outcome.records);
 }
 
-TEST_F(CheckForwardRead, KmersOfNoBasesSettleNothing) {
+TEST_F(CheckForwardRead, KmersOfNoBasesAcceptNothing) {
   Kmer = 0;
   assembleScaffold({{contigP()}, {contigQ(), 400}});
   EXPECT_EQ(101, check(readAt(contigP(), 50, 100), mate, 500).stop);
   EXPECT_EQ(1, check("", "", 500).stop);
 }
 
-TEST_F(CheckReverseRead, KmersOfNoBasesSettleNothing) {
+TEST_F(CheckReverseRead, KmersOfNoBasesAcceptNothing) {
   Kmer = 0;
   assembleScaffold({{contigP()}, {contigQ(), 400}});
   EXPECT_EQ(101, check(readAt(contigQ(), 150, 100), mate, 500).stop);

@@ -199,7 +199,7 @@ TEST_F(CheckSingleRead, AHitRefusedOverTheLeftEndMovesTheWalkOn) {
 }
 
 // The first k-mer places the read on contig a, a later one would place it on contig b.
-TEST_F(CheckSingleRead, TheFirstPlacingKmerSettlesTheRead) {
+TEST_F(CheckSingleRead, TheFirstKmerThatPlacesTheReadDecides) {
   const std::string read = a.substr(50) + b.substr(0, 50);
   const Outcome outcome = single(read);
   EXPECT_EQ(0, outcome.stop);

@@ -191,7 +191,7 @@ class Refused(Base):
                          " it that is compressed in another way")
 
     def test_an_assembly_that_differs_in_its_middle(self):
-        """It is told at the end, before there is a result."""
+        """It is said at the end, before there is a result."""
         rng = random.Random(1)
         with open("scaffolds.fa", "a", encoding="ascii") as file:
             file.write(">long\n" + "".join(rng.choices("ACGT", k=2500000)) + "\n")
@@ -284,7 +284,7 @@ class Damaged(Base):
                 change_byte("index", at)
 
     def test_a_damaged_index_of_a_plan(self):
-        """What is changed in the middle of any part is told before anything has its name."""
+        """What is changed in the middle of any part is said before anything has its name."""
         self.call("plan", "scaffolds.fa", *READS, "--placeholder", "10", "-o", "plan.json")
         self.call("task", "plan.json", "0", "-o", "share")
         verbs = (["task", "plan.json", "0"], ["gather", "plan.json", "share"], ["--plan", "plan.json"])

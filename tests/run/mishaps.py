@@ -58,14 +58,14 @@ def remake(*command):
 
 
 class Mishap:
-    """A call that fails: what is done before it, and what mends it. What is changed of the named files
-    is brought back from copies, unless `mend` makes them again."""
+    """A call that fails: what is done before it, and what repairs it. What is changed of the named files
+    is brought back from copies, unless `repair` makes them again."""
 
     keeps = False  # whether a whole share stays where the call would write one
 
-    def __init__(self, name, command, words, spoil=None, mend=None, files=(), before=()):
+    def __init__(self, name, command, words, spoil=None, repair=None, files=(), before=()):
         self.name, self.command, self.words = name, command, words
-        self.spoil, self.mend, self.files, self.before = spoil, mend, files, before
+        self.spoil, self.repair, self.files, self.before = spoil, repair, files, before
 
     def call(self):
         return run(self.command, self.before() if callable(self.before) else self.before)
@@ -75,8 +75,8 @@ class Mishap:
             shutil.rmtree(file, ignore_errors=True)
             copy = shutil.copytree if os.path.isdir(f"../made/{file}") else shutil.copy
             copy(f"../made/{file}", file)
-        if self.mend:
-            self.mend()
+        if self.repair:
+            self.repair()
 
     def check(self):
         """Returns what was said; throws AssertionError."""

@@ -331,7 +331,7 @@ class Plans(unittest.TestCase):
                 done = self.run_on(*arguments, "-o", "out", "-t", threads,
                                    before=["prlimit", "--fsize=20000"])
                 self.assertEqual(1, done.returncode)
-                # Where the counts of the coverage fail, too, that is told behind it.
+                # Where the counts of the coverage fail, too, that is said behind it.
                 said = [line for line in done.stderr.decode().splitlines()
                         if not line.startswith("libgcov ")]
                 self.assertEqual(1, len(said), said)

@@ -19,6 +19,12 @@ constexpr Number part(Number all) {
 #endif
 }
 
+/// How often a thing must be met, of `all` times in the whole comparison: so often; in a part of
+/// it, where things are met less evenly, the twentieth part.
+constexpr int leastOf(int all) {
+  return part(5) == 5 ? all : all / 20;
+}
+
 /// All run parameters, as one value.
 struct RunParameters {
   std::string lib_file = velk::lib_file;
