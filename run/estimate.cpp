@@ -18,7 +18,7 @@ constexpr double kLeastPlain = 3.7e-9;   // a base, for the one thread that read
 constexpr double kLeastPacked = 3.5e-9;  // a base, for the thread that inflates a file
 constexpr double kFindRecord = 6.5e-6;   // a record, described and sorted, of all threads
 constexpr double kWriteRecord = 6.2e-6;  // the same, written to the files of a result
-constexpr double kJobStart = 6;          // of a job, until Slurm as it comes has started it
+constexpr double kJobStart = 1.1;        // of a job, until an idle Slurm has started it
 
 constexpr uint64_t kWorkingMemory = uint64_t{300} << 20;  // bytes: batches, what is found
 constexpr double kPackedText = 0.7;  // of a text, which only compressed files are smaller than
