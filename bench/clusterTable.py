@@ -45,8 +45,8 @@ def rows():
         cells = [f"{bases / 1e6:,.0f} Mb", f"{coverage}", f"{(bases * (1 + INDEX_BYTES) + WORKING) / 1e9:.1f} GB",
                  f"{hours(one)}, {one * THREADS / 3600:.1f}"]
         for nodes in NODES:
-            wall = 2 * k["kJobStart"] + 2 * load + index + search / nodes + writing
-            work = (nodes + 1) * load + nodes * index + search + writing
+            wall = 3 * k["kJobStart"] + load + index + search / nodes + writing
+            work = load + index + search + writing
             cells.append(f"{hours(wall)}, {work * THREADS / 3600:.1f}")
         yield cells
 

@@ -18,8 +18,7 @@ import subprocess
 import sys
 from dataclasses import dataclass
 
-from datasets import SCALES, Dataset
-from measure import Rounds, options_parser, run
+from measure import SCALES, Dataset, Rounds, options_parser, run
 from table import mapper_command, velk_command
 
 # Name -> shell command that packs standard input.

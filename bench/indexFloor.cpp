@@ -15,7 +15,7 @@
 #include "driver/velk.h"
 #include "kmer/contigWindows.h"
 #include "kmer/fetchKmers.h"
-#include "kmer/memory.h"
+#include "kmer/machine.h"
 
 namespace velk::bench {
 namespace {

@@ -56,9 +56,12 @@ bool measure(const std::string& scaffolds) {
   const std::chrono::duration<double> wall = std::chrono::steady_clock::now() - start;
   const double processor = processorSeconds() - processorBefore;
   const uint64_t peak = statusBytes("VmHWM:");
-  std::cout << Kmer << '\t' << thread_num << '\t' << index.text().windows() << '\t' << index.bytes()
-            << '\t' << peak - std::min(peak, before) << '\t' << wall.count() << '\t' << processor
-            << '\n';
+  uint64_t bytes = sizeof index;
+  const auto add = [&](const auto& array) { bytes += array.size() * sizeof(array[0]); };
+  SeedIndex::forEachKept(index, add);
+  index.text().forEachLaid(add);
+  std::cout << Kmer << '\t' << thread_num << '\t' << index.text().windows() << '\t' << bytes << '\t'
+            << peak - std::min(peak, before) << '\t' << wall.count() << '\t' << processor << '\n';
   return true;
 }
 

@@ -14,7 +14,7 @@ import os
 import statistics
 import subprocess
 
-from datasets import Dataset
+from measure import Dataset
 
 
 def numbers(text):

@@ -15,7 +15,7 @@
 #include "kmer/packedBases.h"
 #include "kmer/seedIndex.h"
 #include "placement/Read2Scaf.h"
-#include "placement/countEqual.h"
+#include "placement/edgeCheck.h"
 #include "placement/readPreparer.h"
 #include "streaming/lineSource.h"
 #include "streaming/readBuffer.h"
@@ -94,11 +94,9 @@ void verdicts(benchmark::State& state, std::vector<std::string> (*reads)()) {
       seedIndex->prefetchSeed(run);
       runs.push_back(run);
     });
-    std::erase_if(runs, [](const SeedRun& run) {
-      return !seedIndex->prefetchText(run, Occurrence::kAbsent);
-    });
+    std::erase_if(runs, [](const SeedRun& run) { return !seedIndex->prefetchText(run); });
     for (const SeedRun& run : runs) {
-      benchmark::DoNotOptimize(seedIndex->verdictOn(run, Occurrence::kAbsent, packed));
+      benchmark::DoNotOptimize(seedIndex->verdictOn(run, packed));
     }
     at = (at + 1) % all.size();
   }
@@ -160,15 +158,13 @@ void prepare(benchmark::State& state, Step last, std::vector<std::string> (*read
   makeWorld();
   std::vector<std::string> all = reads();
   std::array<PreparedRead, 16> group;
-  std::array<PreparedRead*, group.size()> pointers;
-  for (std::size_t i = 0; i < group.size(); ++i) pointers[i] = &group[i];
-  ReadPreparer preparer(*seedIndex, {});
+  ReadPreparer preparer(*seedIndex, Kmer);
   std::size_t at = 0;
   for (auto _ : state) {
     for (std::size_t i = 0; i < group.size(); ++i) group[i].bases = &all[at + i];
     preparer.pack(group);
-    if (last >= Step::kAlign) preparer.align(pointers);
-    if (last >= Step::kSift) preparer.sift(pointers);
+    if (last >= Step::kAlign) preparer.align(group);
+    if (last >= Step::kSift) preparer.sift(group);
     at = (at + group.size()) % all.size();
   }
   state.SetItemsProcessed(state.iterations() * int64_t{group.size()});

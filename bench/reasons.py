@@ -4,7 +4,7 @@ known: a genome with gaps that are short of reads for planted causes, and reads 
 
     reasons.py --programs FOLDER... --data FOLDER [--genome FILE] [--seed N]
 
-Prints what was told by planted cause, and by reason the share that the truth confirms. Without --genome
+Prints the reasons given by planted cause, and by reason the share that the truth confirms. Without --genome
 one is made. doc/accuracy.md explains the tables.
 """
 
@@ -112,7 +112,7 @@ class Truth:
         return False  # "no single reason"
 
 
-def told(folder):
+def reasons_of(folder):
     """Gap -> what is said of it, and how many reads are predicted."""
     with open(os.path.join(folder, "report.html"), encoding="utf-8") as file:
         page = file.read()
@@ -136,7 +136,7 @@ def judge(world, programs, folder, libraries):
         big_gap = int(re.search(r'"big_gap_length": (\d+)', file.read())[1])
     truth = Truth(world, libraries, big_gap)
     counts = collections.Counter()
-    for number, (reason, predicted) in told(out).items():
+    for number, (reason, predicted) in reasons_of(out).items():
         gap = world.gaps[number]
         is_right = reason == "as expected" or truth.confirms(gap, reason, predicted)
         counts[gap.cause, reason, is_right] += 1
@@ -169,10 +169,10 @@ def main():
         causes[cause][reason] += number
         if reason != "as expected":
             reasons[reason][is_right] += number
-    table(["planted cause", "gaps", "what was told"],
+    table(["planted cause", "gaps", "reasons given"],
           [[cause, sum(each.values()), ", ".join(f"{reason} {n}" for reason, n in each.most_common())]
            for cause, each in causes.items()])
-    table(["told", "gaps", "confirmed"],
+    table(["reason", "gaps", "confirmed"],
           [[reason, sum(each.values()), accuracy.ratio(each[True], sum(each.values()))]
            for reason, each in reasons.items()])
     right = sum(each[True] for each in reasons.values())

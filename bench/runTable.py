@@ -12,8 +12,7 @@ import shlex
 import statistics
 import subprocess
 
-from datasets import SCALES
-from measure import Rounds, options_parser
+from measure import SCALES, Rounds, options_parser
 from table import velk_command
 
 RESULTS = "run.out"  # folder of velk-run's results, in the data's

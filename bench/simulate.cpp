@@ -5,7 +5,7 @@
 #include <ostream>
 #include <string_view>
 
-#include "placement/reverseComplement.h"
+#include "placement/Read2Scaf.h"
 
 namespace velk::bench {
 namespace {
@@ -15,7 +15,7 @@ constexpr uint64_t kBasesPerRepeats = 5'000'000;
 
 std::string reversed(std::string_view bases) {
   std::string result(bases.size(), 'A');
-  reverseComplement(result.data(), bases.data(), bases.size());
+  ReverseComplementSeq(result, std::string(bases));
   return result;
 }
 

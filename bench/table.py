@@ -17,8 +17,7 @@ import statistics
 import subprocess
 import sys
 
-from datasets import GROWTH, SCALES, USUAL_GROWTH, Dataset, slots
-from measure import Rounds, options_parser, warm_memory
+from measure import GROWTH, SCALES, USUAL_GROWTH, Dataset, Rounds, options_parser, slots, warm_memory
 
 
 def velk_command(programs, data, library, threads, program="velk"):

@@ -16,8 +16,7 @@ import sys
 import time
 from collections import defaultdict
 
-from datasets import SCALES
-from measure import Rounds, options_parser
+from measure import SCALES, Rounds, options_parser
 from table import velk_command
 
 PAUSE = 0.004  # seconds between two looks

@@ -8,8 +8,8 @@
 #include "check/rehearsal.h"
 #include "driver/velk.h"
 #include "kmer/hashSet.h"
+#include "survey/costModel.h"
 #include "survey/machine.h"
-#include "survey/timeModel.h"
 
 namespace velk::check {
 namespace {

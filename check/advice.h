@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "check/survey.h"
-#include "survey/memoryModel.h"
+#include "survey/costModel.h"
 
 namespace velk::check {
 

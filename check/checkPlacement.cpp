@@ -44,12 +44,12 @@ void checkOrientation(Survey& survey, std::size_t library, const Place& place) {
   const bool isOutward = measure.orientation == survey::Orientation::kOutward;
   const std::string sizes = libraryText(library) + ": avg_ins is " + std::to_string(insert) +
                             ", measured " + std::to_string(std::lround(measure.insert));
-  const bool isTurned = insert > 0 && isOutward != (insert > kLongestShortInsert);
-  if (isTurned && isOutward == (measure.insert > kLongestShortInsert)) {
+  const bool isOtherWay = insert > 0 && isOutward != (insert > kLongestShortInsert);
+  if (isOtherWay && isOutward == (measure.insert > kLongestShortInsert)) {
     findings.add("insert-turns-pairs", place, sizes);
     return;
   }
-  if (isTurned) {
+  if (isOtherWay) {
     findings.add("orientation-wrong", place,
                  counts + "; with avg_ins " + std::to_string(insert) + " velk expects " +
                      (isOutward ? "inwards" : "outwards"));

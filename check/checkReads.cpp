@@ -1,4 +1,4 @@
-// Checks of the read files: whether velk can read them, and what of their reads it would pass over.
+// Checks of the read files: whether velk can read them, and which of their reads it would skip.
 #include <algorithm>
 #include <cstdio>
 

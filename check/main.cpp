@@ -12,7 +12,7 @@
 #include "check/rehearsal.h"
 #include "check/report.h"
 #include "check/survey.h"
-#include "driver/standardDescriptors.h"
+#include "driver/outputFile.h"
 
 namespace velk::check {
 namespace {

@@ -19,9 +19,8 @@
 #include "placement/Read2Scaf.h"
 #include "streaming/library.h"
 #include "streaming/lineSource.h"
+#include "survey/costModel.h"
 #include "survey/machine.h"
-#include "survey/memoryModel.h"
-#include "survey/timeModel.h"
 
 namespace velk::check {
 

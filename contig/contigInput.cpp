@@ -1,3 +1,4 @@
+// Contigs as input: the headers say of which scaffold each is, and which gap follows it.
 #include <algorithm>
 
 #include "contig/contig.h"

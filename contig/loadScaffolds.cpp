@@ -1,3 +1,4 @@
+// Scaffolds as input: read line by line, cut into contigs, and written to the two side files.
 #include <fstream>
 
 #include "contig/contig.h"

@@ -1,3 +1,4 @@
+// The life of the model of scaffolds: made for as many as the input has, and released.
 #include <string>
 #include <string_view>
 

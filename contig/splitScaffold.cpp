@@ -1,3 +1,4 @@
+// Cuts one scaffold into contigs at its runs of N.
 #include <algorithm>
 #include <cstddef>
 #include <ostream>

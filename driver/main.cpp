@@ -13,7 +13,6 @@
 #include "driver/listener.h"
 #include "driver/outputFile.h"
 #include "driver/runFiles.h"
-#include "driver/standardDescriptors.h"
 #include "driver/textInput.h"
 #include "driver/velk.h"
 #include "kmer/fetchKmers.h"

@@ -1,12 +1,15 @@
 #include "driver/outputFile.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <string>
 #include <vector>
 
 #include "driver/fatal.h"
@@ -92,6 +95,19 @@ void finishOutput(std::ofstream& output, const std::string& file) {
 void forgetFiles() {
   protectedFiles.clear();
   unfinished.clear();
+}
+
+void openStandardDescriptors() {
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(descriptor, F_GETFD) != -1) continue;
+    // All lower numbers are taken, so open() gives this one. The direction is the useless one:
+    // whatever is written fails, as it would have, instead of passing for written.
+    const int direction = descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY;
+    if (open("/dev/null", direction) != descriptor) {
+      const std::string reason = std::strerror(errno);
+      fatal(kUserError, "[ERROR]: can't open /dev/null: " + reason + "\n");
+    }
+  }
 }
 
 }  // namespace velk

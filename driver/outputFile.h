@@ -4,12 +4,21 @@
 // openOutput() and ended with finishOutput() (or, while it stays open, looked at with
 // requireWritten()), so a run that ends with status 0 has every byte on disk. A run that ends early
 // keeps what was written to its open outputs. Main thread only.
+//
+// Every program calls openStandardDescriptors() before anything else. Otherwise the first file that
+// it opens gets the number of a closed one of standard input, output and error, and messages land
+// in it.
 #pragma once
 
 #include <fstream>
 #include <string>
 
 namespace velk {
+
+/// Opens each of the descriptors 0 to 2 that is closed on /dev/null, so that it stays unreadable or
+/// unwritable as a closed one is. Exits with status 1 after "[ERROR]: can't open /dev/null: REASON"
+/// when that fails.
+void openStandardDescriptors();
 
 /// Keeps the file named `file`, if it exists, from being opened as an output.
 void protectFile(const std::string& file);

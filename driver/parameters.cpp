@@ -1,3 +1,4 @@
+// The run parameters with their defaults, and the check that their values make a run possible.
 #include <cstdlib>
 
 #include "driver/fatal.h"

@@ -1,3 +1,4 @@
+// The help text.
 #include <sstream>
 
 #include "driver/fatal.h"

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <array>
+#include <cassert>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -51,6 +52,7 @@ inline char complementOf(char base) {
 /// in its own place and sets the low bit of the base before it.
 /// REQUIRES: kmer == 0.
 inline void Seq2Kmer(uint64_t& kmer, std::string_view seq) {
+  assert(kmer == 0);
   for (const char base : seq) kmer = (kmer << LEN_TO_BITLEN) | baseCode(base);
 }
 

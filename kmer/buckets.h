@@ -7,6 +7,7 @@
 #pragma once
 
 #include <bit>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -44,7 +45,17 @@ class alignas(64) Bucket {
 
   /// A bit for each place whose tag agrees with the hash, the first place lowest.
   unsigned hits(uint64_t hash) const {
-    return tagsLike(hash & kTagMask) & ((1U << count_ % 32U) - 1);
+    const uint64_t tag = hash & kTagMask;
+#if defined(__SSE2__)
+    const __m128i tags = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes_));
+    const __m128i low = _mm_and_si128(tags, _mm_set1_epi8(static_cast<char>(kTagMask)));
+    const __m128i equal = _mm_cmpeq_epi8(low, _mm_set1_epi8(static_cast<char>(tag)));
+    const auto like = static_cast<unsigned>(_mm_movemask_epi8(equal));
+#else
+    unsigned like = 0;
+    for (unsigned i = 0; i < 16; ++i) like |= ((bytes_[i] & kTagMask) == tag ? 1U : 0U) << i;
+#endif
+    return like & ((1U << count_ % 32U) - 1);
   }
 
   uint64_t place(unsigned i, BucketShape shape) const {
@@ -53,11 +64,16 @@ class alignas(64) Bucket {
     return bytes >> (64 - 8 * shape.width) | uint64_t{bytes_[i]} >> kTagBits << 8 * shape.width;
   }
 
-  bool isFull(BucketShape shape) const { return count_ == shape.room; }
-  unsigned count() const { return count_; }
+  bool isFull(BucketShape shape) const {
+    return count_ == shape.room;
+  }
+  unsigned count() const {
+    return count_;
+  }
 
   /// REQUIRES: the bucket is not full.
   void add(uint64_t place, uint64_t hash, BucketShape shape) {
+    assert(!isFull(shape));
     const unsigned i = count_++;
     bytes_[i] = static_cast<uint8_t>((hash & kTagMask) | place >> 8 * shape.width << kTagBits);
     std::memcpy(bytes_ + shape.room + i * shape.width, &place, shape.width);
@@ -65,19 +81,6 @@ class alignas(64) Bucket {
 
  private:
   static constexpr uint64_t kTagMask = (1U << kTagBits) - 1;
-
-  unsigned tagsLike(uint64_t tag) const {
-#if defined(__SSE2__)
-    const __m128i tags = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes_));
-    const __m128i low = _mm_and_si128(tags, _mm_set1_epi8(static_cast<char>(kTagMask)));
-    const __m128i like = _mm_cmpeq_epi8(low, _mm_set1_epi8(static_cast<char>(tag)));
-    return static_cast<unsigned>(_mm_movemask_epi8(like));
-#else
-    unsigned like = 0;
-    for (unsigned i = 0; i < 16; ++i) like |= ((bytes_[i] & kTagMask) == tag ? 1U : 0U) << i;
-    return like;
-#endif
-  }
 
   uint8_t count_;
   uint8_t bytes_[63];  // tags, then places
@@ -91,20 +94,18 @@ struct BucketRange {
   uint64_t size;
   BucketShape shape;
 
-  /// The highest bits of a hash choose the range (kRegionBits of them), those behind the bucket.
+  /// The top kRegionBits bits of a hash choose the region, the next bits the bucket.
   Bucket* home(uint64_t hash) const { return first + scaledTo(hash << kRegionBits, size); }
-  template <class B>  // Bucket, or const
-  B* next(B* bucket) const {
-    return bucket + 1 == first + size ? first : bucket + 1;
-  }
+  Bucket* next(Bucket* bucket) const { return bucket + 1 == first + size ? first : bucket + 1; }
 
   /// Calls onHit(place) for every place whose tag agrees with the hash, in the order in
   /// which they were added, until it returns true. Returns whether it did.
   template <class OnHit>
   bool anyHit(uint64_t hash, OnHit onHit) const {
+    assert(size != 0);
     const unsigned places = (1U << shape.room) - 1;
-    const Bucket* const start = home(hash);
-    const Bucket* bucket = start;
+    Bucket* const start = home(hash);
+    Bucket* bucket = start;
     do {
       for (unsigned hits = bucket->hits(hash) & places; hits != 0; hits &= hits - 1) {
         const auto i = static_cast<unsigned>(std::countr_zero(hits));
@@ -119,7 +120,10 @@ struct BucketRange {
   /// Adds a place behind all others of its hash. REQUIRES: one bucket is not full, also then.
   void add(uint64_t place, uint64_t hash) const {
     Bucket* bucket = home(hash);
-    while (bucket->isFull(shape)) bucket = next(bucket);
+    while (bucket->isFull(shape)) {
+      bucket = next(bucket);
+      assert(bucket != home(hash));
+    }
     bucket->add(place, hash, shape);
   }
 };

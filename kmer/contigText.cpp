@@ -1,11 +1,11 @@
 #include "kmer/contigText.h"
 
-#include "driver/velk.h"
 #include "kmer/Sequence.h"
 
 namespace velk {
 
 void ContigText::lay(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer) {
+  assert(kmer == Kmer);
   scaffoldInfo_ = scaffoldInfo;
   windowLength_ = std::min(kmer, DATA_LEN);
   const auto before = static_cast<uint64_t>(kmer - windowLength_);  // bases that no key holds
@@ -23,47 +23,20 @@ void ContigText::lay(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int
                    end_ += (contig.bases().size() + DATA_LEN - 1) / DATA_LEN * DATA_LEN;
                  });
   numbers_.make(end_ / kNumbered + 2);
-  for (uint32_t n = 0; n < count; ++n) {
-    numbers_[(contigs_[n].start + kNumbered - 1) / kNumbered] = n;
-  }
-  for (std::size_t i = 1; i < numbers_.size(); ++i) {
-    numbers_[i] = std::max(numbers_[i], numbers_[i - 1]);
+  uint32_t n = 0;
+  for (std::size_t i = 0; i < numbers_.size(); ++i) {
+    while (n + 1 < count && contigs_[n + 1].start <= i * kNumbered) ++n;
+    numbers_[i] = n;
   }
 }
 
-void ContigText::make(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer) {
-  lay(scaffoldInfo, scaffoldSum, kmer);
+void ContigText::make() {
   lines_.make(linesFor(end_));
-  forEachNoWindow([](uint64_t& word, uint64_t marks) { word |= marks; });
-}
-
-bool ContigText::isSound() const {
-  if (lines_.size() != linesFor(end_)) return false;
-  bool areMarked = true;
-  forEachNoWindow([&](uint64_t word, uint64_t marks) { areMarked &= (word & marks) == marks; });
-  return areMarked;
-}
-
-// Calls onMarks(word of marks, its bits) for the positions of no window, which count as repeated.
-template <class OnMarks>
-void ContigText::forEachNoWindow(OnMarks onMarks) const {
-  const auto visit = [&](uint64_t from, uint64_t to) {
-    while (from < to) {
-      const uint64_t stop = std::min(to, (from / 64 + 1) * 64);
-      onMarks(lines_[from / kBasesOfLine].repeated[from / 64 % 2],
-              ~uint64_t{0} >> (64 - (stop - from)) << from % 64);
-      from = stop;
-    }
-  };
-  uint64_t from = 0;
-  for (const TextContig& contig : contigs_) {
-    visit(from, contig.firstWindow);
-    from = contig.endWindow();
-  }
-  visit(from, lines_.size() * kBasesOfLine);
+  forEachNoWindow([&](uint64_t p) { markRepeated(p); });
 }
 
 void ContigText::pack(uint64_t from, uint64_t to) {
+  assert(from % DATA_LEN == 0 && to % DATA_LEN == 0);
   for (std::size_t n = contigOf(from); n < contigs_.size() && contigs_[n].start < to; ++n) {
     const uint64_t start = contigs_[n].start;
     const uint64_t last = std::min(to, start + letters(n).size());
@@ -88,7 +61,6 @@ void ContigText::markOddWindows(std::size_t n, uint64_t from, std::string_view l
 }
 
 std::size_t ContigText::contigOf(uint64_t p) const {
-  if (contigs_.size() == 0) return 0;
   std::size_t n = numbers_[std::min<uint64_t>(p / kNumbered, numbers_.size() - 1)];
   while (n + 1 < contigs_.size() && contigs_[n + 1].start <= p) ++n;
   return n;
@@ -96,7 +68,6 @@ std::size_t ContigText::contigOf(uint64_t p) const {
 
 // As isWindow, of a position that is marked as repeated.
 bool ContigText::isMarkedWindow(uint64_t p) const {
-  if (contigs_.size() == 0) return false;
   const std::size_t n = contigOf(p);
   const TextContig& contig = contigs_[n];
   if (p < contig.firstWindow || p >= contig.endWindow()) return false;

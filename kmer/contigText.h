@@ -13,7 +13,7 @@
 
 #include "contig/contig.h"
 #include "kmer/contigWindows.h"
-#include "kmer/memory.h"
+#include "kmer/machine.h"
 #include "kmer/packedBases.h"
 
 namespace velk {
@@ -53,29 +53,38 @@ class ContigText {
 
   /// Lays out these contigs, without letters. kmer: bases of a k-mer; a window in the text is the
   /// last ones of it, at most DATA_LEN. Throws std::bad_alloc without memory.
-  /// REQUIRES: the model stays as it is while the text is used.
+  /// REQUIRES: kmer == Kmer; the model stays as it is while the text is used.
   void lay(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer);
 
-  /// Lays them out, and makes the text: all letters A, no marks.
-  void make(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer);
+  /// Makes the text that is laid out: all letters A, no window marked.
+  void make();
 
   /// The memory that a text has beside its layout; another text's may be viewed in its place.
   auto& lines() { return lines_; }
   const auto& lines() const { return lines_; }
 
-  /// Whether there are as many lines as the contigs take, and the positions of no window are marked
-  /// so: then no call leads outside of memory, whatever else the lines hold.
-  bool isSound() const;
+  /// The lines of a text whose positions end at `end`.
+  static uint64_t linesFor(uint64_t end) { return (end + kPad) / kBasesOfLine + 1; }
+
+  /// Calls onPosition(p) for the positions at which no window begins. They are marked repeated.
+  template <class OnPosition>
+  void forEachNoWindow(OnPosition onPosition) const {
+    uint64_t p = 0;
+    for (const TextContig& contig : contigs_) {
+      for (; p < contig.firstWindow; ++p) onPosition(p);
+      p = contig.endWindow();
+    }
+    for (; p < lines_.size() * kBasesOfLine; ++p) onPosition(p);
+  }
 
   int windowLength() const { return windowLength_; }
   uint64_t windows() const { return windows_; }
   uint64_t end() const { return end_; }  // behind all positions
   const Array<TextContig>& contigs() const { return contigs_; }
 
-  /// Calls f(const Array<T>&) for all memory of the text.
+  /// Calls f(const Array<T>&) for the memory of the layout.
   template <class F>
-  void forEachArray(F f) const {
-    f(lines_);
+  void forEachLaid(F f) const {
     f(contigs_);
     f(numbers_);
   }
@@ -105,8 +114,8 @@ class ContigText {
 
   /// The marks of the 64 positions from p on, the first in the lowest bit.
   /// Repeated: the window's k-mer occurs again in the index, or the window is odd, or it is none.
-  /// Reversed: the index holds the reverse complement of the window, too; of an odd window: its key
-  /// occurs again.
+  /// Reversed: the index holds the reverse complement of the window, too, or may hold it; of an odd
+  /// window: its key occurs again.
   uint64_t repeatedMarksFrom(uint64_t p) const { return marksFrom(&Line::repeated, p); }
   uint64_t reversedMarksFrom(uint64_t p) const { return marksFrom(&Line::reversed, p); }
   bool isMarkedRepeated(uint64_t p) const {
@@ -132,7 +141,7 @@ class ContigText {
     return !isMarkedRepeated(p) || (!isMarkedWindow(p) && (reversedMarksFrom(p) & 1U) == 0);
   }
 
-  /// Whether p is that of a window, odd or not.
+  /// Whether an indexed window, odd or not, begins at p.
   bool isOfContig(uint64_t p) const {
     const TextContig& contig = contigs_[contigOf(p)];
     return p >= contig.firstWindow && p < contig.endWindow();
@@ -140,11 +149,12 @@ class ContigText {
 
   /// Where the window at p lies in the model. REQUIRES: it is a window.
   KmerPlace placeOf(uint64_t p) const {
+    assert(isOfContig(p));
     const TextContig& contig = contigs_[contigOf(p)];
     return {contig.scaffold, contig.contig, p - contig.firstWindow};
   }
 
-  /// Prefetches the positions [from, to), as far as there are such.
+  /// Prefetches the positions [from, to), clipped to the end of the text.
   void prefetchRange(uint64_t from, uint64_t to) const {
     const uint64_t last = std::min(to, end_) / kBasesOfLine;
     for (uint64_t n = from / kBasesOfLine; n <= last; ++n) prefetchLine(&lines_[n]);
@@ -171,9 +181,6 @@ class ContigText {
     if ((load(word) & bit) == 0) __atomic_fetch_or(&word, bit, __ATOMIC_RELAXED);
   }
   static uint64_t load(const uint64_t& word) { return __atomic_load_n(&word, __ATOMIC_RELAXED); }
-  static uint64_t linesFor(uint64_t end) { return (end + kPad) / kBasesOfLine + 1; }
-  template <class OnMarks>
-  void forEachNoWindow(OnMarks onMarks) const;
   void markOddWindows(std::size_t n, uint64_t from, std::string_view letters);
   bool isMarkedWindow(uint64_t p) const;
 

@@ -26,8 +26,7 @@ struct KmerAnswer {
 /// than CONTIGLEN or Kmer.
 inline uint32_t windowsOf(const ContigInfo& contig) {
   const std::size_t length = contig.bases().size();
-  if (length < static_cast<uint32_t>(CONTIGLEN)) return 0;
-  if (static_cast<int64_t>(length) < Kmer) return 0;
+  if (length < static_cast<uint32_t>(CONTIGLEN) || static_cast<int64_t>(length) < Kmer) return 0;
   return static_cast<uint32_t>(length - static_cast<std::size_t>(Kmer) + 1);
 }
 

@@ -30,7 +30,7 @@ void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t s
 /// Of the fast engine: makes the numbers of a new set those after `keys` different keys have been
 /// added, with the lines that add_hashset gives as it grows. Exits as
 /// enlarge_hashset does without memory when the set would grow beyond kMaxSlots.
-void growForetold(HashSet* set, uint64_t keys);
+void growToHold(HashSet* set, uint64_t keys);
 
 /// Releases the set, and what FetchKmers1 made for it.
 void freeKmerHash(HashSet* kmerHash);

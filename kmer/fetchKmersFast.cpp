@@ -1,5 +1,5 @@
-// The fast engine: the seed index holds every k-mer, and the hash set is foretold from their
-// number.
+// The fast engine: the seed index holds every k-mer, and the numbers of the hash set follow from
+// how many there are.
 #include <memory>
 #include <new>
 #include <string>
@@ -11,13 +11,7 @@
 #include "kmer/seedIndex.h"
 
 namespace velk {
-namespace {
-
-[[noreturn]] void failGrowth() {
-  outOfMemory({__LINE__, "enlarge_hashset", kUserError, ". Function: ", ".\n"});
-}
-
-}  // namespace
+constexpr AllocationSite kGrowth{__LINE__, "enlarge_hashset", kUserError, ". Function: ", ".\n"};
 
 HashSet* kmerHash = nullptr;
 SeedIndex* seedIndex = nullptr;
@@ -26,10 +20,10 @@ HashSet* newKmerHash(uint64_t initSize, float loadFactor) {
   return newNumbers(initSize, loadFactor);
 }
 
-void growForetold(HashSet* set, uint64_t keys) {
+void growToHold(HashSet* set, uint64_t keys) {
   while (set->max < keys) {
     say("old set->size: " + std::to_string(set->size) + "\n");
-    if (!growNumbers(*set, set->max + 1)) failGrowth();
+    if (!growNumbers(*set, set->max + 1)) outOfMemory(kGrowth);
     say("new set->size: " + std::to_string(set->size) + "\n");
   }
   set->count = keys;
@@ -37,8 +31,9 @@ void growForetold(HashSet* set, uint64_t keys) {
 
 void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum) {
   std::unique_ptr<SeedIndex> made(new (std::nothrow) SeedIndex);
-  if (made == nullptr || !made->build(scaffoldInfo, scaffoldSum, Kmer, thread_num)) failGrowth();
-  growForetold(kmerHash, made->distinctKeys());
+  if (made == nullptr || !made->build(scaffoldInfo, scaffoldSum, Kmer, thread_num))
+    outOfMemory(kGrowth);
+  growToHold(kmerHash, made->distinctKeys());
   delete seedIndex;
   seedIndex = made.release();
 }

@@ -10,6 +10,11 @@
 namespace velk {
 namespace {
 
+// A bitmap of `size` clear bits, to be released with free(); null without memory.
+uint8_t* newBitmap(uint64_t size) {
+  return static_cast<uint8_t*>(std::calloc(size / 8 + 1, 1));
+}
+
 // Puts a new entity into an empty slot.
 void fillSlot(HashSet* set, uint64_t slot, const Entity& entity) {
   set->array[slot] = entity;
@@ -47,10 +52,6 @@ void rehash(HashSet* set, uint64_t oldSize, const uint8_t* oldFilled, uint8_t* m
 }
 
 }  // namespace
-
-uint8_t* newBitmap(uint64_t size) {
-  return static_cast<uint8_t*>(std::calloc(size / 8 + 1, 1));
-}
 
 HashSet* init_hashset(uint64_t init_size, float load_factor) {
   HashSet* const set = newNumbers(init_size, load_factor);

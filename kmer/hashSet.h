@@ -9,7 +9,7 @@
 //   3. count <= max < size: an empty slot ends every probe.
 //   4. Nothing inserts or grows while a worker runs, and a run deletes nothing.
 // The plain engine's table. Its numbers follow rules of their own (kmer/tableSize.cpp): the fast
-// engine keeps the numbers alone, and foretells them from the number of different k-mers.
+// engine keeps the numbers alone, and reckons them from the number of different k-mers.
 #pragma once
 
 #include <cstdint>
@@ -135,9 +135,6 @@ inline uint64_t nextSlot(const HashSet& set, uint64_t slot) {
 }
 
 // Bitmaps: the bit of slot i is in byte i / 8, the first slot of a byte highest.
-
-/// Returns a bitmap of `size` clear bits, to be released with free(); null without memory.
-uint8_t* newBitmap(uint64_t size);
 
 inline uint8_t slotMask(uint64_t slot) {
   return static_cast<uint8_t>(128U >> (slot % 8));

@@ -4,7 +4,7 @@
 #include <array>
 #include <cstring>
 
-#include "kmer/vectorised.h"
+#include "kmer/machine.h"
 
 namespace velk {
 
@@ -52,11 +52,6 @@ VELK_VECTORISED bool packBases(std::string_view letters, uint64_t* words) {
     *words++ = packWord(&letters[from], others) << LEN_TO_BITLEN * (at - from);
   }
   return others == 0;
-}
-
-bool PackedBases::fill(std::string_view bases) {
-  words_.resize(bases.size() / DATA_LEN + 2);
-  return packBases(bases, words_.data());
 }
 
 }  // namespace velk

@@ -1,6 +1,7 @@
 // A stretch of bases, packed once, from which the key of any of its k-mers is cut out.
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -15,6 +16,7 @@ namespace velk {
 /// REQUIRES: 1 <= count <= DATA_LEN.
 template <class Words>
 uint64_t packedAt(const Words& words, uint64_t p, int count) {
+  assert(1 <= count && count <= DATA_LEN);
   const unsigned into = LEN_TO_BITLEN * static_cast<unsigned>(p % DATA_LEN);
   const uint64_t n = p / DATA_LEN;
   const uint64_t bits = words.wordAt(n) << into | words.wordAt(n + 1) >> 1 >> (63 - into);
@@ -28,11 +30,17 @@ bool packBases(std::string_view letters, uint64_t* words);
 class PackedBases {
  public:
   /// Packs `bases`. Returns whether they are bases alone.
-  bool fill(std::string_view bases);
+  bool fill(std::string_view bases) {
+    words_.resize(bases.size() / DATA_LEN + 2);
+    return packBases(bases, words_.data());
+  }
 
   /// The `count` bases from `offset` on, packed as Seq2Kmer packs them.
   /// REQUIRES: 1 <= count <= DATA_LEN, offset + count <= bases packed.
-  uint64_t at(std::size_t offset, int count) const { return packedAt(*this, offset, count); }
+  uint64_t at(std::size_t offset, int count) const {
+    assert((offset + static_cast<std::size_t>(count) - 1) / DATA_LEN + 1 < words_.size());
+    return packedAt(*this, offset, count);
+  }
 
   /// The n-th word of the bases, the first base in its highest bits.
   uint64_t wordAt(std::size_t n) const { return words_[n]; }
@@ -43,6 +51,7 @@ class PackedBases {
 
 /// The packed reverse complement of `count` packed bases. REQUIRES: 1 <= count <= DATA_LEN.
 inline uint64_t reversedKey(uint64_t key, int count) {
+  assert(1 <= count && count <= DATA_LEN);
   // The complement of a code is its bits' inverse. Pairs, fours and bytes change places.
   key = ~key;
   key = (key & 0x3333333333333333U) << 2 | (key >> 2 & 0x3333333333333333U);

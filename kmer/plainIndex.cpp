@@ -3,7 +3,6 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "driver/velk.h"
 #include "kmer/Sequence.h"
 
 namespace velk {
@@ -25,27 +24,18 @@ void addContigKmers(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_
                  });
 }
 
-PlainIndex::PlainIndex(const HashSet& set, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum,
-                       int kmer)
-    : set_(set), scaffoldInfo_(scaffoldInfo), scaffoldSum_(scaffoldSum), kmer_(kmer) {
-  forEachIndexed(scaffoldInfo, scaffoldSum,
-                 [&](uint32_t i, uint32_t j, const ContigInfo&, uint32_t windows) {
-                   if (i >= kScaffolds || j >= kContigs || windows > kOffsets) outgrows_ = true;
-                 });
-}
-
 std::optional<KmerAnswer> PlainIndex::placeOf(uint64_t key) const {
   Entity asked{};
   asked.bitSeq = key;
   const uint64_t slot = get_hashset(&set_, asked);
   if (slot == set_.size) return std::nullopt;
   const Entity& hit = set_.array[slot];
-  const KmerPlace inFields{hit.scaffoldNum, hit.contigNum, hit.startPos};
-  return KmerAnswer{outgrows_ ? searchedPlaceOf(hit) : inFields, hit.unique == 1};
+  return KmerAnswer{firstPlaceOf(hit), hit.unique == 1};
 }
 
-// No place before the first one holds the k-mer, and the first one agrees with the fields.
-KmerPlace PlainIndex::searchedPlaceOf(const Entity& hit) const {
+// The first place that agrees with the fields' bits and holds the k-mer: mostly the very first, as
+// few assemblies outgrow the fields.
+KmerPlace PlainIndex::firstPlaceOf(const Entity& hit) const {
   for (uint64_t i = hit.scaffoldNum; i < scaffoldSum_; i += kScaffolds) {
     const ScaffoldInfo& info = scaffoldInfo_[i];
     for (uint64_t j = hit.contigNum; j < info.contigsSum; j += kContigs) {

@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <optional>
 
-#include "contig/contig.h"
 #include "kmer/contigWindows.h"
 #include "kmer/hashSet.h"
 
@@ -21,8 +20,9 @@ void addContigKmers(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_
 class PlainIndex {
  public:
   /// The answers of `set`, filled by addContigKmers with k-mers of `kmer` bases. Set and model must
-  /// stay as they are.
-  PlainIndex(const HashSet& set, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer);
+  /// stay as they are. REQUIRES: kmer == Kmer.
+  PlainIndex(const HashSet& set, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer)
+      : set_(set), scaffoldInfo_(scaffoldInfo), scaffoldSum_(scaffoldSum), kmer_(kmer) {}
 
   /// The answer for a packed k-mer; none when no contig holds it. In an assembly whose indexes
   /// outgrow an entity's fields, the place is the first that agrees with the fields' low bits and
@@ -32,13 +32,12 @@ class PlainIndex {
  private:
   uint64_t keyAt(const ContigInfo& contig, uint64_t offset) const;
   uint64_t offsetOf(const Entity& hit, const ContigInfo& contig) const;
-  KmerPlace searchedPlaceOf(const Entity& hit) const;
+  KmerPlace firstPlaceOf(const Entity& hit) const;
 
   const HashSet& set_;
   const ScaffoldInfo* scaffoldInfo_;
   uint32_t scaffoldSum_;
-  int kmer_;               // bases
-  bool outgrows_ = false;  // some index or offset of the model doesn't fit its field
+  int kmer_;  // bases
 };
 
 }  // namespace velk

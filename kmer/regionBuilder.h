@@ -1,4 +1,4 @@
-// Builds a region of the seed index: all that kinds of seeds with hashes in one range have.
+// Builds one region of the seed index: the seeds whose hashes fall in one range.
 //
 // The runs of windows are brought into groups by their seeds' kinds, in text order. Equal windows
 // and reverse complements are of one kind: what becomes of a window follows from its group alone.
@@ -29,15 +29,14 @@ struct Run {
 };
 static_assert(sizeof(Run) == sizeof(uint64_t));
 
-/// What is found in a region.
+/// What is found in a region. Places are in the order in which they go into buckets.
 struct Region {
   struct Place {
     uint64_t position;
     uint64_t hash;
   };
-  std::vector<Place> seeds;       // in the order in which they go into buckets
+  std::vector<Place> seeds;
   std::vector<uint64_t> windows;  // positions of windows of the second level
-  std::vector<uint64_t> strays;   // windows whose reverse complement may be in another region
   uint64_t distinctKeys = 0;
 };
 
@@ -62,10 +61,6 @@ class RegionBuilder {
   struct KindRun {
     uint64_t hash;  // of the seeds' kind
     Run run;
-
-    bool operator<(const KindRun& other) const {
-      return hash != other.hash ? hash < other.hash : run.first < other.run.first;
-    }
   };
   struct Known {
     uint64_t first : 62;  // position of the first occurrence of a key; 0: none
@@ -86,11 +81,13 @@ class RegionBuilder {
       text_.prefetchRange(ahead.first, ahead.first + DATA_LEN);
       runs_.push_back({hashOf(runs[n]), runs[n]});
     }
-    std::sort(runs_.begin(), runs_.end());
+    std::sort(runs_.begin(), runs_.end(), [](const KindRun& one, const KindRun& other) {
+      return one.hash != other.hash ? one.hash < other.hash : one.run.first < other.run.first;
+    });
   }
 
   uint64_t hashOf(const Run& run) const {
-    if (run.isOdd != 0) return index_.seedOf(text_.oddKeyAt(run.first)).hash;
+    if (run.isOdd != 0) return index_.seeds().seedOf(text_.oddKeyAt(run.first)).hash;
     const Seeds& ofIndex = index_.seeds();
     return ofIndex.hashOf(text_.basesAt(run.first + run.offset, ofIndex.length()));
   }
@@ -165,11 +162,10 @@ class RegionBuilder {
         return;
       }
       const uint64_t reversed = reversedKey(key, text_.windowLength());
-      if (knownOf(reversed).first != 0) {
-        text_.markReversed(p);
-      } else if (!areInjective && index_.seedOf(reversed).hash != runs.front().hash) {
-        region_.strays.push_back(p);
-      }
+      const bool isThere = knownOf(reversed).first != 0;
+      // Seldom the reverse complement is of another kind. It counts as there.
+      const bool mayBe = !areInjective && index_.seeds().seedOf(reversed).hash != runs.front().hash;
+      if (isThere || mayBe) text_.markReversed(p);
     });
   }
 

@@ -2,38 +2,13 @@
 
 #include <bit>
 
-#include "driver/velk.h"
-
 namespace velk {
 
-uint64_t SeedIndex::bytes() const {
-  uint64_t bytes = sizeof *this;
-  forEachArray([&](const auto& array) { bytes += array.size() * sizeof(array[0]); });
-  return bytes;
-}
-
-void SeedIndex::lay(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer) {
+void SeedIndex::lay(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer,
+                    uint64_t leastWindows) {
   text_.lay(scaffoldInfo, scaffoldSum, kmer);
-  fixShape(0);
-}
-
-// REQUIRES: the text is laid out.
-void SeedIndex::fixShape(uint64_t leastWindows) {
   seeds_ = Seeds(text_.windowLength(), std::max(text_.windows(), leastWindows));
   shape_ = BucketShape::forPlacesBelow(placeBase_ + text_.end());
-}
-
-bool SeedIndex::isSound() const {
-  for (const Level* level : {&seedLevel_, &windowLevel_}) {
-    if (level->ranges.size() != kRegions) return false;
-    for (const Level::Range& region : level->ranges) {
-      const uint64_t buckets = level->buckets.size();
-      if (region.size == 0 || region.first > buckets || region.size > buckets - region.first) {
-        return false;
-      }
-    }
-  }
-  return text_.isSound();
 }
 
 std::optional<KmerAnswer> SeedIndex::placeOf(uint64_t key) const {
@@ -43,18 +18,10 @@ std::optional<KmerAnswer> SeedIndex::placeOf(uint64_t key) const {
   return KmerAnswer{text_.placeOf(found.position), found.isUnique};
 }
 
-SeedIndex::KeySeed SeedIndex::seedOf(uint64_t key) const {
-  const int k = seeds_.windowLength();
-  // A letter that is no base may set a bit above those of the k-mer. No seed is so large a number.
-  if (k < DATA_LEN && key >> LEN_TO_BITLEN * k != 0) return {mixed(key), 0};
-  const int offset = seeds_.offsetIn(key);
-  return {seeds_.hashOf(seeds_.merAt(key, offset)), offset};
-}
-
 Occurrence SeedIndex::find(uint64_t key) const {
   Occurrence found;
   if (!hasText()) return found;
-  const KeySeed seed = seedOf(key);
+  const Seeds::KeySeed seed = seeds_.seedOf(key);
   anyPlace(seedLevel_, seed.hash, [&](uint64_t place) {
     if (place == kElsewhere) {
       return anyPlace(windowLevel_, windowHash(seed.hash, key), [&](uint64_t position) {
@@ -72,26 +39,23 @@ Occurrence SeedIndex::find(uint64_t key) const {
   return found;
 }
 
-bool SeedIndex::prefetchText(const SeedRun& run, uint64_t unlike) const {
+bool SeedIndex::prefetchText(const SeedRun& run) const {
   return run.isTied || anyPlace(seedLevel_, run.hash, [&](uint64_t place) {
-           if (place == unlike) return false;
            const auto around = static_cast<uint64_t>(seeds_.offsets()) - 1;
            text_.prefetchRange(place - around, place + static_cast<uint64_t>(text_.windowLength()));
            return true;
          });
 }
 
-SeedIndex::SeedVerdict SeedIndex::verdictOn(const SeedRun& run, uint64_t unlike,
-                                            const PackedBases& bases) const {
+SeedIndex::SeedVerdict SeedIndex::verdictOn(const SeedRun& run, const PackedBases& bases) const {
   SeedVerdict verdict;
-  // Of m-mers that tie, the reverse complement of a window may have another for its seed.
+  // With a tie, a window and its reverse complement may have seeds at different places.
   if (run.isTied) return verdict;
   const int length = seeds_.length();
   const uint64_t seed = bases.at(run.at, length);
   const uint64_t reversed = reversedKey(seed, length);
   verdict.absent = run.windows();
   anyPlace(seedLevel_, run.hash, [&](uint64_t place) {
-    if (place == unlike) return false;
     if (place == kElsewhere) {
       verdict.absent = 0;
       return true;

@@ -1,12 +1,14 @@
 // The seed index: does a k-mer occur once in the contigs, and where first? It keeps no k-mer, but
-// the contigs' packed text and the places of its seeds: 1.2 to 1.8 bytes a k-mer for k = 31.
+// the contigs' packed text and the places of its seeds: 1.3 to 1.6 bytes a k-mer for k = 31.
 //
-// A window's k-mer is found by its seed (kmer/seeds.h). The places of one kind of seed stand in
-// text order, from its home bucket on; they overflow into the buckets behind it. Equal windows have
-// the same seed at the same offset, so the first place around which the text agrees is the first
-// occurrence. A kind with more than kMostPlaces places is heavy: it has the place kElsewhere alone,
-// and its windows stand in a second level, one place a distinct k-mer. So do the windows with
-// letters that are no bases, and those that share a kind with them. Two marks a window lie beside
+// A window's k-mer is found by its seed (kmer/seeds.h). The places of one kind of seed are stored
+// in text order, from its home bucket on; they overflow into the buckets after it. The first place
+// around which the text agrees is the first occurrence: equal windows have the same seed at the
+// same offset, the list holds the seed of every k-mer's first occurrence, a look-up visits the list
+// in text order, and whatever agrees is an occurrence, so none comes before the first. A kind with
+// more than kMostPlaces places is heavy: it stores kElsewhere alone, and its windows are in a
+// second level, one place a distinct k-mer. So are the windows with letters that are no bases, and
+// those that share a kind with them. Two marks a window lie beside
 // the text: whether its k-mer is repeated, and whether the index holds its reverse complement. The
 // parts come from sparse and skew k-mer dictionaries (Almodaresi et al., "A space and
 // time-efficient index for the compacted colored de Bruijn graph", 2018; Pibiri, "Sparse and skew
@@ -15,14 +17,12 @@
 // Built once (kmer/seedIndexBuilder.cpp); read-only afterwards, any thread may ask.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <utility>
 
 #include "kmer/buckets.h"
 #include "kmer/contigText.h"
-#include "kmer/contigWindows.h"
 #include "kmer/seeds.h"
 
 namespace velk {
@@ -40,12 +40,19 @@ class SeedIndex {
  public:
   static constexpr uint64_t kMostPlaces = 6;  // of a kind of seed that is not heavy
   static constexpr double kSeedLoad = 0.7;    // filled share of the buckets, at most
+  static constexpr std::size_t kRegions = std::size_t{1} << kRegionBits;
+
+  /// The buckets of a level that belong to a region.
+  struct Range {
+    uint64_t first;
+    uint64_t size;
+  };
 
   /// Builds the index of all k-mers that `scaffoldInfo` has; the same, byte for byte, for any
   /// number of threads. Returns false, and is of no use, when memory runs out.
   /// placeBase is added to all places, and seeds are as long as for leastWindows windows at least:
   /// tests reach places beyond 32 bits and long seeds with these.
-  /// REQUIRES: the model stays as it is while the index is used.
+  /// REQUIRES: kmer == Kmer; the model stays as it is while the index is used.
   bool build(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer, int threads,
              uint64_t placeBase = 0, uint64_t leastWindows = 0);
 
@@ -53,25 +60,17 @@ class SeedIndex {
   std::optional<KmerAnswer> placeOf(uint64_t key) const;
 
   uint64_t distinctKeys() const { return distinctKeys_; }
-  uint64_t bytes() const;
-
-  /// Calls f(const Array<T>&) for all memory of the index: with the numbers beside it, it is all
-  /// that there is.
-  template <class F>
-  void forEachArray(F f) const {
-    text_.forEachArray(f);
-    for (const Level* level : {&seedLevel_, &windowLevel_}) {
-      f(level->buckets);
-      f(level->ranges);
-    }
-  }
 
   /// Prepares it to view the memory of an index that was built of this model, which forEachKept
   /// then sets. REQUIRES: as build.
-  void lay(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer);
+  void lay(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer,
+           uint64_t leastWindows = 0);
 
   /// Calls f(Array<T>&) for the memory that an index has beside what follows from the model, but
-  /// for the contigs' marks of odd letters. `index`: of this class, or const.
+  /// for the contigs' marks of odd letters: the lines of the text, then buckets and ranges of both
+  /// levels. No look-up leads outside of memory, or never ends, when there are as many lines as the
+  /// text has, the positions of no window are marked as repeated, and kRegions ranges of a level
+  /// lie within its buckets, one bucket each at least. `index`: of this class, or const.
   template <class Index, class F>
   static void forEachKept(Index& index, F f) {
     f(index.text_.lines());
@@ -81,31 +80,26 @@ class SeedIndex {
     }
   }
 
-  /// Whether what was set fits the model, so that no look-up leads outside of memory or never ends,
-  /// whatever bytes it has.
-  bool isSound() const;
-
   const ContigText& text() const { return text_; }
   const Seeds& seeds() const { return seeds_; }
 
-  /// Whether the windows of the text are k-mers with letters that packed reads can have.
+  /// Whether the text has windows: not for k = 0, nor without a contig that is long enough.
   bool hasText() const { return text_.windows() != 0; }
 
   /// What the index knows of the k-mer with this key.
   Occurrence find(uint64_t key) const;
 
   // What a seed of a packed read says of all windows that share it. Three steps, so that the memory
-  // of several seeds can be prefetched at the same time. unlike: a place of the seed around which
-  // no window of the run lies, if one is known.
+  // of several seeds can be prefetched at the same time.
 
   /// 1. Prefetches the bucket in which the places of the seed begin.
   void prefetchSeed(const SeedRun& run) const {
     prefetchLine(range(seedLevel_, run.hash).home(run.hash));
   }
 
-  /// 2. Returns false if no window of the run, nor its reverse complement, is in the index.
-  /// Prefetches the text around the first place.
-  bool prefetchText(const SeedRun& run, uint64_t unlike) const;
+  /// 2. Prefetches the text around the first place. Returns false if there is none, so that no
+  /// window of the run is indexed, on either strand.
+  bool prefetchText(const SeedRun& run) const;
 
   struct SeedVerdict {
     uint64_t absent = 0;  // a bit for each window of the run, the first lowest: on neither strand
@@ -114,28 +108,24 @@ class SeedIndex {
   };
 
   /// 3. The verdict.
-  SeedVerdict verdictOn(const SeedRun& run, uint64_t unlike, const PackedBases& bases) const;
+  SeedVerdict verdictOn(const SeedRun& run, const PackedBases& bases) const;
 
  private:
   friend class RegionBuilder;
   friend class SeedIndexBuilder;
 
-  static constexpr std::size_t kRegions = std::size_t{1} << kRegionBits;
-  static constexpr uint64_t kElsewhere = ContigText::kPad / 2;  // where no seed lies
+  // A place where no seed lies: look in the second level.
+  static constexpr uint64_t kElsewhere = ContigText::kPad / 2;
 
   /// Places in buckets. Those whose hashes begin with the same bits have a range of their own.
   struct Level {
-    struct Range {
-      uint64_t first;
-      uint64_t size;
-    };
     Array<Bucket> buckets;
     Array<Range> ranges;
   };
 
   static std::size_t regionOf(uint64_t hash) { return hash >> (64 - kRegionBits); }
   BucketRange range(const Level& level, uint64_t hash) const {
-    const Level::Range& range = level.ranges[regionOf(hash)];
+    const Range& range = level.ranges[regionOf(hash)];
     return {&level.buckets[range.first], range.size, shape_};
   }
   template <class OnPlace>
@@ -146,20 +136,12 @@ class SeedIndex {
     });
   }
 
-  /// The seed of a k-mer.
-  struct KeySeed {
-    uint64_t hash;  // of its kind
-    int offset;     // in the k-mer
-  };
-  KeySeed seedOf(uint64_t key) const;
-
   /// The hash of a k-mer in the second level, of the same region as that of its seed's kind.
   static uint64_t windowHash(uint64_t seedHash, uint64_t key) {
     return seedHash ^ mixed(key) >> kRegionBits;
   }
   std::pair<uint64_t, uint64_t> windowsUnder(const Diagonal& diagonal, const SeedRun& run,
                                              const PackedBases& bases) const;
-  void fixShape(uint64_t leastWindows);
 
   ContigText text_;
   Seeds seeds_{1, 0};

@@ -11,9 +11,8 @@
 #include <utility>
 #include <vector>
 
-#include "driver/velk.h"
 #include "kmer/Sequence.h"
-#include "kmer/parallel.h"
+#include "kmer/machine.h"
 #include "kmer/regionBuilder.h"
 
 namespace velk {
@@ -32,13 +31,6 @@ class SeedIndexBuilder {
     forEachPiece([&](uint64_t from, uint64_t to) { gather(from, to); });
     forEachInParallel(threads_, kRegions, [&](std::size_t r) { buildRegion(r); });
     layBuckets();
-    for (const Region& region : regions_) {
-      index_.distinctKeys_ += region.distinctKeys;
-      for (const uint64_t p : region.strays) {
-        const uint64_t reversed = reversedKey(text_.keyAt(p), text_.windowLength());
-        if (index_.find(reversed).isThere()) text_.markReversed(p);
-      }
-    }
   }
 
  private:
@@ -65,7 +57,7 @@ class SeedIndexBuilder {
         if (p < odd) forEachRunOfBases(p, odd, onRun);
         for (p = odd; p < end && text_.isMarkedRepeated(p); ++p) {
           const Run run{p & Run::kPosition, 0, 1, 1, 1};
-          onRun(index_.seedOf(text_.oddKeyAt(p)).hash, run);
+          onRun(index_.seeds().seedOf(text_.oddKeyAt(p)).hash, run);
         }
       }
     }
@@ -78,8 +70,8 @@ class SeedIndexBuilder {
     Run joined{};
     index_.seeds_.forEachRun(text_, from, to, [&](const SeedRun& run) {
       const uint64_t windows = run.last - run.first + 1;
-      const bool isSame = run.hash == hash && joined.windows + windows <= Run::kMostWindows;
-      if (isSame && joined.windows != 0) {
+      const bool isLong = joined.windows + windows > Run::kMostWindows;
+      if (joined.windows != 0 && run.hash == hash && !isLong) {
         joined.windows = (joined.windows + windows) & Run::kMostWindows;
         joined.places = std::min<uint64_t>(joined.places + 1U, SeedIndex::kMostPlaces) & 7U;
         return;
@@ -138,41 +130,38 @@ class SeedIndexBuilder {
   }
 
   void buildRegion(std::size_t r) {
-    Region& region = regions_[r];
-    region = RegionBuilder(index_, text_).build({runsOf(r), runs_[r]});
-    const std::vector<Region::Place> seeds = std::move(region.seeds);
-    const std::vector<uint64_t> windows = std::move(region.windows);
-    const BucketRange ofSeeds{&level_.buckets[level_.ranges[r].first], bucketsFor(seeds.size()),
+    const Region region = RegionBuilder(index_, text_).build({runsOf(r), runs_[r]});
+    assert(bucketsFor(region.seeds.size()) <= level_.ranges[r].size);
+    level_.ranges[r].size = bucketsFor(region.seeds.size());
+    const BucketRange ofSeeds{&level_.buckets[level_.ranges[r].first], level_.ranges[r].size,
                               index_.shape_};
-    level_.ranges[r].size = ofSeeds.size;
     std::fill_n(ofSeeds.first, ofSeeds.size, Bucket{});
-    for (const auto& [position, hash] : seeds) ofSeeds.add(position + index_.placeBase_, hash);
-    windows_[r].resize(bucketsFor(windows.size()));
+    for (const auto& [place, hash] : region.seeds) ofSeeds.add(place + index_.placeBase_, hash);
+    windows_[r].resize(bucketsFor(region.windows.size()));
     const BucketRange ofWindows{windows_[r].data(), windows_[r].size(), index_.shape_};
-    for (const uint64_t p : windows) {
+    for (const uint64_t p : region.windows) {
       const uint64_t key = text_.keyAt(p);
-      ofWindows.add(p + index_.placeBase_, SeedIndex::windowHash(index_.seedOf(key).hash, key));
+      const uint64_t seedHash = index_.seeds().seedOf(key).hash;
+      ofWindows.add(p + index_.placeBase_, SeedIndex::windowHash(seedHash, key));
     }
+    __atomic_fetch_add(&index_.distinctKeys_, region.distinctKeys, __ATOMIC_RELAXED);
   }
 
   // Moves the buckets of all regions together, and those of the second level.
   void layBuckets() {
     SeedIndex::Level& second = index_.windowLevel_;
     second.ranges.make(kRegions);
-    SeedIndex::Level::Range seeds{};
-    SeedIndex::Level::Range windows{};
+    uint64_t end = 0;
+    uint64_t endOfWindows = 0;
     for (std::size_t r = 0; r < kRegions; ++r) {
-      seeds.size = level_.ranges[r].size;
-      std::copy_n(&level_.buckets[level_.ranges[r].first], seeds.size,
-                  &level_.buckets[seeds.first]);
-      windows.size = windows_[r].size();
-      level_.ranges[r] = seeds;
-      second.ranges[r] = windows;
-      seeds.first += seeds.size;
-      windows.first += windows.size;
+      auto& [first, size] = level_.ranges[r];
+      std::copy_n(&level_.buckets[first], size, &level_.buckets[end]);
+      first = std::exchange(end, end + size);
+      second.ranges[r] = {endOfWindows, windows_[r].size()};
+      endOfWindows += windows_[r].size();
     }
-    level_.buckets.shrink(seeds.first);
-    second.buckets.make(windows.first);
+    level_.buckets.shrink(end);
+    second.buckets.make(endOfWindows);
     for (std::size_t r = 0; r < kRegions; ++r) {
       const std::vector<Bucket> laid = std::move(windows_[r]);
       std::copy(laid.begin(), laid.end(), &second.buckets[second.ranges[r].first]);
@@ -183,8 +172,7 @@ class SeedIndexBuilder {
   ContigText& text_;
   SeedIndex::Level& level_ = index_.seedLevel_;
   std::size_t threads_;
-  std::array<uint64_t, kRegions> runs_{};  // gathered
-  std::vector<Region> regions_{kRegions};
+  std::array<uint64_t, kRegions> runs_{};               // gathered
   std::vector<std::vector<Bucket>> windows_{kRegions};  // of the second level
 };
 
@@ -200,10 +188,10 @@ bool SeedIndex::build(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, in
                    });
     return true;
   }
-  text_.make(scaffoldInfo, scaffoldSum, kmer);
-  if (!hasText()) return true;
   placeBase_ = placeBase;
-  fixShape(leastWindows);
+  lay(scaffoldInfo, scaffoldSum, kmer, leastWindows);
+  if (!hasText()) return true;
+  text_.make();
   SeedIndexBuilder(*this, threads).build();
   return true;
 } catch (const std::bad_alloc&) {

@@ -3,7 +3,7 @@
 #include <bit>
 #include <cassert>
 
-#include "kmer/vectorised.h"
+#include "kmer/machine.h"
 
 namespace velk {
 
@@ -27,6 +27,7 @@ VELK_VECTORISED void rankMers(uint64_t word, uint64_t behind, int m, uint32_t* r
 }
 
 VELK_VECTORISED LeastRank leastRank(const uint32_t* ranks, unsigned count) {
+  assert(1 <= count && count <= kMostOffsets);
   std::array<uint32_t, kMostOffsets> kept;  // those behind the last one are all ones
   for (unsigned i = 0; i < kMostOffsets; ++i) kept[i] = ranks[i] | (i < count ? 0 : ~uint32_t{0});
   uint32_t rank = ~uint32_t{0};

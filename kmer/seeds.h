@@ -42,7 +42,7 @@ struct LeastRank {
 /// The least of `count` ranks, 1 to kMostOffsets. Reads kMostOffsets of them.
 LeastRank leastRank(const uint32_t* ranks, unsigned count);
 
-/// A longest stretch of windows that share a seed.
+/// A maximal run of windows with one seed, within the range asked for.
 struct SeedRun {
   uint64_t at;     // position of the seed's first base
   uint64_t hash;   // of its kind
@@ -68,18 +68,21 @@ class Seeds {
   /// The hash of the kind of a packed m-mer, which is the lesser of it and its reverse complement.
   uint64_t hashOf(uint64_t mer) const { return mixed(std::min(mer, reversedKey(mer, m_))); }
 
-  /// The offset of the seed in a packed window.
-  int offsetIn(uint64_t key) const {
+  /// The seed of a k-mer by its key.
+  struct KeySeed {
+    uint64_t hash;  // of its kind
+    int offset;     // in the k-mer
+  };
+  KeySeed seedOf(uint64_t key) const {
+    // A letter that is no base may set a bit above those of the k-mer. No seed is so large a
+    // number.
+    if (k_ < DATA_LEN && key >> LEN_TO_BITLEN * k_ != 0) return {mixed(key), 0};
     std::array<uint32_t, DATA_LEN> ranks;
     const auto count = static_cast<unsigned>(offsets());
     rankMers(key << (64 - LEN_TO_BITLEN * k_), 0, m_, ranks.data());
-    return static_cast<int>(leastRank(ranks.data(), count).offset);
-  }
-
-  /// The m-mer at `offset` of a packed window.
-  uint64_t merAt(uint64_t key, int offset) const {
+    const auto offset = static_cast<int>(leastRank(ranks.data(), count).offset);
     const uint64_t mask = ~uint64_t{0} >> (64 - LEN_TO_BITLEN * m_);
-    return key >> (LEN_TO_BITLEN * (offsets() - 1 - offset)) & mask;
+    return {hashOf(key >> LEN_TO_BITLEN * (offsets() - 1 - offset) & mask), offset};
   }
 
   /// Calls onRun(const SeedRun&) for the seeds of the windows [from, to) of packed bases, in order.
@@ -94,6 +97,7 @@ class Seeds {
   static constexpr uint64_t kRarity = 8;
 
   static int seedLength(int k, uint64_t windows) {
+    assert(1 <= k && k <= DATA_LEN);
     int m = kShortestMer;
     while (m < kLongestMer && uint64_t{1} << (LEN_TO_BITLEN * m) < kRarity * windows) m += 2;
     return std::min(m, k % 2 == 0 ? k - 1 : k);
@@ -130,7 +134,7 @@ void Seeds::forEachRun(const Words& words, uint64_t from, uint64_t to, OnRun onR
         if (isKnown) break;
         isTied = true;
       }
-      if (next == stop && stop < to) break;  // it may go on, and is sought again
+      if (next == stop && stop < to) break;  // it may continue in the next chunk: redone there
       onRun(SeedRun{seed, hashOf(packedAt(words, seed, m_)), window, next - 1, isTied});
       if (isKnown)
         least = {ranks[next - start + width - 1], static_cast<unsigned>(width) - 1, false};

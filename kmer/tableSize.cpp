@@ -6,13 +6,10 @@
 #include "kmer/hashSet.h"
 
 namespace velk {
-namespace {
 
 constexpr float kSmallestLoadFactor = 0.25F;       // stands for 0 and below
 constexpr float kLargestLoadFactor = 0.75F;        // stands for 1 and above, and for no number
 constexpr uint64_t kLargestDoubling = 0x3FFFFFFF;  // slots; from here on a table grows by this many
-
-}  // namespace
 
 bool is_prime(uint64_t num) {
   if (num < 4) return true;

@@ -3,20 +3,24 @@
 #include <cassert>
 #include <utility>
 
-#include "contig/contig.h"
 #include "driver/velk.h"
 #include "kmer/fetchKmers.h"
+#include "kmer/machine.h"
 #include "placement/batchScan.h"
-#include "placement/edgeCheck.h"
 #include "placement/engine.h"
-#include "placement/place.h"
-#include "placement/readStrand.h"
-#include "placement/reverseComplement.h"
-#include "placement/sink.h"
 #include "streaming/readBuffer.h"
 
 namespace velk {
 namespace {
+
+// Writes the reverse complement of the `length` characters at `source` to `target`.
+VELK_VECTORISED void reverseComplement(char* __restrict target, const char* __restrict source,
+                                       std::size_t length) {
+  for (std::size_t i = 0; i < length; ++i) {
+    const char upper = static_cast<char>(source[length - 1 - i] & 0xDF);
+    target[i] = upper == 'A' ? 'T' : upper == 'C' ? 'G' : upper == 'G' ? 'C' : 'A';
+  }
+}
 
 // velk's own sink: writes records to row t, and drops the rest.
 struct RowSink {
@@ -52,17 +56,13 @@ struct Given {
 }  // namespace
 
 PlacementOptions optionsOfRun() {
-  return {Kmer,
-          insertLength,
-          BIGGAPLEN,
-          readLen,
-          mapCut,
-          OverRatio,
-          insertLength > kLongestShortInsert};
+  const bool areOutward = insertLength > kLongestShortInsert;
+  return {Kmer, insertLength, BIGGAPLEN, readLen, mapCut, OverRatio, areOutward};
 }
 
 Engine engineOfRun() {
 #ifdef VELK_PLAIN_ENGINE
+  assert(kmerHash != nullptr);
   return {PlainIndex(*kmerHash, scaffoldInfo, scaffoldSum, Kmer), Kmer};
 #else
   assert(seedIndex != nullptr);

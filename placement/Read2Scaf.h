@@ -11,7 +11,7 @@
 #include <cstdint>
 #include <string>
 
-#include "placement/placementOptions.h"
+#include "placement/edgeCheck.h"
 
 namespace velk {
 

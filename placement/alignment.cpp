@@ -1,30 +1,13 @@
 #include "placement/alignment.h"
 
-#include <algorithm>
-#include <bit>
 #include <cassert>
 #include <utility>
 
 namespace velk {
-namespace {
-
-// Adds those of the matches that have a mark. marksFrom(p): the marks of 64 positions of the text.
-template <class MarksFrom>
-void addMarked(const Alignment& alignment, MarksFrom marksFrom, WindowSet& windows) {
-  windows.insertMarked(alignment.matches(), [&](std::size_t window) {
-    const uint64_t position = alignment.diagonal().positionOf(window);
-    if (!alignment.diagonal().isReversed) return marksFrom(position);
-    // The positions go the other way: pairs of bits change places, and then those of a pair.
-    const uint64_t pairs = reversedKey(~marksFrom(position - 63), DATA_LEN);
-    return (pairs & 0x5555555555555555U) << 1 | (pairs >> 1 & 0x5555555555555555U);
-  });
-}
-
-}  // namespace
 
 void Alignment::align(const ContigText& text, const PackedBases& bases, const Diagonal& diagonal,
                       std::size_t window) {
-  assert(window < matches_.size());
+  assert(window < matches_.size() && text.isOfContig(diagonal.positionOf(window)));
   isThere_ = true;
   diagonal_ = diagonal;
   const uint64_t position = diagonal.positionOf(window);
@@ -36,12 +19,12 @@ void Alignment::align(const ContigText& text, const PackedBases& bases, const Di
   uint64_t before = position - contig.firstWindow;
   uint64_t behind = contig.endWindow() - 1 - position;
   if (diagonal.isReversed) std::swap(before, behind);
-  first_ = window - std::min<uint64_t>(window, before);
-  end_ = std::min<uint64_t>(matches_.size(), window + 1 + behind);
+  const std::size_t first = window - std::min<uint64_t>(window, before);
+  const std::size_t end = std::min<uint64_t>(matches_.size(), window + 1 + behind);
   // 2. Without those that hold a mismatch.
-  std::size_t matched = first_;
-  for (std::size_t base = matched; base < end_ + k - 1; base += DATA_LEN) {
-    const auto count = static_cast<int>(std::min<std::size_t>(DATA_LEN, end_ + k - 1 - base));
+  std::size_t matched = first;
+  for (std::size_t base = matched; base < end + k - 1; base += DATA_LEN) {
+    const auto count = static_cast<int>(std::min<std::size_t>(DATA_LEN, end + k - 1 - base));
     const uint64_t difference = bases.at(base, count) ^ text.basesUnder(diagonal, base, count);
     uint64_t differ = ((difference | difference >> 1) & 0x5555555555555555U)
                       << (64 - LEN_TO_BITLEN * count);
@@ -52,22 +35,22 @@ void Alignment::align(const ContigText& text, const PackedBases& bases, const Di
       matched = mismatch + 1;
     }
   }
-  if (matched < end_) matches_.insertRange(matched, end_);
+  if (matched < end) matches_.insertRange(matched, end);
   // 3. Without those that hold a letter which is no base.
   if (contig.hasOddLetters == 0) return;
-  for (std::size_t w = matches_.firstContained(0); w < end_; w = matches_.firstContained(w + 1)) {
+  for (std::size_t w = matches_.firstContained(0); w < end; w = matches_.firstContained(w + 1)) {
     if (!text.isWindow(diagonal.positionOf(w))) matches_.erase(w);
   }
 }
 
-void Alignment::addRepeated(const ContigText& text, WindowSet& windows) const {
-  addMarked(
-      *this, [&](uint64_t p) { return text.repeatedMarksFrom(p); }, windows);
-}
-
 void Alignment::addNotReversed(const ContigText& text, WindowSet& windows) const {
-  addMarked(
-      *this, [&](uint64_t p) { return ~text.reversedMarksFrom(p); }, windows);
+  windows.insertMarked(matches_, [&](std::size_t window) {
+    const uint64_t position = diagonal_.positionOf(window);
+    if (!diagonal_.isReversed) return ~text.reversedMarksFrom(position);
+    // The positions go the other way: pairs of bits change places, and then those of a pair.
+    const uint64_t pairs = reversedKey(text.reversedMarksFrom(position - 63), DATA_LEN);
+    return (pairs & 0x5555555555555555U) << 1 | (pairs >> 1 & 0x5555555555555555U);
+  });
 }
 
 }  // namespace velk

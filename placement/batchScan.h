@@ -10,10 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "contig/contig.h"
-#include "placement/Read2Scaf.h"
 #include "placement/place.h"
-#include "placement/readStrand.h"
 
 namespace velk {
 
@@ -51,7 +48,7 @@ class BatchScan {
   using Prepared = typename Engine::Prepared;
   using Strand = ReadStrand<Engine>;
 
-  // Has a group of entries prepared, from this one on. Returns how many it has.
+  // Prepares a group of entries, from `first` on. Returns their number.
   std::size_t prepareFrom(int64_t first) {
     std::size_t count = 0;
     for (; count < a_.size() && first < batch_.entries; ++count, first += batch_.shares) {
@@ -71,7 +68,7 @@ class BatchScan {
     return bases.size() < static_cast<std::size_t>(batch_.options.kmer);
   }
 
-  // Each tries a strand and returns whether the read, or the pair, needs no other try.
+  // Each tries a strand. Returns whether the read, or the pair, is finished.
   bool trySingle(Strand read) {
     return isDone(read, placeSingle(read, batch_.scaffolds, batch_.options, sink_));
   }
@@ -90,8 +87,8 @@ class BatchScan {
     trySingle({engine_, read, bases, {entry, 0, true}, &rooms_[0]});
   }
 
-  // In a pair that points outwards each read takes the other's place in the buffer, as its reverse
-  // complement: then the pair points inwards.
+  // A pair that points outwards is replaced in the buffer by one that points inwards: the reads
+  // swap places as reverse complements. What is prepared of them keeps the order as sequenced.
   void scanPair(int64_t entry, Prepared& a, Prepared& b) {
     std::string& first = batch_.a[entry];
     std::string& second = batch_.b[entry];

@@ -5,9 +5,6 @@
 #include <cmath>
 #include <limits>
 
-#include "placement/countEqual.h"
-#include "placement/lengths.h"
-
 namespace velk {
 namespace {
 
@@ -19,13 +16,13 @@ int cutToInt(double value) {
   return static_cast<int>(std::clamp(value, kLowest, kHighest));
 }
 
-// Whether `same` equal bases are the share of `compared` that is asked for.
+// kUnlike if fewer than the share mapCut of the compared bases are equal.
 Refusal checkShare(int64_t same, int64_t compared, const PlacementOptions& options) {
   const double share = static_cast<double>(same) / static_cast<double>(compared);
   return share >= options.mapCut ? Refusal::kNone : Refusal::kUnlike;
 }
 
-// The bases that a read must have on a contig; not cut off.
+// The bases that a read must have on a contig, not rounded.
 double leastOverlap(const std::string& read, const PlacementOptions& options) {
   return static_cast<double>(read.size()) * options.overRatio;
 }
@@ -58,7 +55,7 @@ Refusal checkOverLeftEnd(std::string_view contig, const std::string& read, int64
   // (MapRead2Rcontig.ShortContigIsMeasuredAgainstTheReach)
   const bool spansContig = lengthOf(contig) < reach;
   if (spansContig && leastOverlap(read, options) > static_cast<double>(contig.size())) {
-    // It counts as one without an equal base, which is enough where none is asked for.
+    // Treated as zero equal bases: accepted only if mapCut asks for none.
     const bool isEnough = checkShare(0, reach, options) == Refusal::kNone;
     return isEnough ? Refusal::kNone : Refusal::kShortOverlap;
   }

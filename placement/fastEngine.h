@@ -1,53 +1,113 @@
-// The fast engine of placement: it looks only those windows up that can be hits.
+// The fast engine of placement. It looks up only windows that can be hits.
 //
-// Groups of reads are prepared together, step by step (placement/readPreparer.h), and the windows
-// that are left are walked over (placement/candidateWindows.h). A read with other letters than
-// bases is not prepared: all its windows are looked up. Each step can be left out
-// (FastSteps); then more windows are looked up.
+// Groups of reads are prepared together, step by step (placement/readPreparer.h); the walk visits
+// the remaining windows (placement/kmerWalk.h). A window may be skipped only if its k-mer is absent
+// from the index, is repeated, or would give a hit equal to a refused one. The walk skips those
+//   1. that are known to be absent: because of their seeds, or because they lie on the strand
+//      opposite a window of the contig whose reverse complement the index does not hold;
+//   2. that agree with the contig along the diagonal of a refused hit: each is the contig's own
+//      k-mer, so it lies at this very place, or is repeated.
+// One that agrees with the contig needs no look-up: the contig's mark answers. Another reason to
+// skip goes into ReadPreparer::sift(); one that is learned during the walk into noteRefused() or
+// uniquePlaceOf(). A read with other letters than bases is not prepared: all its windows are looked
+// up.
 #pragma once
 
-#include <span>
+#include <cassert>
+#include <optional>
 
-#include "kmer/seedIndex.h"
-#include "placement/candidateWindows.h"
 #include "placement/kmerWalk.h"
 #include "placement/readPreparer.h"
 
-#ifndef VELK_FAST_STEPS
-#define VELK_FAST_STEPS \
-  {}  // a benchmark may build velk with others
-#endif
-
 namespace velk {
 
-/// See placement/plainEngine.h.
-class FastEngine {
+/// The windows of a read that can be hits, one strand of it.
+class CandidateWindows {
+ public:
+  /// The windows of the prepared read or, if isReversed, of its reverse complement. Each strand of
+  /// a read can be walked over once. REQUIRES: the read is packed and has a k-mer.
+  CandidateWindows(ReadPreparer& preparer, PreparedRead& read, bool isReversed)
+      : preparer_(preparer),
+        text_(preparer.index().text()),
+        read_(read),
+        isReversed_(isReversed),
+        before_(static_cast<std::size_t>(preparer.kmer() - text_.windowLength())),
+        skipped_(read.skipped[isReversed ? 1 : 0]) {
+    assert(read.isPacked() && read.windows > before_);
+  }
+
+  std::size_t count() const { return read_.windows - before_; }
+
+  // The first window is visited whenever it agrees with the text, also if it is to be skipped: a
+  // hit of it mostly ends the walk, and then the rest of a deferred read is never prepared.
+  std::size_t first() { return read_.alignment.agreesAt(onRead(0), isReversed_) ? 0 : next(0); }
+  std::size_t after(std::size_t window) { return next(window + 1); }
+
+  std::optional<KmerPlace> uniquePlaceOf(std::size_t window) {
+    const Occurrence found = occurrenceOf(onRead(window));
+    if (!found.isUnique) return std::nullopt;
+    return text_.placeOf(found.position);
+  }
+
+  // Every other window that agrees with the contig on the diagonal of a refused hit is refused,
+  // too.
+  void noteRefused(const Hit&) {
+    if (preparer_.steps().diagonals) skipped_.insertAll(read_.alignment.matches());
+  }
+
+ private:
+  // Converts between a window of this strand and the window of the packed read that has its key.
+  std::size_t onRead(std::size_t window) const {
+    return isReversed_ ? count() - 1 - window : before_ + window;
+  }
+
+  // The first window from `from` on that is not skipped; count() without one.
+  std::size_t next(std::size_t from) {
+    if (!read_.isSifted) preparer_.complete(read_);
+    if (!isReversed_) return skipped_.firstMissing(onRead(from)) - before_;
+    return onRead(skipped_.lastMissing(count() - from));
+  }
+
+  // What the index knows of a window's k-mer. If it is found, aligns the read along its diagonal.
+  Occurrence occurrenceOf(std::size_t readWindow) {
+    Alignment& alignment = read_.alignment;
+    if (alignment.agreesAt(readWindow, isReversed_)) {
+      const uint64_t position = alignment.diagonal().positionOf(readWindow);
+      return {position, !text_.isMarkedRepeated(position)};
+    }
+    const int length = text_.windowLength();
+    const uint64_t key = read_.packed.at(readWindow, length);
+    const Occurrence found = preparer_.index().find(isReversed_ ? reversedKey(key, length) : key);
+    if (found.isThere()) {
+      alignment.align(text_, read_.packed,
+                      Diagonal::through(found.position, readWindow, isReversed_), readWindow);
+    }
+    return found;
+  }
+
+  ReadPreparer& preparer_;
+  const ContigText& text_;
+  PreparedRead& read_;
+  bool isReversed_;
+  std::size_t before_;  // bases of a k-mer before those that are in its key
+  WindowSet& skipped_;
+};
+
+/// Implements the engine's interface (placement/plainEngine.h).
+class FastEngine : public ReadPreparer {
  public:
   using Prepared = PreparedRead;
-
-  /// `index` outlives the engine.
-  FastEngine(const SeedIndex& index, int kmer, const FastSteps& steps = VELK_FAST_STEPS)
-      : preparer_(index, steps), kmer_(kmer) {}
-
-  std::size_t group() const { return preparer_.steps().groups ? 16 : 1; }
-
-  void prepare(std::span<Prepared> leads, std::span<Prepared> others, bool isReversedFirst) {
-    preparer_.prepareGroup(leads, others, isReversedFirst);
-  }
+  using ReadPreparer::ReadPreparer;
 
   template <class Strand, class Visit>
   int64_t visitHits(Strand& strand, Visit visit) {
     if (!strand.prepared().isPacked()) {
-      AllWindows windows(preparer_.index(), strand.bases(), kmer_);
+      AllWindows windows(index(), strand.bases(), kmer());
       return visitUniqueHits(windows, visit);
     }
-    CandidateWindows windows(preparer_, kmer_, strand.prepared(), strand.origin().isReversed);
+    CandidateWindows windows(*this, strand.prepared(), strand.origin().isReversed);
     return visitUniqueHits(windows, visit);
   }
-
- private:
-  ReadPreparer preparer_;
-  int kmer_;
 };
 
 }  // namespace velk

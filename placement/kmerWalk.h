@@ -37,7 +37,7 @@ enum class Walk { kGoOn, kStop };
 ///   count()           the number of windows of the read
 ///   first(), after(w) the first window to look at, and the next one behind w
 ///   uniquePlaceOf(w)  the place of the k-mer at w, if it occurs once
-///   noteRefused(hit)  the visitor went on: another hit that is equal may be left out
+///   noteRefused(hit)  the visitor went on: later hits equal to this one may be skipped
 template <class Windows, class Visit>
 int64_t visitUniqueHits(Windows& windows, Visit visit) {
   for (std::size_t w = windows.first(); w < windows.count(); w = windows.after(w)) {

@@ -9,18 +9,60 @@
 #pragma once
 
 #include <cassert>
+#include <cstddef>
 #include <set>
+#include <string>
 
-#include "placement/sink.h"
+#include "placement/Read2Scaf.h"
 #include "placement/verdict.h"
 
 namespace velk {
+
+/// A Read as placement/place.h takes it.
+template <class Engine>
+class ReadStrand {
+ public:
+  using Prepared = typename Engine::Prepared;
+
+  /// `bases` as they stand, or their reverse complement, to be made in `room`. origin.isReversed:
+  /// whether that is the reverse complement of what was prepared.
+  ReadStrand(Engine& engine, Prepared& read, const std::string& bases, const Origin& origin,
+             std::string* room = nullptr)
+      : engine_(engine), read_(read), given_(bases), origin_(origin), room_(room) {}
+
+  Prepared& prepared() { return read_; }
+  const Origin& origin() const { return origin_; }
+  std::size_t size() const { return given_.size(); }
+
+  const std::string& bases() {
+    if (room_ == nullptr) return given_;
+    if (!isMade_) {
+      room_->resize(size());
+      ReverseComplementSeq(*room_, given_);
+      isMade_ = true;
+    }
+    return *room_;
+  }
+
+  template <class Visit>
+  int64_t visitHits(Visit visit) {
+    return engine_.visitHits(*this, visit);
+  }
+
+ private:
+  Engine& engine_;
+  Prepared& read_;
+  const std::string& given_;
+  Origin origin_;
+  std::string* room_;
+  bool isMade_ = false;
+};
 
 /// Visits the hits of `read` until one is accepted or ends the walk. judge(hit) is the verdict;
 /// accept(hit, verdict) takes one that is no refusal. Returns where the walk stopped.
 template <class Read, class Sink, class Judge, class Accept>
 int64_t walkHits(Read& read, Sink& sink, Judge judge, Accept accept) {
-  std::set<Hit> refused;  // those of which the sink has been told
+  std::set<Hit> refused;  // hits already reported to the sink
   return read.visitHits([&](const Hit& hit) {
     const Verdict verdict = judge(hit);
     if (verdict.refusal == Refusal::kNone) {

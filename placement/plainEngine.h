@@ -1,5 +1,5 @@
-// The plain engine of placement: every window of a read is looked up, and nothing is known of a
-// read before. It is what other engines are compared with.
+// The plain engine of placement: every window of a read is looked up. No read is prepared. It is
+// what other engines are compared with.
 //
 // An engine is a class with these members, one object for each thread; a template argument:
 //   struct Prepared { const std::string* bases; ... };   a read, and what the engine knows of it
@@ -9,9 +9,9 @@
 //                                        those before; leads are walked over first, their reverse
 //                                        complements first where isReversedFirst
 //   int64_t visitHits(Strand& strand, Visit visit);      visitUniqueHits (placement/kmerWalk.h) of
-//                                        a strand (placement/readStrand.h), each at most once. The
-//                                        string to which `bases` points may have been rewritten
-//                                        since. Of a Prepared{} nothing is known.
+//                                        a strand (ReadStrand, placement/place.h), each at most
+//                                        once. The string to which `bases` points may have been
+//                                        rewritten since. Of a Prepared{} nothing is known.
 #pragma once
 
 #include <span>

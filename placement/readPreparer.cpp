@@ -29,59 +29,42 @@ void prefetchAlong(const ContigText& text, const PreparedRead& read, const Diago
 
 }  // namespace
 
-// Where the seed of windows that do not agree with the text lies on the read's diagonal, if it
-// agrees there itself and all of the windows lie on one contig.
-uint64_t ReadPreparer::placeOnDiagonal(const PreparedRead& read, const SeedRun& run) const {
-  const Diagonal& diagonal = read.alignment.diagonal();
-  const int length = index_.seeds().length();
-  const bool agrees =
-      read.alignment.covers(run.first, run.last) &&
-      index_.text().basesUnder(diagonal, run.at, length) == read.packed.at(run.at, length);
-  if (!agrees) return Occurrence::kAbsent;
-  const auto behind = static_cast<uint64_t>(index_.seeds().offsets() - 1);
-  return diagonal.positionOf(run.at) + (diagonal.isReversed ? behind : 0);
-}
-
-// Looks up the seeds of those of a part of the windows that do not agree with the text: their
-// places rule windows out, or show how the read is aligned.
-void ReadPreparer::lookUpSeeds(std::span<PreparedRead* const> reads, Part part) {
+// Looks up the seeds of windows that do not agree with the text. `part` selects the windows. The
+// places of the seeds rule windows out, or show how the read is aligned.
+void ReadPreparer::lookUpSeeds(std::span<PreparedRead> reads, Part part) {
   seeds_.clear();
-  for (PreparedRead* read : reads) {
-    if (!read->isPacked()) continue;
-    if (part != Part::kAll && read->alignment.isThere()) continue;
-    const WindowSet& matches = read->alignment.matches();
-    const std::size_t end = part == Part::kFirst ? 1 : read->windows;
+  for (PreparedRead& read : reads) {
+    if (!read.isPacked() || read.isDeferred) continue;
+    if (part != Part::kAll && read.alignment.isThere()) continue;
+    const WindowSet& matches = read.alignment.matches();
+    const std::size_t end = part == Part::kFirst ? 1 : read.windows;
     const std::size_t start = part == Part::kLast ? end - 1 : 0;
     for (std::size_t from = matches.firstMissing(start); from < end;) {
       const std::size_t to = std::min(end, matches.firstContained(from));
-      index_.seeds().forEachRun(read->packed, from, to, [&](const SeedRun& run) {
+      index_.seeds().forEachRun(read.packed, from, to, [&](const SeedRun& run) {
         index_.prefetchSeed(run);
-        seeds_.push_back({read, run, placeOnDiagonal(*read, run)});
+        seeds_.emplace_back(&read, run);
       });
       from = matches.firstMissing(to);
     }
   }
-  std::erase_if(seeds_, [&](const SeedOfRead& seed) {
-    const auto& [read, run, unlike] = seed;
-    if (index_.prefetchText(run, unlike)) return false;
-    for (WindowSet& skipped : read->skipped) skipped.insertMask(run.first, run.windows());
-    return true;
-  });
+  for (const auto& [read, run] : seeds_) index_.prefetchText(run);
   found_.clear();
-  for (const auto& [read, run, unlike] : seeds_) {
-    const SeedIndex::SeedVerdict verdict = index_.verdictOn(run, unlike, read->packed);
+  for (const auto& [read, run] : seeds_) {
+    const SeedIndex::SeedVerdict verdict = index_.verdictOn(run, read->packed);
     for (WindowSet& skipped : read->skipped) skipped.insertMask(run.first, verdict.absent);
     if (!verdict.diagonal || read->alignment.isThere()) continue;
     prefetchAlong(index_.text(), *read, *verdict.diagonal, verdict.window);
-    found_.push_back({read, *verdict.diagonal, verdict.window});
+    found_.emplace_back(read, verdict);
   }
-  for (const auto& [read, diagonal, window] : found_) {
+  for (const auto& [read, verdict] : found_) {
     if (read->alignment.isThere()) continue;
-    read->alignment.align(index_.text(), read->packed, diagonal, window);
+    read->alignment.align(index_.text(), read->packed, *verdict.diagonal, verdict.window);
   }
 }
 
-// Whether the first window that is tried is known to be a hit.
+// Whether the first window of a strand is known to be a hit: of those of the index, which for
+// k > 32 begin in front of those that are tried.
 bool ReadPreparer::isHitFirst(const PreparedRead& read, bool isReversed) const {
   if (!read.isPacked()) return false;
   const std::size_t window =
@@ -100,51 +83,51 @@ void ReadPreparer::pack(std::span<PreparedRead> reads) {
     read.windows = isPacked ? bases.size() - window + 1 : 0;
     read.alignment.reset(read.windows);
     read.isSifted = false;
+    read.isDeferred = false;
     for (WindowSet& skipped : read.skipped) skipped.reset(read.windows);
   }
 }
 
-void ReadPreparer::align(std::span<PreparedRead* const> reads) {
+void ReadPreparer::align(std::span<PreparedRead> reads) {
   if (!steps_.align) return;
   lookUpSeeds(reads, Part::kFirst);
   lookUpSeeds(reads, Part::kLast);
 }
 
-void ReadPreparer::sift(std::span<PreparedRead* const> reads) {
+void ReadPreparer::sift(std::span<PreparedRead> reads) {
   if (steps_.sift) lookUpSeeds(reads, Part::kAll);
-  for (PreparedRead* read : reads) {
-    read->isSifted = true;
-    const Alignment& alignment = read->alignment;
+  for (PreparedRead& read : reads) {
+    if (read.isDeferred) continue;
+    read.isSifted = true;
+    const Alignment& alignment = read.alignment;
     if (!steps_.reversed || !alignment.isThere()) continue;
-    alignment.addNotReversed(index_.text(), read->skipped[alignment.diagonal().isReversed ? 0 : 1]);
+    alignment.addNotReversed(index_.text(), read.skipped[alignment.diagonal().isReversed ? 0 : 1]);
   }
 }
 
-void ReadPreparer::prepareGroup(std::span<PreparedRead> leads, std::span<PreparedRead> others,
-                                bool isReversedFirst) {
+void ReadPreparer::prepare(std::span<PreparedRead> leads, std::span<PreparedRead> others,
+                           bool isReversedFirst) {
+  assert(others.empty() || others.size() == leads.size());
   pack(leads);
   pack(others);
-  const auto gather = [&](std::span<PreparedRead> reads) {
-    open_.clear();
-    for (std::size_t n = 0; n < reads.size(); ++n) {
-      const bool isPair = n < others.size();
-      if (isPair && steps_.leads && isHitFirst(leads[n], isReversedFirst)) continue;
-      open_.push_back(&reads[n]);
+  const auto deferHits = [&](std::span<PreparedRead> reads) {
+    for (std::size_t n = 0; n < others.size() && steps_.leads; ++n) {
+      reads[n].isDeferred = isHitFirst(leads[n], isReversedFirst);
     }
   };
-  gather(leads);
-  align(open_);
-  gather(leads);
-  sift(open_);
-  gather(others);
-  align(open_);
-  sift(open_);
+  align(leads);
+  deferHits(leads);
+  sift(leads);
+  deferHits(others);
+  align(others);
+  sift(others);
 }
 
 void ReadPreparer::complete(PreparedRead& read) {
-  PreparedRead* const one = &read;
-  align({&one, 1});
-  sift({&one, 1});
+  assert(read.isPacked());
+  read.isDeferred = false;
+  align({&read, 1});
+  sift({&read, 1});
 }
 
 }  // namespace velk

@@ -1,8 +1,5 @@
 #include "placement/verdict.h"
 
-#include "placement/edgeCheck.h"
-#include "placement/lengths.h"
-
 namespace velk {
 namespace {
 
@@ -110,20 +107,17 @@ Verdict judgeSingle(const Hit& hit, const std::string& read, const ScaffoldInfo&
                     const PlacementOptions& options) {
   const ContigInfo& contig = info.contigsInfo[hit.contig];
   // KEPT: a read that starts on the contig's first base is not placed
-  // (CheckSingleRead.OffsetZeroIsPassedOver)
+  // (CheckSingleRead.OffsetZeroIsNotPlaced)
   if (hit.offset == 0) return {.refusal = Refusal::kAtFirstBase};
   const bool isRightEnd = hit.offset > 0;
   const bool hasGap = isRightEnd ? hit.contig + 1 < info.contigsSum : hit.contig >= 1;
   if (!hasGap) return {.refusal = Refusal::kNoGap};
 
   Verdict verdict{.gap = isRightEnd ? hit.contig + 1 : hit.contig};
-  if (isRightEnd) {
-    verdict.refusal = checkOverRightEnd(contig.bases(), read, hit.offset, options);
-    verdict.add(RecordKind::kEdge, verdict.gap, hit.offset - lengthOf(contig.bases()));
-  } else {
-    verdict.refusal = checkOverLeftEnd(contig.bases(), read, hit.offset, options);
-    verdict.add(RecordKind::kEdge, verdict.gap, hit.offset + gapBefore(contig));
-  }
+  const auto check = isRightEnd ? checkOverRightEnd : checkOverLeftEnd;
+  verdict.refusal = check(contig.bases(), read, hit.offset, options);
+  const int64_t gapStart = isRightEnd ? lengthOf(contig.bases()) : -gapBefore(contig);
+  verdict.add(RecordKind::kEdge, verdict.gap, hit.offset - gapStart);
   return verdict;
 }
 

@@ -1,5 +1,5 @@
-// What is made of one hit of a read: the gaps in which it, or its mate, is recorded, or why it is
-// refused. Pure functions of the model and the options.
+// Judges one hit of a read: the gaps in which it, or its mate, is recorded, or the reason for
+// refusal; and how a sink is given it. Pure functions of the model and the options.
 //
 // A gap is named by the index of the contig behind it; positions count from the gap's first base to
 // the first base of the read that is recorded.
@@ -10,21 +10,10 @@
 #include <cstdint>
 #include <string>
 
-#include "contig/contig.h"
+#include "placement/edgeCheck.h"
 #include "placement/kmerWalk.h"
-#include "placement/placementOptions.h"
 
 namespace velk {
-
-enum class Refusal : uint8_t {
-  kNone,
-  kNoGap,         // there is no gap on the side on which the read, or its mate, would reach one
-  kAtFirstBase,   // a single read that starts on the contig's first base
-  kInsideContig,  // a single read that ends before the contig does
-  kSmallGap,      // a large insert at a small gap: the walk ends, and the whole pair is given up
-  kShortOverlap,  // too few bases of the read lie on the contig
-  kUnlike         // too few of those are the contig's
-};
 
 enum class RecordKind : uint8_t {
   kEdge,       // a single read over a contig's end
@@ -50,6 +39,7 @@ struct Verdict {
   std::array<GapPlace, 3> places{};
 
   void add(RecordKind kind, uint64_t gapOfRecord, int64_t position, int64_t movedBy = 0) {
+    assert(count < places.size());
     places[count++] = {kind, gapOfRecord, position, position - movedBy};
   }
 };
@@ -64,5 +54,44 @@ enum class Direction : uint8_t { kForward, kReverse };
 /// A hit of an anchor whose mate has `mateLength` bases.
 Verdict judgePair(Direction direction, const Hit& hit, const std::string& anchor,
                   int64_t mateLength, const ScaffoldInfo& info, const PlacementOptions& options);
+
+// A sink receives what placement finds out of every read. It is a class with these members; it is a
+// template argument, so that what it drops costs nothing:
+//   static constexpr bool kTakesRefusals;         false: refused() is never called, nor needed
+//   void found(const Found&, const std::string& bases);   a record, and the bases to be recorded
+//   void anchored(const Anchored&);    an anchor was accepted; its records follow
+//   void refused(const Refused&);      once for every read, strand and diagonal
+
+/// Where a read that is tried comes from. It describes the read as it was sequenced, also in pairs
+/// that point outwards.
+struct Origin {
+  int64_t entry;    // of the batch
+  int mate;         // 0: the entry's first read, 1: the second
+  bool isReversed;  // whether the reverse complement of the read as sequenced was tried
+};
+
+/// A record.
+struct Found {
+  Origin origin;   // of the read that is recorded
+  Hit hit;         // of the read itself, or of the mate's anchor
+  GapPlace place;  // in the scaffold of the hit
+};
+
+/// An anchor that was accepted, whether it or its mate is recorded or not.
+struct Anchored {
+  Origin origin;
+  Hit hit;
+  uint64_t gap;          // in which the mate must lie: the index of the contig behind it
+  int64_t matePosition;  // where in it, before the mate is moved to an end of the gap
+};
+
+/// A read that was refused on a diagonal.
+struct Refused {
+  Origin origin;
+  Hit hit;
+  Refusal reason;
+  uint64_t gap;          // at which it was judged: the index of the contig behind it; 0: at none
+  int64_t matePosition;  // of an anchor: where in that gap the mate would lie
+};
 
 }  // namespace velk

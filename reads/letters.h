@@ -1,6 +1,8 @@
 // What the characters of a read may be. Pure functions, any thread.
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
 #include <stdexcept>
 #include <string>
@@ -16,12 +18,23 @@ struct RecordFault : std::runtime_error {
 /// Whether each character is one of first ... last.
 template <char first, char last>
 bool areWithin(std::string_view text) {
-  unsigned char outside = 0;
-  for (const char letter : text) {
-    const auto distance = static_cast<unsigned char>(letter - first);
-    outside |= static_cast<unsigned char>(distance > last - first ? 1 : 0);
+  // The largest distances from `first`, block by block, which is what vector instructions do fast;
+  // the last block may overlap the one before.
+  constexpr std::size_t kBlock = 16;
+  std::array<unsigned char, kBlock> farthest{};
+  const auto look = [&](const char* letters, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+      farthest[i] = std::max(farthest[i], static_cast<unsigned char>(letters[i] - first));
+    }
+  };
+  if (text.size() < kBlock) {
+    look(text.data(), text.size());
+  } else {
+    const char* const lastBlock = text.data() + (text.size() - kBlock);
+    for (const char* block = text.data(); block < lastBlock; block += kBlock) look(block, kBlock);
+    look(lastBlock, kBlock);
   }
-  return outside == 0;
+  return *std::max_element(farthest.begin(), farthest.end()) <= last - first;
 }
 
 /// Whether `quality` has only the characters of the Phred+33 scale.

@@ -41,16 +41,21 @@ class ReadBatch {
     return sides_[static_cast<std::size_t>(mate)].bases[entry];
   }
 
+  /// Has the processor fetch what read() will return of an entry.
+  void prefetch(std::size_t entry) const;
+
   /// The bases of all first, or second, reads, which the caller leaves as they are; or copies, made
   /// at each call, which it may change.
   std::string* basesOf(int mate) { return sides_[static_cast<std::size_t>(mate)].bases.data(); }
   std::string* copiesOfBases(int mate);
 
  private:
-  struct Slices {  // lengths in the side's text: name and quality, one behind the other
+  // Name and quality in the side's text, one behind the other. An entry's quality has as many
+  // characters as its bases, or none.
+  struct Slices {
     std::size_t start;
-    std::size_t name;
-    std::size_t quality;
+    uint32_t name;  // characters
+    bool hasQuality;
   };
   struct Side {
     std::string text;

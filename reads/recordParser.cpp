@@ -68,8 +68,7 @@ std::size_t RecordParser::take(std::string_view text, bool isAll, RecordView& re
 }
 
 // Takes a record of four whole lines with bases, without a fault in its frame. Returns 0 for any
-// other. The
-// end of the last line is looked for where it must be: a quality has no line end within.
+// other. The end of the last line is looked for where it must be: a quality has no line end within.
 std::size_t RecordParser::takeFourLines(std::string_view text, RecordView& record) {
   const char* const end = text.data() + text.size();
   const char* const headerEnd = lineEnd(text.data(), end);
@@ -78,7 +77,8 @@ std::size_t RecordParser::takeFourLines(std::string_view text, RecordView& recor
   const char* const basesEnd = lineEnd(bases, end);
   if (basesEnd == nullptr || basesEnd + 1 == end || basesEnd[1] != '+') return 0;
   if (bases == basesEnd) return 0;
-  const char* const plusEnd = lineEnd(basesEnd + 1, end);
+  const bool isPlusAlone = end - basesEnd > 2 && basesEnd[2] == '\n';
+  const char* const plusEnd = isPlusAlone ? basesEnd + 2 : lineEnd(basesEnd + 1, end);
   if (plusEnd == nullptr) return 0;
   const char* const quality = plusEnd + 1;
   auto length = static_cast<std::size_t>(basesEnd - bases);

@@ -1,5 +1,7 @@
 #include "report/arguments.h"
 
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 
 #include "run/commandLine.h"
@@ -59,6 +61,10 @@ Arguments parseArguments(int argc, const char* const* argv) {
     refuse(
         "--output takes --gap, --found or two folders; report.html stands in the folder of the "
         "results");
+  }
+  const bool isPage = !arguments.asText && !arguments.gap && !isInFolder;
+  if (isPage && arguments.output.empty() && isatty(STDOUT_FILENO) != 0) {
+    refuse("a page is no text for the terminal: give --output FILE, or --text");
   }
   return arguments;
 }

@@ -1,3 +1,4 @@
+// The page that compares two runs.
 #include <algorithm>
 #include <limits>
 

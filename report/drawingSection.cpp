@@ -1,3 +1,4 @@
+// The section of the page with drawings of gaps and their reads.
 #include <algorithm>
 #include <numeric>
 

@@ -1,3 +1,4 @@
+// The sections of the page about gaps.
 #include <algorithm>
 #include <array>
 #include <cmath>

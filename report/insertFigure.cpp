@@ -1,3 +1,4 @@
+// The histogram of the insert sizes of a library.
 #include <algorithm>
 #include <cmath>
 

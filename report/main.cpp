@@ -9,7 +9,7 @@
 #include <new>
 #include <string>
 
-#include "driver/standardDescriptors.h"
+#include "driver/outputFile.h"
 #include "report/arguments.h"
 #include "report/report.h"
 #include "run/commandLine.h"

@@ -1,3 +1,4 @@
+// The sections of the page about the run as a whole, its inputs and libraries.
 #include <algorithm>
 #include <cmath>
 
@@ -154,12 +155,13 @@ std::string stackedBar(const std::vector<BarPart>& parts) {
 std::string librarySection(const Findings& findings) {
   const RunData& data = findings.data;
   std::string html = "<section id=\"libraries\"><h2>Libraries</h2><p class=\"hint\">";
-  html += data.isOfVelk
-              ? "Libraries are told apart by the insert sizes that were given. Places are compared "
-                "with the contigs as velk-run does, which takes a tenth of that for the spread."
-              : "How long the fragments are, as measured on pairs of the first reads that lie on "
-                "one contig, and what was found at gaps. Grey bars are pairs of another "
-                "orientation.";
+  html +=
+      data.isOfVelk
+          ? "Libraries are distinguished by the insert sizes that were given. Places are compared "
+            "with the contigs as velk-run does, which takes a tenth of that for the spread."
+          : "How long the fragments are, as measured on pairs of the first reads that lie on "
+            "one contig, and what was found at gaps. Grey bars are pairs of another "
+            "orientation.";
   html += "</p><div class=\"panels\">";
   for (std::size_t n = 0; n < std::min(kMostLibraries, data.libraries.size()); ++n) {
     html += panelOf(data, n);

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "placement/countEqual.h"
+#include "placement/edgeCheck.h"
 
 namespace velk::run {
 namespace {

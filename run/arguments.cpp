@@ -58,7 +58,8 @@ void addPlaceholders(CLI::App& app, Arguments& arguments) {
   app.add_option("--placeholder", arguments.placeholders,
                  "gaps of exactly so many N have an unknown length")
       ->type_name("N[,N...]")
-      ->delimiter(',');
+      ->delimiter(',')
+      ->allow_extra_args(false);
   app.add_option("--agp", arguments.agp, "AGP file; its gaps of type U have an unknown length")
       ->type_name("FILE");
 }
@@ -124,6 +125,7 @@ void parseRun(CLI::App& app, Arguments& arguments, const OutputKind& output, int
   addIndexing(app, arguments);
   addPlacement(app, arguments);
   parseLine(app, argc, argv);
+  requireValues(app);
   arguments.libraries = librariesOf(files, moreInHelp(app));
   requireWord("the name of the sample (--sample)", arguments.sample);
 }

@@ -145,6 +145,9 @@ struct AssemblyNotes;
 /// one. REQUIRES: the name is not empty.
 char forbiddenIn(std::string_view name);
 
+/// Throws Failure where the file is one of reads: FASTQ, SAM or BAM. Reads its start.
+void requireNoReads(const std::string& file);
+
 /// Calls onScaffold(name, bases) for each scaffold that has a base, in order: the header up to its
 /// first blank, and the bases in upper case. Adds what it fixed to `notes` (inout). Throws Failure
 /// where a name cannot stand in a SAM file or occurs twice, where sequence stands in front of the

@@ -1,7 +1,10 @@
 #include "run/commandLine.h"
 
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <array>
 #include <numeric>
 #include <vector>
 
@@ -55,6 +58,23 @@ std::string suggestion(const CLI::App& app) {
 
 }  // namespace
 
+namespace {
+
+// What the library's message leaves unsaid.
+std::string advice(const CLI::Error& error, int argc) {
+  const std::string_view what = error.what();
+  if (what.starts_with("assembly is required") && argc > 1) {
+    return "; it comes first, as options of reads take all files behind them";
+  }
+  if (what.starts_with("Could not convert")) return ", which is no number";
+  if (what.starts_with("gaps is required")) {
+    return ": numbers of gaps, as in gaps.tsv, or ranges, as 3-7, behind the folder";
+  }
+  return "";
+}
+
+}  // namespace
+
 std::string moreInHelp(const CLI::App& app) {
   return " (" + app.get_name() + " --help tells more)";
 }
@@ -67,7 +87,33 @@ void parseLine(CLI::App& app, int argc, const char* const* argv) {
   } catch (const CLI::CallForVersion&) {
     throw TextWanted{app.version() + "\n"};
   } catch (const CLI::Error& error) {
-    throw Failure(Status::kUsage, error.what() + suggestion(app) + moreInHelp(app));
+    requireValues(app);
+    throw Failure(Status::kUsage,
+                  error.what() + advice(error, argc) + suggestion(app) + moreInHelp(app));
+  }
+}
+
+void requireValues(const CLI::App& app) {
+  for (const CLI::Option* const option : app.get_options()) {
+    for (const std::string& value : option->results()) {
+      if (value.size() < 2 || value.front() != '-' || app.get_option_no_throw(value) == nullptr) {
+        continue;
+      }
+      throw Failure(Status::kUsage, option->get_name() + ": " + value +
+                                        " stands where one of its values (" +
+                                        option->get_type_name() + ") should" + moreInHelp(app));
+    }
+  }
+}
+
+void requireNoVerbLike(int argc, const char* const* argv) {
+  constexpr std::size_t kFarthest = 2;
+  constexpr std::array<std::string_view, 5> kVerbs{"extract", "index", "plan", "task", "gather"};
+  if (argc < 2 || access(argv[1], F_OK) == 0) return;
+  for (const std::string_view verb : kVerbs) {
+    if (distanceOf(argv[1], verb) > kFarthest) continue;
+    throw Failure(Status::kUsage, std::string(argv[1]) + ": no such file; did you mean the verb " +
+                                      std::string(verb) + "? (velk-run --help tells more)");
   }
 }
 

@@ -22,6 +22,14 @@ std::string moreInHelp(const CLI::App& app);
 /// that is like one that is not known.
 void parseLine(CLI::App& app, int argc, const char* const* argv);
 
+/// Throws Failure where an option was given in place of a file that another option takes. Called
+/// by parseLine() where that fails.
+void requireValues(const CLI::App& app);
+
+/// Throws Failure where the command line begins with a word that is like a verb, and no file has
+/// that name.
+void requireNoVerbLike(int argc, const char* const* argv);
+
 /// The same of a call with a plan, beside which neither files nor options of its run are given.
 void parseWithPlan(CLI::App& app, int argc, const char* const* argv);
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "survey/assembly.h"
-#include "survey/memoryModel.h"
+#include "survey/costModel.h"
 
 namespace velk::run {
 namespace {
@@ -18,7 +18,7 @@ constexpr double kLeastPlain = 3.7e-9;   // a base, for the one thread that read
 constexpr double kLeastPacked = 3.5e-9;  // a base, for the thread that inflates a file
 constexpr double kFindRecord = 6.5e-6;   // a record, described and sorted, of all threads
 constexpr double kWriteRecord = 6.2e-6;  // the same, written to the files of a result
-constexpr double kJobStart = 5;          // of a job, until a scheduler has started it
+constexpr double kJobStart = 6;          // of a job, until Slurm as it comes has started it
 
 constexpr uint64_t kWorkingMemory = uint64_t{300} << 20;  // bytes: batches, what is found
 constexpr double kPackedText = 0.7;  // of a text, which only compressed files are smaller than
@@ -88,7 +88,8 @@ RunEstimate estimateRun(const std::vector<TaskEstimate>& tasks, const CommonEsti
     gather += task.gatherSeconds;
   }
   const double before = common.loadSeconds + common.indexSeconds;
-  return {before + search + gather, 2 * kJobStart + before + longest + common.loadSeconds + gather};
+  const int jobs = before > 0 ? 3 : 2;  // one after the other: the index, the tasks, gathering
+  return {before + search + gather, jobs * kJobStart + before + longest + gather};
 }
 
 }  // namespace velk::run

@@ -26,8 +26,9 @@ struct TaskEstimate {
 
 /// All of them, one after the other or at once.
 struct RunEstimate {
-  double oneRun = 0;   // seconds of a run in one go
-  double inTasks = 0;  // of the tasks, each on a machine of its own, and of gathering
+  double oneRun = 0;  // seconds of a run in one go
+  double inTasks =
+      0;  // of saving the index, the tasks, each on a machine of its own, and gathering
 };
 
 CommonEstimate estimateCommon(const Assembly& assembly, int kmer, int threads);

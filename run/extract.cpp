@@ -1,6 +1,7 @@
 #include "run/extract.h"
 
 #include <htslib/bgzf.h>
+#include <htslib/hts_log.h>
 #include <unistd.h>
 
 #include <fcntl.h>
@@ -133,9 +134,20 @@ std::vector<uint64_t> gapsOf(const ExtractRequest& request, uint64_t count) {
   return gaps;
 }
 
+// As bgzip does.
+void writePacked(const std::string& text, const std::string& output) {
+  std::unique_ptr<BGZF, Closer> file(bgzf_open(output.c_str(), "w"));
+  if (file == nullptr) failFile(output, "opened");
+  const bool isWritten =
+      bgzf_write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size());
+  if (bgzf_close(file.release()) != 0 || !isWritten) failFile(output, "written");
+}
+
 void writeText(const std::string& text, const std::string& output) {
   if (output == "-") {
     writeDescriptor(STDOUT_FILENO, "standard output", text);
+  } else if (output.ends_with(".gz") || output.ends_with(".bgz")) {
+    writePacked(text, output);
   } else {
     writeFile(output, text);
   }
@@ -144,6 +156,7 @@ void writeText(const std::string& text, const std::string& output) {
 }  // namespace
 
 void extractReads(const ExtractRequest& request, const std::string& output) {
+  hts_set_log_level(HTS_LOG_OFF);  // failures are reported here
   const auto file = [&](const char* name) { return request.folder + "/" + name; };
   if (!isSummary(file(kSummaryName))) {
     throw Failure(Status::kFailed, request.folder + " holds no whole result of velk-run");

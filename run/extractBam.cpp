@@ -1,3 +1,4 @@
+// The reads of chosen gaps out of the BAM file of a run.
 #include "run/extract.h"
 
 #include <htslib/hts_log.h>

@@ -1,3 +1,4 @@
+// The FASTA reader of assemblies.
 #include "run/assembly.h"
 
 #include <algorithm>
@@ -25,6 +26,15 @@ constexpr std::array<char, 256> makeLetters() {
 }
 
 constexpr std::array<char, 256> kLetters = makeLetters();
+
+// Throws Failure where a file of this start is one of reads.
+void refuseReads(const std::string& file, std::string_view start) {
+  const bool isBam = start.starts_with(std::string_view("BAM\1", 4));
+  if (!isBam && !start.starts_with('@')) return;
+  throw Failure(Status::kUsage, file +
+                                    (isBam ? " is a BAM file" : " begins with '@', as reads do") +
+                                    "; the assembly is a FASTA file, and comes first");
+}
 
 class Reader {
  public:
@@ -84,6 +94,7 @@ class Reader {
   void addBases(std::string_view part) {
     if (name_.empty()) {
       if (part.find_first_not_of(" \t\r") == std::string_view::npos) return;
+      refuseReads(file_, part);
       fail("sequence in front of the first header, which begins with '>'");
     }
     if (bases_.size() + part.size() > kLongestScaffold) {
@@ -126,6 +137,10 @@ char forbiddenIn(std::string_view name) {
   if (name.front() == '*' || name.front() == '=') return name.front();
   const auto found = std::find_if(name.begin(), name.end(), isForbidden);
   return found == name.end() ? '\0' : *found;
+}
+
+void requireNoReads(const std::string& file) {
+  refuseReads(file, reads::openBytes(file, reads::Helpers::kNone)->next());
 }
 
 void readFasta(const std::string& file, AssemblyNotes& notes,

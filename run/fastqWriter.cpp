@@ -1,6 +1,7 @@
 #include "run/fastqWriter.h"
 
 #include <htslib/bgzf.h>
+#include <htslib/hts_log.h>
 
 #include <cerrno>
 #include <cstring>
@@ -25,6 +26,7 @@ struct BgzipWriter::Handle {
 
 BgzipWriter::BgzipWriter(const std::string& file, const std::string& blocksFile, int helpers)
     : file_(file), blocksFile_(blocksFile), handle_(std::make_unique<Handle>()) {
+  hts_set_log_level(HTS_LOG_OFF);  // failures are reported here
   handle_->file = bgzf_open(file_.c_str(), "w1");
   if (handle_->file == nullptr) fail(file_);
   if (bgzf_index_build_init(handle_->file) != 0) fail(file_);

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <bit>
 
-#include "placement/lengths.h"
+#include "placement/edgeCheck.h"
 
 namespace velk::run {
 

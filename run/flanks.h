@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "kmer/contigText.h"
-#include "placement/sink.h"
+#include "placement/verdict.h"
 #include "run/alignment.h"
 #include "run/assembly.h"
 #include "run/describe.h"

@@ -1,3 +1,4 @@
+// The verb gather: the shares of all tasks of a plan become one result.
 #include <algorithm>
 #include <map>
 #include <utility>
@@ -87,6 +88,7 @@ void addCounts(const Held& held, Searched& searched) {
   input.records = share.records;
   input.fixes = share.fixes;
   searched.counts[share.library] += share.counts;
+  searched.machines.insert(share.machine);
   searched.peakMemory = std::max(searched.peakMemory, share.peakMemory);
   searched.spilledBytes += share.spilledBytes;
   for (const PhaseTime& time : share.times) {
@@ -121,6 +123,7 @@ void gather(const PlannedRequest& request, const std::vector<std::string>& share
   session.begin("gathering");
   plan.requireCommonFiles();
   const std::unique_ptr<Assembly> assembly = plan.assembly();
+  results.clear();
   FoundStore found(results.folder(), *assembly, fixed.libraries,
                    outputOptionsOf(arguments, session.threads()), arguments.native);
   Searched searched{plan.assemblyFacts(), plan.inputFacts(),
@@ -130,6 +133,7 @@ void gather(const PlannedRequest& request, const std::vector<std::string>& share
     found.addShare(held.folder, held.share);
     addCounts(held, searched);
   }
+  plan.requireIndex();
   results.finish(*assembly, fixed, searched, found, session,
                  arguments.noReport ? ReportMaker() : makeReport);
 }

@@ -32,7 +32,9 @@ class LibraryMaker {
       add(LibraryKind::kSingle, inputs);
     }
     if (!given_.sheet.empty()) append(readSampleSheet(given_.sheet));
-    if (!given_.library.empty()) append(readLibraryFile(given_.library));
+    if (!given_.library.empty()) {
+      append(readLibraryFile(given_.library, static_cast<int>(libraries_.size()) + 1));
+    }
     return std::move(libraries_);
   }
 

@@ -14,8 +14,9 @@ namespace velk::run {
 /// follow each other or not; paths are relative to the folder of the sheet. Throws Failure.
 std::vector<Library> readSampleSheet(const std::string& file);
 
-/// Reads a library file of velk; see velk.lib(5). Throws Failure.
-std::vector<Library> readLibraryFile(const std::string& file);
+/// Reads a library file of velk; see velk.lib(5). Its first section is named after the number
+/// `first`, as in "lib2", and the single reads of that "lib2s". Throws Failure.
+std::vector<Library> readLibraryFile(const std::string& file, int first);
 
 /// What is read of the command line before libraries are made of it.
 struct GivenReads {

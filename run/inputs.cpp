@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "kmer/parallel.h"
+#include "kmer/machine.h"
 #include "survey/pairGeometry.h"
 
 namespace velk::run {
@@ -28,14 +28,23 @@ void forEachInput(const std::vector<Library>& libraries, Take take) {
 
 }  // namespace
 
+// Files are sampled side by side. A pipe is sampled before the next input is opened: one program
+// may write to both, one after the other.
 Inputs::Inputs(const std::vector<Library>& libraries, int threads) {
+  const auto sample = [](OpenInput& input) {
+    try {
+      input.reads->takeSample(kSampleEntries, kSampleBytes);
+    } catch (const reads::InputError& error) {
+      input.failure = error.what();
+    }
+  };
+  const auto isPipe = [](const OpenInput& input) { return input.reads->bytes() == 0; };
   forEachInput(libraries, [&](uint32_t library, uint32_t number, const reads::InputFiles& files) {
     open(library, number, files, threads);
-    try {
-      inputs_.back().reads->takeSample(kSampleEntries, kSampleBytes);
-    } catch (const reads::InputError& error) {
-      inputs_.back().failure = error.what();
-    }
+    if (isPipe(inputs_.back())) sample(inputs_.back());
+  });
+  forEachInParallel(static_cast<std::size_t>(threads), inputs_.size(), [&](std::size_t n) {
+    if (!isPipe(inputs_[n])) sample(inputs_[n]);
   });
 }
 

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "driver/listener.h"
-#include "driver/standardDescriptors.h"
+#include "driver/outputFile.h"
 #include "reads/recordSource.h"
 #include "report/report.h"
 #include "run/arguments.h"
@@ -69,6 +69,7 @@ void doVerb(int argc, char** argv) {
   } else if (hasPlan(argc, argv)) {
     runPlan(parseRunPlan(argc, argv).request, makeReport);
   } else {
+    requireNoVerbLike(argc, argv);
     runAll(parseArguments(argc, argv), makeReport);
   }
 }

@@ -1,3 +1,4 @@
+// The verb index: makes a saved index of an assembly, or checks one.
 #include "run/verbs.h"
 
 #include "driver/velk.h"

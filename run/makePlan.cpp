@@ -1,3 +1,4 @@
+// The verb plan: measures the inputs and writes the plan of a run.
 #include <cmath>
 
 #include "driver/velk.h"
@@ -74,6 +75,7 @@ void makePlan(const Arguments& arguments, const std::string& root) {
   requireNoInput(arguments.folder, filesOf(arguments), "plan");
   session.judge(checkFiles(arguments.assembly, arguments.libraries));
   const std::shared_ptr<const SavedIndex> saved = openIndex(arguments);
+  const std::shared_future<void> sums = sumBeside(saved);
   Plan plan;
   plan.arguments = arguments;
   addFiles(plan, arguments, root);
@@ -93,6 +95,7 @@ void makePlan(const Arguments& arguments, const std::string& root) {
                                            plan.threads, plan.estimate);
   }
   plan.warnings = session.warnings();
+  sums.get();
   const std::string text = textOfPlan(plan);
   writeWhole(arguments.folder, [&](int descriptor, const std::string& name) {
     writeDescriptor(descriptor, name, text);

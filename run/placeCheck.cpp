@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "placement/countEqual.h"
+#include "placement/edgeCheck.h"
 #include "run/likeStart.h"
 
 namespace velk::run {

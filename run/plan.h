@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <future>
 #include <memory>
 #include <string>
 #include <vector>
@@ -77,6 +78,10 @@ class PlanInUse {
   void requireCommonFiles() const;
   void requireInput(uint32_t input) const;
 
+  /// Waits until all of the index was looked at, if there is one. Throws Failure unless it is
+  /// whole.
+  void requireIndex() const { sums_.get(); }
+
   /// The plan itself and all files of it, none of which may be written to.
   std::vector<std::string> files() const;
 
@@ -91,6 +96,7 @@ class PlanInUse {
   const PlannedRequest& request_;
   Plan plan_;
   std::shared_ptr<const SavedIndex> saved_;  // of --index, if any
+  std::shared_future<void> sums_;            // of its parts
 };
 
 }  // namespace velk::run

@@ -1,3 +1,4 @@
+// A plan as a verb uses it: its files below a root, compared with what the plan says of them.
 #include "run/plan.h"
 
 #include "driver/velk.h"
@@ -25,6 +26,7 @@ PlanInUse::PlanInUse(const PlannedRequest& request)
   ofPlan.libraries = plan_.fixed.libraries;
   ofPlan.index = request.index;
   saved_ = openIndex(ofPlan);
+  sums_ = sumBeside(saved_);
   if (saved_ == nullptr) return;
   requireSources(*saved_, plan_);
   if (!plan_.index.empty() && plan_.index != saved_->checksum()) {

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cmath>
 #include <cstring>
@@ -14,8 +15,8 @@
 #include "run/failure.h"
 #include "run/terminal.h"
 #include "survey/assembly.h"
+#include "survey/costModel.h"
 #include "survey/machine.h"
-#include "survey/memoryModel.h"
 
 namespace velk::run {
 namespace {
@@ -84,6 +85,7 @@ std::vector<Finding> checkFiles(const std::string& assembly,
       throw Failure(Status::kFailed, file + ": " + std::strerror(errno));
     }
     if (!S_ISREG(status.st_mode)) continue;
+    if (&file == &files.back()) requireNoReads(file);
     const auto [other, isNew] = seen.emplace(std::pair(status.st_dev, status.st_ino), file);
     if (!isNew) twice.add(file == other->second ? file : file + " (" + other->second + ")");
   }
@@ -121,6 +123,33 @@ std::vector<Finding> checkSamples(const Inputs& inputs) {
   return findings;
 }
 
+namespace {
+
+// Lengths that programs write for gaps of unknown length.
+constexpr std::array<uint64_t, 3> kMadeUpLengths{100, 200, 500};
+constexpr std::size_t kManyGaps = 10;
+constexpr double kManyShare = 0.2;  // of all gaps
+
+// Gaps of a length that looks made up, where there are many of them.
+void addMadeUpGaps(const Assembly& assembly, std::vector<Finding>& findings) {
+  for (const uint64_t length : kMadeUpLengths) {
+    const auto count = static_cast<std::size_t>(
+        std::count_if(assembly.gaps().begin(), assembly.gaps().end(),
+                      [&](const Gap& gap) { return gap.unknown == length; }));
+    const auto many = kManyShare * static_cast<double>(assembly.gaps().size());
+    if (count < kManyGaps || static_cast<double>(count) < many) continue;
+    const std::string number = std::to_string(length);
+    findings.push_back({false,
+                        countText(count) + " gaps have exactly " + number +
+                            " N, as programs write for gaps of unknown length; if these are "
+                            "such, --placeholder " +
+                            number + " finds more of their reads",
+                        1, assembly.file()});
+  }
+}
+
+}  // namespace
+
 std::vector<Finding> checkAssembly(const Assembly& assembly, bool hasPlaceholders) {
   std::vector<Finding> findings;
   if (assembly.gaps().empty()) {
@@ -130,6 +159,7 @@ std::vector<Finding> checkAssembly(const Assembly& assembly, bool hasPlaceholder
     findings.push_back({true, "no contig is as long as a k-mer (-k) and the shortest contig (-L)",
                         1, assembly.file()});
   }
+  if (!hasPlaceholders) addMadeUpGaps(assembly, findings);
   const auto isPlaceholder = [](const Gap& gap) { return gap.isPlaceholder; };
   if (hasPlaceholders &&
       std::none_of(assembly.gaps().begin(), assembly.gaps().end(), isPlaceholder)) {
@@ -185,7 +215,8 @@ std::vector<Finding> checkLibraries(const std::vector<Library>& given,
                  " measured");
     }
     if (before.givenOrientation && *before.givenOrientation != after.measuredOrientation) {
-      opposite.add("library " + after.name);
+      opposite.add("library " + after.name + ", " + nameOf(*before.givenOrientation) +
+                   " given and used, " + nameOf(after.measuredOrientation) + " measured");
     }
   }
   for (const Kind& kind : {unmeasured, unlike, opposite}) kind.addTo(findings);

@@ -13,7 +13,7 @@
 #include "run/savedIndex.h"
 #include "run/terminal.h"
 #include "survey/boundedIndex.h"
-#include "survey/timeModel.h"
+#include "survey/costModel.h"
 
 namespace velk::run {
 namespace {

@@ -9,7 +9,7 @@
 #include <filesystem>
 #include <utility>
 
-#include "kmer/parallel.h"
+#include "kmer/machine.h"
 #include "run/diskFile.h"
 #include "run/failure.h"
 #include "run/resultNames.h"
@@ -60,8 +60,12 @@ ResultFolder::ResultFolder(std::string folder, const std::vector<std::string>& i
 
 ResultFolder::~ResultFolder() {
   if (lock_ < 0) return;
-  removePublished();
-  removePartial();
+  if (isCleared_) {
+    removePublished();
+    removePartial();
+  } else {
+    rmdir(file(kPartialName).c_str());  // what a killed run has left there stays
+  }
   unlock();
   if (isMade_) rmdir(folder_.c_str());
 }
@@ -93,7 +97,7 @@ void ResultFolder::checkNames(const std::vector<std::string>& inputs) const {
           Status::kFailed,
           input + " is an input, and the results would replace it; choose another folder");
     }
-    if (own.contains(name)) continue;
+    if (own.contains(name) || ownNames().contains(name)) continue;  // one that has just ended
     throw Failure(Status::kFailed, file(name) +
                                        " is there, and no earlier result of velk-run lists it; "
                                        "remove it, or choose another folder");
@@ -135,14 +139,17 @@ void ResultFolder::unlock() {
 void ResultFolder::begin() {
   isMade_ = makeFolder(folder_);
   lock();
-  const std::string partialFolder = file(kPartialName);
   std::vector<std::string> files;
   for (const char* name : form_.names) files.push_back(partial(name));
-  for (const char* name : {kEarlierName, kNextName}) files.push_back(file(name));
   cleanup_ = std::make_unique<SignalCleanup>(
-      files, std::vector<std::string>{partial(kNativeName), partialFolder});
+      files, std::vector<std::string>{partial(kNativeName), file(kPartialName)});
+}
+
+// The lists of what earlier runs have written are there only while signals are held back.
+void ResultFolder::clear() {
   cleanup_->hold();
   removeEarlier();
+  isCleared_ = true;
   makeFolder(partial(kNativeName));
   cleanup_->release();
 }

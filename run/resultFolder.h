@@ -6,7 +6,8 @@
 // leaves files that the next one knows as velk-run's. One thread calls; one object at a time.
 //
 //   ResultFolder folder(dir, inputs)   looks, and changes nothing
-//   folder.begin()                     removes an earlier result, makes .partial
+//   folder.begin()                     makes .partial, and keeps other runs out
+//   folder.clear()                     removes an earlier result
 //   ... files are written to folder.partial(name) ...
 //   folder.seal(threads)               has them on disk, and returns sizes and checksums
 //   folder.publish(summary)            moves them
@@ -42,9 +43,13 @@ class ResultFolder {
   ResultFolder(const ResultFolder&) = delete;
   ResultFolder& operator=(const ResultFolder&) = delete;
 
-  /// Throws Failure; also where another run is at work in the folder. From now on a signal that
-  /// ends the process removes what is unfinished.
+  /// Makes the folder and keeps other runs out of it. Throws Failure; also where another run is at
+  /// work in it. From now on a signal that ends the process removes what is unfinished.
   void begin();
+
+  /// Removes an earlier result, which is there until then. Called before the first file is made.
+  /// Throws Failure.
+  void clear();
 
   const std::string& path() const { return folder_; }
 
@@ -71,7 +76,8 @@ class ResultFolder {
   std::string folder_;
   const FolderForm& form_;
   int lock_ = -1;
-  bool isMade_ = false;  // whether the folder is this run's
+  bool isMade_ = false;     // whether the folder is this run's
+  bool isCleared_ = false;  // whether no earlier result is left
   std::vector<ResultFile> sealed_;
   std::set<std::string> published_;
   std::unique_ptr<SignalCleanup> cleanup_;

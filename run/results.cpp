@@ -130,6 +130,9 @@ Summary Results::summaryOf(const FixedValues& fixed, const Searched& searched,
   summary.spilledBytes = found.spilledBytes() + searched.spilledBytes;
   summary.times = searched.times;
   summary.times.insert(summary.times.end(), session.times().begin(), session.times().end());
+  std::set<std::string> machines = searched.machines;
+  machines.insert(machineName());
+  summary.machines = machines.size();
   summary.peakMemory = std::max(peakMemory(), searched.peakMemory);
   summary.files = files_;
   summary.report = report_;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -25,6 +26,7 @@ struct Searched {
   std::vector<ReadCounts> counts;       // by library
   std::vector<std::string> warnings{};  // of the look at the inputs
   std::vector<PhaseTime> times{};       // of tasks
+  std::set<std::string> machines{};     // names of those of tasks
   uint64_t peakMemory = 0;              // of the largest task, bytes
   uint64_t spilledBytes = 0;            // by tasks
 };
@@ -35,9 +37,11 @@ using ReportMaker = std::function<std::string(const std::string& folder, const s
 
 class Results {
  public:
-  /// `inputs`: all files that the run reads. Claims the folder, and removes an earlier result.
-  /// Throws Failure.
+  /// `inputs`: all files that the run reads. Claims the folder. Throws Failure.
   Results(const Arguments& arguments, const std::vector<std::string>& inputs);
+
+  /// Removes an earlier result. Called before anything is searched. Throws Failure.
+  void clear() { folder_.clear(); }
 
   const ResultFolder& folder() const { return folder_; }
 

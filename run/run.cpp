@@ -1,3 +1,4 @@
+// A run in one piece, and one task of a plan.
 #include <future>
 #include <optional>
 
@@ -19,7 +20,7 @@ namespace velk::run {
 namespace {
 
 // Throws Failure unless the index is that of these files. All of the assembly is summed by a thread
-// beside the run, as nothing else reads it: what comes of it is told by the future.
+// beside the run, as nothing else reads it: the future holds what comes of it.
 std::future<FileIdentity> requireSources(const SavedIndex* saved, const Arguments& arguments) {
   if (saved == nullptr) return {};
   saved->requireAssemblyEnds(arguments.assembly, identityOf(arguments.assembly, Summed::kEnds));
@@ -36,6 +37,7 @@ void runAll(const Arguments& arguments, const ReportMaker& makeReport) {
   session.judge(checkFiles(arguments.assembly, arguments.libraries));
   const std::shared_ptr<const SavedIndex> saved = openIndex(arguments);
   std::future<FileIdentity> sum = requireSources(saved.get(), arguments);
+  const std::shared_future<void> sums = sumBeside(saved);
   Results results(arguments, filesOf(arguments));
   session.begin("preparing");
   Preparation preparation(arguments, session.threads(), session, saved);
@@ -44,6 +46,7 @@ void runAll(const Arguments& arguments, const ReportMaker& makeReport) {
   const FixedValues fixed = preparation.measure();
   assembly.lengthenPlaceholders(fixed.placeholderLength);
 
+  results.clear();
   FoundStore found(results.folder(), assembly, fixed.libraries,
                    outputOptionsOf(arguments, session.threads()), arguments.native);
   const Inputs& inputs = preparation.inputs();
@@ -53,6 +56,7 @@ void runAll(const Arguments& arguments, const ReportMaker& makeReport) {
     setCounts(searched.inputs[n], *inputs.all()[n].reads);
   }
   if (saved != nullptr) saved->requireAssembly(arguments.assembly, sum.get());
+  sums.get();
   searched.warnings = session.warnings();
   session.begin("writing");
   results.finish(assembly, fixed, searched, found, session,
@@ -73,6 +77,7 @@ void runPlan(const PlannedRequest& request, const ReportMaker& makeReport) {
   const std::unique_ptr<Assembly> assembly = plan.assembly();
   session.judge(checkMemory(*assembly, arguments.kmer));
 
+  results.clear();
   FoundStore found(results.folder(), *assembly, fixed.libraries,
                    outputOptionsOf(arguments, session.threads()), arguments.native);
   Searched searched{plan.assemblyFacts(), plan.inputFacts(), {}};
@@ -82,6 +87,7 @@ void runPlan(const PlannedRequest& request, const ReportMaker& makeReport) {
     plan.requireInput(n);
     setCounts(searched.inputs[n], *inputs.all()[n].reads);
   }
+  plan.requireIndex();
   session.begin("writing");
   results.finish(*assembly, fixed, searched, found, session,
                  arguments.noReport ? ReportMaker() : makeReport);
@@ -125,6 +131,7 @@ void runTask(const PlannedRequest& request, uint64_t number) {
   const std::unique_ptr<Assembly> assembly = plan.assembly();
   session.judge(checkMemory(*assembly, arguments.kmer));
 
+  folder.clear();
   FoundStore found(folder, *assembly, fixed.libraries,
                    outputOptionsOf(arguments, session.threads()), arguments.native);
   Share share = shareOf(plan.plan(), task);
@@ -136,8 +143,10 @@ void runTask(const PlannedRequest& request, uint64_t number) {
   session.begin("writing");
   found.writeShare(share);
   share.files = folder.seal(session.threads());
+  plan.requireIndex();
   session.end();
   share.times = session.times();
+  share.machine = machineName();
   share.peakMemory = peakMemory();
   folder.publish(shareText(share));
   session.say("Task " + std::to_string(task) + " of " + request.plan + ": found " +

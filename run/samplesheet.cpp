@@ -1,3 +1,4 @@
+// Libraries from a samplesheet, or from a library file of velk.
 #include "run/givenLibraries.h"
 
 #include <algorithm>
@@ -179,13 +180,13 @@ std::vector<Library> readSampleSheet(const std::string& file) {
   return Sheet(file).read();
 }
 
-std::vector<Library> readLibraryFile(const std::string& file) {
+std::vector<Library> readLibraryFile(const std::string& file, int first) {
   Lib* libs = nullptr;
   int count = 0;
   Loadlib(file, libs, count);
   std::vector<Library> libraries;
   for (int n = 0; n < count; ++n) {
-    for (const Library& library : {libraryOf(libs[n], n + 1), singlesOf(libs[n], n + 1)}) {
+    for (const Library& library : {libraryOf(libs[n], first + n), singlesOf(libs[n], first + n)}) {
       if (!library.inputs.empty()) libraries.push_back(library);
     }
   }

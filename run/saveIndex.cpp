@@ -1,10 +1,11 @@
+// Writes a saved index.
 #include "run/savedIndex.h"
 
 #include <algorithm>
 #include <string_view>
 #include <utility>
 
-#include "kmer/parallel.h"
+#include "kmer/machine.h"
 #include "run/checksum.h"
 #include "run/diskFile.h"
 #include "run/wholeFile.h"

@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <cstring>
+#include <span>
 #include <type_traits>
 #include <utility>
 
-#include "kmer/parallel.h"
+#include "kmer/machine.h"
 #include "run/checksum.h"
 #include "run/failure.h"
 #include "run/terminal.h"
@@ -51,6 +52,21 @@ std::string listOf(const std::vector<uint64_t>& lengths) {
     list += (list.empty() ? "" : ",") + std::to_string(length);
   }
   return list.empty() ? "none" : list;
+}
+
+// Whether a level has all its ranges, within so many buckets.
+bool areSound(std::span<const SeedIndex::Range> ranges, uint64_t buckets) {
+  return ranges.size() == SeedIndex::kRegions &&
+         std::all_of(ranges.begin(), ranges.end(), [&](const SeedIndex::Range& range) {
+           return range.size != 0 && range.first <= buckets && range.size <= buckets - range.first;
+         });
+}
+
+bool isSoundText(const ContigText& text) {
+  if (text.lines().size() != ContigText::linesFor(text.end())) return false;
+  bool areMarked = true;
+  text.forEachNoWindow([&](uint64_t p) { areMarked &= text.isMarkedRepeated(p); });
+  return areMarked;
 }
 
 bool isSame(const saved::Source& source, const FileIdentity& identity) {
@@ -142,6 +158,12 @@ void SavedIndex::requireSums(int threads) const {
   }
 }
 
+std::shared_future<void> sumBeside(std::shared_ptr<const SavedIndex> index) {
+  return std::async([index = std::move(index)] {
+    if (index != nullptr) index->requireSums(1);
+  });
+}
+
 void SavedIndex::requireSame(const char* option, const std::string& ofIndex,
                              const std::string& now) const {
   if (ofIndex == now) return;
@@ -166,7 +188,9 @@ void SavedIndex::requireReadLength(int readLength) const {
 
 void SavedIndex::requireAssemblyEnds(const std::string& assembly, const FileIdentity& ends) const {
   const saved::Source known{header_.assembly.bytes, header_.assemblyEnds};
-  if (!isSame(known, ends)) failOther("another assembly than " + assembly);
+  if (isSame(known, ends)) return;
+  failOther("another assembly than " + assembly +
+            ", or of a copy of it that is compressed in another way");
 }
 
 void SavedIndex::requireAssembly(const std::string& assembly, const FileIdentity& whole) const {
@@ -193,12 +217,16 @@ void SavedIndex::setIndex(SeedIndex& index, const Assembly& assembly) const {
     contig.hasOddLetters = contigs[before + contig.contig].hasOddLetters;
   }
   auto next = static_cast<std::size_t>(Part::kText);
+  uint64_t buckets = 0;  // of the level whose ranges follow
+  bool isSound = true;
   SeedIndex::forEachKept(index, [&](auto& array) {
     using Value = std::remove_reference_t<decltype(array[0])>;
     const auto values = part<Value>(static_cast<Part>(next++));
     array = {values.data(), values.size()};
+    if constexpr (std::is_same_v<Value, Bucket>) buckets = values.size();
+    if constexpr (std::is_same_v<Value, SeedIndex::Range>) isSound &= areSound(values, buckets);
   });
-  if (!index.isSound()) failDamaged("its parts do not fit each other");
+  if (!isSound || !isSoundText(index.text())) failDamaged("its parts do not fit each other");
 }
 
 }  // namespace velk::run

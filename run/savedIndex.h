@@ -4,11 +4,13 @@
 //
 // It is checked before it is used: the header, the place and size of every part, the sums of the
 // small parts; Assembly's constructor checks every record, and setIndex() what look-ups rely on.
-// The sums of the large parts are taken on request only. Whatever these hold, nothing leads outside
-// of memory. Any thread may ask.
+// The sums of the large parts are taken beside a run, which has no result before they are right.
+// Whatever these hold, nothing leads outside of memory. Any thread may ask.
 #pragma once
 
 #include <cstdint>
+#include <future>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -80,6 +82,10 @@ class SavedIndex {
   MappedFile mapped_;
   saved::Header header_{};
 };
+
+/// Takes the sums of all parts beside what follows. get() waits for them, and throws Failure unless
+/// they are right. `index` may be null.
+std::shared_future<void> sumBeside(std::shared_ptr<const SavedIndex> index);
 
 namespace saved {
 

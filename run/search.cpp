@@ -40,6 +40,7 @@ class Collector {
 
   void found(const Found& found, const std::string& bases) {
     begin(found.origin.entry);
+    batch_.prefetch(static_cast<std::size_t>(current_));
     const Origin& origin = found.origin;
     const GapPlace& place = found.place;
     entry_.places.push_back({origin.mate, origin.isReversed, place.kind, found.hit.scaffold,

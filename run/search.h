@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "kmer/seedIndex.h"
-#include "placement/placementOptions.h"
+#include "placement/edgeCheck.h"
 #include "reads/readInput.h"
 #include "run/assembly.h"
 #include "run/evidence.h"

@@ -1,6 +1,7 @@
 #include "run/session.h"
 
 #include <sys/resource.h>
+#include <sys/utsname.h>
 
 #include "run/failure.h"
 #include "survey/machine.h"
@@ -52,6 +53,11 @@ uint64_t peakMemory() {
   struct rusage used {};
   getrusage(RUSAGE_SELF, &used);
   return static_cast<uint64_t>(used.ru_maxrss) * 1024;
+}
+
+std::string machineName() {
+  struct utsname names {};
+  return uname(&names) == 0 ? names.nodename : "";
 }
 
 }  // namespace velk::run

@@ -55,4 +55,7 @@ class Session {
 /// The most memory that the process has had, bytes.
 uint64_t peakMemory();
 
+/// What the machine is called.
+std::string machineName();
+
 }  // namespace velk::run

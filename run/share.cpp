@@ -72,6 +72,7 @@ Share shareOf(const Json& json) {
   for (const auto& [name, seconds] : json.at("seconds").items()) {
     share.times.push_back({name, seconds});
   }
+  share.machine = json.at("machine");
   share.peakMemory = json.at("peak_memory_bytes");
   share.spilledBytes = json.at("spilled_bytes");
   for (const Json& file : json.at("files")) {
@@ -122,6 +123,7 @@ std::string shareText(const Share& share) {
   json["counts"] = countsOf(share);
   json["seconds"] = Json::object();
   for (const PhaseTime& time : share.times) json["seconds"][time.name] = time.seconds;
+  json["machine"] = share.machine;
   json["peak_memory_bytes"] = share.peakMemory;
   json["spilled_bytes"] = share.spilledBytes;
   json["files"] = Json::array();

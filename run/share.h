@@ -27,6 +27,7 @@ struct Share {
   uint64_t found = 0;  // distinct reads
   ShareItems items;
   std::vector<PhaseTime> times;
+  std::string machine;        // its name
   uint64_t peakMemory = 0;    // bytes
   uint64_t spilledBytes = 0;  // that were sorted on disk
   std::vector<ResultFile> files;

@@ -20,6 +20,9 @@ constexpr std::size_t kBlockBytes = std::size_t{1} << 20;
 constexpr std::size_t kWriteBytes = std::size_t{1} << 20;
 constexpr std::size_t kMostReadBytes = std::size_t{1} << 20;
 constexpr std::size_t kLeastReadBytes = std::size_t{1} << 14;
+constexpr std::size_t kFetchedAhead = 6;  // items
+constexpr uint32_t kFetchedBytes = 384;   // of each: those of short reads
+constexpr uint32_t kLineBytes = 64;       // of the processor's cache
 
 // In the file each item has its key and its payload's length in front.
 struct ItemHead {
@@ -169,7 +172,17 @@ void SpillSorter::forEach(const std::function<void(const SortKey&, std::string_v
     return;
   }
   sortItems();
-  for (const Item& item : held_) take(item.key, {item.payload, item.length});
+  for (std::size_t n = 0; n < held_.size(); ++n) {
+    if (n + kFetchedAhead < held_.size()) prefetch(held_[n + kFetchedAhead]);
+    take(held_[n].key, {held_[n].payload, held_[n].length});
+  }
+}
+
+// Has the processor fetch a payload, which lies anywhere.
+void SpillSorter::prefetch(const Item& item) {
+  for (uint32_t byte = 0; byte < std::min(item.length, kFetchedBytes); byte += kLineBytes) {
+    __builtin_prefetch(item.payload + byte);
+  }
 }
 
 void SpillSorter::addSaved(const std::string& file, uint64_t items) {

@@ -71,6 +71,7 @@ class SpillSorter {
 
   char* room(std::size_t bytes);
   void sortItems();
+  static void prefetch(const Item& item);
   void spill();
   void openFile();
   void append(std::string_view bytes);

@@ -31,14 +31,17 @@ Json jsonOf(const InputFacts& input) {
             {"wrapped", input.fixes.wrapped}}}};
 }
 
+// The reads of a kind at all gaps.
+uint64_t sumOf(uint64_t library, ReadKind kind, const Assembly& assembly, const GapCounts& counts) {
+  uint64_t total = 0;
+  for (uint64_t gap = 0; gap < assembly.gaps().size(); ++gap) {
+    total += counts.count(gap, library, kind);
+  }
+  return total;
+}
+
 Json countsOf(uint64_t library, const Assembly& assembly, const GapCounts& counts) {
-  const auto sum = [&](ReadKind kind) {
-    uint64_t total = 0;
-    for (uint64_t gap = 0; gap < assembly.gaps().size(); ++gap) {
-      total += counts.count(gap, library, kind);
-    }
-    return total;
-  };
+  const auto sum = [&](ReadKind kind) { return sumOf(library, kind, assembly, counts); };
   return {{"exact", sum(ReadKind::kExact)},
           {"estimate", sum(ReadKind::kEstimate)},
           {"contained", sum(ReadKind::kContained)},
@@ -122,6 +125,7 @@ std::string summaryText(const Summary& summary, const Assembly& assembly, const 
   json["warnings"] = summary.warnings;
   json["seconds"] = Json::object();
   for (const PhaseTime& time : summary.times) json["seconds"][time.name] = time.seconds;
+  json["machines"] = summary.machines;
   json["peak_memory_bytes"] = summary.peakMemory;
   json["spilled_bytes"] = summary.spilledBytes;
   if (!summary.report.empty()) json["report"] = Json::parse(summary.report);
@@ -151,6 +155,17 @@ std::string fixedText(const Summary& summary, const AssemblyNotes& notes) {
   add(ofReads.wrapped, "reads on several lines");
   add(notes.otherLetters, "bases of the assembly that are none of A, C, G, T and N (kept)");
   return text;
+}
+
+// How sure the places at the gaps are, of all libraries.
+std::string placesText(const Assembly& assembly, const GapCounts& counts, std::size_t libraries) {
+  const auto sum = [&](ReadKind kind) {
+    uint64_t total = 0;
+    for (std::size_t n = 0; n < libraries; ++n) total += sumOf(n, kind, assembly, counts);
+    return countText(total);
+  };
+  return "  at gaps: " + sum(ReadKind::kExact) + " exact, " + sum(ReadKind::kEstimate) +
+         " estimate, " + sum(ReadKind::kContained) + " contained (belong in a contig near by)";
 }
 
 std::string lineOf(const LibraryFacts& facts) {
@@ -183,6 +198,7 @@ std::vector<std::string> closingLines(const Summary& summary, const Assembly& as
   std::vector<std::string> lines;
   lines.push_back("Found " + countText(found) + " of " + countText(reads) + " reads; " +
                   countText(withReads) + " of " + countText(gaps) + " gaps have reads.");
+  lines.push_back(placesText(assembly, counts, summary.libraries.size()));
   for (const LibraryFacts& library : summary.libraries) lines.push_back(lineOf(library));
   if (const std::string fixed = fixedText(summary, assembly.notes()); !fixed.empty()) {
     lines.push_back("Fixed:" + fixed);

@@ -63,6 +63,7 @@ struct Summary {
   uint64_t nameClashes = 0;
   uint64_t spilledBytes = 0;
   std::vector<PhaseTime> times;
+  uint64_t machines = 1;    // that took part
   uint64_t peakMemory = 0;  // bytes
   std::vector<ResultFile> files;
   std::string report;  // what velk-report says: the text of a JSON object, or empty

@@ -1,3 +1,4 @@
+// Writes the records of a batch to the output, worker by worker.
 #include <array>
 #include <charconv>
 #include <limits>

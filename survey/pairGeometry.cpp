@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "placement/edgeCheck.h"
-#include "placement/readStrand.h"
+#include "placement/place.h"
 
 namespace velk::survey {
 namespace {

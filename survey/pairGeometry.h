@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "placement/edgeCheck.h"
 #include "placement/engine.h"
-#include "placement/placementOptions.h"
 #include "survey/assembly.h"
 #include "survey/boundedIndex.h"
 

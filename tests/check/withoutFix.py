@@ -40,7 +40,7 @@ INSTEAD = {
     "insert-missing": [(WITHOUT_INSERT, MEASURED)],
     "insert-turns-pairs": [(WITHOUT_INSERT, MEASURED)],
     "insert-zero": [(library(LIBRARY.replace("300", "0")), MEASURED)],
-    # Turned, both reads are those of the other mate.
+    # With the reads exchanged, both are those of the other mate.
     "orientation-wrong": [(every_pair(outwards), every_pair(lambda pair: pair[::-1]))],
     "gap-placeholder": [(gaps_of([100] * 5), gaps_of([100] * 5))],
 }

@@ -3,6 +3,7 @@ their files in one folder and on ports of their own. It ends the processes that 
 
 import os
 import pwd
+import re
 import shutil
 import socket
 import subprocess
@@ -29,8 +30,7 @@ MpiDefault=none
 SelectType=select/cons_tres
 SelectTypeParameters=CR_Core_Memory
 ReturnToService=2
-SchedulerParameters=sched_interval=1,batch_sched_delay=1
-KillWait=2
+{schedule}KillWait=2
 SlurmdParameters=config_overrides
 MinJobAge=600
 JobAcctGatherType=jobacct_gather/linux
@@ -39,6 +39,7 @@ JobAcctGatherParams=OverMemoryKill
 AccountingStorageType=accounting_storage/none
 PartitionName=main Nodes=n[1-{nodes}] Default=YES MaxTime=INFINITE State=UP
 """
+HASTE = "SchedulerParameters=sched_interval=1,batch_sched_delay=1\n"
 NODE = ("NodeName=n{n} NodeHostname={host} NodeAddr=127.0.0.1 Port={port} CPUs={processors}"
         " RealMemory={memory} State=UNKNOWN\n")
 
@@ -55,14 +56,16 @@ def free_ports(count):
 
 
 class PrivateSlurm:
-    def __init__(self, folder, nodes=2, processors=1, memory=4000):
+    """`in_haste`: looks for jobs to start every second, and not as Slurm does by default."""
+
+    def __init__(self, folder, nodes=2, processors=1, memory=4000, in_haste=True):
         self.folder = folder
         self.nodes = nodes
         self.started = []
         ports = free_ports(nodes + 1)
         values = {"host": socket.gethostname().split(".")[0], "folder": folder, "nodes": nodes,
                   "user": pwd.getpwuid(os.getuid()).pw_name, "processors": processors,
-                  "memory": memory}
+                  "memory": memory, "schedule": HASTE if in_haste else ""}
         text = CONFIG.format(port=ports[0], **values)
         for n in range(1, nodes + 1):
             text += NODE.format(n=n, port=ports[n], **values)
@@ -70,13 +73,15 @@ class PrivateSlurm:
         os.makedirs(f"{folder}/state")
         with open(f"{folder}/slurm.conf", "w", encoding="ascii") as file:
             file.write(text)
-        # No node takes control groups, which newer versions ask for unless they are told.
-        with open(f"{folder}/cgroup.conf", "w", encoding="ascii") as file:
-            file.write("CgroupPlugin=disabled\n")
         with open(os.open(f"{folder}/munge.key", os.O_CREAT | os.O_WRONLY, 0o600), "wb") as file:
             file.write(os.urandom(128))
         self.environment = dict(os.environ, SLURM_CONF=f"{folder}/slurm.conf",
                                 PATH=os.environ["PATH"] + ":/usr/sbin:/sbin")
+
+        # Nodes take no control groups, which newer versions ask for by default.
+        if int(re.search("[0-9]+", self.call("slurmd", "-V"))[0]) >= 23:
+            with open(f"{folder}/cgroup.conf", "w", encoding="ascii") as file:
+                file.write("CgroupPlugin=disabled\n")
 
     def __enter__(self):
         try:
@@ -135,11 +140,14 @@ class PrivateSlurm:
         deadline = time.monotonic() + longest
         while self.call("squeue", "-h", "-o", "%i").strip():
             self.wait(deadline)
-        states = {}
+        return {name: facts["JobState"] for name, facts in self.jobs().items()}
+
+    def jobs(self):
+        """Facts of all jobs, by name and number of the array; of those of one name, of the last."""
+        jobs = {}
         for line in self.call("scontrol", "-o", "show", "job").splitlines():
             facts = dict(part.split("=", 1) for part in line.split() if "=" in part)
             if "JobState" in facts:
-                name = facts["JobName"] + ("." + facts["ArrayTaskId"] if "ArrayTaskId" in facts
-                                           else "")
-                states[name] = facts["JobState"]
-        return states
+                array = "." + facts["ArrayTaskId"] if "ArrayTaskId" in facts else ""
+                jobs[facts["JobName"] + array] = facts
+        return jobs

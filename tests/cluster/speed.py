@@ -1,12 +1,14 @@
 #!/usr/bin/env python3
 """The time of one run with one thread against that of its tasks on a Slurm of two nodes of one
 processor, by the job array, and what the plan said before. The machine should have nothing else to do.
+Slurm looks for jobs as often as it does by default.
 
     speed.py VELK_RUN ROOT FOLDER [ROUNDS]      FOLDER: of scaffolds.fa, sheet.tsv and its files
 
 Prints seconds, each the median of the rounds; ends with status 1 where the results differ.
 """
 
+import datetime
 import json
 import os
 import re
@@ -45,12 +47,27 @@ class Speed:
                        stdout=subprocess.DEVNULL)
         self.slurm.finish_jobs()
 
+    def stages(self):
+        """Seconds of the jobs, as Slurm has them: of the array from its first start to its last end."""
+        spans = {}
+        for name, facts in self.slurm.jobs().items():
+            start, end = (datetime.datetime.fromisoformat(facts[key]).timestamp()
+                          for key in ("StartTime", "EndTime"))
+            stage = name.split(".")[0]
+            earlier = spans.get(stage, (start, end))
+            spans[stage] = min(start, earlier[0]), max(end, earlier[1])
+        return {stage: end - start for stage, (start, end) in spans.items()}
+
     def round(self):
         for name in ("one", "found", "found.shares"):
             shutil.rmtree(os.path.join(self.out, name), ignore_errors=True)
         times = {"plan": timed(lambda: self.call("plan", *DATA, "-o", self.plan)),
                  "one run": timed(lambda: self.call(*DATA, "-o", os.path.join(self.out, "one"))),
-                 "tasks and gathering, two nodes": timed(self.array)}
+                 "two nodes": timed(self.array)}
+        stages = self.stages()
+        for stage, seconds in stages.items():
+            times[f"of them {stage}"] = seconds
+        times["of them waiting for jobs"] = times["two nodes"] - sum(stages.values())
         one, found = (os.path.join(self.out, name) for name in ("one", "found"))
         if result(one) != result(found):
             sys.exit(f"the results differ: {one}, {found}")
@@ -65,8 +82,9 @@ def main():
     rounds = int(sys.argv[4]) if len(sys.argv) > 4 else 3
     os.chdir(folder)
     place = tempfile.mkdtemp(prefix="velk.speed.", dir=folder)
+    os.chmod(place, 0o755)
     os.mkdir(os.path.join(place, "slurm"))
-    with PrivateSlurm(os.path.join(place, "slurm")) as slurm:
+    with PrivateSlurm(os.path.join(place, "slurm"), in_haste=False) as slurm:
         speed = Speed(velk_run, root, slurm, place)
         measured = [speed.round() for _ in range(rounds)]
     done = subprocess.run([velk_run, "plan", *DATA, "-o", speed.plan], check=True, text=True,

@@ -17,7 +17,7 @@ import unittest
 from privateSlurm import PrivateSlurm
 
 VELK_RUN = ROOT = ""
-MEASURED = ("seconds", "peak_memory_bytes", "spilled_bytes")
+MEASURED = ("seconds", "machines", "peak_memory_bytes", "spilled_bytes")
 
 # velk-run whose task 1 is killed once, on Slurm with all of its job, and that once has too little
 # memory to gather.
@@ -125,6 +125,26 @@ class Local(OnExample):
                         "0.9", "-o", "one", "--quiet"], check=True, stderr=subprocess.DEVNULL)
         self.runs("-c", "2")
 
+    def test_a_row_is_added(self):
+        """Behind a table that begins as spreadsheets write it; results go to a folder in a new one."""
+        table = read("sheet.tsv").decode()
+        write("sheet.tsv", "")
+        with open("sheet.tsv", "w", encoding="utf-8-sig") as file:
+            file.write(table)
+        self.runs("-c", "2")
+        with open("sheet.tsv", "a", encoding="utf-8") as file:
+            file.write("single\ta_2.fq\t.\n")
+        subprocess.run([VELK_RUN, "scaffolds.fa", "--samplesheet", "sheet.tsv", "--force", "-o",
+                        "one", "--quiet"], check=True, stderr=subprocess.DEVNULL)
+        self.runs("-c", "2")
+        self.configure(results="new/place")
+        status, said = self.snakemake("-c", "2", "-R", "gather")
+        self.assertEqual(0, status, said)
+        self.assertEqual(result("one"), result("new/place"))
+        os.remove("b_2.fq.gz")
+        status, said = self.snakemake("-n")
+        self.assertEqual((1, True), (status, "sheet.tsv: there is no file b_2.fq.gz" in said), said)
+
     def test_a_damaged_file_spoils_its_own_task_only(self):
         good = read("b_1.fq.gz")
         at = len(good) // 2
@@ -146,10 +166,11 @@ class Local(OnExample):
                 (lambda text: text + "thread: 3\n", "'thread' was unexpected"),
                 (lambda text: text + "threads: many\n", "'many' is not of type 'integer'"),
                 (lambda text: text.replace("sheet.tsv", "gone.tsv"),
-                 "samplesheet gone.tsv can't be used: FileNotFoundError"),
+                 "samplesheet: there is no file gone.tsv"),
                 (lambda text: text.replace("sheet.tsv", "scaffolds.fa"),
-                 "samplesheet scaffolds.fa can't be used: KeyError('library')"),
-                (lambda text: text.replace("scaffolds.fa", "gone.fa"), "gone.fa")):
+                 "samplesheet scaffolds.fa has no column library in its first line"),
+                (lambda text: text.replace("scaffolds.fa", "gone.fa"),
+                 "assembly: there is no file gone.fa")):
             write("config/config.yaml", change(good))
             status, said = self.snakemake("-n")
             self.assertEqual((1, True), (status, words in said), said)
@@ -199,6 +220,23 @@ class OnSlurm(OnExample):
         self.slurm.finish_jobs()
         self.assertEqual(result("one"), result("found"))
         self.assertEqual(before, os.stat("found.shares/0/share.json").st_mtime_ns)
+
+    def test_job_array_of_another_plan(self):
+        inputs = ["scaffolds.fa", "--samplesheet", "sheet.tsv", "--force", "-t", "1", "--quiet"]
+        for name, options in (("plan.json", []), ("other.json", ["-M", "0.9"])):
+            subprocess.run([VELK_RUN, "plan", *inputs, *options, "-o", name], check=True,
+                           stderr=subprocess.DEVNULL)
+        os.mkdir("found.shares")
+        subprocess.run([VELK_RUN, "task", "other.json", "0", "-o", "found.shares/0", "--quiet"],
+                       check=True)
+        for arguments, words in ((["plan.json", "found"], "found.shares/0/share.json is of another plan"),
+                                 (["plan.json"], "Usage: workflow/jobArray PLAN DIR"),
+                                 (["gone.json", "none"], "gone.json: No such file")):
+            done = subprocess.run([os.path.join(ROOT, "workflow/jobArray"), *arguments], check=False,
+                                  env=self.environment, stderr=subprocess.PIPE, text=True)
+            self.assertNotEqual(0, done.returncode)
+            self.assertIn(words, done.stderr)
+        self.assertFalse(os.path.exists("none.shares"))
 
     def submit(self):
         subprocess.run([os.path.join(ROOT, "workflow/jobArray"), "plan.json", "found"],

@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-#include "driver/standardDescriptors.h"
+#include "driver/outputFile.h"
 #include "tests/support/files.h"
 
 namespace velk::test {

@@ -151,12 +151,12 @@ class Ground : public test::PlacementTest {
       const uint64_t key = bases.at(window, length);
       return !isKnown(key) && !isKnown(reversedKey(key, length));
     };
-    if (!index.prefetchText(run, Occurrence::kAbsent)) {
+    if (!index.prefetchText(run)) {
       for (uint64_t w = run.first; w <= run.last; ++w)
         require(isAbsent(w), "a seed rules out a hit");
       return;
     }
-    const auto verdict = index.verdictOn(run, Occurrence::kAbsent, bases);
+    const auto verdict = index.verdictOn(run, bases);
     require((verdict.absent & ~run.windows()) == 0, "a verdict on a window of another seed");
     for (uint64_t w = run.first; w <= run.last; ++w) {
       if ((verdict.absent >> (w - run.first) & 1U) == 0) continue;

@@ -21,7 +21,8 @@ class ContigTextTest : public RunParametersTest {
   void make(const Assembly& assembly, int kmer) {
     Kmer = kmer;
     model_.emplace_back(assembly, KmerModel::kWithoutKmers);
-    text_.make(model_.back().scaffolds(), model_.back().size(), kmer);
+    text_.lay(model_.back().scaffolds(), model_.back().size(), kmer);
+    text_.make();
   }
 
   ContigText text_;

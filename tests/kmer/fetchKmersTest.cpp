@@ -163,9 +163,9 @@ TEST_F(FetchKmers, TandemRepeatIsNotUnique) {
 TEST_F(FetchKmers, OnlyTheForwardStrandIsIndexed) {
   const std::string contig = randomBases(70, 1);
   const Content index = indexed({{contig}});
-  const std::string turned = reverseComplement(contig);
+  const std::string reversed = reverseComplement(contig);
   for (std::size_t start = 0; start < 40; ++start) {
-    EXPECT_FALSE(index.contains(modelOfPacking(turned.substr(start, 31)))) << start;
+    EXPECT_FALSE(index.contains(modelOfPacking(reversed.substr(start, 31)))) << start;
   }
 }
 

@@ -15,7 +15,7 @@ using OwnSet = std::unique_ptr<velk::HashSet, int (*)(velk::HashSet*)>;
 
 OwnSet makeSet(uint64_t initSize, float loadFactor);
 
-/// An entity of this key, added once; the place's fields are told apart by `place`.
+/// An entity of this key, added once; the place's fields are set apart by `place`.
 Entity entityOf(uint64_t key, unsigned place = 0);
 
 /// Whether both entities have the same key, place and `unique` bit.

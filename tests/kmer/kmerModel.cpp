@@ -26,7 +26,7 @@ uint64_t keyOf(std::string_view letters) {
   return key;
 }
 
-std::string told(const KmerPlace& place, bool isUnique) {
+std::string inWords(const KmerPlace& place, bool isUnique) {
   std::ostringstream words;
   words << place.scaffold << ' ' << place.contig << ' ' << place.start
         << (isUnique ? " once" : " repeated");
@@ -69,9 +69,9 @@ bool KmerModel::build(SeedIndex& index, int threads, uint64_t placeBase,
 std::string KmerModel::wrongAnswer(const SeedIndex& index, uint64_t key) const {
   const std::optional<KmerAnswer> answer = index.placeOf(key);
   const auto known = kmers_.find(key);
-  const std::string got = answer ? told(answer->first, answer->isUnique) : "absent";
+  const std::string got = answer ? inWords(answer->first, answer->isUnique) : "absent";
   const std::string expected =
-      known == kmers_.end() ? "absent" : told(known->second.first, known->second.times == 1);
+      known == kmers_.end() ? "absent" : inWords(known->second.first, known->second.times == 1);
   if (got == expected) return "";
   std::ostringstream words;
   words << "k " << Kmer << ", key " << std::hex << key << ": " << got << ", not " << expected;
@@ -96,6 +96,14 @@ std::string KmerModel::firstWrongAnswer(const SeedIndex& index) const {
     ++turn;
   }
   return "";
+}
+
+uint64_t bytesOf(const SeedIndex& index) {
+  uint64_t bytes = sizeof index;
+  const auto add = [&](const auto& array) { bytes += array.size() * sizeof(array[0]); };
+  SeedIndex::forEachKept(index, add);
+  index.text().forEachLaid(add);
+  return bytes;
 }
 
 uint64_t modelOfReversing(uint64_t key, int count) {

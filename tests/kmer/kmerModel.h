@@ -57,6 +57,9 @@ class KmerModel {
   uint64_t windows_ = 0;
 };
 
+/// Bytes of all memory that an index has.
+uint64_t bytesOf(const SeedIndex& index);
+
 /// The reverse complement of `count` packed bases, base by base. REQUIRES: count <= 32.
 uint64_t modelOfReversing(uint64_t key, int count);
 

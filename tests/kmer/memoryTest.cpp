@@ -1,5 +1,5 @@
 // Arrays that own their memory, or view memory that stays where it is.
-#include "kmer/memory.h"
+#include "kmer/machine.h"
 
 #include <gtest/gtest.h>
 

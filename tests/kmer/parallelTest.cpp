@@ -1,5 +1,5 @@
 // Work that several threads share: each part is done once, and failures come through.
-#include "kmer/parallel.h"
+#include "kmer/machine.h"
 
 #include <gtest/gtest.h>
 

@@ -38,7 +38,7 @@ class PlaceOf : public AssemblyTest {
     return index_->placeOf(modelOfPacking(kmer));
   }
 
-  // Whether the first occurrence of the k-mer is told to be here.
+  // Whether the first occurrence of the k-mer is said to be here.
   void expectPlace(const std::string& kmer, uint64_t i, uint64_t j, uint64_t start,
                    bool isUnique = true) const {
     const Entity& entity = find(set_, modelOfPacking(kmer));

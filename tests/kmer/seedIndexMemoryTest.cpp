@@ -20,6 +20,7 @@ namespace velk::test {
 namespace {
 
 constexpr uint64_t kSpare = 64 * 1024;  // bytes that an index may take whatever it holds
+constexpr int kStep = 5 / part(5);      // of numbers that are tried in a row
 
 // Bytes of the hash set that just holds so many keys: 16 a slot, and two bits.
 uint64_t tableBytes(uint64_t keys) {
@@ -31,8 +32,8 @@ uint64_t tableBytes(uint64_t keys) {
 }
 
 uint64_t textBytes(const SeedIndex& index) {
-  uint64_t bytes = 0;
-  index.text().forEachArray([&](const auto& array) { bytes += array.size() * sizeof(array[0]); });
+  uint64_t bytes = index.text().lines().size() * sizeof(index.text().lines()[0]);
+  index.text().forEachLaid([&](const auto& array) { bytes += array.size() * sizeof(array[0]); });
   return bytes;
 }
 
@@ -42,7 +43,7 @@ class SeedIndexMemory : public RunParametersTest {
 
   static void expectNoMoreThanTheTable(int threads) {
     for (const auto& [name, assembly] : hardTexts(100000)) {
-      for (Kmer = 1; Kmer <= DATA_LEN; ++Kmer) {
+      for (Kmer = 1; Kmer <= DATA_LEN; Kmer += kStep) {
         const KmerModel model(assembly, KmerModel::kWithoutKmers);
         SeedIndex index;
         ASSERT_TRUE(model.build(index, threads));
@@ -50,7 +51,7 @@ class SeedIndexMemory : public RunParametersTest {
         const uint64_t text = textBytes(index);
         const bool isRepetitive = 4 * index.distinctKeys() < index.text().windows();
         const uint64_t most = tableBytes(index.distinctKeys()) + (isRepetitive ? text : 0);
-        EXPECT_LE(index.bytes(), most + kSpare)
+        EXPECT_LE(bytesOf(index), most + kSpare)
             << name << ", k " << Kmer << ", keys " << index.distinctKeys() << ", text " << text;
       }
     }
@@ -75,7 +76,7 @@ TEST_F(SeedIndexMemory, TwentyThousandShortContigs) {
   ASSERT_TRUE(model.build(index, 4));
   EXPECT_EQ(index.distinctKeys(), model.kmers().size());
   EXPECT_EQ(model.firstWrongAnswer(index), "");
-  EXPECT_LE(index.bytes(), tableBytes(index.distinctKeys()) + kSpare);
+  EXPECT_LE(bytesOf(index), tableBytes(index.distinctKeys()) + kSpare);
 }
 
 // The most bytes that are held while the index is built, without what each thread has in buffers.
@@ -95,7 +96,7 @@ TEST_F(SeedIndexMemory, BuildTakesLittleMoreThanTheIndex) {
       Kmer = kmer;
       SeedIndex index;
       const auto most = static_cast<double>(mostOfBuild(index, assembly, threads));
-      EXPECT_LE(most, 1.15 * static_cast<double>(index.bytes())) << kmer << ' ' << threads;
+      EXPECT_LE(most, 1.15 * static_cast<double>(bytesOf(index))) << kmer << ' ' << threads;
     }
   }
 }
@@ -117,7 +118,7 @@ Assembly oneSeed(std::size_t length) {
 }
 
 TEST_F(SeedIndexMemory, BuildIsBoundedOnHardTexts) {
-  constexpr std::size_t kLength = 2000000;
+  constexpr std::size_t kLength = part(std::size_t{2000000});
   constexpr uint64_t kMostOfWindow = 16;  // bytes
   for (const auto& [name, assembly] : hardTexts(kLength)) {
     for (const int kmer : {9, 31}) {
@@ -126,7 +127,7 @@ TEST_F(SeedIndexMemory, BuildIsBoundedOnHardTexts) {
       const uint64_t most = mostOfBuild(index, assembly, 2);
       EXPECT_LE(most, kMostOfWindow * index.text().windows()) << name << ", k " << kmer;
       if (std::string_view(name) == "all A") {
-        EXPECT_LE(most, index.bytes()) << kmer;
+        EXPECT_LE(most, bytesOf(index)) << kmer;
       }
     }
   }
@@ -134,7 +135,7 @@ TEST_F(SeedIndexMemory, BuildIsBoundedOnHardTexts) {
   SeedIndex index;
   const uint64_t most = mostOfBuild(index, oneSeed(kLength), 2);
   EXPECT_GT(index.distinctKeys(), kLength / 2);
-  EXPECT_LE(most, 4 * index.bytes());
+  EXPECT_LE(most, 4 * bytesOf(index));
 }
 
 // Seconds of processor time that the build and a look-up of every window take.
@@ -173,10 +174,11 @@ TEST_F(SeedIndexMemory, NoWindowTakesLong) {
 
 class FailingBuild : public SeedIndexMemory, public ::testing::WithParamInterface<int> {
  protected:
-  // Denies the build its allocations one by one, until one has all that it asks for.
-  // fail: failAllocationAfter or failNewAfter. Returns how many builds had been denied.
-  static int denyOneByOne(const KmerModel& model, void (*fail)(int)) {
-    for (int n = 0;; ++n) {
+  // Denies the build one allocation after the other, `step` further each time, until it has all
+  // that it asks for. fail: failAllocationAfter or failNewAfter. Returns how many it asks for, or
+  // up to a step more.
+  static int denyOneByOne(const KmerModel& model, void (*fail)(int), int step) {
+    for (int n = 0;; n += step) {
       SeedIndex index;
       fail(n);
       const bool isBuilt = model.build(index, GetParam());
@@ -205,8 +207,8 @@ TEST_P(FailingBuild, ReturnsFalse) {
   // heavy seeds, letters that are no bases, two pieces
   const KmerModel model({{random.tandem(2000), odd}, {random.bases(70000)}});
   forgiven_ = 0;
-  EXPECT_GT(denyOneByOne(model, failNewAfter), 100);
-  EXPECT_GE(denyOneByOne(model, failAllocationAfter), 7);  // text and both levels
+  EXPECT_GT(denyOneByOne(model, failNewAfter, kStep), 100);
+  EXPECT_GE(denyOneByOne(model, failAllocationAfter, 1), 7);  // text and both levels
   if (GetParam() == 1) {
     EXPECT_EQ(forgiven_, 0);
   }

@@ -26,18 +26,17 @@ class SeedVerdictTest : public RunParametersTest {
     if (letters.size() < length || !read.fill(letters)) return;
     index_->seeds().forEachRun(read, 0, letters.size() - length + 1, [&](const SeedRun& run) {
       index_->prefetchSeed(run);
-      if (!index_->prefetchText(run, Occurrence::kAbsent)) {
+      if (!index_->prefetchText(run)) {
         for (uint64_t window = run.first; window <= run.last; ++window) expectAbsent(read, window);
         return;
       }
-      const auto verdict = index_->verdictOn(run, Occurrence::kAbsent, read);
+      const auto verdict = index_->verdictOn(run, read);
       ASSERT_EQ(verdict.absent & ~run.windows(), 0U);
       for (uint64_t window = run.first; window <= run.last; ++window) {
         if ((verdict.absent >> (window - run.first) & 1U) != 0) expectAbsent(read, window);
       }
       if (!verdict.diagonal) return;
       expectFound(read, run, verdict.window, *verdict.diagonal);
-      expectUnlike(read, run, *verdict.diagonal);
     });
   }
 
@@ -61,17 +60,6 @@ class SeedVerdictTest : public RunParametersTest {
     EXPECT_TRUE(index_->text().isWindow(diagonal.positionOf(window)));
     EXPECT_EQ(index_->text().basesAt(diagonal.positionOf(window), Kmer),
               diagonal.isReversed ? modelOfReversing(key, Kmer) : key);
-  }
-
-  // A place that is said to be of no use is as if it were not there.
-  void expectUnlike(const PackedBases& read, const SeedRun& run, const Diagonal& diagonal) const {
-    const auto behind = static_cast<uint64_t>(index_->seeds().offsets() - 1);
-    const uint64_t place = diagonal.positionOf(run.at) + (diagonal.isReversed ? behind : 0);
-    if (!index_->prefetchText(run, place)) return;
-    const auto verdict = index_->verdictOn(run, place, read);
-    if (verdict.diagonal) {
-      EXPECT_NE(*verdict.diagonal, diagonal);
-    }
   }
 
   std::optional<KmerModel> model_;

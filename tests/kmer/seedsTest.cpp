@@ -52,7 +52,7 @@ void expectRuns(const std::string& letters, const Seeds& seeds, uint64_t from, u
       ASSERT_EQ(run.at, seed.at) << "window " << window;
       ASSERT_EQ(run.hash, mixed(seed.kind)) << "window " << window;
       ASSERT_TRUE(run.isTied || !seed.isTied) << "window " << window;
-      ASSERT_EQ(seeds.offsetIn(bases.at(window, seeds.windowLength())), seed.at - window);
+      ASSERT_EQ(seeds.seedOf(bases.at(window, seeds.windowLength())).offset, seed.at - window);
     }
     ASSERT_EQ(run.windows() >> (run.last - run.first), 1U);
     next = run.last + 1;
@@ -105,9 +105,10 @@ TEST(Seeds, ReverseComplementHasASeedOfTheSameKind) {
     ASSERT_TRUE(bases.fill(turn % 4 == 0 ? random.tandem(32) : random.bases(32)));
     const uint64_t key = bases.at(0, k);
     const uint64_t reversed = modelOfReversing(key, k);
-    const uint64_t seed = seeds.merAt(key, seeds.offsetIn(key));
-    ASSERT_EQ(seed, bases.at(static_cast<std::size_t>(seeds.offsetIn(key)), seeds.length()));
-    ASSERT_EQ(seeds.hashOf(seed), seeds.hashOf(seeds.merAt(reversed, seeds.offsetIn(reversed))));
+    const Seeds::KeySeed seed = seeds.seedOf(key);
+    const uint64_t mer = bases.at(static_cast<std::size_t>(seed.offset), seeds.length());
+    ASSERT_EQ(seed.hash, seeds.hashOf(mer));
+    ASSERT_EQ(seed.hash, seeds.seedOf(reversed).hash);
   }
 }
 

@@ -68,7 +68,7 @@ TEST(HashSet, NextPrimeStartsAtTheNumberIfItIsOdd) {
   EXPECT_EQ(find_next_prime(1048576), 1048583U);
 }
 
-// The foretold sizes of the hash set against the hash set itself, and against rules told anew.
+// The reckoned sizes of the hash set against the hash set itself, and against rules written anew.
 
 constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
 

@@ -2,7 +2,6 @@
 
 import os
 
-import longfile
 import made
 
 SCAFFOLDS = 1 << 20   # what the fields of the index can hold: scaffolds,
@@ -115,7 +114,7 @@ def long_file_case(folder, singles, write):
     case.write()
     planted = case.reads.singles[:-STRANGERS]
     case.write_library(singles)
-    size = write(case.path(singles), longfile.text(planted, longfile.LEAST))
+    size = write(case.path(singles), made.file_text(planted, made.FILE_LEAST))
     if size <= 1 << 32:
         raise ValueError("%s has no more than 4 GiB of text" % singles)
     return case
@@ -123,12 +122,12 @@ def long_file_case(folder, singles, write):
 
 def long_plain_file(folder):
     """a read file of over 4 GiB"""
-    return long_file_case(folder, "singles.fq", longfile.write_plain)
+    return long_file_case(folder, "singles.fq", made.write_plain)
 
 
 def long_gzip_file(folder):
     """a gzip read file of over 4 GiB of text"""
-    return long_file_case(folder, "singles.fq.gz", longfile.write_gzip)
+    return long_file_case(folder, "singles.fq.gz", made.write_gzip)
 
 
 ALL = (many_scaffolds, many_contigs, long_contig, long_lines, long_plain_file, long_gzip_file)

@@ -2,11 +2,13 @@
 
 Nothing here asks velk: the files that a run must leave follow from where the contigs lie and where
 each read was cut.  A read or mate belongs to the gap at which it was planted, at the distance of its
-first base from the gap's first base.
+first base from the gap's first base. Below: read files of more than 4 GiB, with such reads all over them.
 """
 
 import itertools
 import random
+import struct
+import zlib
 
 BASES = bytes(b"ACGT"[i & 3] for i in range(256))
 COMPLEMENT = bytes.maketrans(b"ACGT", b"TGCA")
@@ -162,3 +164,54 @@ class Reads:
             for number, pair in enumerate(self.pairs):
                 for read in pair:
                     file.write(b"@%d\n%s\n+\n%s\n" % (number, read, b"I" * len(read)))
+
+
+FILE_RECORDS = 100000       # of a block of a long file
+FILE_READ = 150           # bases of a read that belongs nowhere
+FILE_LEAST = (1 << 32) + (1 << 26)  # bytes of text
+
+
+def file_entry(read):
+    return b"@r\n%s\n+\n%s\n" % (read, b"I" * len(read))
+
+
+def file_text(singles, least):
+    """The pieces of a FASTQ file of at least so many bytes: planted reads, a block of strangers, and
+    so on in turn, with planted reads at the end; about as many at each place."""
+    bases = random_bases(6, FILE_RECORDS * FILE_READ)
+    block = b"".join(file_entry(bases[at:at + FILE_READ]) for at in range(0, len(bases), FILE_READ))
+    places = -(-least // len(block)) + 1
+    for place in range(places):
+        if place > 0:
+            yield block
+        yield b"".join(map(file_entry, singles[place::places]))
+
+
+def write_plain(path, pieces):
+    """Without its last newline: velk repeats a read of an earlier batch at one (doc/kept.md).
+    Returns the bytes of text."""
+    size = 0
+    with open(path, "wb") as file:
+        for piece in pieces:
+            size += file.write(piece)
+        file.truncate(size - 1)
+    return size - 1
+
+
+def write_gzip(path, pieces):
+    """One gzip member; what is the same piece is compressed once. Returns the bytes of text."""
+    size = check = 0
+    blocks = {}
+    with open(path, "wb") as file:
+        file.write(b"\x1f\x8b\x08" + bytes(6) + b"\xff")
+        for piece in pieces:
+            size += len(piece)
+            check = zlib.crc32(piece, check)
+            if id(piece) not in blocks:
+                packer = zlib.compressobj(1, zlib.DEFLATED, -15)
+                # a full flush: what follows refers to nothing before it
+                blocks[id(piece)] = piece, packer.compress(piece) + packer.flush(zlib.Z_FULL_FLUSH)
+            file.write(blocks[id(piece)][1])
+        file.write(zlib.compressobj(1, zlib.DEFLATED, -15).flush())
+        file.write(struct.pack("<II", check, size % (1 << 32)))
+    return size

@@ -123,11 +123,8 @@ class AlignmentTest : public PlacementTest {
   void compareWindows(const Alignment& alignment, const Model& model, const TextContig& contig) {
     const ContigText& text = seedIndex->text();
     const int length = text.windowLength();
-    WindowSet repeated;
     WindowSet notReversed;
-    repeated.reset(model.windows());
     notReversed.reset(model.windows());
-    alignment.addRepeated(text, repeated);
     alignment.addNotReversed(text, notReversed);
     ASSERT_EQ(alignment.matches().size(), model.windows());
     const auto least = static_cast<int64_t>(contig.firstWindow - contig.start);
@@ -138,15 +135,15 @@ class AlignmentTest : public PlacementTest {
       ASSERT_FALSE(alignment.agreesAt(w, !alignment.diagonal().isReversed)) << w;
       ++met_[agrees ? "windows that agree" : "windows that do not"];
       if (!agrees) {
-        ASSERT_FALSE(repeated.contains(w) || notReversed.contains(w)) << w;
+        ASSERT_FALSE(notReversed.contains(w)) << w;
         continue;
       }
       const uint64_t position = alignment.diagonal().positionOf(w);
       ASSERT_EQ(static_cast<int64_t>(position - contig.start), model.offsetOf(w));
       const uint64_t key = text.basesAt(position, length);
-      ASSERT_EQ(repeated.contains(w), !seedIndex->find(key).isUnique) << w;
+      ASSERT_EQ(text.isMarkedRepeated(position), !seedIndex->find(key).isUnique) << w;
       ASSERT_EQ(notReversed.contains(w), !seedIndex->find(reversedKey(key, length)).isThere()) << w;
-      met_["repeated"] += repeated.contains(w) ? 1 : 0;
+      met_["repeated"] += text.isMarkedRepeated(position) ? 1 : 0;
       met_["reverse complement there"] += notReversed.contains(w) ? 0 : 1;
     }
   }

@@ -82,7 +82,7 @@ TEST_F(FindReadsTries, ThirdBeforeFourth) {
 
 // A try that accepts a hit without a record ends the pair as well: at an insert of 180 the mate
 // misses the gap from x at offset 50, and from y at offset 150.
-TEST_F(FindReadsTries, ATrySettledWithoutARecordEndsThePair) {
+TEST_F(FindReadsTries, ATryThatAcceptsWithoutARecordEndsThePair) {
   insertLength = 180;
   const std::string nearY = reverseComplement(readAt(y, 0, 100));
   const std::string nearX = readAt(x, 200, 100);

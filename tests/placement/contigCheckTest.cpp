@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "placement/Read2Scaf.h"
-#include "placement/countEqual.h"
+#include "placement/edgeCheck.h"
 #include "tests/placement/placementTest.h"
 
 namespace velk::test {

@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <span>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -69,12 +68,10 @@ class FastUpTo : public FastEngine {
   static void prepare(std::span<Prepared> reads) {
     for (Prepared& read : reads) read.windows = 0;
     if (kLast == Step::kNothing) return;
-    ReadPreparer preparer(*seedIndex, {});
+    ReadPreparer preparer(*seedIndex, Kmer);
     preparer.pack(reads);
-    std::vector<Prepared*> all;
-    for (Prepared& read : reads) all.push_back(&read);
-    if (kLast >= Step::kAlign) preparer.align(all);
-    if (kLast >= Step::kSift) preparer.sift(all);
+    if (kLast >= Step::kAlign) preparer.align(reads);
+    if (kLast >= Step::kSift) preparer.sift(reads);
   }
 };
 
@@ -110,8 +107,7 @@ using Engines =
                    FastAligned, FastSifted, FastWithout<FastSteps{.groups = false}>,
                    FastWithout<FastSteps{.leads = false}>, FastWithout<FastSteps{.align = false}>,
                    FastWithout<FastSteps{.sift = false}>, FastWithout<FastSteps{.reversed = false}>,
-                   FastWithout<FastSteps{.diagonals = false}>,
-                   FastWithout<FastSteps{.repeats = false}>>;
+                   FastWithout<FastSteps{.diagonals = false}>>;
 #endif
 
 #endif

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "placement/sink.h"
+#include "placement/verdict.h"
 #include "tests/placement/plainPlacement.h"
 
 namespace velk::test {

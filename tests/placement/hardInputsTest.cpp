@@ -52,7 +52,7 @@ class WatchedWindows {
 class WatchedFast : public FastEngine {
  public:
   WatchedFast(const SeedIndex& index, int kmer, Meetings& met)
-      : FastEngine(index, kmer), watched_(index), preparer_(index, {}), kmer_(kmer), met_(met) {}
+      : FastEngine(index, kmer), watched_(index), met_(met) {}
 
   void prepare(std::span<Prepared> leads, std::span<Prepared> others, bool isReversedFirst) {
     FastEngine::prepare(leads, others, isReversedFirst);
@@ -66,8 +66,7 @@ class WatchedFast : public FastEngine {
   int64_t visitHits(Strand& strand, Visit visit) {
     Prepared& read = strand.prepared();
     if (!read.isPacked()) return FastEngine::visitHits(strand, visit);
-    WatchedWindows windows(CandidateWindows(preparer_, kmer_, read, strand.origin().isReversed),
-                           met_);
+    WatchedWindows windows(CandidateWindows(*this, read, strand.origin().isReversed), met_);
     return visitUniqueHits(windows, visit);
   }
 
@@ -88,11 +87,11 @@ class WatchedFast : public FastEngine {
   void noteSeeds(const Prepared& read) const {
     watched_.seeds().forEachRun(read.packed, 0, read.windows, [&](const SeedRun& run) {
       if (run.isTied) ++met_["seed: tied"];
-      if (!watched_.prefetchText(run, Occurrence::kAbsent)) {
+      if (!watched_.prefetchText(run)) {
         ++met_["seed: not in the index"];
         return;
       }
-      const auto verdict = watched_.verdictOn(run, Occurrence::kAbsent, read.packed);
+      const auto verdict = watched_.verdictOn(run, read.packed);
       const uint64_t key = read.packed.at(run.first, watched_.text().windowLength());
       const bool isOpen = (verdict.absent & 1U) == 0 && !verdict.diagonal && !run.isTied;
       if (isOpen && watched_.find(key).isThere()) ++met_["seed: heavy, not tied"];
@@ -109,10 +108,12 @@ class WatchedFast : public FastEngine {
     const WindowSet& matches = alignment.matches();
     ++met_[matches.firstMissing(0) == matches.size() ? "alignment: of all windows"
                                                      : "alignment: of some windows"];
+    for (std::size_t w = 0; w < read.windows; ++w) {
+      const uint64_t position = alignment.diagonal().positionOf(w);
+      const bool isRepeated = matches.contains(w) && watched_.text().isMarkedRepeated(position);
+      if (isRepeated) ++met_["alignment: repeated windows"];
+    }
     WindowSet known;
-    known.reset(read.windows);
-    alignment.addRepeated(watched_.text(), known);
-    if (skips(known)) ++met_["alignment: repeated windows"];
     known.reset(read.windows);
     alignment.addNotReversed(watched_.text(), known);
     if (skips(known)) ++met_["alignment: no reverse complements"];
@@ -120,8 +121,6 @@ class WatchedFast : public FastEngine {
   }
 
   const SeedIndex& watched_;
-  ReadPreparer preparer_;
-  int kmer_;
   Meetings& met_;
 };
 

@@ -25,7 +25,7 @@ const std::string& contigS() {
 // ---- the guard ----------------------------------------------------------------------------------
 
 // The anchor's k-mers hit the last contig, which is skipped, then a contig in front of a small
-// gap, then one in front of a large gap that would settle the pair with a record.
+// gap, then one in front of a large gap that would record the pair.
 TEST_F(CheckForwardRead, LargeInsertAtASmallGapStopsTheWalk) {
   mapCut = 0.1;
   const std::string anchor =
@@ -136,7 +136,7 @@ TEST_F(CheckReverseRead, AbsentAnchorLeavesTheWalkAtItsEnd) {
   EXPECT_EQ(1, check(randomBases(31, 66), mate, 500).stop);
 }
 
-TEST_F(CheckForwardRead, HitsOnTheLastContigArePassedOver) {
+TEST_F(CheckForwardRead, HitsOnTheLastContigAreSkipped) {
   assembleScaffold({{contigP()}, {contigQ(), 400}, {contigR(), 50}});
   EXPECT_EQ(70, check(readAt(contigR(), 50, 100), mate, 500).stop);
   // 41 bases of the last contig, then the first bases of contig q: 400 - 41 for the anchor.
@@ -146,7 +146,7 @@ TEST_F(CheckForwardRead, HitsOnTheLastContigArePassedOver) {
   EXPECT_EQ((Records{inGap(1, 50, mate, -41), inGap(0, 400, anchor, 359)}), outcome.records);
 }
 
-TEST_F(CheckReverseRead, HitsOnTheFirstContigArePassedOver) {
+TEST_F(CheckReverseRead, HitsOnTheFirstContigAreSkipped) {
   assembleScaffold({{contigP()}, {contigQ(), 400}, {contigR(), 50}});
   EXPECT_EQ(70, check(readAt(contigP(), 50, 100), mate, 500).stop);
   const std::string anchor = contigP().substr(10, 41) + contigQ().substr(0, 59);
@@ -204,7 +204,7 @@ TEST_F(CheckReverseRead, AConfirmedAnchorEndsTheWalkThoughNothingIsRecorded) {
   EXPECT_EQ((Records{inGap(0, 400, mate, 270), inGap(0, 400, anchor, 350)}), outcome.records);
 }
 
-TEST_F(CheckForwardRead, RepeatedKmersArePassedOver) {
+TEST_F(CheckForwardRead, RepeatedKmersAreSkipped) {
   // Contig r ends with the bases 50 to 89 of contig p: the k-mers 50 to 59 of p are repeated.
   assembleScaffold({{contigP()}, {contigQ(), 400}, {contigR() + contigP().substr(50, 40), 50}});
   const Outcome outcome = check(readAt(contigP(), 50, 100), mate, 500);
@@ -212,21 +212,21 @@ TEST_F(CheckForwardRead, RepeatedKmersArePassedOver) {
   EXPECT_EQ((Records{inGap(0, 400, mate, 150)}), outcome.records);
 }
 
-TEST_F(CheckReverseRead, RepeatedKmersArePassedOver) {
+TEST_F(CheckReverseRead, RepeatedKmersAreSkipped) {
   assembleScaffold({{contigP()}, {contigQ(), 400}, {contigR() + contigQ().substr(150, 40), 50}});
   const Outcome outcome = check(readAt(contigQ(), 150, 100), mate, 500);
   EXPECT_EQ(10, outcome.stop);
   EXPECT_EQ((Records{inGap(0, 400, mate, 150)}), outcome.records);
 }
 
-TEST_F(CheckForwardRead, KmersOfNoBasesSettleNothing) {
+TEST_F(CheckForwardRead, KmersOfNoBasesAcceptNothing) {
   Kmer = 0;
   assembleScaffold({{contigP()}, {contigQ(), 400}});
   EXPECT_EQ(101, check(readAt(contigP(), 50, 100), mate, 500).stop);
   EXPECT_EQ(1, check("", "", 500).stop);
 }
 
-TEST_F(CheckReverseRead, KmersOfNoBasesSettleNothing) {
+TEST_F(CheckReverseRead, KmersOfNoBasesAcceptNothing) {
   Kmer = 0;
   assembleScaffold({{contigP()}, {contigQ(), 400}});
   EXPECT_EQ(101, check(readAt(contigQ(), 150, 100), mate, 500).stop);

@@ -8,7 +8,7 @@ namespace velk::test {
 namespace {
 
 constexpr std::size_t kMostBases = 650;  // of an assembly; its index then does not grow
-// Reads, and pairs; four workers have more each than they scout at a time.
+// Reads, and pairs; four workers have more each than they prepare at a time.
 constexpr int kMostEntries = 70;
 constexpr double kNoNumber = std::numeric_limits<double>::quiet_NaN();
 

@@ -87,7 +87,7 @@ TEST_F(CheckSingleRead, EveryGapOfEveryScaffold) {
   EXPECT_EQ((Records{{read, 1, 0, -53, 2, 7}}), single(read).records);
 }
 
-TEST_F(CheckSingleRead, OffsetZeroIsPassedOver) {
+TEST_F(CheckSingleRead, OffsetZeroIsNotPlaced) {
   Outcome outcome = single(readAt(b, 0, 100));
   EXPECT_EQ(70, outcome.stop);
   EXPECT_EQ(Records{}, outcome.records);
@@ -99,7 +99,7 @@ TEST_F(CheckSingleRead, OffsetZeroIsPassedOver) {
   EXPECT_EQ((Records{{read, 0, 1, 19, 1, 50}}), outcome.records);
 }
 
-TEST_F(CheckSingleRead, ShortContigSpannedFromOffsetZeroIsPassedOver) {
+TEST_F(CheckSingleRead, ShortContigSpannedFromOffsetZeroIsNotPlaced) {
   const std::string between = randomBases(80, 60);
   assemble({{{a}, {between, 10}, {b, 20}}});
   EXPECT_EQ(Records{}, single(readAt(between, 0, 100)).records);
@@ -107,7 +107,7 @@ TEST_F(CheckSingleRead, ShortContigSpannedFromOffsetZeroIsPassedOver) {
   EXPECT_EQ((Records{{read, 0, 0, 9, 0, 10}}), single(read).records);
 }
 
-TEST_F(CheckSingleRead, HitOverTheEndOfTheLastContigIsPassedOver) {
+TEST_F(CheckSingleRead, HitOverTheEndOfTheLastContigIsSkipped) {
   Outcome outcome = single(readAt(c, 150, 100));
   EXPECT_EQ(70, outcome.stop);
   EXPECT_EQ(Records{}, outcome.records);
@@ -118,7 +118,7 @@ TEST_F(CheckSingleRead, HitOverTheEndOfTheLastContigIsPassedOver) {
   EXPECT_EQ((Records{{read, 0, 0, 369, 0, 400}}), outcome.records);
 }
 
-TEST_F(CheckSingleRead, HitInFrontOfTheFirstContigIsPassedOver) {
+TEST_F(CheckSingleRead, HitInFrontOfTheFirstContigIsSkipped) {
   Outcome outcome = single(readAt(a, -40, 100));
   EXPECT_EQ(70, outcome.stop);
   EXPECT_EQ(Records{}, outcome.records);
@@ -199,7 +199,7 @@ TEST_F(CheckSingleRead, AHitRefusedOverTheLeftEndMovesTheWalkOn) {
 }
 
 // The first k-mer places the read on contig a, a later one would place it on contig b.
-TEST_F(CheckSingleRead, TheFirstPlacingKmerSettlesTheRead) {
+TEST_F(CheckSingleRead, TheFirstKmerThatPlacesTheReadDecides) {
   const std::string read = a.substr(50) + b.substr(0, 50);
   const Outcome outcome = single(read);
   EXPECT_EQ(0, outcome.stop);
@@ -213,7 +213,7 @@ TEST_F(CheckSingleRead, AMismatchInTheFirstKmersMovesTheWalkBehindIt) {
   EXPECT_EQ((Records{{read, 0, 0, -70, 0, 400}}), outcome.records);
 }
 
-TEST_F(CheckSingleRead, RepeatedKmersArePassedOver) {
+TEST_F(CheckSingleRead, RepeatedKmersAreSkipped) {
   // d ends with the bases 40 to 79 of a: the k-mers 40 to 49 of a are repeated.
   assemble({{{a}, {b, 400}}, {{d + a.substr(40, 40)}, {e, 7}}});
   const std::string read = readAt(a, 40, 100);

@@ -158,9 +158,9 @@ TEST_F(BamRecords, WhatItCannotHold) {
 }
 
 TEST_F(BamRecords, BytesRead) {
-  constexpr int kReads = 80000;
+  constexpr int kReads = 20000;
   std::string lines;
-  for (int i = 0; i < kReads; ++i) lines += line(std::to_string(i), 4, randomBases(50, 1), "*");
+  for (int i = 0; i < kReads; ++i) lines += line(std::to_string(i), 4, randomBases(150, 1), "*");
   write("reads.bam", bamOf(kHeader + lines));
   for (const Helpers helpers : {Helpers::kNone, Helpers::kInflateAhead}) {
     const auto source = reads::openRecords("reads.bam", helpers);

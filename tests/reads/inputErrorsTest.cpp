@@ -2,7 +2,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <filesystem>
 #include <fstream>
+#include <system_error>
+#include <thread>
 
 #include "tests/reads/plainRecords.h"
 
@@ -355,6 +359,47 @@ TEST_F(Archive, Bgzip) {
   EXPECT_EQ(records_, reads_.size());
   const std::string error = errorOf(file.substr(0, file.size() / 2));
   EXPECT_EQ(error, whereAndWhat("gzip data: unexpected end of file"));
+}
+
+// The byte of the file "in" that is read next, where this process has opened it.
+std::size_t positionInFile() {
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code error;  // the one that lists them is gone by now
+    if (std::filesystem::read_symlink(entry, error).filename() != "in") continue;
+    std::ifstream facts("/proc/self/fdinfo/" + entry.path().filename().string());
+    std::string word;
+    std::size_t position = 0;
+    facts >> word >> position;
+    return position;
+  }
+  return 0;
+}
+
+// So are the files that come later in a run, while those in front of them are searched.
+TEST_F(Archive, FilesAreUnpackedFromTheirOpeningOn) {
+  std::vector<Read> reads;  // half as many as the ring of a helper holds
+  std::string sam;
+  for (unsigned i = 0; i < 5000; ++i) {
+    reads.push_back({"r" + std::to_string(i), randomBases(100, i), std::string(100, 'F')});
+    sam += reads[i].name + "\t4\t*\t0\t0\t*\t*\t0\t0\t" + reads[i].bases + "\t*\n";
+  }
+  const std::string text = written(reads, {});
+  for (const std::string& file :
+       {packed(text, Packing::kGzip), packed(text, Packing::kZstd), packed(text, Packing::kXz),
+        packed(text, Packing::kBzip2), bgzipped(text, 5000), bamOf(sam)}) {
+    ASSERT_GT(file.size(), 80000u) << "more than is looked at in place";
+    write("in", file);
+    {
+      const auto inPlace = reads::openRecords("in", Helpers::kNone);
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+      EXPECT_LT(positionInFile(), file.size());
+    }
+    const auto ahead = reads::openRecords("in", Helpers::kInflateAhead);
+    for (int i = 0; i < 1000 && positionInFile() != file.size(); ++i) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    EXPECT_EQ(positionInFile(), file.size());
+  }
 }
 
 TEST_F(Archive, HelperThatIsLeftEarly) {

@@ -125,6 +125,17 @@ class Files(ExampleRun):
         column = lines[0].index("lib1:" + kind)
         return [int(line[column]) for line in lines[1:]]
 
+    def test_a_page_is_not_for_the_terminal(self):
+        master, slave = pty.openpty()
+        for arguments in (["a", "b"], ["--found", "found.fa", "scaffolds.fa"]):
+            done = subprocess.run([VELK_REPORT, *arguments], stdout=slave, stderr=subprocess.PIPE,
+                                  text=True, check=False)
+            self.assertEqual((done.returncode, done.stderr),
+                             (2, "[ERROR]: a page is no text for the terminal: give --output FILE, or"
+                              " --text (velk-report --help tells more)\n"))
+        os.close(slave)
+        os.close(master)
+
     def test_two_runs(self):
         """Against a run with half of the reads, and one whose scaffold has another name."""
         half = os.path.join(self.folder, "half")

@@ -24,7 +24,7 @@ REACH = INSERT + 3 * SPREAD
 CONTIG = 3000
 
 
-def told(folder):
+def reasons_of(folder):
     """Gap -> reason, as the page's table has it."""
     with open(os.path.join(folder, "report.html"), encoding="utf-8") as file:
         page = file.read()
@@ -122,9 +122,9 @@ class Reasons(unittest.TestCase):
                        check=True)
         return os.path.join(self.folder, "out")
 
-    def assert_told(self, out, planted):
+    def assert_reasons(self, out, planted):
         """Prints a table, and wants the planted reason for every gap."""
-        reasons = told(out)
+        reasons = reasons_of(out)
         rows = collections.Counter((wanted, reasons.get(gap)) for gap, wanted in planted.wanted.items())
         print("| planted | reported | gaps |\n|---|---|---|")
         for (wanted, said), count in sorted(rows.items()):
@@ -150,7 +150,7 @@ class Reasons(unittest.TestCase):
             planted.add_overlap("unknown length", gap)
         planted.write(self.folder)
         out = self.run_velk("--pairs", "p_1.fq", "p_2.fq", "--single", "s.fq", "--placeholder", "101")
-        self.assert_told(out, planted)
+        self.assert_reasons(out, planted)
         with open(os.path.join(out, "summary.json"), encoding="utf-8") as file:
             summary = json.load(file)["report"]["reasons"]
         counted = collections.Counter(planted.wanted.values())
@@ -170,7 +170,7 @@ class Reasons(unittest.TestCase):
             for pair in made.outward_of(planted.chance, each, 30, LENGTH, 2500, 150):
                 planted.pairs.add(*pair)
         planted.write(self.folder)
-        self.assert_told(self.run_velk("--mate-pairs", "p_1.fq", "p_2.fq"), planted)
+        self.assert_reasons(self.run_velk("--mate-pairs", "p_1.fq", "p_2.fq"), planted)
 
 
 if __name__ == "__main__":

@@ -40,8 +40,22 @@ CASES = (
      "name.fa, line 1: the name a(1 has the character '(', which SAM files forbid there"),
     ("header_without_name", ["noname.fa", *READS, "-o", "out"], 2,
      "noname.fa, line 1: a header without a name"),
-    ("sequence_first", ["few_1.fq", *READS, "-o", "out"], 2,
-     "few_1.fq, line 1: sequence in front of the first header, which begins with '>'"),
+    ("sequence_first", ["kind.tsv", *READS, "-o", "out"], 2,
+     "kind.tsv, line 1: sequence in front of the first header, which begins with '>'"),
+    ("reads_first", [*READS, "scaffolds.fa", "-o", "out"], 2,
+     "reads_1.fq.gz begins with '@', as reads do; the assembly is a FASTA file, and comes first"),
+    ("bam_first", ["reads.bam", *READS, "-o", "out"], 2,
+     "reads.bam is a BAM file; the assembly is a FASTA file, and comes first"),
+    ("verb_misspelt", ["exract", "out", "2"], 2,
+     "exract: no such file; did you mean the verb extract?" + MORE),
+    ("option_for_a_file", ["scaffolds.fa", "--mate-pairs", READS[0], "-o", "out"], 2,
+     "--mate-pairs: -o stands where one of its values (R1 R2) should" + MORE),
+    ("option_for_all_files", ["scaffolds.fa", "--single", "-o", "out"], 2,
+     "--single: -o stands where one of its values (FILE...) should" + MORE),
+    ("assembly_behind_options", ["--pairs", *READS, "scaffolds.fa", "-o", "out"], 2,
+     "assembly is required; it comes first, as options of reads take all files behind them" + MORE),
+    ("library_of_a_used_name", ["scaffolds.fa", *READS, "--samplesheet", "lib1.tsv", "-o", "out"],
+     2, "two libraries have the name lib1"),
     ("foreign_file", ["scaffolds.fa", *READS, "-o", "taken"], 1,
      "taken/reads.bam is there, and no earlier result of velk-run lists it; remove it, or choose"
      " another folder"),
@@ -89,10 +103,15 @@ USAGE = (
      + MORE),
     (["scaffolds.fa", *READS, "-o", "out", "--anchors"],
      "The following argument was not expected: --anchors" + MORE),
-    (["extract", "out"], "gaps is required (velk-run extract --help tells more)"),
+    (["extract", "out"], "gaps is required: numbers of gaps, as in gaps.tsv, or ranges, as 3-7,"
+     " behind the folder (velk-run extract --help tells more)"),
     (["extract", "out", "2", "--flank", "30"],
      "The following argument was not expected: --flank; did you mean --flanks by --flank?"
      " (velk-run extract --help tells more)"),
+    (["scaffolds.fa", *READS, "-o", "out", "--placeholder", "100x"],
+     "Could not convert: --placeholder = 100x, which is no number" + MORE),
+    (["extract", "out", "3", "--flanks", "ten"],
+     "Could not convert: --flanks = ten, which is no number (velk-run extract --help tells more)"),
     (["extract", "out", "7-3"], '"7-3" is neither the number of a gap nor a range, as 3-7'
      " (velk-run extract --help tells more)"),
     (["extract", "out", "gap3"], '"gap3" is neither the number of a gap nor a range, as 3-7'
@@ -139,6 +158,9 @@ class CommandLine(unittest.TestCase):
         write(self.folder, "long.fa", ">a\n" + "ACGTTGCA" * 200 + "\n")
         for name in ("strange_1.fa", "strange_2.fa"):
             write(self.folder, name, ">a\n" + "ACCGTTGC" * 10 + "\n")
+        write(self.folder, "lib1.tsv", f"library\tR1\nlib1\t{READS[0]}\n")
+        with gzip.open(os.path.join(self.folder, "reads.bam"), "wb") as file:
+            file.write(b"BAM\1" + bytes(100))
         write(self.folder, "column.tsv", "library\tR2\nl\tx\n")
         write(self.folder, "unknown.tsv", "library\tR1\tlane\nl\tx\t1\n")
         write(self.folder, "insert.tsv", "library\tR1\tR2\tinsert\nl\tx\ty\t200bp\n")
@@ -205,15 +227,20 @@ class CommandLine(unittest.TestCase):
 
     def test_a_failed_run_leaves_no_earlier_result_that_looks_like_its_own(self):
         self.run_on(["scaffolds.fa", *READS, "-o", "out", "--quiet"])
-        done = self.run_on(["scaffolds.fa", READS[0], "damaged_2.fq.gz", "-o", "out", "--quiet"])
-        self.assertEqual(3, done.returncode)
-        self.assertFalse(os.path.exists(os.path.join(self.folder, "out", "summary.json")))
+        done = self.run_on(["scaffolds.fa", READS[0], "damaged_2.fq.gz", "-o", "out", "--quiet",
+                            "--force"])
+        self.assertEqual(1, done.returncode)
+        self.assertEqual([], os.listdir(os.path.join(self.folder, "out")))
 
-    def test_an_earlier_result_stays_where_a_file_is_missing(self):
+    def test_an_earlier_result_stays_where_a_run_ends_before_the_search(self):
         self.run_on(["scaffolds.fa", *READS, "-o", "out", "--quiet"])
         before = sorted(os.listdir(os.path.join(self.folder, "out")))
-        for arguments in (["gone.fa", *READS], ["scaffolds.fa", READS[0], "gone.fq"]):
-            self.assertEqual(1, self.run_on([*arguments, "-o", "out"]).returncode)
+        for arguments, status in ((["gone.fa", *READS], 1),
+                                  (["scaffolds.fa", READS[0], "gone.fq"], 1),
+                                  (["twice.fa", *READS], 2),
+                                  (["scaffolds.fa", "few_1.fq", "few_2.fq"], 3),
+                                  (["scaffolds.fa", READS[0], "damaged_2.fq.gz"], 3)):
+            self.assertEqual(status, self.run_on([*arguments, "-o", "out"]).returncode)
         self.assertIn("summary.json", before)
         self.assertEqual(before, sorted(os.listdir(os.path.join(self.folder, "out"))))
 
@@ -232,6 +259,61 @@ class CommandLine(unittest.TestCase):
         check = subprocess.run(["samtools", "quickcheck", "out/reads.bam"], cwd=self.folder,
                                check=False)
         self.assertEqual(0, check.returncode)
+
+    def test_what_is_said_at_the_end(self):
+        done = self.run_on(["scaffolds.fa", *READS, "-o", "out"])
+        lines = done.stderr.decode().splitlines()
+        self.assertEqual(["Found 2,462 of 16,000 reads; 6 of 6 gaps have reads.",
+                          "  at gaps: 1,300 exact, 808 estimate, 354 contained (belong in a contig"
+                          " near by)",
+                          "  lib1: found 2,462 of 16,000, insert size 215 +- 11, FR"], lines[:3])
+
+    def test_reads_of_a_gap_in_a_compressed_file(self):
+        self.run_on(["scaffolds.fa", *READS, "-o", "out", "--quiet"])
+        self.assertEqual(b"", self.extracted("1", "-o", "one.fq.gz"))
+        with gzip.open(os.path.join(self.folder, "one.fq.gz")) as file:
+            self.assertEqual(self.extracted("1"), file.read())
+        done = self.run_on(["extract", "out", "1", "-o", "/dev/full/one.fq.gz"])
+        self.assertEqual((1, "[ERROR]: /dev/full/one.fq.gz can't be opened: Not a directory\n"),
+                         (done.returncode, done.stderr.decode()))
+
+    def test_extracts_that_fail(self):
+        self.run_on(["scaffolds.fa", *READS, "-o", "out", "--quiet"])
+        no_space = "can't be written: No space left on device"
+        no_folder = "can't be opened: No such file or directory"
+        for arguments, message in ((["-o", "/dev/full"], f"/dev/full {no_space}"),
+                                   (["--bam", "-o", "/dev/full"], f"/dev/full {no_space}"),
+                                   (["-o", "no/x.gz"], f"no/x.gz {no_folder}"),
+                                   (["-o", "no/x.fq"], f"no/x.fq {no_folder}"),
+                                   (["--bam", "-o", "no/x.bam"], f"no/x.bam {no_folder}")):
+            done = self.run_on(["extract", "out", "5", *arguments])
+            self.assertEqual((1, f"[ERROR]: {message}\n"), (done.returncode, done.stderr.decode()))
+        for form in ([], ["--bam"]):
+            with open("/dev/full", "wb") as full:
+                done = subprocess.run([VELK_RUN, "extract", "out", "5", *form], cwd=self.folder,
+                                      stdout=full, stderr=subprocess.PIPE, check=False)
+            self.assertEqual((1, f"[ERROR]: standard output {no_space}\n"),
+                             (done.returncode, done.stderr.decode()))
+
+    def test_extracts_of_damaged_bam_files(self):
+        self.run_on(["scaffolds.fa", *READS, "-o", "out", "--quiet"])
+        bam = os.path.join(self.folder, "out", "reads.bam")
+        with open(bam, "rb") as file:
+            whole = file.read()
+        damaged = "out/reads.bam or its index can't be read, or is damaged"
+        for bytes_left, message in ((30000, damaged), (300, damaged), (0, damaged),
+                                    (None, "out/reads.bam can't be opened: No such file or directory"),
+                                    (len(whole), damaged)):  # then the index is missing
+            if bytes_left is None:
+                os.remove(bam)
+            else:
+                with open(bam, "wb") as file:
+                    file.write(whole[:bytes_left])
+            if bytes_left == len(whole):
+                os.remove(bam + ".bai")
+            done = self.run_on(["extract", "out", "5", "--bam"])
+            self.assertEqual((1, b"", f"[ERROR]: {message}\n"),
+                             (done.returncode, done.stdout, done.stderr.decode()))
 
     def test_forced_run(self):
         done = self.run_on(["scaffolds.fa", "few_1.fq", "few_2.fq", "-o", "out", "--force",

@@ -187,10 +187,11 @@ class Refused(Base):
     def test_another_assembly(self):
         self.make_index()
         change_byte("scaffolds.fa", 2000)
-        self.run_refuses("index is the index of another assembly than scaffolds.fa")
+        self.run_refuses("index is the index of another assembly than scaffolds.fa, or of a copy of"
+                         " it that is compressed in another way")
 
     def test_an_assembly_that_differs_in_its_middle(self):
-        """It is told at the end, before there is a result."""
+        """It is said at the end, before there is a result."""
         rng = random.Random(1)
         with open("scaffolds.fa", "a", encoding="ascii") as file:
             file.write(">long\n" + "".join(rng.choices("ACGT", k=2500000)) + "\n")
@@ -274,7 +275,32 @@ class Damaged(Base):
                 change_byte("index", at)
                 message = f"its {name} have another checksum than was written"
                 self.refuses_all(message) if part in SMALL else self.check_refuses(message)
+                for verb in ([], ["plan"]):
+                    done = self.run_on(*verb, "scaffolds.fa", *READS, "--placeholder", "10", "--index",
+                                       "index", "-o", "out")
+                    self.assertEqual(1, done.returncode, (name, at))
+                    self.assertIn(b"[ERROR]: index is a damaged index: its ", done.stderr)
+                    self.assertFalse(os.path.exists("out"))
                 change_byte("index", at)
+
+    def test_a_damaged_index_of_a_plan(self):
+        """What is changed in the middle of any part is said before anything has its name."""
+        self.call("plan", "scaffolds.fa", *READS, "--placeholder", "10", "-o", "plan.json")
+        self.call("task", "plan.json", "0", "-o", "share")
+        verbs = (["task", "plan.json", "0"], ["gather", "plan.json", "share"], ["--plan", "plan.json"])
+        for part, name in enumerate(PARTS):
+            offset, size = self.index.place(part)
+            if size == 0:
+                continue
+            change_byte("index", offset + size // 2)
+            for verb in verbs:
+                done = self.run_on(*verb, "--index", "index", "-o", "out")
+                self.assertEqual(1, done.returncode, (name, verb))
+                self.assertRegex(done.stderr, b"ERROR]: index is a damaged index: its ")
+                self.assertFalse(os.path.exists("out"))
+            change_byte("index", offset + size // 2)
+        for verb in verbs:
+            self.call(*verb, "--index", "index", "-o", "out." + verb[0].strip("-"))
 
     def test_wrong_places(self):
         for part, name in enumerate(PARTS):

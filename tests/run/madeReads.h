@@ -71,6 +71,7 @@ class OutputsTest : public MadeReads {
     const std::string dir = folder_.path(name);
     run::ResultFolder results(dir, {});
     results.begin();
+    results.clear();
     run::Outputs outputs(results, assembly(), libraries_, options);
     const auto threads = static_cast<std::size_t>(options.threads);
     std::vector<std::thread> workers;

@@ -18,6 +18,7 @@ import time
 
 import plans
 from plans import INPUTS, SHARES, change_byte
+from savedIndex import PARTS, SavedIndex
 from shares import result
 
 TASK = ["task", "plan.json", "1", "-o", "share.1", "-t", "1"]
@@ -57,12 +58,14 @@ def remake(*command):
 
 
 class Mishap:
-    """A call that fails: what is done before it, and what mends it. What is changed of the named files
-    is brought back from copies, unless `mend` makes them again."""
+    """A call that fails: what is done before it, and what repairs it. What is changed of the named files
+    is brought back from copies, unless `repair` makes them again."""
 
-    def __init__(self, name, command, words, spoil=None, mend=None, files=(), before=()):
+    keeps = False  # whether a whole share stays where the call would write one
+
+    def __init__(self, name, command, words, spoil=None, repair=None, files=(), before=()):
         self.name, self.command, self.words = name, command, words
-        self.spoil, self.mend, self.files, self.before = spoil, mend, files, before
+        self.spoil, self.repair, self.files, self.before = spoil, repair, files, before
 
     def call(self):
         return run(self.command, self.before() if callable(self.before) else self.before)
@@ -72,8 +75,8 @@ class Mishap:
             shutil.rmtree(file, ignore_errors=True)
             copy = shutil.copytree if os.path.isdir(f"../made/{file}") else shutil.copy
             copy(f"../made/{file}", file)
-        if self.mend:
-            self.mend()
+        if self.repair:
+            self.repair()
 
     def check(self):
         """Returns what was said; throws AssertionError."""
@@ -81,13 +84,15 @@ class Mishap:
             self.spoil()
         final = self.command[self.command.index("-o") + 1]
         summary = "summary.json" if final == "got" else "share.json"
-        if self.command[0] == "task":
+        if self.command[0] == "task" and not self.keeps:
             shutil.rmtree(final)
         done = self.call()
         assert done.returncode != 0, "status 0"
         assert re.search(self.words, done.stderr), done.stderr
-        assert not os.path.exists(f"{final}/{summary}"), "a summary"
-        if done.returncode > 0:
+        assert self.keeps or not os.path.exists(f"{final}/{summary}"), "a summary"
+        if self.keeps:
+            remake("gather", "old.json", *SHARES, "-o", "got")
+        elif done.returncode > 0:
             assert not os.path.exists(final), "a folder is left"
         self.repair()
         if self.command[0] == "task":
@@ -96,6 +101,12 @@ class Mishap:
         assert result("one") == result("got"), "other bytes"
         said = re.search(MESSAGE, done.stderr)
         return said[1] if said else f"nothing; it ended by signal {-done.returncode}"
+
+
+class Kept(Mishap):
+    """A whole share stays."""
+
+    keeps = True
 
 
 class ChangedMeanwhile(Mishap):
@@ -159,7 +170,13 @@ def other_options():
     """The options are changed, the plan is made again, and only some tasks are run again."""
     remake("plan", *INPUTS, "-M", "0.97", "-o", "plan.json")
     for task in "02":
+        shutil.rmtree(f"share.{task}")
         remake("task", "plan.json", task, "-o", f"share.{task}")
+
+
+def other_plan():
+    os.rename("plan.json", "old.json")
+    remake("plan", *INPUTS, "-M", "0.97", "-o", "plan.json")
 
 
 GZIP = ["plan.json", "b_2.fq.gz"]
@@ -196,12 +213,17 @@ MISHAPS = [
            lambda: os.remove("scaffolds.fa"), files=["scaffolds.fa"]),
     Mishap("the options were changed between two calls", GATHER, "share.1 is a share of another plan",
            other_options, files=["plan.json", "share.0", "share.2"]),
-    Mishap("the plan was changed", TASK, "plan.json is no plan of velk-run",
+    Kept("a share of another plan stands where a task writes", TASK,
+         "share.1 is a share of another plan; remove it", other_plan, files=["plan.json"]),
+    Mishap("the plan was cut short", TASK, "plan.json is no plan of velk-run",
            lambda: cut("plan.json"), files=["plan.json"]),
     Mishap("the index was cut short", INDEXED, "index is a damaged index",
            spoil_index(lambda: cut("index")), make_index),
-    Mishap("the index was changed", INDEXED, "index is a damaged index",
+    Mishap("the header of the index was changed", INDEXED, "index is a damaged index",
            spoil_index(lambda: change_byte("index", 100)), make_index),
+    Mishap("a base of the index was changed", INDEXED, "index is a damaged index: its bases have another",
+           spoil_index(lambda: change_byte("index", SavedIndex("index").place(PARTS.index("bases"))[0] + 9)),
+           make_index),
     Mishap("the index is that of other options", INDEXED, "index is the index of other options",
            lambda: remake("index", "scaffolds.fa", "-k", "25", "-o", "index"), make_index),
     Mishap("the index has vanished", INDEXED, "index.*No such file", None, make_index),

@@ -26,6 +26,17 @@ std::string failureOf(const std::function<void()>& call) {
   return "";
 }
 
+TEST(Estimate, JobsOneAfterTheOtherAndTheLongestTask) {
+  const std::vector<run::TaskEstimate> tasks{{10, 1, 0}, {30, 2, 0}};
+  const run::RunEstimate plain = run::estimateRun(tasks, {4, 6, 0});
+  EXPECT_DOUBLE_EQ(plain.oneRun, 53);
+  const run::RunEstimate saved = run::estimateRun(tasks, {0, 0, 0});
+  EXPECT_DOUBLE_EQ(saved.oneRun, 43);
+  const double jobStart = (saved.inTasks - 33) / 2;
+  EXPECT_GT(jobStart, 0);
+  EXPECT_DOUBLE_EQ(plain.inTasks, 43 + 3 * jobStart);
+}
+
 class PlanTest : public ::testing::Test {
  protected:
   // One library of two inputs, one of single reads; values that only whole doubles keep.

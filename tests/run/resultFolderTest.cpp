@@ -35,6 +35,18 @@ std::set<std::string> namesIn(const std::string& folder) {
   return names;
 }
 
+// Runs `work` in a child, which must not come back. Returns the child's end.
+int statusOfChild(const std::function<void()>& work) {
+  const pid_t child = fork();
+  if (child == 0) {
+    work();
+    _exit(99);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  return status;
+}
+
 class ResultFolderTest : public ::testing::Test {
  protected:
   std::string dir() const { return root_.path("out"); }
@@ -44,6 +56,7 @@ class ResultFolderTest : public ::testing::Test {
   void makeResult(const std::vector<std::string>& names, const std::string& text) const {
     ResultFolder folder(dir(), {});
     folder.begin();
+    folder.clear();
     for (const std::string& name : names) run::writeFile(folder.partial(name), text);
     folder.seal(2);
     folder.publish(summaryOf(names));
@@ -67,6 +80,7 @@ TEST_F(ResultFolderTest, AWholeResult) {
   ResultFolder folder(dir() + "/", {});
   EXPECT_FALSE(fs::exists(dir()));  // looking changes nothing
   folder.begin();
+  folder.clear();
   run::writeFile(folder.partial("gaps.tsv"), "abc");
   run::writeFile(folder.partial("native/found.fa"), "");
   const auto files = folder.seal(2);
@@ -87,6 +101,7 @@ TEST_F(ResultFolderTest, AnUnfinishedRunLeavesNothing) {
   {
     ResultFolder folder(dir(), {});
     folder.begin();
+    folder.clear();
     run::writeFile(folder.partial("reads.bam"), "abc");
   }
   EXPECT_FALSE(fs::exists(dir()));
@@ -98,6 +113,7 @@ TEST_F(ResultFolderTest, AFolderThatWasThereStays) {
   {
     ResultFolder folder(dir(), {});
     folder.begin();
+    folder.clear();
     run::writeFile(folder.partial("reads.bam"), "abc");
     folder.seal(2);
   }
@@ -108,9 +124,27 @@ TEST_F(ResultFolderTest, AnEarlierResultIsRemovedBeforeTheWork) {
   makeResult({"reads.bam", "native/found.fa"}, "old");
   run::writeFile(in("mine.txt"), "mine");
   ResultFolder folder(dir(), {});
-  EXPECT_EQ(contentOf(in("reads.bam")), "old");
   folder.begin();
+  EXPECT_EQ(contentOf(in("reads.bam")), "old");
+  folder.clear();
   EXPECT_EQ(namesIn(dir()), (std::set<std::string>{".partial", ".partial/native", "mine.txt"}));
+}
+
+TEST_F(ResultFolderTest, ARunThatEndsBeforeTheWorkLeavesAnEarlierResult) {
+  makeResult({"reads.bam", "native/found.fa"}, "old");
+  const std::set<std::string> before = namesIn(dir());
+  {
+    ResultFolder folder(dir(), {});
+    folder.begin();
+  }
+  EXPECT_EQ(namesIn(dir()), before);
+  const int status = statusOfChild([&] {
+    ResultFolder folder(dir(), {});
+    folder.begin();
+    raise(SIGTERM);
+  });
+  EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM);
+  EXPECT_EQ(namesIn(dir()), before);
 }
 
 TEST_F(ResultFolderTest, WhatASummaryListsBeyondOurNamesStays) {
@@ -169,18 +203,6 @@ TEST_F(ResultFolderTest, TwoRunsInOneFolder) {
   }
 }
 
-// Runs `work` in a child, which must not come back. Returns the child's end.
-int statusOfChild(const std::function<void()>& work) {
-  const pid_t child = fork();
-  if (child == 0) {
-    work();
-    _exit(99);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  return status;
-}
-
 TEST_F(ResultFolderTest, ASignalRemovesWhatIsUnfinished) {
   for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
     fs::create_directory(dir());
@@ -188,6 +210,7 @@ TEST_F(ResultFolderTest, ASignalRemovesWhatIsUnfinished) {
     const int status = statusOfChild([&] {
       ResultFolder folder(dir(), {});
       folder.begin();
+      folder.clear();
       run::writeFile(folder.partial("reads.bam"), "abc");
       run::writeFile(folder.partial("native/found.fa"), "abc");
       raise(signal);
@@ -203,6 +226,7 @@ TEST_F(ResultFolderTest, AnIgnoredSignalStaysIgnored) {
     ::signal(SIGHUP, SIG_IGN);
     ResultFolder folder(dir(), {});
     folder.begin();
+    folder.clear();
     raise(SIGHUP);
     _exit(7);
   });
@@ -235,8 +259,10 @@ TEST_F(ResultFolderTest, AKilledRunIsInNobodysWay) {
     if (done > 0) steps[done - 1]();
     const std::string copy = root_.path("copy");
     fs::copy(dir(), copy, fs::copy_options::recursive);
+    ResultFolder(copy, {}).begin();  // a run that ends before its work
     ResultFolder folder(copy, {});
     folder.begin();
+    folder.clear();
     run::writeFile(folder.partial("gaps.bed"), "next");
     folder.seal(2);
     folder.publish(summaryOf({"gaps.bed"}));

@@ -21,7 +21,7 @@ import tempfile
 
 from againstVelk import Maker, MessyFiles, content
 
-MEASURED = ("seconds", "peak_memory_bytes", "spilled_bytes")  # of a summary: not the same twice
+MEASURED = ("seconds", "machines", "peak_memory_bytes", "spilled_bytes")  # of a summary: not the same twice
 
 
 class CutFiles(MessyFiles):

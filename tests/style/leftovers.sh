@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Checks that no file of the tree is one that a tool left behind: patch, merge tools, editors,
-# compilers, file managers. Usage: leftovers.sh ROOT
+# compilers, file managers; and none below the root hidden. Usage: leftovers.sh ROOT
 set -euo pipefail
 root=$1
 ending='\.(orig|rej|bak|old|tmp|swp|swo|save|pyc|o|gcda|gcno|log)|~|_(BACKUP|BASE|LOCAL|REMOTE)_[0-9]+(\.\w+)?'
@@ -14,7 +14,7 @@ files() {
 
 cd "$root"
 listed=$(files)
-if grep -E "($ending)\$|(^|/)($whole_name)\$" <<<"$listed" >&2; then
+if grep -E "($ending)\$|(^|/)($whole_name)\$|/\.[^/]*\$" <<<"$listed" >&2; then
   echo "These were left behind." >&2
   exit 1
 fi

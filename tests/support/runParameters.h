@@ -1,4 +1,5 @@
-// A fixture that gives every test the default run parameters and leaves no trace in them.
+// A fixture that gives every test the default run parameters and leaves no trace in them; and what
+// of a long comparison is made.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -6,6 +7,23 @@
 #include "driver/velk.h"
 
 namespace velk::test {
+
+/// What a test makes of so many rounds, letters and the like: all; with VELK_SHORT
+/// (tests/CMakeLists.txt) the fifth part.
+template <class Number>
+constexpr Number part(Number all) {
+#ifdef VELK_SHORT
+  return all / 5;
+#else
+  return all;
+#endif
+}
+
+/// How often a thing must be met, of `all` times in the whole comparison: so often; in a part of
+/// it, where things are met less evenly, the twentieth part.
+constexpr int leastOf(int all) {
+  return part(5) == 5 ? all : all / 20;
+}
 
 /// All run parameters, as one value.
 struct RunParameters {

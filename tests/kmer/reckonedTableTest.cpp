@@ -20,50 +20,50 @@ constexpr const char* kInitMessage = "Out of memory! Line: [0-9]+[.] Function: i
 constexpr const char* kEnlargeMessage =
     "Out of memory! Line: [0-9]+[.] Function: enlarge_hashset[.]\n";
 
-OwnSet foretold(uint64_t slots, float loadFactor) {
+OwnSet reckonedSet(uint64_t slots, float loadFactor) {
   return {newKmerHash(slots, loadFactor), [](velk::HashSet* set) {
             freeKmerHash(set);
             return 1;
           }};
 }
 
-TEST(ForetoldTable, NumbersAndLinesOfTheHashSet) {
+TEST(ReckonedTable, NumbersAndLinesOfTheHashSet) {
   EXPECT_TRUE(rc::check("any table", [] {
     const auto slots = *rc::gen::inRange<uint64_t>(0, 5000);
     const float loadFactor = *rc::gen::element(-1.0F, 0.0F, 0.01F, 0.3F, 0.75F, 0.97F,
                                                std::nextafter(1.0F, 0.0F), 1.0F, std::nanf(""));
     const auto keys = *rc::gen::inRange<uint64_t>(0, 20000);
     const OwnSet real = makeSet(slots, loadFactor);
-    const OwnSet told = foretold(slots, loadFactor);
-    RC_ASSERT(told->size == real->size);
-    RC_ASSERT(told->max == real->max);
-    RC_ASSERT(told->count == 0U);
+    const OwnSet reckoned = reckonedSet(slots, loadFactor);
+    RC_ASSERT(reckoned->size == real->size);
+    RC_ASSERT(reckoned->max == real->max);
+    RC_ASSERT(reckoned->count == 0U);
     const std::string lines = messagesOf([&] {
       for (uint64_t n = 0; n < keys; ++n) {
         add_hashset(real.get(), entityOf(n * 0x9E3779B97F4A7C15U));
       }
     });
-    RC_ASSERT(messagesOf([&] { growForetold(told.get(), keys); }) == lines);
-    RC_ASSERT(told->count == real->count);
-    RC_ASSERT(told->size == real->size);
-    RC_ASSERT(told->max == real->max);
-    RC_ASSERT(told->load_factor == real->load_factor);
-    RC_ASSERT(told->e_size == real->e_size);
+    RC_ASSERT(messagesOf([&] { growToHold(reckoned.get(), keys); }) == lines);
+    RC_ASSERT(reckoned->count == real->count);
+    RC_ASSERT(reckoned->size == real->size);
+    RC_ASSERT(reckoned->max == real->max);
+    RC_ASSERT(reckoned->load_factor == real->load_factor);
+    RC_ASSERT(reckoned->e_size == real->e_size);
   }));
 }
 
-TEST(ForetoldTable, HugeOneTakesNoMemory) {
+TEST(ReckonedTable, HugeOneTakesNoMemory) {
   failAllocationAfter(0);  // of all that a set of this size takes
-  const OwnSet told = foretold(kMaxSlots - 1000, 0.75F);
+  const OwnSet reckoned = reckonedSet(kMaxSlots - 1000, 0.75F);
   failNoAllocation();
   EXPECT_EQ(deniedBytes(), 0U);
-  EXPECT_EQ(told->size, numbersOfNew(kMaxSlots - 1000, 0.75F).size);
-  EXPECT_EQ(told->array, nullptr);
-  EXPECT_EQ(told->nul_flag, nullptr);
-  EXPECT_EQ(told->del_flag, nullptr);
+  EXPECT_EQ(reckoned->size, numbersOfNew(kMaxSlots - 1000, 0.75F).size);
+  EXPECT_EQ(reckoned->array, nullptr);
+  EXPECT_EQ(reckoned->nul_flag, nullptr);
+  EXPECT_EQ(reckoned->del_flag, nullptr);
 }
 
-TEST(ForetoldTable, NoMemoryForTheNumbers) {
+TEST(ReckonedTable, NoMemoryForTheNumbers) {
   EXPECT_EXIT(
       {
         failNewAfter(0);
@@ -72,34 +72,34 @@ TEST(ForetoldTable, NoMemoryForTheNumbers) {
       ExitedWithCode(1), MatchesRegex(kInitMessage));
 }
 
-TEST(ForetoldTable, NewOneAboveTheLargestFails) {
+TEST(ReckonedTable, NewOneAboveTheLargestFails) {
   for (const uint64_t slots : {kMaxSlots, kMaxSlots + 1, uint64_t{1} << 60, UINT64_MAX}) {
     EXPECT_EXIT(newKmerHash(slots, 0.75F), ExitedWithCode(1), MatchesRegex(kInitMessage)) << slots;
   }
 }
 
-TEST(ForetoldTable, GrowthAboveTheLargestTellsTheLastSizeFirst) {
-  EXPECT_EXIT(growForetold(newKmerHash(3, 5e-13F), 1), ExitedWithCode(1),
+TEST(ReckonedTable, GrowthAboveTheLargestTellsTheLastSizeFirst) {
+  EXPECT_EXIT(growToHold(newKmerHash(3, 5e-13F), 1), ExitedWithCode(1),
               MatchesRegex(std::string("old set->size: 3\n") + kEnlargeMessage));
   const std::string last = std::to_string(numbersOfNew(kMaxSlots - 1000, 0.75F).size);
-  EXPECT_EXIT(growForetold(newKmerHash(kMaxSlots - 1000, 0.75F), kMaxSlots - 1), ExitedWithCode(1),
+  EXPECT_EXIT(growToHold(newKmerHash(kMaxSlots - 1000, 0.75F), kMaxSlots - 1), ExitedWithCode(1),
               MatchesRegex("old set->size: " + last + "\n" + kEnlargeMessage));
 }
 
-TEST(ForetoldTable, GrowthOnTheWayToTheEndIsTold) {
+TEST(ReckonedTable, GrowthOnTheWayToTheEndIsWritten) {
   // the third key finds 1e12 slots at most, with room for two
   HashSet table = numbersOfNew(3, 2e-12F);
   ASSERT_TRUE(growNumbers(table, 1));
   const std::string first = std::to_string(table.size);
   ASSERT_TRUE(growNumbers(table, 2));
   const std::string second = std::to_string(table.size);
-  EXPECT_EXIT(growForetold(newKmerHash(3, 2e-12F), 3), ExitedWithCode(1),
+  EXPECT_EXIT(growToHold(newKmerHash(3, 2e-12F), 3), ExitedWithCode(1),
               MatchesRegex("old set->size: 3\nnew set->size: " + first +
                            "\nold set->size: " + first + "\nnew set->size: " + second +
                            "\nold set->size: " + second + "\n" + kEnlargeMessage));
 }
 
-TEST(ForetoldTable, IndexWithoutMemoryFailsAsAGrowthDoes) {
+TEST(ReckonedTable, IndexWithoutMemoryFailsAsAGrowthDoes) {
   EXPECT_EXIT(
       {
         HashSet* const set = newKmerHash(3, 0.75F);

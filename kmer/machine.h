@@ -1,13 +1,28 @@
-// The memory of the index: flat arrays, and cache lines that are fetched ahead of their use.
+// What the index asks of the machine: flat arrays, cache lines fetched ahead of their use, vector
+// instructions, threads.
 #pragma once
 
 #include <sys/mman.h>
+#include <cassert>
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <exception>
 #include <memory>
 #include <new>
+#include <thread>
+#include <vector>
+
+// Functions of plain loops that gcc makes vector instructions of. They are compiled twice, and the
+// processor's form, with registers of 32 bytes or not, is chosen when the program starts; both
+// give the same.
+#if defined(__x86_64__) && !defined(__SANITIZE_THREAD__)
+#define VELK_VECTORISED [[gnu::target_clones("avx2", "default")]]
+#else
+#define VELK_VECTORISED
+#endif
 
 namespace velk {
 
@@ -19,7 +34,7 @@ inline void prefetchLine(const void* address) {
   asm volatile("");
 }
 
-/// Advises the kernel about the whole pages of [start, start + bytes); it may not heed it.
+/// Advises the kernel about the whole pages of [start, start + bytes); the kernel may ignore it.
 inline void advise(void* start, std::size_t bytes, int advice) {
   constexpr uintptr_t kPage = 4096;  // bytes of a usual page
   const auto first = (reinterpret_cast<uintptr_t>(start) + kPage - 1) / kPage * kPage;
@@ -53,6 +68,7 @@ class Array {
   /// Keeps the first `size` values, and gives the memory behind them back.
   /// REQUIRES: its own memory, and no more values than there are.
   void shrink(std::size_t size) {
+    assert(memory_ != nullptr && size <= size_);
     advise(values_ + size, (size_ - size) * sizeof(T), MADV_DONTNEED);
     size_ = size;
   }
@@ -63,13 +79,35 @@ class Array {
   T* end() const { return values_ + size_; }
 
  private:
-  struct Free {
-    void operator()(void* memory) const { std::free(memory); }
-  };
-
-  std::unique_ptr<void, Free> memory_;  // null: it views
+  std::unique_ptr<void, void (*)(void*)> memory_{nullptr, std::free};  // null: it views
   T* values_ = nullptr;
   std::size_t size_ = 0;
 };
+
+/// Calls work(n) once for every n of [0, count), by up to `threads` threads, the calling one
+/// included; fewer where no more can be had. Throws what the first call to fail threw; the others
+/// have ended by then, or were not begun.
+template <class Work>
+void forEachInParallel(std::size_t threads, std::size_t count, Work work) {
+  std::atomic<std::size_t> next{0};
+  std::atomic<bool> hasFailed{false};
+  std::exception_ptr failure;  // of the call that set hasFailed
+  const auto share = [&] {
+    try {
+      for (std::size_t n = next++; n < count && !hasFailed; n = next++) work(n);
+    } catch (...) {
+      if (!hasFailed.exchange(true)) failure = std::current_exception();
+    }
+  };
+  std::vector<std::thread> helpers;
+  try {
+    for (std::size_t t = 1; t < threads && t < count; ++t) helpers.emplace_back(share);
+  } catch (const std::exception&) {
+    // no more can be had: the threads that are there do it
+  }
+  share();
+  for (std::thread& helper : helpers) helper.join();
+  if (failure) std::rethrow_exception(failure);
+}
 
 }  // namespace velk
