@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
+
 #include "report/figures.h"
 
 namespace velk::test {
@@ -202,6 +204,30 @@ TEST_F(JudgementTest, WithoutEvidenceNothingIsSaid) {
   data_.evidence.reset();
   EXPECT_EQ(judge().reason, Reason::kUnknown);
   EXPECT_LT(Judge(data_).flankDepth(0), 0);
+}
+
+TEST_F(JudgementTest, LargeInsertsBesideOthersAreNoReasonButCounted) {
+  data_.libraries.push_back(data_.libraries[0]);
+  data_.libraries[1].name = "mates";
+  data_.libraries[1].insert = 3000;
+  data_.counts.resize(kGaps * 2 * run::kReadKinds);
+  data_.evidence.emplace(kGaps, std::vector<std::string>{"pairs", "mates"});
+  data_.evidence->setKmers(0, Side::kFront, 300, 0);
+  data_.evidence->setKmers(0, Side::kBehind, 300, 0);
+  for (int n = 0; n < 7; ++n) data_.evidence->addRefused(0, 1, Refusal::kSmallGap);
+  EXPECT_EQ(judge().reason, Reason::kNothingNear);
+  EXPECT_EQ(judge().figure, "7 refused, of large inserts");
+}
+
+TEST(ReasonTest, EachHasItsNameAndItsSentence) {
+  std::set<std::string> names;
+  std::set<std::string> sentences;
+  for (std::size_t n = 0; n < report::kReasons; ++n) {
+    names.insert(nameOf(static_cast<Reason>(n)));
+    sentences.insert(explain(static_cast<Reason>(n)));
+  }
+  EXPECT_EQ(names.size(), report::kReasons);
+  EXPECT_EQ(sentences.size(), report::kReasons);
 }
 
 TEST_F(JudgementTest, FiguresOfTheRun) {
