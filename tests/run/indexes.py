@@ -426,13 +426,13 @@ class InUse(Base):
                 lines = file.read().splitlines(keepends=True)
             mates.append([b"".join(lines[at:at + 4]) for at in range(0, len(lines), 4)])
         with subprocess.Popen(command, stderr=subprocess.PIPE) as run:
-            with open("pipe", "wb") as pipe:
-                os.truncate("index", PAGE)
-                try:
+            try:
+                with open("pipe", "wb") as pipe:
+                    os.truncate("index", PAGE)
                     for pair in zip(*mates):
                         pipe.writelines(pair)
-                except BrokenPipeError:
-                    pass
+            except BrokenPipeError:
+                pass
             said = run.communicate()[1]
         self.assertEqual((1, b"[ERROR]: index can't be read: it was cut while it was in use, or its"
                              b" disk fails\n"), (run.returncode, said))
