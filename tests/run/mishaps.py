@@ -70,7 +70,7 @@ class Mishap:
     def call(self):
         return run(self.command, self.before() if callable(self.before) else self.before)
 
-    def repair(self):
+    def restore(self):
         for file in self.files:
             shutil.rmtree(file, ignore_errors=True)
             copy = shutil.copytree if os.path.isdir(f"../made/{file}") else shutil.copy
@@ -94,7 +94,7 @@ class Mishap:
             remake("gather", "old.json", *SHARES, "-o", "got")
         elif done.returncode > 0:
             assert not os.path.exists(final), "a folder is left"
-        self.repair()
+        self.restore()
         if self.command[0] == "task":
             remake(*self.command)
         remake(*GATHER)
