@@ -68,6 +68,7 @@ std::size_t ContigText::contigOf(uint64_t p) const {
 
 // As isWindow, of a position that is marked as repeated.
 bool ContigText::isMarkedWindow(uint64_t p) const {
+  if (contigs_.size() == 0) return false;
   const std::size_t n = contigOf(p);
   const TextContig& contig = contigs_[n];
   if (p < contig.firstWindow || p >= contig.endWindow()) return false;
