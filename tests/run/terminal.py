@@ -39,11 +39,17 @@ class Shown(unittest.TestCase):
         return subprocess.Popen([VELK_RUN, "scaffolds.fa", *arguments, "-o", "out"],
                                 cwd=self.folder, **streams)
 
-    def on_terminal(self, *arguments, **streams):
-        """Returns what a terminal for standard error gets."""
+    def on_terminal(self, *arguments, pauses=0, **streams):
+        """Returns what a terminal for standard error gets. `pauses`: how often the run is halted for
+        longer than the bar stands, so that a run of any speed draws it again."""
         master, slave = pty.openpty()
         with self.start(*arguments, stderr=slave, **streams) as run:
             os.close(slave)
+            for _ in range(pauses):
+                run.send_signal(signal.SIGSTOP)
+                time.sleep(0.25)
+                run.send_signal(signal.SIGCONT)
+                time.sleep(0.01)
             text = b""
             while True:
                 try:
@@ -70,7 +76,7 @@ class Shown(unittest.TestCase):
         with open(os.path.join(self.folder, "many.fq"), "w", encoding="ascii") as file:
             for _ in range(40):
                 file.write(text)
-        text = self.on_terminal("--single", "many.fq", "-t", "1")
+        text = self.on_terminal("--single", "many.fq", "-t", "1", pauses=20)
         states = text.split("\r\033[K")
         self.assertEqual("", states[0])
         self.assertRegex(states[-1], r"^Found 23,400 of 320,000 reads;")
