@@ -1,7 +1,6 @@
 // What the characters of a read may be. Pure functions, any thread.
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <stdexcept>
@@ -18,13 +17,12 @@ struct RecordFault : std::runtime_error {
 /// Whether each character is one of first ... last.
 template <char first, char last>
 bool areWithin(std::string_view text) {
-  // The largest distances from `first`, block by block, which is what vector instructions do fast;
-  // the last block may overlap the one before.
+  // Block by block, which is what vector instructions do fast; the last may overlap the one before.
   constexpr std::size_t kBlock = 16;
-  std::array<unsigned char, kBlock> farthest{};
+  std::array<unsigned char, kBlock> isOutside{};
   const auto look = [&](const char* letters, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
-      farthest[i] = std::max(farthest[i], static_cast<unsigned char>(letters[i] - first));
+      isOutside[i] |= static_cast<unsigned char>(letters[i] - first) > last - first;
     }
   };
   if (text.size() < kBlock) {
@@ -34,7 +32,7 @@ bool areWithin(std::string_view text) {
     for (const char* block = text.data(); block < lastBlock; block += kBlock) look(block, kBlock);
     look(lastBlock, kBlock);
   }
-  return *std::max_element(farthest.begin(), farthest.end()) <= last - first;
+  return isOutside == std::array<unsigned char, kBlock>{};
 }
 
 /// Whether `quality` has only the characters of the Phred+33 scale.
