@@ -28,23 +28,14 @@ void forEachInput(const std::vector<Library>& libraries, Take take) {
 
 }  // namespace
 
-// Files are sampled side by side. A pipe is sampled before the next input is opened: one program
-// may write to both, one after the other.
 Inputs::Inputs(const std::vector<Library>& libraries, int threads) {
-  const auto sample = [](OpenInput& input) {
-    try {
-      input.reads->takeSample(kSampleEntries, kSampleBytes);
-    } catch (const reads::InputError& error) {
-      input.failure = error.what();
-    }
-  };
-  const auto isPipe = [](const OpenInput& input) { return input.reads->bytes() == 0; };
   forEachInput(libraries, [&](uint32_t library, uint32_t number, const reads::InputFiles& files) {
     open(library, number, files, threads);
-    if (isPipe(inputs_.back())) sample(inputs_.back());
-  });
-  forEachInParallel(static_cast<std::size_t>(threads), inputs_.size(), [&](std::size_t n) {
-    if (!isPipe(inputs_[n])) sample(inputs_[n]);
+    try {
+      inputs_.back().reads->takeSample(kSampleEntries, kSampleBytes);
+    } catch (const reads::InputError& error) {
+      inputs_.back().failure = error.what();
+    }
   });
 }
 
