@@ -212,7 +212,9 @@ Tally tallyOf(const Findings& findings) {
   if (reads.empty()) return tally;
   const auto middle = reads.begin() + static_cast<std::ptrdiff_t>(reads.size() / 2);
   std::nth_element(reads.begin(), middle, reads.end());
-  tally.medianReads = *middle;
+  const bool isOdd = reads.size() % 2 == 1;
+  const uint64_t below = isOdd ? *middle : *std::max_element(reads.begin(), middle);
+  tally.medianReads = std::midpoint(below, *middle);
   return tally;
 }
 

@@ -214,6 +214,18 @@ TEST(SectionTest, OneReadOfVelk) {
                   "1 read was found at gaps; 1 of 1 gaps have reads."));
 }
 
+TEST(FigureTest, TheMedianOfAnEvenNumberOfGapsLiesBetweenTheMiddleTwo) {
+  const auto medianOf = [](const std::vector<uint32_t>& exact) {
+    const RunData data = runOf(exact);
+    const report::Judge judge(data);
+    const auto gaps = judgeAll(data, judge);
+    return report::tallyOf({data, judge, gaps}).medianReads;
+  };
+  EXPECT_EQ(medianOf({7, 1, 3}), 3U);
+  EXPECT_EQ(medianOf({10, 1, 4, 6}), 5U);
+  EXPECT_EQ(medianOf({9, 2}), 5U);  // whole reads: down from 5.5
+}
+
 TEST(FigureTest, NoGapIsSpanned) {
   RunData data = runOf({1, 0});
   const report::Judge judge(data);
