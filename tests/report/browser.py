@@ -30,8 +30,9 @@ def make_example(folder):
                     "--sample", "Ecoli", "--quiet"], cwd=EXAMPLES, check=True)
 
 
-def make_many(folder):
-    """3,000 gaps, two libraries, stretches without reads and with other bases."""
+def make_many(folder, less):
+    """3,000 gaps, two libraries, stretches without reads and with other bases; and a run with less
+    identity and no mate pairs."""
     chance = random.Random(5)
     scaffolds, genomes = made.many_gaps(chance, 3000)
     inputs = tempfile.mkdtemp(dir=os.path.dirname(folder))
@@ -51,9 +52,10 @@ def make_many(folder):
             mates.add(*pair)
     pairs.write(files["p1"], files["p2"])
     mates.write(files["m1"], files["m2"])
-    subprocess.run([VELK_RUN, files["a.fa"], files["p1"], files["p2"], "--mate-pairs", files["m1"],
-                    files["m2"], "--placeholder", "100", "--sample", "made", "-o", folder, "--quiet"],
-                   check=True)
+    pair_run = [VELK_RUN, files["a.fa"], files["p1"], files["p2"], "--placeholder", "100", "--quiet"]
+    subprocess.run([*pair_run, "--mate-pairs", files["m1"], files["m2"], "--sample", "made", "-o",
+                    folder], check=True)
+    subprocess.run([*pair_run, "-M", "0.9", "--sample", "less", "-o", less], check=True)
 
 
 class Pages(unittest.TestCase):
@@ -62,7 +64,11 @@ class Pages(unittest.TestCase):
         cls.folder = tempfile.mkdtemp()
         cls.names = ("example", "many")
         make_example(os.path.join(cls.folder, "example"))
-        make_many(os.path.join(cls.folder, "many"))
+        many, less = (os.path.join(cls.folder, name) for name in ("many", "less"))
+        make_many(many, less)
+        os.mkdir(os.path.join(cls.folder, "both"))
+        subprocess.run([VELK_REPORT, many, less, "-o",
+                        os.path.join(cls.folder, "both", "report.html")], check=True)
         cls.browser = Browser()
 
     @classmethod
@@ -112,6 +118,17 @@ class Pages(unittest.TestCase):
                 self.assertLessEqual(page.evaluate("document.documentElement.scrollWidth"), width)
         wide = "Array.from(document.querySelectorAll('.scroll'), x => x.scrollWidth - x.clientWidth)"
         self.assertEqual(self.open("many").evaluate(wide), [0])
+        self.assertEqual(self.open("both").evaluate(wide), [0, 0])
+
+    def test_sorting_by_what_was_lost(self):
+        page = self.open("both")
+        page.evaluate("""Array.from(document.querySelectorAll("#kinds th [role=button]"))
+                             .find(x => x.textContent == "Lost").click()""")
+        cells = page.evaluate("""Array.from(document.querySelectorAll("#kinds tbody tr"),
+                                            row => row.cells[7].textContent)""")
+        values = [int(text.replace(",", "").replace("\u2212", "-")) for text in cells]
+        self.assertLess(values[0], -1000)
+        self.assertEqual(values, sorted(values))
 
     def test_sorting(self):
         page = self.open("many")
