@@ -174,6 +174,14 @@ class Pages(unittest.TestCase):
         self.assertEqual(shown, sum(sum(gaps.values()) for gaps in report["reasons"].values()))
         self.assertGreater(shown, 100)
 
+    def test_paper_has_what_is_folded_or_says_that_it_is_missing(self):
+        page = self.open("many")
+        meanings = "document.querySelector('#reasons dl').checkVisibility()"
+        note = "document.querySelector('#drawings .hint').innerText.includes('the first 4 of each kind')"
+        self.assertEqual((page.evaluate(meanings), page.evaluate(note)), (False, False))
+        page.scheme("light", "print")
+        self.assertEqual((page.evaluate(meanings), page.evaluate(note)), (True, True))
+
     def test_a_link_unfolds_its_drawing(self):
         page = self.open("many")
         folded = page.evaluate("document.querySelector('details figure').id")
@@ -212,6 +220,13 @@ class Pages(unittest.TestCase):
             paper = self.open(name, width=690)  # A4 or Letter between margins
             paper.scheme("light", "print")
             self.assertLessEqual(paper.evaluate("document.documentElement.scrollWidth"), 690)
+            right = "Math.max(...Array.from(%s, x => x.getBoundingClientRect().right))"
+            boxes = "document.querySelectorAll('.panel, .tile')"
+            self.assertLess(paper.evaluate(right % boxes), 690)  # with a border that is seen
+            left = "document.querySelector('%s').getBoundingClientRect().left"
+            foot = "parseFloat(getComputedStyle(document.querySelector('footer')).paddingLeft)"
+            self.assertEqual(paper.evaluate(f"{left % 'footer'} + {foot}"),
+                             paper.evaluate(left % "h2"))
             page.print(os.path.join(SCREENSHOTS, name + ".pdf"))
             self.assertGreater(os.path.getsize(os.path.join(SCREENSHOTS, name + ".pdf")), 10000)
 
