@@ -109,6 +109,16 @@ TEST(DrawingTest, EveryKindAndLibraryHasItsStrokes) {
   EXPECT_TRUE(has(drawGap(data, 0, reads, Setting::kAlone), "<style"));
 }
 
+TEST(DrawingTest, EveryTickHasItsNumber) {
+  for (int64_t from = 0; from < 100; from += 7) {
+    const GapReads reads{{{1, 700 - from, 800, 0, ReadKind::kAnchor}}, 0};
+    const std::string svg = drawGap(runOf({1}), 0, reads, Setting::kInPage);
+    const std::size_t lines = countOf(svg, "class=\"axis\"");
+    EXPECT_GT(lines, 3U);
+    EXPECT_EQ(lines, countOf(svg, "text-anchor=\"middle\" class=\"tick\"") + 1) << from;
+  }
+}
+
 TEST(DrawingTest, AGapWithoutReads) {
   const std::string svg = drawGap(runOf({0}), 0, {}, Setting::kInPage);
   EXPECT_TRUE(has(svg, "aria-label=\"Gap 0 of s, 100 bases, with 0 reads\""));
