@@ -21,6 +21,16 @@ VELK_RUN = VELK_REPORT = SCREENSHOTS = ""
 EXAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "examples")
 COLUMN = """Array.from(document.querySelectorAll("#table tbody tr:not([hidden])"),
                        row => row.cells[%d].textContent)"""
+CONTRAST = """(() => {  // of the text of an element with what is behind it
+    const of = (element, what) => getComputedStyle(element)[what].match(/[0-9.]+/g).map(Number);
+    const linear = part => part <= 10 ? part / 3294.6 : ((part / 255 + 0.055) / 1.055) ** 2.4;
+    const light = ([red, green, blue]) =>
+        0.2126 * linear(red) + 0.7152 * linear(green) + 0.0722 * linear(blue) + 0.05;
+    const element = document.querySelector("%s");
+    const behind = light(of(element.closest(".panel") || document.body, "backgroundColor"));
+    const text = light(of(element, "color"));
+    return Math.max(text, behind) / Math.min(text, behind);
+})()"""
 TILES = """Object.fromEntries(Array.from(document.querySelectorAll(".tile"),
                                           tile => [tile.id, tile.querySelector("b").textContent]))"""
 
@@ -202,6 +212,14 @@ class Pages(unittest.TestCase):
             self.assertIn(wanted, text)
         self.assertEqual(page.evaluate("document.querySelectorAll('#table tbody tr').length"), 2000)
         self.assertEqual(page.evaluate("document.querySelectorAll('.filters').length"), 0)
+
+    def test_small_text_has_enough_contrast(self):
+        page = self.open("many")
+        for scheme in ("light", "dark"):
+            page.scheme(scheme)
+            for part in ("footer", "td.none", ".hint", "#table td small"):
+                with self.subTest(scheme=scheme, part=part):
+                    self.assertGreaterEqual(page.evaluate(CONTRAST % part), 4.5)
 
     def test_dark_and_paper(self):
         for name in self.names:
