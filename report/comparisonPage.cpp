@@ -152,12 +152,12 @@ std::string comparisonPage(const Findings& one, const Findings& other, const Run
       "<a href=\"#table\">Gaps</a></nav></div></header>\n<main><p class=\"lead\">The second run "
       "found " +
       countText(other.data.readsFound) + " reads, the first one " + countText(one.data.readsFound) +
-      "; " + countText(comparison.gained) + " gaps gained reads, and " +
-      countText(comparison.lost) + " lost some.</p>";
+      "; " + countText(comparison.gained) + (comparison.gained == 1 ? " gap" : " gaps") +
+      " gained reads, and " + countText(comparison.lost) + " lost some.</p>";
   html += tiles(comparison, one, other) + kindTable(comparison);
   html +=
-      "<section id=\"both\"><h2>Reads of both runs</h2><div class=\"panel\"><p class=\"hint\">A "
-      "dot a gap; above the line the second run has more.</p>" +
+      "<section id=\"both\"><h2>Reads of both runs</h2><div class=\"panel\"><p class=\"hint\">"
+      "Each dot is a gap; above the line, the second run has more.</p>" +
       plotBoth(comparison, one, other) + "</div></section>";
   return html + gapTable(comparison, one, other) + pageEnd();
 }

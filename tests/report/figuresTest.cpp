@@ -181,8 +181,8 @@ TEST_F(SectionsTest, TheRichestThePoorestAndTheEmptyOnes) {
   EXPECT_EQ(drawn_.size(), 80U + 70 + 40);
   EXPECT_TRUE(drawn_.contains(39));
   EXPECT_FALSE(drawn_.contains(40));  // the 41st of the empty ones
-  EXPECT_TRUE(has(html, "<h3>The richest</h3><figure class=\"panel\" id=\"gap-199\">"));
-  EXPECT_TRUE(has(html, "<h3>The poorest with reads</h3><figure class=\"panel\" id=\"gap-60\">"));
+  EXPECT_TRUE(has(html, "<h3>Most reads</h3><figure class=\"panel\" id=\"gap-199\">"));
+  EXPECT_TRUE(has(html, "<h3>Fewest reads</h3><figure class=\"panel\" id=\"gap-60\">"));
   EXPECT_TRUE(has(html, "<h3>Without reads</h3><figure class=\"panel\" id=\"gap-0\">"));
   EXPECT_TRUE(has(html, "<summary>76 more</summary>"));
   EXPECT_TRUE(has(html, "1 read: 1 exact, 0 estimates"));
@@ -248,6 +248,7 @@ TEST(FigureTest, NoGapIsSpanned) {
   const std::string svg = report::plotLengths({data, judge, gaps}, spanned);
   EXPECT_EQ(spanned, 1U);
   EXPECT_TRUE(has(svg, "placeholder\""));
+  EXPECT_TRUE(has(svg, "(lower edge: less)"));
   EXPECT_FALSE(has(svg, "No gap is spanned"));
 }
 
