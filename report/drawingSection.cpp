@@ -131,10 +131,10 @@ std::string drawingSection(const Findings& findings, GapReadSource& reads, std::
       "every read at its place";
   if (!findings.data.isOfVelk) html += "; mates are joined";
   html +=
-      ". Above: how deep exact reads lie (full colour) and estimates on top of them (faint). "
+      ". Above: how deep exact reads lie (full) and estimates on top of them (faint). "
       "<code>velk-report --gap N</code> draws any other gap.";
   if (std::max({richest.size(), poorest.size(), empty.size()}) > kUnfolded) {
-    html += "<span class=\"paper\"> On paper stand only the first " + std::to_string(kUnfolded) +
+    html += "<span class=\"paper\"> On paper: the first " + std::to_string(kUnfolded) +
             " of each kind.</span>";
   }
   html += "</p>" + keyOf(findings.data);
