@@ -41,9 +41,10 @@ std::string tiles(const Comparison& comparison, const Findings& one, const Findi
   return html + "</div>";
 }
 
-std::string changeCells(const Change& change, const char* sign) {
-  return std::string("<td>") + (change.reads == 0 ? "" : sign) + countText(change.reads) + "<td>" +
-         countText(change.gaps);
+// The reads that were gained or lost, and at how many gaps.
+std::string changeCells(int64_t reads, uint64_t gaps) {
+  return "<td data-v=" + std::to_string(reads) + ">" + signedText(reads, kMinus) + "<td>" +
+         countText(gaps);
 }
 
 std::string kindTable(const Comparison& comparison) {
@@ -59,7 +60,8 @@ std::string kindTable(const Comparison& comparison) {
             countText(counts.other) +
             "<td data-v=" + std::to_string(difference(counts.one, counts.other)) + ">" +
             signedText(difference(counts.one, counts.other), kMinus) +
-            changeCells(counts.gained, "+") + changeCells(counts.lost, kMinus) + "</tr>\n";
+            changeCells(static_cast<int64_t>(counts.gained.reads), counts.gained.gaps) +
+            changeCells(-static_cast<int64_t>(counts.lost.reads), counts.lost.gaps) + "</tr>\n";
   }
   return html + "</tbody></table></div></section>";
 }
@@ -124,8 +126,8 @@ std::string gapTable(const Comparison& comparison, const Findings& one, const Fi
   std::string html =
       "<section id=\"table\"><h2>Gaps that gained and lost most</h2><p class=\"hint\">Reads that "
       "belong in a gap, exact ones and estimates. At most 100 gaps that gained, and 100 that "
-      "lost.</p><div class=\"panel scroll rows\"><table class=\"sorts\"><thead><tr><th>No. in "
-      "first<th>in second<th class=word>Scaffold<th>Position<th>First run<th>Second "
+      "lost.</p><div class=\"panel scroll rows\"><table class=\"sorts compared\"><thead><tr>"
+      "<th>Gap, first<th>Gap, second<th class=word>Scaffold<th>Position<th>First run<th>Second "
       "run<th>Change<th class=word>By library and kind<th class=word>Why few, first<th "
       "class=word>Why few, second</tr></thead><tbody>";
   const std::vector<SharedGap>& gaps = comparison.gaps;
@@ -150,12 +152,12 @@ std::string comparisonPage(const Findings& one, const Findings& other, const Run
       "<a href=\"#table\">Gaps</a></nav></div></header>\n<main><p class=\"lead\">The second run "
       "found " +
       countText(other.data.readsFound) + " reads, the first one " + countText(one.data.readsFound) +
-      "; " + countText(comparison.gained) + " gaps gained reads, and " +
-      countText(comparison.lost) + " lost some.</p>";
+      "; " + countText(comparison.gained) + (comparison.gained == 1 ? " gap" : " gaps") +
+      " gained reads, and " + countText(comparison.lost) + " lost some.</p>";
   html += tiles(comparison, one, other) + kindTable(comparison);
   html +=
-      "<section id=\"both\"><h2>Reads of both runs</h2><div class=\"panel\"><p class=\"hint\">A "
-      "dot a gap; above the line the second run has more.</p>" +
+      "<section id=\"both\"><h2>Reads of both runs</h2><div class=\"panel\"><p class=\"hint\">"
+      "Each dot is a gap; above the line, the second run has more.</p>" +
       plotBoth(comparison, one, other) + "</div></section>";
   return html + gapTable(comparison, one, other) + pageEnd();
 }

@@ -224,9 +224,9 @@ class Drawing {
                                       kSideMargin, kWidth - kSideMargin);
     for (const Tick& tick : scale.ticks(8)) {
       const double at = scale.at(tick.value);
+      const bool hasRoom = at >= 40 && at <= kWidth - 40;  // for its number
+      if (!hasRoom) continue;
       svg.line(at, y, at, y + 4, "axis");
-      const bool isAtEdge = at < 40 || at > kWidth - 40;
-      if (isAtEdge) continue;
       svg.text(at, y + 17, countText(static_cast<uint64_t>(std::max(0.0, tick.value))), "middle",
                "tick");
     }

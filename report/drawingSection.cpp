@@ -131,11 +131,15 @@ std::string drawingSection(const Findings& findings, GapReadSource& reads, std::
       "every read at its place";
   if (!findings.data.isOfVelk) html += "; mates are joined";
   html +=
-      ". Above: how deep exact reads lie (full) and estimates on top of them (pale). "
-      "<code>velk-report --gap N</code> draws any other gap.</p>" +
-      keyOf(findings.data);
-  html += gallery.group("The richest", richest);
-  html += gallery.group("The poorest with reads", poorest);
+      ". Above: how deep exact reads lie (full) and estimates on top of them (faint). "
+      "<code>velk-report --gap N</code> draws any other gap.";
+  if (std::max({richest.size(), poorest.size(), empty.size()}) > kUnfolded) {
+    html += "<span class=\"paper\"> On paper: the first " + std::to_string(kUnfolded) +
+            " of each kind.</span>";
+  }
+  html += "</p>" + keyOf(findings.data);
+  html += gallery.group("Most reads", richest);
+  html += gallery.group("Fewest reads", poorest);
   html += gallery.group("Without reads", empty);
   drawn = gallery.drawn();
   return html + "</section>";

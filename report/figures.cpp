@@ -104,9 +104,11 @@ std::string plotLengths(const Findings& findings, std::size_t& gaps) {
   const Frame frame = frameOf(svg);
   Span lengths;
   gaps = 0;
+  bool isBelow = false;
   for (const GapData& gap : findings.data.gaps) {
     if (!gap.implied) continue;
     ++gaps;
+    isBelow = isBelow || static_cast<double>(*gap.implied) < kLeastShown / 1.5;
     for (const double length :
          {static_cast<double>(*gap.implied), static_cast<double>(gap.to - gap.from)}) {
       lengths.take(std::max(length, kLeastShown));
@@ -116,7 +118,8 @@ std::string plotLengths(const Findings& findings, std::size_t& gaps) {
   const double high = std::max(lengths.high * 1.5, 10 * low);
   const Scale x = Scale::logarithmic(low, high, frame.left, frame.right);
   const Scale y = Scale::logarithmic(low, high, frame.bottom, frame.top);
-  drawAxes(svg, frame, x, y, "written length, bases", "implied length, bases");
+  drawAxes(svg, frame, x, y, "written length, bases",
+           isBelow ? "implied length, bases (lower edge: less)" : "implied length, bases");
   svg.line(x.at(low), y.at(low), x.at(high), y.at(high), "same");
   Dots plain;
   Dots placeholders;
@@ -153,7 +156,7 @@ std::string plotFlanks(const Findings& findings) {
   }
   const Scale x = Scale::linear(0, kWidest, frame.left, frame.right);
   const Scale y = Scale::linear(0, std::max(5.0, highest(bars)), frame.bottom, frame.top);
-  drawAxes(svg, frame, x, y, "depth of the flanks, times the median (the last bar: and more)",
+  drawAxes(svg, frame, x, y, "depth of the flanks, times the median (the last bar: 3.9 and more)",
            "gaps");
   drawBars(svg, frame, x, y, bars, "bars");
   for (const double mark : {1.0, 2.0}) {
@@ -212,7 +215,9 @@ Tally tallyOf(const Findings& findings) {
   if (reads.empty()) return tally;
   const auto middle = reads.begin() + static_cast<std::ptrdiff_t>(reads.size() / 2);
   std::nth_element(reads.begin(), middle, reads.end());
-  tally.medianReads = *middle;
+  const bool isOdd = reads.size() % 2 == 1;
+  const uint64_t below = isOdd ? *middle : *std::max_element(reads.begin(), middle);
+  tally.medianReads = std::midpoint(below, *middle);
   return tally;
 }
 

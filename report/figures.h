@@ -51,12 +51,12 @@ struct ReasonCount {
 };
 
 struct Tally {
-  uint64_t withReads = 0;  // gaps
-  uint64_t few = 0;        // gaps with reads, but few
-  uint64_t covered = 0;    // gaps that exact reads cover whole
-  uint64_t exact = 0;      // reads at gaps
-  uint64_t estimates = 0;  // likewise
-  uint64_t medianReads = 0;
+  uint64_t withReads = 0;    // gaps
+  uint64_t few = 0;          // gaps with reads, but few
+  uint64_t covered = 0;      // gaps that exact reads cover whole
+  uint64_t exact = 0;        // reads at gaps
+  uint64_t estimates = 0;    // likewise
+  uint64_t medianReads = 0;  // of a gap, rounded down
   std::array<ReasonCount, kReasons> reasons;
 };
 

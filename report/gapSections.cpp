@@ -51,7 +51,8 @@ std::string reasonsPanel(const Findings& findings) {
            "<p class=\"hint\">All gaps have at least a quarter of the reads that depth and "
            "reach predict.</p></div>";
   }
-  html += "<p class=\"hint\">" + countText(none) + " gaps without reads, and " + countText(few) +
+  html += "<p class=\"hint\">" + countText(none) + (none == 1 ? " gap" : " gaps") +
+          " without reads, and " + countText(few) +
           " with under a quarter of what is predicted, by reason:</p>" + reasonBar(counts);
   html += "<details class=\"more\"><summary>What the reasons mean</summary><dl class=\"hint\">";
   for (std::size_t n = 1; n < kReasons; ++n) {
@@ -65,7 +66,7 @@ std::string reasonsPanel(const Findings& findings) {
 std::string aboutPlaceholders(const RunData& data) {
   const bool hasSome = std::any_of(data.gaps.begin(), data.gaps.end(),
                                    [](const GapData& gap) { return gap.isPlaceholder; });
-  return hasSome ? " Gaps of unknown length stand where the search takes their length to be." : "";
+  return hasSome ? " Gaps of unknown length stand at the length that the search assumes." : "";
 }
 
 std::string lengthsPanel(const Findings& findings) {
@@ -74,7 +75,8 @@ std::string lengthsPanel(const Findings& findings) {
   return panel(
       "", "Length by pairs",
       countText(withLength) + " of " + countText(findings.gaps.size()) +
-          " gaps are spanned by five pairs or more. Far from the line lie placeholders "
+          (withLength == 1 ? " gaps is" : " gaps are") +
+          " spanned by five pairs or more. Far from the line lie placeholders "
           "(blue) and wrong joins. Where few fragments are long enough to span a gap with both "
           "reads beside it, the implied length is far from sure.",
       lengths);
@@ -87,14 +89,15 @@ std::string gapSection(const Findings& findings) {
     return "<section id=\"gaps\"><h2>Gaps</h2><p>The assembly has no gap.</p></section>";
   }
   std::string html = "<section id=\"gaps\"><h2>Gaps</h2><div class=\"panels\">";
-  html += panel("wide", "Reads against length",
-                findings.judge.canPredict()
-                    ? "A dot a gap. The line is what depth and reach of the libraries predict "
-                      "between long contigs. Gaps with few reads or none have the colour of their "
-                      "reason, as below." +
-                          aboutPlaceholders(findings.data)
-                    : "A dot a gap.",
-                plotReads(findings));
+  html +=
+      panel("wide", "Reads against length",
+            findings.judge.canPredict()
+                ? "Each dot is a gap. The line is what depth and reach of the libraries predict "
+                  "between long contigs. Gaps with few reads or none have the colour of their "
+                  "reason, as below." +
+                      aboutPlaceholders(findings.data)
+                : "Each dot is a gap.",
+            plotReads(findings));
   if (findings.data.evidence) html += reasonsPanel(findings);
   if (!findings.data.isOfVelk) html += lengthsPanel(findings);
   if (findings.data.evidence) {
@@ -105,8 +108,8 @@ std::string gapSection(const Findings& findings) {
   }
   if (!findings.data.reach.empty()) {
     html += panel("wide", "Covered by exact reads",
-                  "How much of each gap exact reads cover from either side, gaps in falling order "
-                  "of it.",
+                  "How much of each gap exact reads cover from either side. Gaps stand in falling "
+                  "order of it.",
                   plotReach(findings));
   }
   return html + "</div></section>";
@@ -215,7 +218,7 @@ std::string tableSection(const Findings& findings, const std::set<std::size_t>& 
   }
   html += "Positions count from 1.";
   if (rows.size() > kRowsOnPaper) {
-    html += "<span class=\"paper\"> On paper stand the first 100 rows.</span>";
+    html += "<span class=\"paper\"> On paper stand only the first 100 rows.</span>";
   }
   html +=
       "</p><div class=\"panel scroll rows\"><table class=\"sorts filters-too\">"

@@ -67,7 +67,7 @@ std::string multiqcTable(const Findings& findings) {
       {"reads_found", column("Found", "Reads found at gaps", kWhole)},
       {"reads_found_percent", percentColumn("Found, %", "Share of the reads searched")},
       {"exact_percent", percentColumn("Exact, %", "Share of exact places in gaps")},
-      {"median_reads", column("Reads a gap", "The median", kWhole)}};
+      {"median_reads", column("Reads per gap", "The median", kWhole)}};
   Json json = sectionOf("velk", "Gaps and their reads",
                         "Exact places are those that agree with a contig; covered gaps are so by "
                         "exact reads from end to end.");

@@ -70,21 +70,20 @@ std::string wordSection(const RunData& data) {
                "gap.");
   if (!data.isOfVelk) {
     html += word("Anchor", "The read of a pair that lies on a contig, and so leads to its mate.");
-    html +=
-        word("By pairs",
-             "The gap's length by pairs, at least five, with a read on either side of it; a dot "
-             "where there are fewer.");
+    html += word("By pairs",
+                 "The gap's length as pairs imply it that have a read on either side of it; a dot "
+                 "where there are fewer than five.");
   }
   if (data.evidence) {
     html += word("Predicted",
                  "Reads that the libraries' depth and reach give a gap of this length between "
                  "contigs like these.");
-    html +=
-        word("Flanks", "Reads within 500 bases of the gap, as multiple of the median of all gaps.");
+    html += word("Flanks",
+                 "Reads within 500 bases of the gap, as a multiple of the median of all gaps.");
   }
   html += word("Covered",
-               "The part of the gap that exact reads cover from either side; darker where those of "
-               "both sides do.");
+               "The part of the gap that exact reads cover from either side; stronger in colour "
+               "where those of both sides do.");
   return html + "</dl></section>\n";
 }
 

@@ -59,7 +59,7 @@ std::string topSection(const Findings& findings) {
   html += tile("exact", percentText(shareOf(tally.exact, tally.exact + tally.estimates)),
                "of places are exact",
                countText(tally.exact) + " of " + countText(tally.exact + tally.estimates));
-  html += tile("median", countText(tally.medianReads), "reads a gap", "the median");
+  html += tile("median", countText(tally.medianReads), "reads per gap", "the median");
   if (!data.reach.empty()) {
     html += tile("covered", countText(tally.covered), "gaps covered whole", "by exact reads");
   }
@@ -159,8 +159,8 @@ std::string librarySection(const Findings& findings) {
       data.isOfVelk
           ? "Libraries are distinguished by the insert sizes that were given. Places are compared "
             "with the contigs as velk-run does, which takes a tenth of that for the spread."
-          : "How long the fragments are, as measured on pairs of the first reads that lie on "
-            "one contig, and what was found at gaps. Grey bars are pairs of another "
+          : "How long the fragments are, and what was found at gaps. The lengths are of those "
+            "among the first pairs that lie on one contig; grey bars are pairs of another "
             "orientation.";
   html += "</p><div class=\"panels\">";
   for (std::size_t n = 0; n < std::min(kMostLibraries, data.libraries.size()); ++n) {

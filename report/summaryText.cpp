@@ -106,7 +106,8 @@ std::string gapLines(const Findings& findings, std::size_t width) {
     std::string line = "  gap " + std::to_string(facts.number) + ", " +
                        cleaned(findings.data.scaffoldOf(facts), 30) + ":" +
                        std::to_string(facts.from + 1) + "-" + std::to_string(facts.to) + ", " +
-                       countText(judged.belonging) + " reads of about " +
+                       countText(judged.belonging) +
+                       (judged.belonging == 1 ? " read of about " : " reads of about ") +
                        countText(static_cast<uint64_t>(std::llround(judged.expected))) + ": " +
                        nameOf(judged.reason);
     if (!judged.figure.empty()) line += " (" + judged.figure + ")";
@@ -125,7 +126,8 @@ std::string summaryText(const Findings& findings, std::size_t width) {
   first += " reads; " + countText(tally.withReads) + " of " + countText(data.gaps.size()) +
            " gaps have reads, " + countText(tally.medianReads) + " in the median";
   if (!data.reach.empty()) {
-    first += "; " + countText(tally.covered) + " are covered whole by exact reads";
+    first += "; " + countText(tally.covered) + (tally.covered == 1 ? " is" : " are") +
+             " covered whole by exact reads";
   }
   std::string text = wrapped(first + ".", width, 0);
   for (const LibraryData& library : data.libraries) {

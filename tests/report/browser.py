@@ -21,6 +21,16 @@ VELK_RUN = VELK_REPORT = SCREENSHOTS = ""
 EXAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "examples")
 COLUMN = """Array.from(document.querySelectorAll("#table tbody tr:not([hidden])"),
                        row => row.cells[%d].textContent)"""
+CONTRAST = """(() => {  // of the text of an element with what is behind it
+    const of = (element, what) => getComputedStyle(element)[what].match(/[0-9.]+/g).map(Number);
+    const linear = part => part <= 10 ? part / 3294.6 : ((part / 255 + 0.055) / 1.055) ** 2.4;
+    const light = ([red, green, blue]) =>
+        0.2126 * linear(red) + 0.7152 * linear(green) + 0.0722 * linear(blue) + 0.05;
+    const element = document.querySelector("%s");
+    const behind = light(of(element.closest(".panel") || document.body, "backgroundColor"));
+    const text = light(of(element, "color"));
+    return Math.max(text, behind) / Math.min(text, behind);
+})()"""
 TILES = """Object.fromEntries(Array.from(document.querySelectorAll(".tile"),
                                           tile => [tile.id, tile.querySelector("b").textContent]))"""
 
@@ -30,8 +40,9 @@ def make_example(folder):
                     "--sample", "Ecoli", "--quiet"], cwd=EXAMPLES, check=True)
 
 
-def make_many(folder):
-    """3,000 gaps, two libraries, stretches without reads and with other bases."""
+def make_many(folder, less):
+    """3,000 gaps, two libraries, stretches without reads and with other bases; and a run with less
+    identity and no mate pairs."""
     chance = random.Random(5)
     scaffolds, genomes = made.many_gaps(chance, 3000)
     inputs = tempfile.mkdtemp(dir=os.path.dirname(folder))
@@ -51,9 +62,10 @@ def make_many(folder):
             mates.add(*pair)
     pairs.write(files["p1"], files["p2"])
     mates.write(files["m1"], files["m2"])
-    subprocess.run([VELK_RUN, files["a.fa"], files["p1"], files["p2"], "--mate-pairs", files["m1"],
-                    files["m2"], "--placeholder", "100", "--sample", "made", "-o", folder, "--quiet"],
-                   check=True)
+    pair_run = [VELK_RUN, files["a.fa"], files["p1"], files["p2"], "--placeholder", "100", "--quiet"]
+    subprocess.run([*pair_run, "--mate-pairs", files["m1"], files["m2"], "--sample", "made", "-o",
+                    folder], check=True)
+    subprocess.run([*pair_run, "-M", "0.9", "--sample", "less", "-o", less], check=True)
 
 
 class Pages(unittest.TestCase):
@@ -62,7 +74,11 @@ class Pages(unittest.TestCase):
         cls.folder = tempfile.mkdtemp()
         cls.names = ("example", "many")
         make_example(os.path.join(cls.folder, "example"))
-        make_many(os.path.join(cls.folder, "many"))
+        many, less = (os.path.join(cls.folder, name) for name in ("many", "less"))
+        make_many(many, less)
+        os.mkdir(os.path.join(cls.folder, "both"))
+        subprocess.run([VELK_REPORT, many, less, "-o",
+                        os.path.join(cls.folder, "both", "report.html")], check=True)
         cls.browser = Browser()
 
     @classmethod
@@ -112,6 +128,17 @@ class Pages(unittest.TestCase):
                 self.assertLessEqual(page.evaluate("document.documentElement.scrollWidth"), width)
         wide = "Array.from(document.querySelectorAll('.scroll'), x => x.scrollWidth - x.clientWidth)"
         self.assertEqual(self.open("many").evaluate(wide), [0])
+        self.assertEqual(self.open("both").evaluate(wide), [0, 0])
+
+    def test_sorting_by_what_was_lost(self):
+        page = self.open("both")
+        page.evaluate("""Array.from(document.querySelectorAll("#kinds th [role=button]"))
+                             .find(x => x.textContent == "Lost").click()""")
+        cells = page.evaluate("""Array.from(document.querySelectorAll("#kinds tbody tr"),
+                                            row => row.cells[7].textContent)""")
+        values = [int(text.replace(",", "").replace("\u2212", "-")) for text in cells]
+        self.assertLess(values[0], -1000)
+        self.assertEqual(values, sorted(values))
 
     def test_sorting(self):
         page = self.open("many")
@@ -157,6 +184,14 @@ class Pages(unittest.TestCase):
         self.assertEqual(shown, sum(sum(gaps.values()) for gaps in report["reasons"].values()))
         self.assertGreater(shown, 100)
 
+    def test_paper_has_what_is_folded_or_says_that_it_is_missing(self):
+        page = self.open("many")
+        meanings = "document.querySelector('#reasons dl').checkVisibility()"
+        note = "document.querySelector('#drawings .hint').innerText.includes('the first 4 of each kind')"
+        self.assertEqual((page.evaluate(meanings), page.evaluate(note)), (False, False))
+        page.scheme("light", "print")
+        self.assertEqual((page.evaluate(meanings), page.evaluate(note)), (True, True))
+
     def test_a_link_unfolds_its_drawing(self):
         page = self.open("many")
         folded = page.evaluate("document.querySelector('details figure').id")
@@ -178,6 +213,14 @@ class Pages(unittest.TestCase):
         self.assertEqual(page.evaluate("document.querySelectorAll('#table tbody tr').length"), 2000)
         self.assertEqual(page.evaluate("document.querySelectorAll('.filters').length"), 0)
 
+    def test_small_text_has_enough_contrast(self):
+        page = self.open("many")
+        for scheme in ("light", "dark"):
+            page.scheme(scheme)
+            for part in ("footer", "td.none", ".hint", "#table td small"):
+                with self.subTest(scheme=scheme, part=part):
+                    self.assertGreaterEqual(page.evaluate(CONTRAST % part), 4.5)
+
     def test_dark_and_paper(self):
         for name in self.names:
             page = self.open(name)
@@ -195,6 +238,13 @@ class Pages(unittest.TestCase):
             paper = self.open(name, width=690)  # A4 or Letter between margins
             paper.scheme("light", "print")
             self.assertLessEqual(paper.evaluate("document.documentElement.scrollWidth"), 690)
+            right = "Math.max(...Array.from(%s, x => x.getBoundingClientRect().right))"
+            boxes = "document.querySelectorAll('.panel, .tile')"
+            self.assertLess(paper.evaluate(right % boxes), 690)  # with a border that is seen
+            left = "document.querySelector('%s').getBoundingClientRect().left"
+            foot = "parseFloat(getComputedStyle(document.querySelector('footer')).paddingLeft)"
+            self.assertEqual(paper.evaluate(f"{left % 'footer'} + {foot}"),
+                             paper.evaluate(left % "h2"))
             page.print(os.path.join(SCREENSHOTS, name + ".pdf"))
             self.assertGreater(os.path.getsize(os.path.join(SCREENSHOTS, name + ".pdf")), 10000)
 

@@ -109,6 +109,16 @@ TEST(DrawingTest, EveryKindAndLibraryHasItsStrokes) {
   EXPECT_TRUE(has(drawGap(data, 0, reads, Setting::kAlone), "<style"));
 }
 
+TEST(DrawingTest, EveryTickHasItsNumber) {
+  for (int64_t from = 0; from < 100; from += 7) {
+    const GapReads reads{{{1, 700 - from, 800, 0, ReadKind::kAnchor}}, 0};
+    const std::string svg = drawGap(runOf({1}), 0, reads, Setting::kInPage);
+    const std::size_t lines = countOf(svg, "class=\"axis\"");
+    EXPECT_GT(lines, 3U);
+    EXPECT_EQ(lines, countOf(svg, "text-anchor=\"middle\" class=\"tick\"") + 1) << from;
+  }
+}
+
 TEST(DrawingTest, AGapWithoutReads) {
   const std::string svg = drawGap(runOf({0}), 0, {}, Setting::kInPage);
   EXPECT_TRUE(has(svg, "aria-label=\"Gap 0 of s, 100 bases, with 0 reads\""));
@@ -171,8 +181,8 @@ TEST_F(SectionsTest, TheRichestThePoorestAndTheEmptyOnes) {
   EXPECT_EQ(drawn_.size(), 80U + 70 + 40);
   EXPECT_TRUE(drawn_.contains(39));
   EXPECT_FALSE(drawn_.contains(40));  // the 41st of the empty ones
-  EXPECT_TRUE(has(html, "<h3>The richest</h3><figure class=\"panel\" id=\"gap-199\">"));
-  EXPECT_TRUE(has(html, "<h3>The poorest with reads</h3><figure class=\"panel\" id=\"gap-60\">"));
+  EXPECT_TRUE(has(html, "<h3>Most reads</h3><figure class=\"panel\" id=\"gap-199\">"));
+  EXPECT_TRUE(has(html, "<h3>Fewest reads</h3><figure class=\"panel\" id=\"gap-60\">"));
   EXPECT_TRUE(has(html, "<h3>Without reads</h3><figure class=\"panel\" id=\"gap-0\">"));
   EXPECT_TRUE(has(html, "<summary>76 more</summary>"));
   EXPECT_TRUE(has(html, "1 read: 1 exact, 0 estimates"));
@@ -214,6 +224,18 @@ TEST(SectionTest, OneReadOfVelk) {
                   "1 read was found at gaps; 1 of 1 gaps have reads."));
 }
 
+TEST(FigureTest, TheMedianOfAnEvenNumberOfGapsLiesBetweenTheMiddleTwo) {
+  const auto medianOf = [](const std::vector<uint32_t>& exact) {
+    const RunData data = runOf(exact);
+    const report::Judge judge(data);
+    const auto gaps = judgeAll(data, judge);
+    return report::tallyOf({data, judge, gaps}).medianReads;
+  };
+  EXPECT_EQ(medianOf({7, 1, 3}), 3U);
+  EXPECT_EQ(medianOf({10, 1, 4, 6}), 5U);
+  EXPECT_EQ(medianOf({9, 2}), 5U);  // whole reads: down from 5.5
+}
+
 TEST(FigureTest, NoGapIsSpanned) {
   RunData data = runOf({1, 0});
   const report::Judge judge(data);
@@ -226,6 +248,7 @@ TEST(FigureTest, NoGapIsSpanned) {
   const std::string svg = report::plotLengths({data, judge, gaps}, spanned);
   EXPECT_EQ(spanned, 1U);
   EXPECT_TRUE(has(svg, "placeholder\""));
+  EXPECT_TRUE(has(svg, "(lower edge: less)"));
   EXPECT_FALSE(has(svg, "No gap is spanned"));
 }
 

@@ -110,7 +110,7 @@ TEST(SummaryTextTest, OfVelksOwnFiles) {
   data.reach.resize(data.gaps.size());
   data.reach[3] = {470, 0};
   EXPECT_EQ(textOf(data, 200),
-            "sample: found 1,005 reads; 2 of 13 gaps have reads, 0 in the median; 1 are covered "
+            "sample: found 1,005 reads; 2 of 13 gaps have reads, 0 in the median; 1 is covered "
             "whole by exact reads.\n  pairs: found 0\n  single\u00E4: found 0\n");
 }
 
