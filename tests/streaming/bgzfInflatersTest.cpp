@@ -58,9 +58,9 @@ class BgzfTest : public StreamingTest, public ::testing::WithParamInterface<Infl
   ~BgzfTest() override { inflateLibrary = usualLibrary_; }
 
   // The file, the same for all numbers of threads. ISA-L makes some bytes of a damaged block of
-  // what lies before them in memory: `certain` bytes are known to stand before such a one.
+  // what memory held before: `certain` bytes are known to stand in front of it.
   static Inflated inflateByAll(const std::string& file, std::size_t certain = std::string::npos) {
-    const Inflated alone = inflateFile(file, 0);
+    Inflated alone = inflateFile(file, 0);
     if (GetParam() == InflateLibrary::kZlib) certain = std::string::npos;
     for (const int threads : {1, 2, 3}) {
       const Inflated together = inflateFile(file, threads);
@@ -127,7 +127,7 @@ TEST_P(BgzfInflating, AllThatIsWholeAndFindsRoom) {
     for (const std::size_t more : {std::size_t{0}, std::size_t{1}, std::size_t{1000}}) {
       expectTaken(file, text.size() + more + 1, {text, file.size(), true});
     }
-    expectTaken(file, text.size() == 0 ? 1 : text.size(), {text, file.size(), true});
+    expectTaken(file, text.empty() ? 1 : text.size(), {text, file.size(), true});
   }
 }
 
@@ -266,21 +266,21 @@ class BgzfDamage : public BgzfTest {
  protected:
   BgzfDamage() {
     for (unsigned n = 0; n < 3; ++n) {
-      long_.add(longText(n));
-      short_.add(randomBases(20, n) + "\n");
+      ofLong_.add(longText(n));
+      ofShort_.add(randomBases(20, n) + "\n");
     }
-    long_.add("");
-    short_.add("");
+    ofLong_.add("");
+    ofShort_.add("");
   }
 
-  Bgzf long_;   // inflated by several threads
-  Bgzf short_;  // by one, the members still together
+  Bgzf ofLong_;   // inflated by several threads
+  Bgzf ofShort_;  // by one, the members still together
 };
 
 INSTANTIATE_BGZF(BgzfDamage);
 
 TEST_P(BgzfDamage, EveryByteChanged) {
-  for (const Bgzf* whole : {&long_, &short_}) {
+  for (const Bgzf* whole : {&ofLong_, &ofShort_}) {
     for (std::size_t at = 0; at < whole->file.size(); ++at) {
       SCOPED_TRACE(at);
       const std::size_t certain = whole->textBefore(at);
@@ -291,7 +291,7 @@ TEST_P(BgzfDamage, EveryByteChanged) {
 }
 
 TEST_P(BgzfDamage, CutAtEveryLength) {
-  for (const Bgzf* whole : {&long_, &short_}) {
+  for (const Bgzf* whole : {&ofLong_, &ofShort_}) {
     for (std::size_t size = 0; size < whole->file.size(); ++size) {
       SCOPED_TRACE(size);
       inflateByAll(whole->file.substr(0, size));
