@@ -1,14 +1,19 @@
 #!/usr/bin/env python3
-"""What velk-report never writes over: its own inputs.
+"""What velk-report never writes over: its own inputs, and a folder that another process writes to.
 
     guards.py VELK_RUN VELK_REPORT
 """
 
+import fcntl
+import hashlib
 import os
 import shutil
+import subprocess
 import unittest
 
-from exampleRun import EXAMPLES, VELK_REPORT, ExampleRun, load, run
+from exampleRun import EXAMPLES, VELK_REPORT, VELK_RUN, ExampleRun, load, run
+
+REPORTS = 20  # at once
 
 
 def bytes_below(folder):
@@ -61,6 +66,83 @@ class Inputs(ExampleRun):
                      links + "/folder/gaps.tsv"):
             self.is_refused(table, name, "--gap", "0", out)
             self.is_refused(table, name, out, self.out)
+
+
+class Locks(ExampleRun):
+    def test_beside_another_process(self):
+        """Such as a run that has begun in the folder: also when the earlier result is no longer there."""
+        out = self.copy()
+        for removed in ((), ("summary.json",)):
+            for name in removed:
+                os.unlink(os.path.join(out, name))
+            before = bytes_below(out)
+            partial = os.path.join(out, ".partial")
+            os.mkdir(partial)
+            lock = os.open(partial, os.O_RDONLY)
+            fcntl.flock(lock, fcntl.LOCK_EX)
+            names = sorted(os.listdir(out))
+            self.failure(1, f"another run writes to {out}", out)
+            self.assertEqual(sorted(os.listdir(out)), names)
+            os.close(lock)
+            os.rmdir(partial)
+            self.assertEqual(bytes_below(out), before)
+
+    def test_what_a_killed_run_has_left(self):
+        """Files stay as they were, and are in nobody's way; an empty folder goes."""
+        out = self.copy()
+        names = set(os.listdir(out))
+        os.mkdir(out + "/.partial")
+        self.assertEqual(run(VELK_REPORT, out).returncode, 0)
+        self.assertEqual(set(os.listdir(out)), names)
+        os.mkdir(out + "/.partial")
+        with open(out + "/.partial/reads.bam", "w", encoding="ascii") as file:
+            file.write("part")
+        self.assertEqual(run(VELK_REPORT, out).returncode, 0)
+        self.assertEqual(os.listdir(out + "/.partial"), ["reads.bam"])
+        self.velk_run(out)
+        self.assertEqual(set(os.listdir(out)), names)
+
+    def is_whole(self, out):
+        """The summary's checksums hold, and nothing else is there."""
+        files = load(out, "summary.json")["files"]
+        self.assertEqual(set(os.listdir(out)), {"summary.json", *(file["name"] for file in files)})
+        for file in files:
+            with open(os.path.join(out, file["name"]), "rb") as made:
+                self.assertEqual(hashlib.md5(made.read()).hexdigest(), file["md5"], file["name"])
+
+    def ended(self, out, processes):
+        """The statuses of processes, which either do their work or are kept out."""
+        ends = [(process.communicate()[1], process.returncode) for process in processes]
+        for said, status in ends:
+            self.assertIn((said, status), (("", 0), (f"[ERROR]: another run writes to {out}\n", 1)))
+        self.is_whole(out)
+        return [status for _, status in ends]
+
+    @staticmethod
+    def start(*command):
+        return subprocess.Popen(command, stderr=subprocess.PIPE, text=True, cwd=EXAMPLES)
+
+    def test_reports_at_once(self):
+        """On a result that has no report yet, and on one that has."""
+        out = self.copy("--no-report")
+        for _ in range(2):
+            statuses = self.ended(out, [self.start(VELK_REPORT, out) for _ in range(REPORTS)])
+            self.assertIn(0, statuses)
+            self.assertIn("report.html", os.listdir(out))
+
+    def test_a_run_and_reports(self):
+        """The run has the folder, unless a report was there a moment earlier."""
+        out = self.copy()
+        writer = self.start(VELK_RUN, "scaffolds.fa", "reads_1.fq.gz", "reads_2.fq.gz", "-o", out,
+                            "--quiet", "--sample", "new")
+        while ".partial" not in os.listdir(out) and writer.poll() is None:
+            pass
+        reports = []
+        while writer.poll() is None:
+            reports.append(self.start(VELK_REPORT, out))
+            reports[-1].wait()
+        status = self.ended(out, [writer, *reports])[0]
+        self.assertEqual(load(out, "summary.json")["sample"], "sample" if status else "new")
 
 
 if __name__ == "__main__":
