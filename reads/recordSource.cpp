@@ -3,6 +3,7 @@
 #include "reads/bamRecords.h"
 #include "reads/storedFile.h"
 #include "reads/textRecords.h"
+#include "streaming/gzipDecoder.h"
 
 namespace velk::reads {
 namespace {
@@ -13,6 +14,11 @@ std::unique_ptr<RecordSource> openBam(StoredFile& file, Helpers helpers) {
 }
 
 }  // namespace
+
+Helpers helpersFor(int threads) {
+  if (threads <= 1) return Helpers::kNone;
+  return inflatersFor(threads) == 1 ? Helpers::kInflateAhead : Helpers::kInflateByTwo;
+}
 
 std::unique_ptr<RecordSource> openRecords(const std::string& file, Helpers helpers) {
   return openRecords(std::make_unique<StoredFile>(file), helpers);

@@ -71,8 +71,12 @@ class RecordSource {
   virtual std::string_view mateAdvice() const { return ""; }
 };
 
-/// What openRecords() may use besides the calling thread.
-enum class Helpers { kNone, kInflateAhead };
+/// What openRecords() may use besides the calling thread: threads that inflate ahead, of a BGZF
+/// file of text up to two.
+enum class Helpers { kNone, kInflateAhead, kInflateByTwo };
+
+/// Returns the helpers of each file of a run with so many threads.
+Helpers helpersFor(int threads);
 
 /// Opens `file`. Throws InputError when that fails, or when its first bytes are of a known kind
 /// that cannot be used; whether they are records shows at the first next(). An empty file is one

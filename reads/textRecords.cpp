@@ -83,12 +83,18 @@ namespace {
 
 constexpr std::size_t kReadAhead = 64 << 20;  // bytes of text
 
-std::shared_ptr<Decoder> decoderOf(StoredFile& file, Packing packing) {
+std::shared_ptr<Decoder> gzipDecoderOf(StoredFile& file, Helpers helpers) {
+  auto decoder = std::make_shared<GzipDecoder>(file);
+  if (helpers == Helpers::kInflateByTwo) decoder->inflateBy(2);
+  return decoder;
+}
+
+std::shared_ptr<Decoder> decoderOf(StoredFile& file, Packing packing, Helpers helpers) {
   switch (packing) {
     case Packing::kNone:
       return nullptr;
     case Packing::kGzip:
-      return std::make_shared<GzipDecoder>(file);
+      return gzipDecoderOf(file, helpers);
     case Packing::kZstd:
     case Packing::kXz:
     case Packing::kBzip2:
@@ -102,7 +108,7 @@ std::shared_ptr<Decoder> decoderOf(StoredFile& file, Packing packing) {
 TextBlocks::TextBlocks(std::unique_ptr<StoredFile> file, Helpers helpers)
     : file_(std::move(file)),
       packing_(packingOf(file_->start())),
-      decoder_(decoderOf(*file_, packing_)) {
+      decoder_(decoderOf(*file_, packing_, helpers)) {
   if (decoder_ == nullptr) return;
   input_ = std::make_unique<DecodedInput>(*decoder_);
   if (helpers == Helpers::kNone) return;

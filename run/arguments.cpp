@@ -1,6 +1,8 @@
 #include "run/arguments.h"
 
 #include <CLI/CLI.hpp>
+#include <cmath>
+#include <cstdlib>
 
 #include "run/commandLine.h"
 #include "run/failure.h"
@@ -28,6 +30,13 @@ constexpr const char* kExamples =
     "  velk-run task plan.json 0 -o share.0           what one task finds\n"
     "  velk-run gather plan.json share.* -o found     the results of all tasks\n"
     "  velk-run --plan plan.json -o found             the same in one go\n";
+
+constexpr int kLongestRead = 1000000000;  // bases; leaves room for an insert size in the sum
+
+// What CLI::Range lets pass.
+std::string refuseNan(const std::string& text) {
+  return std::isnan(std::strtod(text.c_str(), nullptr)) ? "Value " + text + " not in range" : "";
+}
 
 CLI::Option* addAssembly(CLI::App& app, Arguments& arguments) {
   return app
@@ -103,14 +112,16 @@ void addIndexing(CLI::App& app, Arguments& arguments) {
 void addPlacement(CLI::App& app, Arguments& arguments) {
   app.add_option("-M,--min-identity", arguments.mapCut, "least share of equal bases in an overlap")
       ->check(CLI::Range(0.0, 1.0))
+      ->check(refuseNan)
       ->capture_default_str();
   app.add_option("-O,--min-overlap", arguments.overRatio,
                  "least share of a read that overlaps a contig")
       ->check(CLI::Range(0.0, 1.0))
+      ->check(refuseNan)
       ->capture_default_str();
   app.add_option("-r,--read-length", arguments.readLength,
                  "longest paired read, bases; 0: as the reads' first records have it")
-      ->check(CLI::Range(0, 0x7FFFFFFF))
+      ->check(CLI::Range(0, kLongestRead))
       ->capture_default_str();
 }
 
@@ -127,6 +138,9 @@ void parseRun(CLI::App& app, Arguments& arguments, const OutputKind& output, int
   parseLine(app, argc, argv);
   requireValues(app);
   arguments.libraries = librariesOf(files, moreInHelp(app));
+  for (const std::string& list : {files.sheet, files.library}) {
+    if (!list.empty()) arguments.lists.push_back(list);
+  }
   requireWord("the name of the sample (--sample)", arguments.sample);
 }
 
@@ -160,7 +174,7 @@ IndexArguments parseIndex(int argc, const char* const* argv) {
   addIndexing(app, arguments);
   app.add_option("-r,--read-length", arguments.readLength,
                  "with -C: longest paired read of the runs, bases")
-      ->check(CLI::Range(0, 0x7FFFFFFF));
+      ->check(CLI::Range(0, kLongestRead));
   parseLine(app, argc - 1, argv + 1);
   if (!index.toCheck.empty()) return index;
   if (arguments.assembly.empty() == index.plan.empty() || arguments.folder.empty()) {

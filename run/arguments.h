@@ -15,6 +15,7 @@ struct Arguments {
   std::string index;                   // --index: a saved one; empty: it is made
   std::string folder;                  // -o: of the results
   std::vector<Library> libraries;      // in the order in which their reads are searched
+  std::vector<std::string> lists;      // files that describe them: --samplesheet, --library
   std::string sample = "sample";       // --sample
   int threads = 0;                     // -t; 0: the processors that the process may use
   int kmer = 31;                       // -k, bases

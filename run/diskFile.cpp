@@ -35,9 +35,9 @@ void forEachPart(int descriptor, const std::string& name, Take take) {
 
 }  // namespace
 
-Descriptor::Descriptor(const std::string& file, int flags)
+Descriptor::Descriptor(const std::string& file, int flags, const std::string& name)
     : descriptor_(open(file.c_str(), flags | O_CLOEXEC, 0666)) {
-  if (descriptor_ < 0) failFile(file, "opened");
+  if (descriptor_ < 0) failFile(name, "opened");
 }
 
 Descriptor::~Descriptor() {
@@ -140,7 +140,7 @@ void handleFault(int signal, siginfo_t* fault, void*) {
 }  // namespace
 
 MappedFile::MappedFile(const std::string& file) {
-  const Descriptor input(file, O_RDONLY);
+  const Descriptor input(file, O_RDONLY | O_NONBLOCK);  // a pipe is refused, not waited for
   struct stat status {};
   if (fstat(input.get(), &status) != 0) failFile(file, "read");
   if (!S_ISREG(status.st_mode)) throw Failure(Status::kFailed, file + " is no regular file");

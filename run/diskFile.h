@@ -18,8 +18,10 @@ namespace velk::run {
 /// A file that is open, closed at the end.
 class Descriptor {
  public:
-  /// Opens a file as open(2) does, closed in other programs. Throws Failure.
-  Descriptor(const std::string& file, int flags);
+  /// Opens a file as open(2) does, closed in other programs. Throws Failure, which calls the file
+  /// `name`, or as it is called.
+  Descriptor(const std::string& file, int flags) : Descriptor(file, flags, file) {}
+  Descriptor(const std::string& file, int flags, const std::string& name);
   ~Descriptor();
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <map>
 #include <memory>
 #include <string_view>
 
@@ -17,6 +18,7 @@
 #include "run/flanks.h"
 #include "run/resultNames.h"
 #include "run/tables.h"
+#include "run/wholeFile.h"
 
 namespace velk::run {
 namespace {
@@ -49,10 +51,10 @@ std::vector<Block> blocksOf(const std::string& file) {
 // A compressed file of the folder, read from any byte of its text.
 class BlockReader {
  public:
-  explicit BlockReader(const std::string& file)
+  BlockReader(const std::string& file, const std::string& index)
       : file_(file), input_(bgzf_open(file.c_str(), "r")) {
     if (input_ == nullptr) failFile(file_, "opened");
-    blocks_ = blocksOf(file + ".gzi");
+    blocks_ = blocksOf(index);
   }
 
   std::string text(uint64_t from, uint64_t to) {
@@ -134,9 +136,9 @@ std::vector<uint64_t> gapsOf(const ExtractRequest& request, uint64_t count) {
   return gaps;
 }
 
-// As bgzip does.
-void writePacked(const std::string& text, const std::string& output) {
-  std::unique_ptr<BGZF, Closer> file(bgzf_open(output.c_str(), "w"));
+// As bgzip does, to a file that messages call `output`.
+void writePacked(const std::string& text, const std::string& made, const std::string& output) {
+  std::unique_ptr<BGZF, Closer> file(bgzf_open(made.c_str(), "w"));
   if (file == nullptr) failFile(output, "opened");
   const bool isWritten =
       bgzf_write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size());
@@ -146,33 +148,66 @@ void writePacked(const std::string& text, const std::string& output) {
 void writeText(const std::string& text, const std::string& output) {
   if (output == "-") {
     writeDescriptor(STDOUT_FILENO, "standard output", text);
-  } else if (output.ends_with(".gz") || output.ends_with(".bgz")) {
-    writePacked(text, output);
-  } else {
-    writeFile(output, text);
+    return;
   }
+  const bool isPacked = output.ends_with(".gz") || output.ends_with(".bgz");
+  writeWhole(output, [&](int descriptor, const std::string& made) {
+    isPacked ? writePacked(text, made, output) : writeDescriptor(descriptor, output, text);
+  });
 }
+
+// The folder of a result.
+class Result {
+ public:
+  // Throws Failure where it is none, or where a file that it lists is the output.
+  Result(const std::string& folder, const std::string& output)
+      : folder_(folder), sums_(sumsOfSummary(file(kSummaryName), resultForm().names)) {
+    if (!isSummary(file(kSummaryName))) {
+      throw Failure(Status::kFailed, folder + " holds no whole result of velk-run");
+    }
+    std::vector<std::string> files{file(kSummaryName)};
+    for (const auto& [name, sum] : sums_) files.push_back(file(name));
+    requireNoInput(output, files, "extract");
+  }
+
+  std::string file(const std::string& name) const { return folder_ + "/" + name; }
+
+  // Returns the path of a file that leads to the places in others, none of which would show that
+  // it is damaged. Throws Failure where it is not as the summary lists it.
+  std::string index(const std::string& name) const {
+    uint64_t bytes = 0;
+    const auto sum = sums_.find(name);
+    if (sum != sums_.end() && md5OfFile(file(name), bytes) != sum->second) {
+      throw Failure(Status::kFailed, file(name) + " is not as velk-run wrote it");
+    }
+    return file(name);
+  }
+
+ private:
+  std::string folder_;
+  std::map<std::string, std::string> sums_;
+};
 
 }  // namespace
 
 void extractReads(const ExtractRequest& request, const std::string& output) {
   hts_set_log_level(HTS_LOG_OFF);  // failures are reported here
-  const auto file = [&](const char* name) { return request.folder + "/" + name; };
-  if (!isSummary(file(kSummaryName))) {
-    throw Failure(Status::kFailed, request.folder + " holds no whole result of velk-run");
-  }
-  const GapIndex index(file("gaps.idx"));
+  const Result result(request.folder, output);
+  const GapIndex index(result.index("gaps.idx"));
   std::vector<uint64_t> gaps = gapsOf(request, index.gaps());
   if (request.form == ExtractForm::kBam) {
     std::sort(gaps.begin(), gaps.end());
-    const std::string shortIndex = file("reads.bam.bai");
-    extractBam(file("reads.bam"), exists(shortIndex) ? shortIndex : file("reads.bam.csi"), index,
-               gaps, output);
+    const bool isShort = exists(result.file("reads.bam.bai"));
+    extractBam(result.file("reads.bam"), result.index(isShort ? "reads.bam.bai" : "reads.bam.csi"),
+               index, gaps, output);
     return;
   }
-  BlockReader flanks(file("flanks.fa.gz"));
-  BlockReader pairs(file("pairs.fq.gz"));
-  BlockReader singles(file("singles.fq.gz"));
+  const auto reader = [&](const std::string& name) {
+    return BlockReader(result.file(name), result.index(name + ".gzi"));
+  };
+  BlockReader flanks = reader("flanks.fa.gz");
+  BlockReader pairs = reader("pairs.fq.gz");
+  BlockReader singles = reader("singles.fq.gz");
   std::string text;
   for (const uint64_t gap : gaps) {
     const auto [from, to] = index.entriesOf(gap);

@@ -13,6 +13,7 @@
 #include "run/bam.h"
 #include "run/diskFile.h"
 #include "run/failure.h"
+#include "run/wholeFile.h"
 
 namespace velk::run {
 namespace {
@@ -62,18 +63,24 @@ class BamExtract {
                               return keyOf(*one) == keyOf(*other);
                             }),
                 kept_.end());
-    HtsHandle<htsFile> target(sam_open(output.c_str(), "wb"));
-    if (target == nullptr) failFile(output, "opened");
+    if (output == "-") return writeTo(output, "standard output");
+    writeWhole(output, [&](int, const std::string& made) { writeTo(made, output); });
+  }
+
+ private:
+  // Messages call the file `name`.
+  void writeTo(const std::string& made, const std::string& name) const {
+    HtsHandle<htsFile> target(sam_open(made.c_str(), "wb"));
+    if (target == nullptr) failFile(name, "opened");
     bool isGood = sam_hdr_write(target.get(), header_.get()) == 0;
     for (const auto& record : kept_) {
       isGood = isGood && sam_write1(target.get(), header_.get(), record.get()) >= 0;
     }
     if (sam_close(target.release()) != 0 || !isGood) {
-      failFile(output == "-" ? "standard output" : output, "written");
+      failFile(name, "written");
     }
   }
 
- private:
   // Records of one file that are equal in this are one.
   using Key = std::tuple<int32_t, hts_pos_t, std::string, uint16_t, int64_t>;
   static Key keyOf(const bam1_t& record) {

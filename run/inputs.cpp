@@ -46,8 +46,8 @@ Inputs::Inputs(const std::vector<Library>& libraries, int threads, std::optional
 }
 
 void Inputs::open(uint32_t library, uint32_t number, const reads::InputFiles& files, int threads) {
-  const auto helpers = threads > 1 ? reads::Helpers::kInflateAhead : reads::Helpers::kNone;
-  inputs_.push_back({library, std::make_unique<reads::ReadInput>(files, number, helpers), ""});
+  inputs_.push_back(
+      {library, std::make_unique<reads::ReadInput>(files, number, reads::helpersFor(threads)), ""});
 }
 
 std::vector<SearchInput> Inputs::toSearch() const {

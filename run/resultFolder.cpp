@@ -95,13 +95,13 @@ void ResultFolder::checkNames(const std::vector<std::string>& inputs) const {
   std::vector<std::string> names(form_.names.begin(), form_.names.end());
   names.emplace_back(form_.summary);
   for (const std::string& name : names) {
-    if (!exists(file(name))) continue;
     for (const std::string& input : inputs) {
-      if (!isSameFile(file(name), input)) continue;
+      if (!isSameFile(file(name), input) && !isSameFile(partial(name), input)) continue;
       throw Failure(
           Status::kFailed,
           input + " is an input, and the results would replace it; choose another folder");
     }
+    if (!exists(file(name))) continue;
     if (own.contains(name) || ownNames().contains(name)) continue;  // one that has just ended
     throw Failure(Status::kFailed, file(name) +
                                        " is there, and no earlier result of velk-run lists it; "
@@ -121,7 +121,7 @@ FolderLock::FolderLock(std::string folder) : folder_(std::move(folder)) {
   };
   while (lock_ < 0) {
     makeFolder(partialFolder);
-    lock_ = open(partialFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    lock_ = open(partialFolder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
     if (lock_ < 0 && errno != ENOENT) fail("opened");
     if (lock_ < 0) continue;
     if (!lockFile(lock_)) {

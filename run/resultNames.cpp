@@ -57,17 +57,26 @@ const FolderForm& shareForm() {
   return form;
 }
 
-std::set<std::string> namesOfSummary(const std::string& file, std::span<const char* const> names) {
+std::map<std::string, std::string> sumsOfSummary(const std::string& file,
+                                                 std::span<const char* const> names) {
   const nlohmann::json summary = summaryIn(file);
-  std::set<std::string> listed;
-  if (!summary.contains("files") || !summary["files"].is_array()) return listed;
+  std::map<std::string, std::string> sums;
+  if (!summary.contains("files") || !summary["files"].is_array()) return sums;
   for (const nlohmann::json& entry : summary["files"]) {
     if (!entry.is_object() || !entry.contains("name") || !entry["name"].is_string()) continue;
     const auto name = entry["name"].get<std::string>();
     const bool isName =
         std::any_of(names.begin(), names.end(), [&](const char* known) { return name == known; });
-    if (isName) listed.insert(name);
+    if (!isName) continue;
+    const nlohmann::json sum = entry.value("md5", nlohmann::json());
+    sums[name] = sum.is_string() ? sum.get<std::string>() : "";
   }
+  return sums;
+}
+
+std::set<std::string> namesOfSummary(const std::string& file, std::span<const char* const> names) {
+  std::set<std::string> listed;
+  for (const auto& [name, sum] : sumsOfSummary(file, names)) listed.insert(name);
   return listed;
 }
 

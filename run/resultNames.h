@@ -2,6 +2,7 @@
 // there.
 #pragma once
 
+#include <map>
 #include <set>
 #include <span>
 #include <string>
@@ -35,6 +36,10 @@ const FolderForm& shareForm();
 /// The names that a summary lists as its run's files, as far as they are some of `names`. None when
 /// there is no such file, or when it is not velk-run's.
 std::set<std::string> namesOfSummary(const std::string& file, std::span<const char* const> names);
+
+/// The MD5 sum of each of these files, as the summary has it.
+std::map<std::string, std::string> sumsOfSummary(const std::string& file,
+                                                 std::span<const char* const> names);
 
 /// Whether velk-run has written this file as a summary.
 bool isSummary(const std::string& file);

@@ -36,6 +36,7 @@ uint64_t searchedOf(const std::string& library, const std::vector<InputFacts>& i
 
 std::vector<std::string> filesOf(const Arguments& arguments) {
   std::vector<std::string> files{arguments.assembly};
+  files.insert(files.end(), arguments.lists.begin(), arguments.lists.end());
   if (!arguments.agp.empty()) files.push_back(arguments.agp);
   if (!arguments.index.empty()) files.push_back(arguments.index);
   for (const Library& library : arguments.libraries) {

@@ -71,6 +71,11 @@ class Sheet {
              "\"; there are library, R1, R2, kind, insert and orientation");
       }
     }
+    for (auto name = names_.begin(); name != names_.end(); ++name) {
+      if (std::find(names_.begin(), name, *name) != name) {
+        fail("two columns are named " + *name);
+      }
+    }
     for (const char* const name : {"library", "R1"}) {
       if (std::find(names_.begin(), names_.end(), name) == names_.end()) {
         fail(std::string("a column ") + name + " is missing");

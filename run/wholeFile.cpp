@@ -16,6 +16,8 @@
 namespace velk::run {
 namespace {
 
+namespace fs = std::filesystem;
+
 constexpr std::array kSignals{SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM};
 constexpr int kMostTries = 1000;  // other threads may still make a file
 
@@ -97,10 +99,21 @@ void SignalCleanup::release() {
 
 namespace {
 
+// What `file` is called until it is whole. A link stays: it is the file that it leads to.
+std::string targetOf(const std::string& file) {
+  std::error_code ignored;
+  const fs::path target = fs::canonical(file, ignored);
+  return target.empty() ? file : target.string();
+}
+std::string partialOf(const std::string& file) {
+  return targetOf(file) + ".partial";
+}
+
 // The unfinished file, locked. One that a process has just renamed, or removed, is no longer it.
 std::unique_ptr<Descriptor> openPartial(const std::string& file, const std::string& partial) {
   for (;;) {
-    auto output = std::make_unique<Descriptor>(partial, O_WRONLY | O_CREAT);
+    auto output = std::make_unique<Descriptor>(partial, O_WRONLY | O_CREAT | O_NOFOLLOW,
+                                               fs::is_symlink(partial) ? partial : file);
     if (!lockFile(output->get())) {
       if (errno != EWOULDBLOCK) failFile(partial, "locked");
       throw Failure(Status::kFailed, "another run writes to " + file);
@@ -114,25 +127,27 @@ std::unique_ptr<Descriptor> openPartial(const std::string& file, const std::stri
 void requireNoInput(const std::string& file, const std::vector<std::string>& inputs,
                     const std::string& what) {
   for (const std::string& input : inputs) {
-    std::error_code ignored;
-    if (!std::filesystem::equivalent(file, input, ignored)) continue;
-    throw Failure(Status::kFailed, input + " is an input, and the " + what + " would replace it");
+    for (const std::string& written : {file, partialOf(file)}) {
+      std::error_code ignored;
+      if (!fs::equivalent(written, input, ignored)) continue;
+      throw Failure(Status::kFailed, input + " is an input, and the " + what + " would replace it");
+    }
   }
 }
 
 void writeWhole(const std::string& file,
                 const std::function<void(int descriptor, const std::string& name)>& write) {
   std::error_code ignored;
-  const auto status = std::filesystem::status(file, ignored);
-  const bool isThere = std::filesystem::exists(status);
-  if (isThere && !std::filesystem::is_regular_file(status)) {
+  const auto status = fs::status(file, ignored);
+  const bool isThere = fs::exists(status);
+  if (isThere && !fs::is_regular_file(status)) {
     Descriptor output(file, O_WRONLY);
     write(output.get(), file);
     if (!output.close()) failFile(file, "written");
     return;
   }
-  const std::string target = isThere ? std::filesystem::canonical(file).string() : file;
-  const std::string partial = target + ".partial";
+  const std::string target = targetOf(file);
+  const std::string partial = partialOf(file);
   const std::unique_ptr<Descriptor> output = openPartial(file, partial);
   const SignalCleanup cleanup({partial}, {});
   try {

@@ -31,7 +31,8 @@ class SignalCleanup {
 /// it.
 void removeUnfinished();
 
-/// Throws Failure where `file`, which is to become WHAT ("plan" ...), is one of the inputs.
+/// Throws Failure where `file`, which writeWhole() is to make WHAT ("plan" ...), or what it is
+/// called until it is whole, is one of the inputs.
 void requireNoInput(const std::string& file, const std::vector<std::string>& inputs,
                     const std::string& what);
 

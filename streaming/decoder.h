@@ -33,9 +33,8 @@ class Decoder {
   Decoder(const Decoder&) = delete;
   Decoder& operator=(const Decoder&) = delete;
 
-  /// Puts the next bytes into `room` and returns their number, which is smaller than the room only
-  /// when the bytes have ended. Throws std::bad_alloc when there is no memory. REQUIRES: the room
-  /// is not empty.
+  /// Puts the next bytes into `room` and returns their number, 0 when they have ended. Throws
+  /// std::bad_alloc when there is no memory. REQUIRES: the room is not empty.
   virtual std::size_t read(std::span<char> room) = 0;
 
   /// Returns what is wrong with the file, empty as long as nothing was met.

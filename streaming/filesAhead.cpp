@@ -42,7 +42,7 @@ void FilesAhead::open(const std::string& file) {
   if (!isRegular(file)) return;
   auto input = std::make_unique<GzipInput>();
   if (!input->open(file)) return;
-  input->inflateAhead();
+  input->inflateAhead(inflatersFor(thread_num));
   opened_.emplace_back(file, std::move(input));
 }
 

@@ -13,15 +13,6 @@ constexpr std::string_view kMagic = "\x1f\x8b";
 constexpr std::size_t kField = 4;  // bytes of the checksum, and of the length behind it
 constexpr std::string_view kCut = "unexpected end of file";
 
-// The number in the first kField bytes of a trailer's field, lowest byte first.
-uint32_t numberIn(std::string_view bytes) {
-  uint32_t number = 0;
-  for (std::size_t i = 0; i < kField; ++i) {
-    number |= uint32_t{static_cast<unsigned char>(bytes[i])} << 8 * i;
-  }
-  return number;
-}
-
 }  // namespace
 
 GzipDecoder::GzipDecoder(BlockSource& file) : blocks_(file), inflater_(makeInflater()) {
@@ -29,11 +20,36 @@ GzipDecoder::GzipDecoder(BlockSource& file) : blocks_(file), inflater_(makeInfla
   input_.reserve(kRawBlock + 2 * Inflater::kReachBack + Inflater::kReachOn);
 }
 
+void GzipDecoder::inflateBy(int threads) {
+  if (threads == 1) return;
+  together_ = std::make_unique<BgzfInflaters>(threads);
+  input_.reserve(input_.capacity() + BgzfInflaters::kLongestMember);
+}
+
 std::size_t GzipDecoder::read(std::span<char> room) {
   assert(!room.empty());
   std::size_t made = 0;
-  while (made < room.size() && state_ != State::kEnd) made += goOn(room.subspan(made));
+  while (made < room.size() && state_ != State::kEnd) {
+    const std::size_t together = inflateTogether(room.subspan(made));
+    made += together;
+    if (together != 0 && together_ != nullptr) break;  // the next member might find no room
+    if (made < room.size()) made += goOn(room.subspan(made));
+  }
   return made;
+}
+
+// Inflates the BGZF members that follow: the next one, read to its end, and those at hand behind
+// it. Where one of them is not sound, it and all others are left to goOn().
+std::size_t GzipDecoder::inflateTogether(std::span<char> room) {
+  if (together_ == nullptr || state_ != State::kBetweenMembers) return 0;
+  if (!haveBytes(BgzfInflaters::kHeader)) return 0;
+  const std::size_t size = BgzfInflaters::sizeOf(rest());
+  if (size == 0 || !haveBytes(size)) return 0;
+  const BgzfInflaters::Inflated inflated = together_->inflate(rest(), room, *inflater_);
+  position_ += inflated.used;
+  if (inflated.used != 0) isFirstMember_ = false;
+  if (!inflated.isSound) together_.reset();
+  return inflated.made;
 }
 
 // Goes on by what the state asks for. Returns the number of bytes put into the room.

@@ -2,7 +2,8 @@
 //
 // A file that does not begin as a gzip file is handed out as it stands. All that inflates is handed
 // out before damage ends the bytes; NUL bytes behind the last member are padding, anything else
-// there is damage. One thread at a time. Format: RFC 1952.
+// there is damage. One thread at a time; members whose sizes are known beforehand, as those of
+// bgzip are, may be inflated by several, with the same result. Format: RFC 1952.
 #pragma once
 
 #include <cstdint>
@@ -11,10 +12,18 @@
 #include <string>
 #include <string_view>
 
+#include "streaming/bgzfInflaters.h"
 #include "streaming/decoder.h"
 #include "streaming/inflater.h"
 
 namespace velk {
+
+/// Returns how many threads inflate each BGZF file that a run of `workers` workers inflates ahead.
+/// Two are faster than the thread that reads (doc/labbook.md); with fewer workers there are hardly
+/// processors for them.
+constexpr int inflatersFor(int workers) {
+  return workers < 4 ? 1 : 2;
+}
 
 /// The header of a gzip member, read byte by byte.
 class GzipHeader {
@@ -56,6 +65,10 @@ class GzipDecoder final : public Decoder {
   /// REQUIRES: no block of the file is longer than kRawBlock.
   explicit GzipDecoder(BlockSource& file);
 
+  /// Has `threads` threads, the calling one among them, inflate the members of BGZF files. Throws
+  /// std::bad_alloc when there is no memory. REQUIRES: nothing was read.
+  void inflateBy(int threads);
+
   std::size_t read(std::span<char> room) override;
   const std::string& damage() const override { return damage_; }
 
@@ -65,6 +78,7 @@ class GzipDecoder final : public Decoder {
   std::string_view rest() const { return std::string_view(input_).substr(position_); }
   bool refill();
   bool haveBytes(std::size_t count);
+  std::size_t inflateTogether(std::span<char> room);
   std::size_t goOn(std::span<char> room);
   void startMember();
   void readHeader();
@@ -82,7 +96,8 @@ class GzipDecoder final : public Decoder {
   std::size_t position_ = 0;  // in input_
   GzipHeader header_;
   std::unique_ptr<Inflater> inflater_;
-  uint32_t length_ = 0;  // of the member's bytes so far, as the trailer has it
+  std::unique_ptr<BgzfInflaters> together_;  // null: members are inflated one after the other
+  uint32_t length_ = 0;                      // of the member's bytes so far, as the trailer has it
   std::string damage_;
 };
 

@@ -25,9 +25,13 @@ class GzipInput {
   /// Opens `file`. Returns false, with errno set, when that fails.
   bool open(const std::string& file) { return file_.open(file); }
 
-  /// Has a helper thread inflate from now on, where the system gives one. REQUIRES: the file is
-  /// open, and nothing was read.
-  void inflateAhead() { input_.decodeAhead(); }
+  /// Has a helper thread inflate from now on, where the system gives one; of a BGZF file `threads`
+  /// in all. Throws std::bad_alloc when there is no memory. REQUIRES: the file is open, and nothing
+  /// was read.
+  void inflateAhead(int threads = 1) {
+    decoder_.inflateBy(threads);
+    input_.decodeAhead();
+  }
 
   /// Returns the next inflated bytes, valid until the next call; none at the end or at damage.
   /// Throws std::bad_alloc when there is no memory.

@@ -70,7 +70,7 @@ bool GzipLineSource::open() {
     reportGzipDamage(file_, std::strerror(errno));
     isAtEnd_ = true;
   } else if (thread_num > 1) {
-    input_->inflateAhead();
+    input_->inflateAhead(inflatersFor(thread_num));
   }
   return true;
 }

@@ -119,7 +119,7 @@ def check_sound(velk, library, kind):
     if model.status != 0 or not model.files[b"found.fa"].count(b">") >= 3:
         raise SystemExit("%s: the sound files do not find their reads" % kind.name)
     whole = {name: kind.files()[name] for name in kind.texts}
-    for threads in range(1, kinds.THREADS + 1):
+    for threads in kinds.THREADS:
         if found := differences(velk, library, kind, whole, threads):
             raise SystemExit("%s, sound: %s" % (kind.name, "; ".join(found)))
 
@@ -145,7 +145,7 @@ def main():
                 if taken % options.every == 0:
                     cases.append(case)
             waiting = [pool.submit(differences, velk, options.library, kind, changed,
-                                   1 + number % kinds.THREADS)
+                                   kinds.THREADS[number % len(kinds.THREADS)])
                        for number, (_, changed) in enumerate(cases)]
             for (what, changed), future in zip(cases, waiting):
                 counts[kind.name, nature(kind, changed)] += 1

@@ -8,7 +8,8 @@ import zlib
 CONTIG, GAP, READ, INSERT = 120, 40, 40, 110  # bases
 SCAFFOLDS = "s.fa"
 ARGUMENTS = ["-l", "a.lib", "-s", SCAFFOLDS, "-o", "found.fa", "-m", "1000", "-r", str(READ)]
-THREADS = 2  # gzip files are inflated in place on one, ahead on more
+# Gzip files are inflated in place on one, ahead on more, bgzip's by two threads from four on.
+THREADS = (1, 2, 4)
 LAYOUTS = ("mates", "interleaved", "single")
 
 
@@ -73,6 +74,12 @@ def read_texts(layout, fasta, ending):
 def member(text, level=9):
     packer = zlib.compressobj(level, zlib.DEFLATED, 31)
     return packer.compress(text) + packer.flush()
+
+
+def bgzip_member(text):
+    packed = member(text, 6)[10:]
+    extra = b"BC" + struct.pack("<HH", 2, 18 + len(packed) - 1)
+    return b"\x1f\x8b\x08\4\0\0\0\0\0\xff\6\0" + extra + packed
 
 
 def flipped(packed, at, bit):
@@ -174,15 +181,16 @@ def late_damages(kind, text):
     r = random.Random(5)
     short = "".join(record(i, "".join(r.choices("ACGT", k=20)), kind.fasta) for i in range(90000))
     front = text + short.encode() + text
-    packed = b"".join(member(front[at:at + 65280], 6) for at in range(0, len(front), 65280))
-    last = member(text)
-    yield "late, whole", packed + last
-    for at in (len(packed) // 2, len(packed) * 9 // 10, len(packed) - 6, len(packed) - 1):
-        yield "late, cut to %d bytes" % at, packed[:at]
-        yield "late, byte %d flipped" % at, flipped(packed, at, 2) + last
-    for at in (1, 3, len(last) // 2, len(last) - 5):
-        yield "late, cut in the last member, %d" % at, packed + last[:at]
-        yield "late, byte %d of the last member flipped" % at, packed + flipped(last, at, 3)
+    for name, maker in ("late", lambda part: member(part, 6)), ("late, bgzip", bgzip_member):
+        packed = b"".join(maker(front[at:at + 65280]) for at in range(0, len(front), 65280))
+        last = maker(text)
+        yield name + ", whole", packed + last
+        for at in (len(packed) // 2, len(packed) * 9 // 10, len(packed) - 6, len(packed) - 1):
+            yield "%s, cut to %d bytes" % (name, at), packed[:at]
+            yield "%s, byte %d flipped" % (name, at), flipped(packed, at, 2) + last
+        for at in (1, 3, len(last) // 2, len(last) - 5):
+            yield "%s, cut in the last member, %d" % (name, at), packed + last[:at]
+            yield "%s, byte %d of the last member flipped" % (name, at), packed + flipped(last, at, 3)
 
 
 def both_damaged(kind):

@@ -153,7 +153,7 @@ void compare(const std::string& file, std::size_t roomSize, InflateLibrary libra
   do {
     made = decoder.read(room);
     bytes.append(room, 0, made);
-  } while (made == roomSize);
+  } while (made != 0);
   const Reference reference = referenceOf(file);
   const bool isDamaged = !decoder.damage().empty();
   if (library == InflateLibrary::kZlib || !reference.isDamaged) {

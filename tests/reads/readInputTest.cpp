@@ -255,7 +255,8 @@ TEST_F(ReadInput, PipeThatIsLeftBeforeItGoesOn) {
   }
   const std::string text = written(reads, {});
   for (const std::string& file :
-       {packed(text, reads::Packing::kGzip), packed(text, reads::Packing::kXz), bamOf(sam)}) {
+       {packed(text, reads::Packing::kGzip), packed(text, reads::Packing::kXz),
+        bgzipped(text, 65280), bamOf(sam)}) {
     ASSERT_GT(file.size(), 80000u);
     ASSERT_EQ(mkfifo("pipe", 0600), 0);
     std::promise<void> isLeft;
@@ -265,7 +266,7 @@ TEST_F(ReadInput, PipeThatIsLeftBeforeItGoesOn) {
       return left.wait_for(std::chrono::seconds(20)) == std::future_status::ready;
     });
     {
-      reads::ReadInput input({"pipe", "", true}, 0, Helpers::kInflateAhead);
+      reads::ReadInput input({"pipe", "", true}, 0, Helpers::kInflateByTwo);
       EXPECT_EQ(input.takeSample(10, 1 << 20).first.size(), 10u);
       std::this_thread::sleep_for(std::chrono::milliseconds(50));  // it comes to the pipe's end
     }

@@ -296,7 +296,8 @@ TEST_F(RecordsProperty, RecordsAreThoseOfThePlainReading) {
     const std::string text = written(reads, writing);
     const Packing packing =
         *rc::gen::elementOf(std::vector<Packing>(std::begin(kPackings), std::end(kPackings)));
-    const Helpers helpers = *rc::gen::element(Helpers::kNone, Helpers::kInflateAhead);
+    const Helpers helpers =
+        *rc::gen::element(Helpers::kNone, Helpers::kInflateAhead, Helpers::kInflateByTwo);
     write("in", anyPacked(text, packing));
     const Records got = recordsOf("in", helpers);
     RC_ASSERT(got.error == "");

@@ -56,6 +56,12 @@ CASES = (
      "assembly is required; it comes first, as options of reads take all files behind them" + MORE),
     ("library_of_a_used_name", ["scaffolds.fa", *READS, "--samplesheet", "lib1.tsv", "-o", "out"],
      2, "two libraries have the name lib1"),
+    ("identity_not_a_number", ["scaffolds.fa", *READS, "-M", "nan", "-o", "out"], 2,
+     "--min-identity: Value nan not in range" + MORE),
+    ("overlap_not_a_number", ["scaffolds.fa", *READS, "-O", "-nan", "-o", "out"], 2,
+     "--min-overlap: Value -nan not in range" + MORE),
+    ("endless_reads", ["scaffolds.fa", *READS, "-r", "1000000001", "-o", "out"], 2,
+     "--read-length: Value 1000000001 not in range 0 to 1000000000" + MORE),
     ("foreign_file", ["scaffolds.fa", *READS, "-o", "taken"], 1,
      "taken/reads.bam is there, and no earlier result of velk-run lists it; remove it, or choose"
      " another folder"),

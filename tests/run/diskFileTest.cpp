@@ -126,7 +126,7 @@ TEST_F(DiskFileTest, AFileThatFailsLeavesTheOldOne) {
   EXPECT_EQ(contentOf(path("file")), "old");
   EXPECT_FALSE(fs::exists(path("file.partial")));
   EXPECT_EQ(failureOf([&] { run::writeWhole(path("no/file"), "abc"); }),
-            path("no/file.partial") + " can't be opened: No such file or directory");
+            path("no/file") + " can't be opened: No such file or directory");
 }
 
 TEST_F(DiskFileTest, WhatIsNoRegularFileIsWrittenAsItStands) {

@@ -21,6 +21,7 @@ HEAD = "library\tR1\tR2\tkind\tinsert\torientation\n"
 # Text of a sample sheet, and what is said of it.
 SHEETS = (
     ("", "line 1: a column library is missing"),
+    ("library\tR1\tlibrary\nl\ta\tm\n", "two columns are named library"),
     (HEAD, "no library in it"),
     (HEAD + "# l\n\n", "no library in it"),
     ("library\tR1\nl\ta\tb\n", "line 2: more columns than the first line names"),

@@ -28,7 +28,7 @@ int readsLeft = kNever;  // until one fails
 int readError = 0;
 int inflateResult = Z_OK;
 bool failsInflateInit = false;
-bool failsThreads = false;
+int threadsLeft = kNever;  // until all fail
 
 }  // namespace
 
@@ -62,7 +62,9 @@ int __wrap_inflateInit2_(z_streamp stream, int windowBits, const char* version, 
 
 int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
                           void* (*routine)(void*), void* argument) {
-  return failsThreads ? EAGAIN : __real_pthread_create(thread, attributes, routine, argument);
+  if (threadsLeft == 0) return EAGAIN;
+  if (threadsLeft != kNever) --threadsLeft;
+  return __real_pthread_create(thread, attributes, routine, argument);
 }
 }
 
@@ -85,9 +87,9 @@ void failInflateInit(bool fails) {
   failsInflateInit = fails;
 }
 
-// Whether pthread_create() fails with EAGAIN from now on.
-void failThreads(bool fails) {
-  failsThreads = fails;
+// From now on every pthread_create() after the next `n` ones fails with EAGAIN; kNever: none does.
+void failThreadsAfter(int n) {
+  threadsLeft = n;
 }
 
 using BlockReaderTest = StreamingTest;
@@ -178,7 +180,7 @@ constexpr const char* kUnreadable = "Input/output error";
 
 class GzipErrors : public GzipWayTest {
  protected:
-  ~GzipErrors() override { failThreads(false); }
+  ~GzipErrors() override { failThreadsAfter(kNever); }
 
   // What there is of a file of which only the first `blocks` blocks can be read.
   static Inflated inflateBlocks(int blocks, const std::string& content) {
@@ -223,10 +225,58 @@ TEST_P(GzipErrors, UnreadablePlainFile) {
 }
 
 TEST_P(GzipErrors, HelperThatCannotStart) {
-  failThreads(true);
+  failThreadsAfter(0);
   const std::string bytes = noise(3 * kRawBlock, 4);
   EXPECT_TRUE(inflateFile(gzipped(bytes)) == (Inflated{bytes, ""}));
   EXPECT_EQ(inflateFile("\x1f\x8b"), (Inflated{"", "unexpected end of file"}));
+}
+
+// BGZF files, which several threads inflate together: without some of the threads, without memory,
+// and with an error while members are read ahead of those being inflated.
+class BgzfErrors : public GzipErrors {
+ protected:
+  BgzfErrors() {
+    for (unsigned n = 0; n < 20; ++n) {
+      const std::string part = randomBases(60000, n);
+      file_ += bgzfMember(part);
+      text_ += part;
+    }
+  }
+  ~BgzfErrors() override { failInflateInit(false); }
+
+  std::string file_;
+  std::string text_;
+};
+
+INSTANTIATE_GZIP_WAYS(BgzfErrors);
+
+TEST_P(BgzfErrors, ThreadsThatCannotStart) {
+  for (const int started : {0, 1, 2}) {
+    failThreadsAfter(started);
+    EXPECT_TRUE(velk::test::inflateFile(file_, 4) == (Inflated{text_, ""})) << started;
+  }
+}
+
+TEST_P(BgzfErrors, UnreadableFromAnyBlockOn) {
+  for (int blocks = 0; blocks < 4; ++blocks) {
+    failReadAfter(blocks, EIO);
+    const Inflated alone = velk::test::inflateFile(file_, 0);
+    EXPECT_EQ(alone.damage, kUnreadable);
+    failReadAfter(blocks, EIO);
+    EXPECT_TRUE(velk::test::inflateFile(file_, 3) == alone);
+  }
+}
+
+TEST_P(BgzfErrors, HelpersWithoutMemory) {
+  write("file.gz", file_);
+  GzipInput input;
+  ASSERT_TRUE(input.open("file.gz"));
+  failInflateInit(true);  // what is there already inflates
+  input.inflateAhead(3);
+  std::string got;
+  for (std::string_view bytes = input.next(); !bytes.empty(); bytes = input.next()) got += bytes;
+  EXPECT_EQ(input.damage(), "");
+  EXPECT_TRUE(got == text_);
 }
 
 // What zlib alone may say.
@@ -252,6 +302,7 @@ TEST_P(ZlibErrors, NoMemoryToInflate) {
   const std::string member = gzipped("ACGT\n");
   failInflate(Z_MEM_ERROR);
   EXPECT_THROW(inflateFile(member), std::bad_alloc);
+  EXPECT_THROW(velk::test::inflateFile(bgzfMember("ACGT\n"), 3), std::bad_alloc);
 }
 
 TEST_P(ZlibErrors, FailureThatZlibDoesNotName) {

@@ -35,7 +35,7 @@ GzipWayTest::~GzipWayTest() {
 }
 
 Inflated GzipWayTest::inflateFile(const std::string& content) {
-  return velk::test::inflateFile(content, GetParam().isAhead);
+  return velk::test::inflateFile(content, GetParam().isAhead ? 1 : 0);
 }
 
 namespace {
@@ -67,11 +67,11 @@ std::string memberWithName(std::string text, std::string name) {
 
 }  // namespace
 
-Inflated inflateFile(const std::string& content, bool isAhead) {
+Inflated inflateFile(const std::string& content, int threads) {
   std::ofstream("input.gz", std::ios::binary) << content;
   GzipInput input;
   EXPECT_TRUE(input.open("input.gz"));
-  if (isAhead) input.inflateAhead();
+  if (threads > 0) input.inflateAhead(threads);
   Inflated result;
   for (std::string_view bytes = input.next(); !bytes.empty(); bytes = input.next()) {
     result.bytes += bytes;
@@ -79,6 +79,18 @@ Inflated inflateFile(const std::string& content, bool isAhead) {
   EXPECT_TRUE(input.next().empty()) << "bytes behind the end";
   result.damage = input.damage();
   return result;
+}
+
+std::string bgzfMember(const std::string& text) {
+  constexpr std::size_t kUsualHeader = 10;  // bytes
+  constexpr std::size_t kMoreHeader = 8;
+  std::string member = gzipped(text).substr(kUsualHeader);
+  const std::size_t last = kUsualHeader + kMoreHeader + member.size() - 1;
+  EXPECT_LE(last, 0xffffu);
+  std::string header("\x1f\x8b\x08\x04\0\0\0\0\0\xff\x06\0BC\x02\0", 16);
+  header += static_cast<char>(last & 0xff);
+  header += static_cast<char>(last >> 8);
+  return header + member;
 }
 
 std::string inflatedPart(const std::string& member) {

@@ -18,8 +18,11 @@ struct Inflated {
   bool operator==(const Inflated&) const = default;
 };
 
-/// Reads the file `content` through a GzipInput, in place or ahead.
-Inflated inflateFile(const std::string& content, bool isAhead);
+/// Reads the file `content` through a GzipInput, ahead with so many threads, or with none in place.
+Inflated inflateFile(const std::string& content, int threads);
+
+/// `text` as a BGZF member. REQUIRES: it is no longer than 65,536 bytes when packed.
+std::string bgzfMember(const std::string& text);
 
 /// What zlib makes of the beginning `member` of a gzip member before it runs out of input.
 std::string inflatedPart(const std::string& member);
