@@ -8,6 +8,7 @@
 #include <iostream>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "driver/outputFile.h"
 #include "report/arguments.h"
@@ -15,6 +16,7 @@
 #include "run/commandLine.h"
 #include "run/diskFile.h"
 #include "run/failure.h"
+#include "run/resultNames.h"
 #include "run/wholeFile.h"
 
 namespace velk::report {
@@ -43,12 +45,32 @@ void print(const std::string& text) {
   run::writeDescriptor(STDOUT_FILENO, "standard output", text);
 }
 
+bool isPrinted(const std::string& output) {
+  return output.empty() || output == "-";
+}
+
 void put(const std::string& text, const std::string& output) {
-  if (output.empty() || output == "-") {
+  if (isPrinted(output)) {
     print(text);
   } else {
     run::writeWhole(output, text);
   }
+}
+
+// What an output never replaces: the files that are read, and all others of a result.
+std::vector<std::string> inputsOf(const Arguments& arguments) {
+  std::vector<std::string> files;
+  if (!arguments.found.empty()) {
+    const std::string& scaffolds = arguments.folders.front();
+    files = {arguments.found, scaffolds};
+    for (const char* end : {".gapsinfo", ".contigPos", ".contig"}) files.push_back(scaffolds + end);
+    return files;
+  }
+  for (const std::string& folder : arguments.folders) {
+    files.push_back(folder + "/" + run::kSummaryName);
+    for (const char* name : run::resultForm().names) files.push_back(folder + "/" + name);
+  }
+  return files;
 }
 
 // Of velk's own files.
@@ -61,6 +83,9 @@ void runOnFiles(const Arguments& arguments, const VelkFiles& files) {
 }
 
 void run(const Arguments& arguments) {
+  if (!isPrinted(arguments.output)) {
+    run::requireNoInput(arguments.output, inputsOf(arguments), "report");
+  }
   const std::string& folder = arguments.folders.front();
   const bool areTwo = arguments.folders.size() == 2;
   if (!arguments.found.empty()) {

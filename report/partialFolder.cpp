@@ -1,10 +1,14 @@
 #include "report/partialFolder.h"
 
+#include <unistd.h>
+
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 
 #include "run/diskFile.h"
+#include "run/resultNames.h"
 
 namespace velk::report {
 namespace {
@@ -28,34 +32,60 @@ void require(const std::error_code& error, const std::string& file, const char* 
   run::failFile(file, what);
 }
 
+// Holds all signals back.
+class SignalsWait {
+ public:
+  SignalsWait() {
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_BLOCK, &all, &before_);
+  }
+  ~SignalsWait() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+  SignalsWait(const SignalsWait&) = delete;
+  SignalsWait& operator=(const SignalsWait&) = delete;
+
+ private:
+  sigset_t before_{};
+};
+
 }  // namespace
 
 PartialFolder::PartialFolder(const std::string& folder, std::vector<std::string> names)
     : folder_(folder),
       path_(folder + "/" + kName),
       earlier_(path_ + "/earlier"),
-      names_(std::move(names)),
-      cleanup_(filesIn({earlier_, path_}, names_), {earlier_, path_}) {
+      names_(std::move(names)) {
+  const SignalsWait signalsWait;
+  std::vector<std::string> folders{earlier_, path_};
+  if (access((folder + "/.").c_str(), W_OK) == 0) {
+    lock_ = std::make_unique<run::FolderLock>(folder);
+    folders.push_back(folder + "/" + run::kPartialName);
+  }
+  cleanup_ = std::make_unique<run::SignalCleanup>(filesIn({earlier_, path_}, names_), folders);
+}
+
+// From when on others may make .partial, a signal must not remove it.
+PartialFolder::~PartialFolder() {
+  remove();
+  const SignalsWait signalsWait;
+  cleanup_.reset();
+  lock_.reset();
+}
+
+bool PartialFolder::isLeft() const {
+  return run::exists(path_);
+}
+
+void PartialFolder::make() const {
   remove();
   std::error_code error;
   fs::create_directories(earlier_, error);
-  if (error) {
-    remove();
-    require(error, path_, "made");
-  }
-}
-
-bool PartialFolder::isLeftIn(const std::string& folder) {
-  return run::exists(folder + "/" + kName);
-}
-
-PartialFolder::~PartialFolder() {
-  remove();
+  require(error, path_, "made");
 }
 
 void PartialFolder::moveAll() {
   keepEarlier();
-  cleanup_.hold();
+  cleanup_->hold();
   std::size_t moved = 0;
   try {
     for (; moved < names_.size(); ++moved) {
@@ -66,10 +96,10 @@ void PartialFolder::moveAll() {
     }
   } catch (...) {
     restore(moved);
-    cleanup_.release();
+    cleanup_->release();
     throw;
   }
-  cleanup_.release();
+  cleanup_->release();
 }
 
 void PartialFolder::keepEarlier() const {

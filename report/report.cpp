@@ -115,18 +115,19 @@ std::string writeReport(const std::string& folder, const std::string& summary,
 }
 
 void reportOn(const std::string& folder) {
+  std::vector<std::string> names(kNames.begin(), kNames.end());
+  names.emplace_back(run::kSummaryName);
+  PartialFolder partial(folder, names);
   const std::string summary = wholeSummary(folder);
   const std::string summaryFile = folder + "/" + run::kSummaryName;
   const std::set<std::string> own = run::namesOfSummary(summaryFile, run::resultForm().names);
   for (const char* name : kNames) {
     const std::string file = folder + "/" + name;
-    if (own.contains(name) || PartialFolder::isLeftIn(folder) || !run::exists(file)) continue;
+    if (own.contains(name) || partial.isLeft() || !run::exists(file)) continue;
     throw Failure(Status::kFailed,
                   file + " is there, and no result of velk-run lists it; remove it");
   }
-  std::vector<std::string> names(kNames.begin(), kNames.end());
-  names.emplace_back(run::kSummaryName);
-  PartialFolder partial(folder, names);
+  partial.make();
   const std::string said = writeReport(folder, summary, partial.path());
   run::writeFile(partial.path() + "/" + run::kSummaryName,
                  summaryWith(summary, said, partial.path()));

@@ -15,7 +15,7 @@ std::string writeReport(const std::string& folder, const std::string& summary,
                         const std::string& target);
 
 /// Makes them in the folder of a whole result, in place of earlier ones, and lists them in its
-/// summary. Throws Failure; then the folder is as it was.
+/// summary. Throws Failure, also where another process writes to the folder; then it is as it was.
 void reportOn(const std::string& folder);
 
 /// The drawing of a gap. Throws Failure.

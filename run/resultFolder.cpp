@@ -37,13 +37,20 @@ void move(const std::string& from, const std::string& to) {
   if (std::rename(from.c_str(), to.c_str()) != 0) failFile(to, "made");
 }
 
-// Makes a folder, unless it is there. Returns whether it was made.
+// Makes a folder, unless it is there. Returns whether it was made. One that was there a moment ago
+// is one that another process has just removed.
 bool makeFolder(const std::string& folder) {
-  if (mkdir(folder.c_str(), 0777) == 0) return true;
-  const int why = errno;
-  if (why == EEXIST && fs::is_directory(folder)) return false;
-  errno = why;
-  failFile(folder, "made");
+  while (mkdir(folder.c_str(), 0777) != 0) {
+    const int why = errno;
+    if (why == EEXIST && fs::is_directory(folder)) return false;
+    std::error_code ignored;
+    const fs::file_type there = fs::symlink_status(folder, ignored).type();
+    const bool mayGo = there == fs::file_type::not_found || there == fs::file_type::directory;
+    if (why == EEXIST && mayGo) continue;
+    errno = why;
+    failFile(folder, "made");
+  }
+  return true;
 }
 
 }  // namespace
@@ -59,14 +66,12 @@ ResultFolder::ResultFolder(std::string folder, const std::vector<std::string>& i
 }
 
 ResultFolder::~ResultFolder() {
-  if (lock_ < 0) return;
+  if (!lock_) return;
   if (isCleared_) {
     removePublished();
     removePartial();
-  } else {
-    rmdir(file(kPartialName).c_str());  // what a killed run has left there stays
   }
-  unlock();
+  lock_.reset();
   if (isMade_) rmdir(folder_.c_str());
 }
 
@@ -106,8 +111,8 @@ void ResultFolder::checkNames(const std::vector<std::string>& inputs) const {
 
 // The lock is one of the folder .partial, which a run that has just ended may have removed
 // meanwhile.
-void ResultFolder::lock() {
-  const std::string partialFolder = file(kPartialName);
+FolderLock::FolderLock(std::string folder) : folder_(std::move(folder)) {
+  const std::string partialFolder = folder_ + "/" + kPartialName;
   const auto fail = [&](const char* what) {
     const int reason = errno;
     rmdir(partialFolder.c_str());
@@ -131,14 +136,19 @@ void ResultFolder::lock() {
   }
 }
 
-void ResultFolder::unlock() {
+FolderLock::~FolderLock() {
+  rmdir((folder_ + "/" + kPartialName).c_str());  // what a killed run has left there stays
+  unlock();
+}
+
+void FolderLock::unlock() {
   close(lock_);
   lock_ = -1;
 }
 
 void ResultFolder::begin() {
   isMade_ = makeFolder(folder_);
-  lock();
+  lock_ = std::make_unique<FolderLock>(folder_);
   std::vector<std::string> files;
   for (const char* name : form_.names) files.push_back(partial(name));
   cleanup_ = std::make_unique<SignalCleanup>(
@@ -197,7 +207,7 @@ void ResultFolder::publish(const std::string& summary) {
   isMade_ = false;
   syncFile(folder_);
   removePartial();
-  unlock();
+  lock_.reset();
   cleanup_->release();
 }
 
@@ -210,7 +220,6 @@ void ResultFolder::removePartial() const {
   for (const char* name : form_.names) unlink(partial(name).c_str());
   for (const char* name : {kEarlierName, kNextName}) unlink(file(name).c_str());
   rmdir(partial(kNativeName).c_str());
-  rmdir(file(kPartialName).c_str());
 }
 
 }  // namespace velk::run

@@ -31,6 +31,25 @@ struct ResultFile {
   std::string md5;  // in hexadecimal digits
 };
 
+/// Keeps other processes that write to a folder out of it while it lives, by a lock of its
+/// .partial.
+class FolderLock {
+ public:
+  /// Makes .partial. Throws Failure; also where another process has it.
+  explicit FolderLock(std::string folder);
+
+  /// Removes .partial, unless something is in it.
+  ~FolderLock();
+  FolderLock(const FolderLock&) = delete;
+  FolderLock& operator=(const FolderLock&) = delete;
+
+ private:
+  void unlock();
+
+  std::string folder_;
+  int lock_ = -1;
+};
+
 class ResultFolder {
  public:
   /// `inputs`: all files that the run reads. Throws Failure where a name that the run would write
@@ -70,12 +89,10 @@ class ResultFolder {
   void removeEarlier();
   void removePartial() const;
   void removePublished() const;
-  void lock();
-  void unlock();
 
   std::string folder_;
   const FolderForm& form_;
-  int lock_ = -1;
+  std::unique_ptr<FolderLock> lock_;
   bool isMade_ = false;     // whether the folder is this run's
   bool isCleared_ = false;  // whether no earlier result is left
   std::vector<ResultFile> sealed_;
