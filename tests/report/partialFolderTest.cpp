@@ -110,7 +110,7 @@ TEST_F(PartialFolderTest, WhereThereIsNoFolderNothingIsMade) {
   EXPECT_FALSE(fs::exists(root_.path("gone")));
 }
 
-// However their beginnings and ends meet, a process has the lock or is told that another one has
+// However their beginnings and ends meet, a process has the lock or learns that another one has
 // it.
 TEST_F(PartialFolderTest, ManyProcessesLockTheFolder) {
   std::array<pid_t, kProcesses> children{};
