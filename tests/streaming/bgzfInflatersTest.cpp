@@ -306,6 +306,16 @@ std::size_t threadsOfProcess() {
   return static_cast<std::size_t>(std::distance(begin(tasks), end(tasks)));
 }
 
+void rest(int milliseconds) {
+  std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+}
+
+// Whether the process comes to have so many threads: one that has ended is listed a moment longer.
+bool areThreads(std::size_t count) {
+  for (int tries = 0; tries < 5000 && threadsOfProcess() != count; ++tries) rest(1);
+  return threadsOfProcess() == count;
+}
+
 class BgzfThreads : public BgzfTest {
  protected:
   BgzfThreads() {
@@ -320,23 +330,21 @@ class BgzfThreads : public BgzfTest {
     input->inflateAhead(threads);
     return input;
   }
-
-  static void rest(int milliseconds) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
-  }
 };
 
 INSTANTIATE_BGZF(BgzfThreads);
 
 TEST_P(BgzfThreads, AreAsManyAsAskedForAndEndWithTheInput) {
+  std::thread([] {}).join();  // a sanitizer starts a thread of its own beside the first
+  rest(100);
   const std::size_t before = threadsOfProcess();
   for (const int threads : {1, 2, 3, 5}) {
     for (const int blocks : {1, 9}) {
       const auto input = openBy(threads);
       for (int i = 0; i < blocks; ++i) EXPECT_FALSE(input->next().empty());
-      EXPECT_EQ(threadsOfProcess(), before + static_cast<std::size_t>(threads));
+      EXPECT_TRUE(areThreads(before + static_cast<std::size_t>(threads))) << threads;
     }
-    EXPECT_EQ(threadsOfProcess(), before);
+    EXPECT_TRUE(areThreads(before)) << threads;
   }
   write("file.gz", gzipped(longText(1)) + gzipped(longText(2)));
   const auto input = openBy(3);
@@ -347,10 +355,13 @@ TEST_P(BgzfThreads, AreAsManyAsAskedForAndEndWithTheInput) {
 TEST_P(BgzfThreads, SleepWhileTheRingIsFull) {
   const auto input = openBy(4);
   EXPECT_FALSE(input->next().empty());
-  rest(300);
-  const std::clock_t before = std::clock();
-  rest(200);
-  EXPECT_LT(std::clock() - before, CLOCKS_PER_SEC / 100);
+  std::clock_t used = CLOCKS_PER_SEC;  // in a fifth of a second, once the ring is full
+  for (int tries = 0; tries < 25 && used >= CLOCKS_PER_SEC / 100; ++tries) {
+    const std::clock_t before = std::clock();
+    rest(200);
+    used = std::clock() - before;
+  }
+  EXPECT_LT(used, CLOCKS_PER_SEC / 100);
 }
 
 TEST_P(BgzfThreads, RunThatEndsEarly) {
