@@ -76,7 +76,7 @@ std::size_t RecordParser::takeFourLines(std::string_view text, RecordView& recor
   const char* const bases = headerEnd + 1;
   const char* const basesEnd = lineEnd(bases, end);
   if (basesEnd == nullptr || basesEnd + 1 == end || basesEnd[1] != '+') return 0;
-  if (bases == basesEnd) return 0;
+  if (bases == basesEnd || *bases == '+') return 0;
   const bool isPlusAlone = end - basesEnd > 2 && basesEnd[2] == '\n';
   const char* const plusEnd = isPlusAlone ? basesEnd + 2 : lineEnd(basesEnd + 1, end);
   if (plusEnd == nullptr) return 0;

@@ -75,6 +75,14 @@ TEST_F(TextRecords, BasesAndQualitiesWrappedDifferently) {
   EXPECT_EQ(of("@a\nACGT\n+\nI\nII\nI\n@b\nG\nG\nC\nC\nA\n+\n@>+!~\n"), (Records{kTwo, ""}));
 }
 
+// However much of the file is at hand: what follows the header looks like a record of four lines.
+TEST_F(TextRecords, ALineOfPlusAloneEndsTheBases) {
+  for (const char* const text : {"@a\n+\n+b\n+\n", "@a\n+\n+b\n"}) {
+    EXPECT_EQ(of(text),
+              (Records{{{"a", "", ""}}, "reads, record 2: it begins with '+', not with '@'"}));
+  }
+}
+
 TEST_F(TextRecords, QualityLinesThatLookLikeOtherLines) {
   EXPECT_EQ(of("@a\nACGT\n+\n@b#1\n@b\nGG\nCCA\n+b\n+\n>\n@\n+\n@\n"),
             (Records{{{"a", "ACGT", "@b#1"}, {"b", "GGCCA", "+>@+@"}}, ""}));
