@@ -157,9 +157,9 @@ double secondsOf(const Assembly& assembly) {
 
 TEST_F(SeedIndexMemory, NoWindowTakesLong) {
   constexpr std::size_t kLetters = 200000;
-  // Generous, the more so with a sanitizer. A chain of a tenth of the windows would take some ten
-  // times as long.
-#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+  // Generous, the more so with a sanitizer or gcc's counters. A chain of a tenth of the windows
+  // would take some ten times as long.
+#ifdef VELK_SHORT
   constexpr double kSecondsOfWindow = 30e-6;
 #else
   constexpr double kSecondsOfWindow = 10e-6;
