@@ -87,7 +87,7 @@ std::size_t RecordParser::takeFourLines(std::string_view text, RecordView& recor
 
   const bool hasReturn = basesEnd[-1] == '\r';
   if (hasReturn) --length;
-  if (hasReturn && quality[length] != '\r') return 0;
+  if (length == 0 || (hasReturn && quality[length] != '\r')) return 0;
   if (!areQualities({quality, length})) return 0;
   const bool headerHasReturn = headerEnd[-1] == '\r';
   record.name = nameIn({text.data() + 1, headerEnd - (headerHasReturn ? 1 : 0)});

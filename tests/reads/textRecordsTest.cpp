@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "reads/readInput.h"
+#include "reads/recordParser.h"
 #include "tests/reads/plainRecords.h"
 #include "tests/reads/readsTest.h"
 
@@ -81,6 +82,15 @@ TEST_F(TextRecords, ALineOfPlusAloneEndsTheBases) {
     EXPECT_EQ(of(text),
               (Records{{{"a", "", ""}}, "reads, record 2: it begins with '+', not with '@'"}));
   }
+}
+
+// The four lines of the first record are no more of it than the first three.
+TEST_F(TextRecords, ABlankLineBehindARecordWithoutBases) {
+  const std::string text = "@a\r\n\r\n+\r\n\r\n@b\r\nAC\r\n+\r\nII\r\n";
+  EXPECT_EQ(of(text), (Records{{{"a", "", ""}, {"b", "AC", "II"}}, ""}));
+  reads::RecordView view;
+  reads::RecordParser parser(reads::TextFormat::kFastq);
+  EXPECT_EQ(parser.take(text, false, view), std::string_view("@a\r\n\r\n+\r\n").size());
 }
 
 TEST_F(TextRecords, QualityLinesThatLookLikeOtherLines) {
