@@ -103,6 +103,12 @@ class Protected(unittest.TestCase):
         self.stays("elsewhere/reads.bam", "e/.partial can't be opened: Not a directory",
                    "scaffolds.fa", *READS, "-o", "e")
 
+    def test_a_pipe_is_no_index(self):
+        os.mkfifo(self.path("pipe"))
+        for arguments in (["scaffolds.fa", *READS, "--index", "pipe", "-o", "out"],
+                          ["index", "--check", "pipe"]):
+            self.assertEqual((1, "[ERROR]: pipe is no regular file\n"), self.call(*arguments))
+
     def test_extracts_over_the_result(self):
         self.make("scaffolds.fa", *READS, "-o", "out")
         for name in OF_RESULT:
