@@ -4,7 +4,7 @@
 // A member counts only if it inflates to just what its trailer says. The first one that does not,
 // and all behind it, are left to the caller, who finds out member by member what is wrong. Helpers
 // start with the first members that are worth it, sleep while there are none, and end with the
-// object; where the system gives none, the calling thread does all. Format: the SAM specification.
+// object; where the system gives none, the calling thread does all.
 #pragma once
 
 #include <pthread.h>
