@@ -10,6 +10,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -138,7 +139,7 @@ class PlainPlacement {
   std::vector<TestScaffold> assembly_;
   std::vector<uint64_t> gapsBefore_;  // gaps in all scaffolds before each
   PlainSettings settings_;
-  std::map<std::string, Place> index_;
+  std::unordered_map<std::string, Place> index_;
   std::map<std::string, int> met_;
   std::vector<PlainEvent> events_;
   std::set<std::vector<int64_t>> refused_;  // places of the walk
