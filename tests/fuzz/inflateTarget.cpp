@@ -1,4 +1,5 @@
-// The libraries that inflate, against each other and against zlib's own reading of gzip files.
+// The libraries that inflate, by one thread and by two, against each other and against zlib's own
+// reading of gzip files.
 // Input: a byte for the way to make the file, one for the size of a system read, one for the size
 // of the room that is inflated into, four more (see PackedFile), then the file or the text in it.
 //
@@ -46,9 +47,21 @@ Bytef* bytesOf(std::string& text) {
   return reinterpret_cast<Bytef*>(text.data());
 }
 
+// A gzip member as bgzip writes it, with its size in its header.
+std::string asBgzf(const std::string& member) {
+  constexpr std::size_t kUsualHeader = 10;  // bytes
+  const std::size_t last = member.size() + 8 - 1;
+  require(last <= 0xffff, "a member is too long for bgzip");
+  std::string header("\x1f\x8b\x08\x04\0\0\0\0\0\xff\x06\0BC\x02\0", 16);
+  header += {static_cast<char>(last & 0xff), static_cast<char>(last >> 8)};
+  return header + member.substr(kUsualHeader);
+}
+
 // A text as members of a few bytes, each deflated by a level and strategy of zlib, and what is then
 // done to the file: nothing, a cut, or a flipped bit.
 struct PackedFile {
+  bool isBgzf;
+  bool isLong;  // each part over and over: two members are enough for two threads
   int harm;
   int level;
   int strategy;
@@ -60,12 +73,20 @@ struct PackedFile {
     do {
       const std::string_view part = text.substr(0, memberSize == 0 ? text.size() : memberSize);
       text.remove_prefix(part.size());
-      file += member(std::string(part));
+      const std::string packed = member(isLong ? repeated(part) : std::string(part));
+      file += isBgzf ? asBgzf(packed) : packed;
     } while (!text.empty());
     const std::size_t at = std::min(file.size() - 1, place * file.size() / 4096);
     if (harm == 1) file.resize(at);
     if (harm == 2) file[at] = static_cast<char>(file[at] ^ 1 << place % 8);
     return file;
+  }
+
+  static std::string repeated(std::string_view part) {
+    constexpr std::size_t kLong = 20000;  // bytes
+    std::string text(part);
+    while (!part.empty() && text.size() < kLong) text += part;
+    return text;
   }
 
   std::string member(std::string text) const {
@@ -140,13 +161,14 @@ bool isGapInCodes(const std::string& reason) {
          reason == "invalid distances set";
 }
 
-void compare(const std::string& file, std::size_t roomSize, InflateLibrary library) {
+void compare(const std::string& file, std::size_t roomSize, InflateLibrary library, int threads) {
   static const MemoryFile kFile;
   kFile.fill(file);
   inflateLibrary = library;
   BlockReader blocks(GzipDecoder::kRawBlock);
   require(blocks.open(kFile.name()), "the file cannot be opened");
   GzipDecoder decoder(blocks);
+  decoder.inflateBy(threads);
   std::string room(roomSize, '\0');
   std::string bytes;
   std::size_t made = 0;
@@ -179,12 +201,15 @@ void tryInput(Input input) {
   const auto low = static_cast<std::size_t>(input.next());
   std::string file(input.rest());
   if (way % 4 != 0) {
-    const PackedFile pack{way % 4 - 1, packing % 10, packing / 10 % 5, memberSize, 64 * high + low};
+    const bool isLong = way / 8 % 8 == 1 && (memberSize == 0 || memberSize > 64);
+    const PackedFile pack{way / 4 % 2 == 1, isLong,     way % 4 - 1,    packing % 10,
+                          packing / 10 % 5, memberSize, 64 * high + low};
     file = pack(file);
   }
   longestRead = most;
   for (const InflateLibrary library : inflateLibraries()) {
-    compare(file, room == 0 ? 100000 : room * room, library);
+    for (const int threads : {1, 2})
+      compare(file, room == 0 ? 100000 : room * room, library, threads);
   }
   longestRead = 0;
 }
