@@ -17,6 +17,7 @@
 #include "placement/Read2Scaf.h"
 #include "placement/edgeCheck.h"
 #include "placement/readPreparer.h"
+#include "streaming/gzipInput.h"
 #include "streaming/lineSource.h"
 #include "streaming/readBuffer.h"
 
@@ -289,6 +290,23 @@ void gzipLines(benchmark::State& state) {
   lines<GzipLineSource>(state, "reads.fq.gz");
 }
 BENCHMARK(gzipLines);
+
+// A file of bgzip, inflated ahead by so many threads, a byte.
+
+void bgzfAhead(benchmark::State& state) {
+  const std::string file = readFile("reads.fq.bgz");
+  int64_t bytes = 0;
+  for (auto _ : state) {
+    GzipInput input;
+    if (!input.open(file)) state.SkipWithError("no file");
+    input.inflateAhead(static_cast<int>(state.range(0)));
+    for (std::string_view some = input.next(); !some.empty(); some = input.next()) {
+      bytes += static_cast<int64_t>(some.size());
+    }
+  }
+  state.SetBytesProcessed(bytes);
+}
+BENCHMARK(bgzfAhead)->DenseRange(1, 3)->MeasureProcessCPUTime()->UseRealTime();
 
 // Output, a record.
 

@@ -4,9 +4,11 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <stdexcept>
 
 #include "bench/simulate.h"
 #include "driver/velk.h"
@@ -63,6 +65,9 @@ struct World {
     gzFile gzip = gzopen(folder.file("reads.fq.gz").c_str(), "wb");
     gzwrite(gzip, text.str().data(), static_cast<unsigned>(text.str().size()));
     gzclose(gzip);
+    const std::string plain = folder.file("reads.fq");
+    const std::string command = "bgzip -c '" + plain + "' >'" + plain + ".bgz'";
+    if (std::system(command.c_str()) != 0) throw std::runtime_error("bgzip has failed");
   }
 };
 

@@ -16,7 +16,8 @@ inline constexpr std::size_t kRead = 150;        // bases
 /// Makes the run's assembly, index and result rows, and the read files, unless they are there.
 void makeWorld();
 
-/// A read file of 20000 records, "reads.fq" or "reads.fq.gz". Makes the world.
+/// A read file of 20000 records: "reads.fq", "reads.fq.gz", or "reads.fq.bgz", which bgzip makes.
+/// Makes the world.
 std::string readFile(const std::string& name);
 
 /// A contig between two others.
