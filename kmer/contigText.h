@@ -2,8 +2,9 @@
 //
 // A contig is a stretch of positions; positions between contigs belong to none. 128 bases and the
 // marks of the 128 windows that begin at them lie in one cache line, so that a comparison brings
-// the marks along. A letter that is no base stands as an A; the windows that hold it are *odd*.
-// Filled by SeedIndexBuilder, with several threads; read-only, for any thread, afterwards.
+// the marks along. A letter other than A, C, G and T is stored as an A; a window that holds one is
+// a *non-ACGT window*. Filled by SeedIndexBuilder, with several threads; read-only, for any thread,
+// afterwards.
 #pragma once
 
 #include <algorithm>
@@ -19,14 +20,14 @@
 namespace velk {
 
 /// An indexed contig in the text. For k > 32 a window is the last 32 bases of its k-mer, so the
-/// first one begins k - 32 bases behind the contig's first base.
+/// first one begins k - 32 bases after the contig's first base.
 struct TextContig {
-  uint64_t start;          // position of its first base
-  uint64_t firstWindow;    // position of the first window
-  uint32_t windows;        // number of windows
-  uint32_t scaffold;       // index in the model
-  uint32_t contig;         // index in the scaffold
-  uint32_t hasOddLetters;  // whether a letter of it is no base
+  uint64_t start;        // position of its first base
+  uint64_t firstWindow;  // position of the first window
+  uint32_t windows;      // number of windows
+  uint32_t scaffold;     // index in the model
+  uint32_t contig;       // index in the scaffold
+  uint32_t hasNonAcgt;   // whether it has a non-ACGT letter
 
   uint64_t endWindow() const { return firstWindow + windows; }
 };
@@ -94,7 +95,7 @@ class ContigText {
     return scaffoldInfo_[contigs_[n].scaffold].contigsInfo[contigs_[n].contig].bases();
   }
 
-  /// Packs the letters at the positions [from, to), and marks odd windows as repeated. Several
+  /// Packs the letters at the positions [from, to), and marks non-ACGT windows repeated. Several
   /// threads may pack positions of their own. REQUIRES: multiples of DATA_LEN.
   void pack(uint64_t from, uint64_t to);
 
@@ -113,9 +114,9 @@ class ContigText {
   }
 
   /// The marks of the 64 positions from p on, the first in the lowest bit.
-  /// Repeated: the window's k-mer occurs again in the index, or the window is odd, or it is none.
-  /// Reversed: the index holds the reverse complement of the window, too, or may hold it; of an odd
-  /// window: its key occurs again.
+  /// Repeated: the window's k-mer occurs again in the index, or it is a non-ACGT window, or no
+  /// window begins there. Reversed: the index holds the reverse complement of the window, too, or
+  /// may hold it; of a non-ACGT window: its key occurs again.
   uint64_t repeatedMarksFrom(uint64_t p) const { return marksFrom(&Line::repeated, p); }
   uint64_t reversedMarksFrom(uint64_t p) const { return marksFrom(&Line::reversed, p); }
   bool isMarkedRepeated(uint64_t p) const {
@@ -129,19 +130,21 @@ class ContigText {
   /// The number of the contig that p lies in, or of the last one before it; 0 before the first.
   std::size_t contigOf(uint64_t p) const;
 
-  /// Whether the window at p is one whose letters are all bases. REQUIRES: odd ones are marked.
+  /// Whether an ACGT window begins at p. REQUIRES: non-ACGT windows are marked repeated.
   bool isWindow(uint64_t p) const { return !isMarkedRepeated(p) || isMarkedWindow(p); }
 
-  /// The key of the window at p, an odd one or not.
-  uint64_t keyAt(uint64_t p) const { return isWindow(p) ? basesAt(p, windowLength_) : oddKeyAt(p); }
-  uint64_t oddKeyAt(uint64_t p) const;
+  /// The key of the window at p, also of a non-ACGT one.
+  uint64_t keyAt(uint64_t p) const {
+    return isWindow(p) ? basesAt(p, windowLength_) : keyFromLetters(p);
+  }
+  uint64_t keyFromLetters(uint64_t p) const;
 
-  /// Whether the key of the window at p, an odd one or not, occurs once. REQUIRES: it is the first.
+  /// Whether the key of the window at p occurs once. REQUIRES: it is the key's first occurrence.
   bool isUnique(uint64_t p) const {
     return !isMarkedRepeated(p) || (!isMarkedWindow(p) && (reversedMarksFrom(p) & 1U) == 0);
   }
 
-  /// Whether an indexed window, odd or not, begins at p.
+  /// Whether an indexed window, non-ACGT or not, begins at p.
   bool isOfContig(uint64_t p) const {
     const TextContig& contig = contigs_[contigOf(p)];
     return p >= contig.firstWindow && p < contig.endWindow();
@@ -181,7 +184,7 @@ class ContigText {
     if ((load(word) & bit) == 0) __atomic_fetch_or(&word, bit, __ATOMIC_RELAXED);
   }
   static uint64_t load(const uint64_t& word) { return __atomic_load_n(&word, __ATOMIC_RELAXED); }
-  void markOddWindows(std::size_t n, uint64_t from, std::string_view letters);
+  void markNonAcgtWindows(std::size_t n, uint64_t from, std::string_view letters);
   bool isMarkedWindow(uint64_t p) const;
 
   const ScaffoldInfo* scaffoldInfo_ = nullptr;

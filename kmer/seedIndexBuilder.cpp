@@ -44,26 +44,26 @@ class SeedIndexBuilder {
                       [&](std::size_t n) { onPiece(n * kPiece, (n + 1) * kPiece); });
   }
 
-  // Calls onRun(hash of the seeds' kind, Run) for the runs of the windows [from, to), in text
-  // order. REQUIRES: odd windows are marked as repeated, and no others.
+  // Calls onRun(hash of the seeds' canonical m-mer, Run) for the runs of the windows [from, to), in
+  // text order. REQUIRES: of all windows, the non-ACGT ones alone are marked repeated.
   template <class OnRun>
   void forEachRun(uint64_t from, uint64_t to, OnRun onRun) const {
     const auto& contigs = text_.contigs();
     for (std::size_t n = text_.contigOf(from); n < contigs.size() && contigs[n].start < to; ++n) {
       const uint64_t end = std::min(to, contigs[n].endWindow());
       for (uint64_t p = std::max(from, contigs[n].firstWindow); p < end;) {
-        uint64_t odd = contigs[n].hasOddLetters != 0 ? p : end;  // the next odd window
-        while (odd < end && !text_.isMarkedRepeated(odd)) ++odd;
-        if (p < odd) forEachRunOfBases(p, odd, onRun);
-        for (p = odd; p < end && text_.isMarkedRepeated(p); ++p) {
+        uint64_t next = contigs[n].hasNonAcgt != 0 ? p : end;  // the next non-ACGT window
+        while (next < end && !text_.isMarkedRepeated(next)) ++next;
+        if (p < next) forEachRunOfBases(p, next, onRun);
+        for (p = next; p < end && text_.isMarkedRepeated(p); ++p) {
           const Run run{p & Run::kPosition, 0, 1, 1, 1};
-          onRun(index_.seeds().seedOf(text_.oddKeyAt(p)).hash, run);
+          onRun(index_.seeds().seedOf(text_.keyFromLetters(p)).hash, run);
         }
       }
     }
   }
 
-  // The same for windows of bases alone. Runs of one kind that follow each other are one.
+  // The same for ACGT windows. Neighbouring runs with the same hash are joined.
   template <class OnRun>
   void forEachRunOfBases(uint64_t from, uint64_t to, OnRun onRun) const {
     uint64_t hash = 0;
@@ -131,15 +131,15 @@ class SeedIndexBuilder {
 
   void buildRegion(std::size_t r) {
     const Region region = RegionBuilder(index_, text_).build({runsOf(r), runs_[r]});
-    assert(bucketsFor(region.seeds.size()) <= level_.ranges[r].size);
-    level_.ranges[r].size = bucketsFor(region.seeds.size());
+    assert(bucketsFor(region.seedPlaces.size()) <= level_.ranges[r].size);
+    level_.ranges[r].size = bucketsFor(region.seedPlaces.size());
     const BucketRange ofSeeds{&level_.buckets[level_.ranges[r].first], level_.ranges[r].size,
                               index_.shape_};
     std::fill_n(ofSeeds.first, ofSeeds.size, Bucket{});
-    for (const auto& [place, hash] : region.seeds) ofSeeds.add(place + index_.placeBase_, hash);
-    windows_[r].resize(bucketsFor(region.windows.size()));
+    for (const auto& [p, hash] : region.seedPlaces) ofSeeds.add(p + index_.placeBase_, hash);
+    windows_[r].resize(bucketsFor(region.windowPlaces.size()));
     const BucketRange ofWindows{windows_[r].data(), windows_[r].size(), index_.shape_};
-    for (const uint64_t p : region.windows) {
+    for (const uint64_t p : region.windowPlaces) {
       const uint64_t key = text_.keyAt(p);
       const uint64_t seedHash = index_.seeds().seedOf(key).hash;
       ofWindows.add(p + index_.placeBase_, SeedIndex::windowHash(seedHash, key));

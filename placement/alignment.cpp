@@ -37,7 +37,7 @@ void Alignment::align(const ContigText& text, const PackedBases& bases, const Di
   }
   if (matched < end) matches_.insertRange(matched, end);
   // 3. Without those that hold a letter which is no base.
-  if (contig.hasOddLetters == 0) return;
+  if (contig.hasNonAcgt == 0) return;
   for (std::size_t w = matches_.firstContained(0); w < end; w = matches_.firstContained(w + 1)) {
     if (!text.isWindow(diagonal.positionOf(w))) matches_.erase(w);
   }
