@@ -13,7 +13,7 @@
 #include <set>
 #include <string>
 
-#include "placement/Read2Scaf.h"
+#include "placement/edgeCheck.h"
 #include "placement/verdict.h"
 
 namespace velk {

@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 
+#include "placement/Read2Scaf.h"
 #include "placement/batchScan.h"
 #include "placement/fastEngine.h"
 #include "tests/placement/eventSink.h"
