@@ -47,7 +47,7 @@ PlacementOptions optionsOfRun() {
 Engine engineOfRun() {
 #ifdef VELK_PLAIN_ENGINE
   assert(kmerHash != nullptr);
-  return {PlainIndex(*kmerHash, scaffoldInfo, scaffoldSum, Kmer), Kmer};
+  return {PlainIndex(*kmerHash, scaffoldInfo, scaffoldSum), Kmer};
 #else
   assert(seedIndex != nullptr);
   return {*seedIndex, Kmer};

@@ -69,7 +69,7 @@ class CandidateWindowsTest : public PlacementTest {
 
   // The hit of a window by the plain index.
   static std::optional<Hit> hitAt(const std::string& bases, std::size_t window) {
-    const PlainIndex index(*plainHash, scaffoldInfo, scaffoldSum, Kmer);
+    const PlainIndex index(*plainHash, scaffoldInfo, scaffoldSum);
     const std::string_view all = bases;
     const auto answer =
         index.placeOf(packedKmer(all.substr(window, static_cast<std::size_t>(Kmer))));

@@ -36,7 +36,7 @@ Engine engineOver();
 
 template <>
 inline PlainEngine engineOver<PlainEngine>() {
-  return {PlainIndex(*plainHash, scaffoldInfo, scaffoldSum, Kmer), Kmer};
+  return {PlainIndex(*plainHash, scaffoldInfo, scaffoldSum), Kmer};
 }
 
 template <>
