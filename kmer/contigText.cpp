@@ -71,15 +71,14 @@ bool ContigText::isMarkedWindow(uint64_t p) const {
   if (contigs_.size() == 0) return false;
   const std::size_t n = contigOf(p);
   const TextContig& contig = contigs_[n];
-  if (p < contig.firstWindow || p >= contig.endWindow()) return false;
+  if (!contig.hasWindow(p)) return false;
   if (contig.hasNonAcgt == 0) return true;
   const std::string_view window =
       letters(n).substr(p - contig.start, static_cast<std::size_t>(windowLength_));
   return std::all_of(window.begin(), window.end(), [](char c) { return baseCode(c) < 4; });
 }
 
-// The key of the window at p as Seq2Kmer packs its letters, which may be non-ACGT.
-uint64_t ContigText::keyFromLetters(uint64_t p) const {
+uint64_t ContigText::rawKeyAt(uint64_t p) const {
   const std::size_t n = contigOf(p);
   const std::string_view contig = letters(n);
   const uint64_t from = std::min<uint64_t>(p - contigs_[n].start, contig.size());

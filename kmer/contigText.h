@@ -30,6 +30,7 @@ struct TextContig {
   uint32_t hasNonAcgt;   // whether it has a non-ACGT letter
 
   uint64_t endWindow() const { return firstWindow + windows; }
+  bool hasWindow(uint64_t p) const { return firstWindow <= p && p < endWindow(); }
 };
 
 /// A diagonal of a packed read and the text: a way in which the read, or its reverse complement,
@@ -134,10 +135,10 @@ class ContigText {
   bool isWindow(uint64_t p) const { return !isMarkedRepeated(p) || isMarkedWindow(p); }
 
   /// The key of the window at p, also of a non-ACGT one.
-  uint64_t keyAt(uint64_t p) const {
-    return isWindow(p) ? basesAt(p, windowLength_) : keyFromLetters(p);
-  }
-  uint64_t keyFromLetters(uint64_t p) const;
+  uint64_t keyAt(uint64_t p) const { return isWindow(p) ? basesAt(p, windowLength_) : rawKeyAt(p); }
+
+  /// The same, packed from the contig's letters.
+  uint64_t rawKeyAt(uint64_t p) const;
 
   /// Whether the key of the window at p occurs once. REQUIRES: it is the key's first occurrence.
   bool isUnique(uint64_t p) const {
@@ -145,15 +146,12 @@ class ContigText {
   }
 
   /// Whether an indexed window, non-ACGT or not, begins at p.
-  bool isOfContig(uint64_t p) const {
-    const TextContig& contig = contigs_[contigOf(p)];
-    return p >= contig.firstWindow && p < contig.endWindow();
-  }
+  bool isOfContig(uint64_t p) const { return contigs_[contigOf(p)].hasWindow(p); }
 
   /// Where the window at p lies in the model. REQUIRES: it is a window.
   KmerPlace placeOf(uint64_t p) const {
-    assert(isOfContig(p));
     const TextContig& contig = contigs_[contigOf(p)];
+    assert(contig.hasWindow(p));
     return {contig.scaffold, contig.contig, p - contig.firstWindow};
   }
 

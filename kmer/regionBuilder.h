@@ -69,7 +69,7 @@ class RegionBuilder {
   };
 
   uint64_t keyAt(uint64_t p, bool isNonAcgt) const {
-    return isNonAcgt ? text_.keyFromLetters(p) : text_.basesAt(p, text_.windowLength());
+    return isNonAcgt ? text_.rawKeyAt(p) : text_.basesAt(p, text_.windowLength());
   }
 
   // Sorts the runs by their hashes, and those of a group by their positions.
@@ -87,7 +87,7 @@ class RegionBuilder {
   }
 
   uint64_t hashOf(const Run& run) const {
-    if (run.isNonAcgt != 0) return index_.seeds().seedOf(text_.keyFromLetters(run.first)).hash;
+    if (run.isNonAcgt != 0) return index_.seeds().seedOf(text_.rawKeyAt(run.first)).hash;
     const Seeds& ofIndex = index_.seeds();
     return ofIndex.hashOf(text_.basesAt(run.first + run.offset, ofIndex.length()));
   }

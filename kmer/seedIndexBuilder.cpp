@@ -11,7 +11,6 @@
 #include <utility>
 #include <vector>
 
-#include "kmer/Sequence.h"
 #include "kmer/machine.h"
 #include "kmer/regionBuilder.h"
 
@@ -57,7 +56,7 @@ class SeedIndexBuilder {
         if (p < next) forEachRunOfBases(p, next, onRun);
         for (p = next; p < end && text_.isMarkedRepeated(p); ++p) {
           const Run run{p & Run::kPosition, 0, 1, 1, 1};
-          onRun(index_.seeds().seedOf(text_.keyFromLetters(p)).hash, run);
+          onRun(index_.seeds().seedOf(text_.rawKeyAt(p)).hash, run);
         }
       }
     }
@@ -131,11 +130,11 @@ class SeedIndexBuilder {
 
   void buildRegion(std::size_t r) {
     const Region region = RegionBuilder(index_, text_).build({runsOf(r), runs_[r]});
-    assert(bucketsFor(region.seedPlaces.size()) <= level_.ranges[r].size);
-    level_.ranges[r].size = bucketsFor(region.seedPlaces.size());
-    const BucketRange ofSeeds{&level_.buckets[level_.ranges[r].first], level_.ranges[r].size,
-                              index_.shape_};
-    std::fill_n(ofSeeds.first, ofSeeds.size, Bucket{});
+    auto& [first, size] = level_.ranges[r];
+    assert(bucketsFor(region.seedPlaces.size()) <= size);
+    size = bucketsFor(region.seedPlaces.size());
+    const BucketRange ofSeeds{&level_.buckets[first], size, index_.shape_};
+    std::fill_n(ofSeeds.first, size, Bucket{});
     for (const auto& [p, hash] : region.seedPlaces) ofSeeds.add(p + index_.placeBase_, hash);
     windows_[r].resize(bucketsFor(region.windowPlaces.size()));
     const BucketRange ofWindows{windows_[r].data(), windows_[r].size(), index_.shape_};

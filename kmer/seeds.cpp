@@ -1,7 +1,6 @@
 #include "kmer/seeds.h"
 
 #include <bit>
-#include <cassert>
 
 #include "kmer/machine.h"
 
