@@ -119,6 +119,7 @@ struct BucketRange {
 
   /// Adds a place behind all others of its hash. REQUIRES: one bucket is not full, also then.
   void add(uint64_t place, uint64_t hash) const {
+    assert(size != 0);
     Bucket* bucket = home(hash);
     while (bucket->isFull(shape)) {
       bucket = next(bucket);

@@ -47,6 +47,7 @@ class RegionBuilder {
   /// Finds the places of all windows of these runs, which may come in any order, and marks the
   /// windows in the text. To be called once. Throws std::bad_alloc without memory.
   Region build(std::span<const Run> runs) {
+    assert(runs_.empty());
     sortIntoGroups(runs);
     for (auto from = runs_.cbegin(); from != runs_.cend();) {
       auto to = from + 1;

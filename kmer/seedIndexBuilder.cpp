@@ -25,6 +25,7 @@ class SeedIndexBuilder {
 
   // Builds the index of its text. Throws std::bad_alloc without memory.
   void build() {
+    assert(text_.end() <= Run::kPosition);
     forEachPiece([&](uint64_t from, uint64_t to) { text_.pack(from, to); });
     makeRoom();
     forEachPiece([&](uint64_t from, uint64_t to) { gather(from, to); });

@@ -44,6 +44,7 @@ void Alignment::align(const ContigText& text, const PackedBases& bases, const Di
 }
 
 void Alignment::addNotReversed(const ContigText& text, WindowSet& windows) const {
+  assert(isThere_);
   windows.insertMarked(matches_, [&](std::size_t window) {
     const uint64_t position = diagonal_.positionOf(window);
     if (!diagonal_.isReversed) return ~text.reversedMarksFrom(position);

@@ -51,6 +51,7 @@ class WindowSet {
   /// the first in the lowest bit. REQUIRES: the sets have the same size.
   template <class MarksAt>
   void insertMarked(const WindowSet& other, MarksAt marksAt) {
+    assert(size_ == other.size_);
     for (std::size_t n = 0; n < words_.size(); ++n) {
       if (other.words_[n] != 0) words_[n] |= other.words_[n] & marksAt(64 * n);
     }
@@ -58,6 +59,7 @@ class WindowSet {
 
   /// Inserts all windows of another set. REQUIRES: the sets have the same size.
   void insertAll(const WindowSet& other) {
+    assert(size_ == other.size_);
     for (std::size_t n = 0; n < words_.size(); ++n) words_[n] |= other.words_[n];
   }
 
@@ -70,6 +72,7 @@ class WindowSet {
   /// The last window before `end` that is not in the set; kNone if there is none.
   /// REQUIRES: end <= size().
   std::size_t lastMissing(std::size_t end) const {
+    assert(end <= size_);
     for (; end > 0; end = (end - 1) / 64 * 64) {
       const uint64_t missing = ~words_[(end - 1) / 64] << (63 - (end - 1) % 64);
       if (missing != 0) return end - 1 - static_cast<std::size_t>(std::countl_zero(missing));
