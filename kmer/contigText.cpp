@@ -8,7 +8,7 @@ void ContigText::lay(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int
   assert(kmer == Kmer);
   scaffoldInfo_ = scaffoldInfo;
   windowLength_ = std::min(kmer, DATA_LEN);
-  const auto before = static_cast<uint64_t>(kmer - windowLength_);  // bases that no key holds
+  const auto basesBeforeKey = static_cast<uint64_t>(kmer - windowLength_);
   windows_ = 0;
   end_ = kPad;
   std::size_t count = 0;
@@ -17,9 +17,9 @@ void ContigText::lay(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int
   count = 0;
   forEachIndexed(scaffoldInfo, scaffoldSum,
                  [&](uint32_t i, uint32_t j, const ContigInfo& contig, uint32_t windows) {
-                   contigs_[count++] = {end_, end_ + before, windows, i, j, 0};
+                   contigs_[count++] = {end_, end_ + basesBeforeKey, windows, i, j, 0};
                    windows_ += windows;
-                   // Contigs begin on words, so that several threads may pack them.
+                   // Contigs begin at words, so that threads do not share one.
                    end_ += (contig.bases().size() + DATA_LEN - 1) / DATA_LEN * DATA_LEN;
                  });
   numbers_.make(end_ / kNumbered + 2);
@@ -66,7 +66,7 @@ std::size_t ContigText::contigOf(uint64_t p) const {
   return n;
 }
 
-// As isWindow, of a position that is marked as repeated.
+// isWindow(p) of a position that is marked repeated.
 bool ContigText::isMarkedWindow(uint64_t p) const {
   if (contigs_.size() == 0) return false;
   const std::size_t n = contigOf(p);

@@ -1,10 +1,11 @@
 // The text of the seed index: the bases of all indexed contigs, packed, with two marks a window.
 //
-// A contig is a stretch of positions; positions between contigs belong to none. 128 bases and the
-// marks of the 128 windows that begin at them lie in one cache line, so that a comparison brings
-// the marks along. A letter other than A, C, G and T is stored as an A; a window that holds one is
-// a *non-ACGT window*. Filled by SeedIndexBuilder, with several threads; read-only, for any thread,
-// afterwards.
+// A contig takes a stretch of positions; positions between contigs belong to none. 128 bases and
+// the marks of the 128 windows that begin at them share a cache line, so a comparison with the text
+// also fetches the marks. A letter other than A, C, G and T is stored as an A; a window that holds
+// one is a *non-ACGT window*.
+//
+// SeedIndexBuilder fills it with several threads. It is read-only afterwards, for any thread.
 #pragma once
 
 #include <algorithm>
@@ -33,10 +34,10 @@ struct TextContig {
   bool hasWindow(uint64_t p) const { return firstWindow <= p && p < endWindow(); }
 };
 
-/// A diagonal of a packed read and the text: a way in which the read, or its reverse complement,
-/// may lie along the text.
+/// A diagonal of a packed read and the text: the read, or its reverse complement, laid along the
+/// text without gaps.
 struct Diagonal {
-  bool isReversed = false;  // whether the read's reverse complement lies along the text
+  bool isReversed = false;  // whether it is the reverse complement
   uint64_t origin = 0;      // text position of the read's window 0, modulo 2^64
 
   /// The diagonal on which `window` of the read, or its reverse complement, lies at `position`.
@@ -51,17 +52,17 @@ struct Diagonal {
 
 class ContigText {
  public:
-  static constexpr uint64_t kPad = 128;  // positions before the first contig, and behind all
+  static constexpr uint64_t kPad = 128;  // positions before the first contig, and after the last
 
-  /// Lays out these contigs, without letters. kmer: bases of a k-mer; a window in the text is the
-  /// last ones of it, at most DATA_LEN. Throws std::bad_alloc without memory.
+  /// Lays out these contigs, without letters. kmer: bases of a k-mer. A window of the text is the
+  /// last DATA_LEN of them, or all if they are fewer. Throws std::bad_alloc without memory.
   /// REQUIRES: kmer == Kmer; the model stays as it is while the text is used.
   void lay(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer);
 
-  /// Makes the text that is laid out: all letters A, no window marked.
+  /// Allocates the text that is laid out: all letters are A, and no window is marked.
   void make();
 
-  /// The memory that a text has beside its layout; another text's may be viewed in its place.
+  /// The memory of a text beside its layout; it may view that of another text instead.
   auto& lines() { return lines_; }
   const auto& lines() const { return lines_; }
 
@@ -81,17 +82,17 @@ class ContigText {
 
   int windowLength() const { return windowLength_; }
   uint64_t windows() const { return windows_; }
-  uint64_t end() const { return end_; }  // behind all positions
+  uint64_t end() const { return end_; }  // after the last contig
   const Array<TextContig>& contigs() const { return contigs_; }
 
-  /// Calls f(const Array<T>&) for the memory of the layout.
+  /// Calls f(const Array<T>&) for each array of the layout.
   template <class F>
   void forEachLaid(F f) const {
     f(contigs_);
     f(numbers_);
   }
 
-  /// The letters of a contig, as they stand in the model.
+  /// The letters of a contig in the model.
   std::string_view letters(std::size_t n) const {
     return scaffoldInfo_[contigs_[n].scaffold].contigsInfo[contigs_[n].contig].bases();
   }
@@ -106,7 +107,7 @@ class ContigText {
   /// The `count` packed bases from position p on. REQUIRES: 1 <= count <= DATA_LEN.
   uint64_t basesAt(uint64_t p, int count) const { return packedAt(*this, p, count); }
 
-  /// What lies under the `count` bases from `base` on of a read on a diagonal, on its strand.
+  /// The text bases aligned to `count` read bases from `base` on, on the read's strand.
   uint64_t basesUnder(const Diagonal& diagonal, uint64_t base, int count) const {
     const uint64_t position = diagonal.positionOf(base);
     if (!diagonal.isReversed) return basesAt(position, count);
@@ -124,11 +125,12 @@ class ContigText {
     return (load(lines_[p / kBasesOfLine].repeated[p / 64 % 2]) >> p % 64 & 1U) != 0;
   }
 
-  /// Several threads may set marks at the same time.
+  /// Set a mark. Several threads may do so at the same time.
   void markRepeated(uint64_t p) { mark(&Line::repeated, p); }
   void markReversed(uint64_t p) { mark(&Line::reversed, p); }
 
-  /// The number of the contig that p lies in, or of the last one before it; 0 before the first.
+  /// The number of the contig at p or, if there is none, of the last one before p; 0 before the
+  /// first.
   std::size_t contigOf(uint64_t p) const;
 
   /// Whether an ACGT window begins at p. REQUIRES: non-ACGT windows are marked repeated.
@@ -148,7 +150,7 @@ class ContigText {
   /// Whether an indexed window, non-ACGT or not, begins at p.
   bool isOfContig(uint64_t p) const { return contigs_[contigOf(p)].hasWindow(p); }
 
-  /// Where the window at p lies in the model. REQUIRES: it is a window.
+  /// The place of the window at p in the model. REQUIRES: a window begins there.
   KmerPlace placeOf(uint64_t p) const {
     const TextContig& contig = contigs_[contigOf(p)];
     assert(contig.hasWindow(p));
@@ -163,7 +165,7 @@ class ContigText {
 
  private:
   static constexpr uint64_t kBasesOfLine = 128;
-  static constexpr uint64_t kNumbered = 1024;  // positions for which one contig number is kept
+  static constexpr uint64_t kNumbered = 1024;  // positions for each contig number that is kept
 
   struct alignas(64) Line {
     std::array<uint64_t, 4> bases;

@@ -48,21 +48,21 @@ class SeedIndex {
     uint64_t size;
   };
 
-  /// Builds the index of all k-mers that `scaffoldInfo` has; the same, byte for byte, for any
-  /// number of threads. Returns false, and is of no use, when memory runs out.
-  /// placeBase is added to all places, and seeds are as long as for leastWindows windows at least:
-  /// tests reach places beyond 32 bits and long seeds with these.
-  /// REQUIRES: kmer == Kmer; the model stays as it is while the index is used.
+  /// Builds the index of all k-mers of the model; the same, byte for byte, for any number of
+  /// threads. Returns false, and is of no use, when memory runs out. Tests reach places beyond 32
+  /// bits with placeBase, which is added to all places. They reach long seeds with leastWindows:
+  /// seeds are as long as for at least so many windows. REQUIRES: kmer == Kmer; the model stays as
+  /// it is while the index is used.
   bool build(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer, int threads,
              uint64_t placeBase = 0, uint64_t leastWindows = 0);
 
-  /// Where the k-mer with this key lies; nothing when no contig has it.
+  /// The answer for the k-mer with this key; none if no contig has it.
   std::optional<KmerAnswer> placeOf(uint64_t key) const;
 
   uint64_t distinctKeys() const { return distinctKeys_; }
 
-  /// Prepares it to view the memory of an index that was built of this model, which forEachKept
-  /// then sets. REQUIRES: as build.
+  /// Prepares it to view the memory of an index that was built from this model; forEachKept then
+  /// sets that memory. REQUIRES: as build().
   void lay(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer,
            uint64_t leastWindows = 0);
 
@@ -89,35 +89,35 @@ class SeedIndex {
   /// What the index knows of the k-mer with this key.
   Occurrence find(uint64_t key) const;
 
-  // What a seed of a packed read says of all windows that share it. Three steps, so that the memory
-  // of several seeds can be prefetched at the same time.
+  // What a seed of a packed read tells about all windows that share it. There are three steps, so
+  // that the memory of several seeds can be prefetched at the same time.
 
-  /// 1. Prefetches the bucket in which the places of the seed begin.
+  /// 1. Prefetches the home bucket of the seed.
   void prefetchSeed(const SeedRun& run) const {
     prefetchLine(bucketsOf(seedLevel_, run.hash).home(run.hash));
   }
 
-  /// 2. Prefetches the text around the first place. Returns false if there is none, so that no
+  /// 2. Prefetches the text around the seed's first place. Returns false if there is none: no
   /// window of the run is indexed, on either strand.
   bool prefetchText(const SeedRun& run) const;
 
   struct SeedVerdict {
-    uint64_t absent = 0;  // a bit for each window of the run, the first lowest: on neither strand
-    std::optional<Diagonal> diagonal{};  // on which a window of the index lies under ...
-    uint64_t window = 0;                 // ... this one, of the run
+    uint64_t absent = 0;  // mask of windows (as windowMask) that are indexed on neither strand
+    std::optional<Diagonal> diagonal{};  // on it an indexed window equals ...
+    uint64_t window = 0;                 // ... this window of the run
   };
 
-  /// 3. The verdict.
+  /// 3. The verdict on the windows of the run.
   SeedVerdict verdictOn(const SeedRun& run, const PackedBases& bases) const;
 
  private:
   friend class RegionBuilder;
   friend class SeedIndexBuilder;
 
-  // A place where no seed lies: look in the second level.
+  // A place before the first contig. It stands for: look in the second level.
   static constexpr uint64_t kElsewhere = ContigText::kPad / 2;
 
-  /// Places in buckets. Those whose hashes begin with the same bits have a range of their own.
+  /// Places in buckets. Each region, the hashes with the same top bits, has a range of buckets.
   struct Level {
     Array<Bucket> buckets;
     Array<RegionRange> ranges;
@@ -149,7 +149,7 @@ class SeedIndex {
   uint64_t placeBase_ = 0;
   Level seedLevel_;
   Level windowLevel_;
-  std::optional<KmerAnswer> emptyKmer_;  // of k = 0, where all keys are 0
+  std::optional<KmerAnswer> emptyKmer_;  // for k = 0, where all keys are 0
   uint64_t distinctKeys_ = 0;
 };
 

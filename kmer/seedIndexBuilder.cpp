@@ -1,10 +1,10 @@
 // Builds a seed index, with several threads.
 //
 // The contigs are packed into the text. The runs of windows that share a seed are counted by
-// regions of the index, ranges of hashes, and then gathered, in the memory where the buckets will
-// stand: a run takes a little more than a place. Each region is built from its runs
-// (kmer/regionBuilder.h) and put where they stood; then the regions are moved together. A region
-// depends on the text alone, not on the number of threads.
+// region, which is a range of hashes. Then they are gathered in the memory of the later buckets: a
+// run takes a little more than a place. Each region is built from its runs (kmer/regionBuilder.h),
+// and its buckets overwrite them. At the end the regions are moved together. A region depends on
+// the text alone, not on the number of threads.
 #include <algorithm>
 #include <array>
 #include <new>
@@ -36,7 +36,7 @@ class SeedIndexBuilder {
  private:
   static constexpr std::size_t kRegions = SeedIndex::kRegions;
 
-  // Calls onPiece(from, to) for all positions, piece by piece, by all threads.
+  // Calls onPiece(from, to) for all positions, piece by piece, on all threads.
   template <class OnPiece>
   void forEachPiece(OnPiece onPiece) const {
     constexpr uint64_t kPiece = uint64_t{1} << 16;  // positions
@@ -84,7 +84,7 @@ class SeedIndexBuilder {
     onRun(hash, joined);
   }
 
-  // Makes room for the runs of every region, and for the buckets that take their place.
+  // Makes room for the runs of every region, and for the buckets that overwrite them.
   void makeRoom() {
     std::vector<uint64_t> places(kRegions);
     forEachPiece([&](uint64_t from, uint64_t to) {
@@ -110,7 +110,7 @@ class SeedIndexBuilder {
     return reinterpret_cast<Run*>(&level_.buckets[level_.ranges[r].first]);
   }
 
-  // Gathers the runs of a piece where the buckets of their regions will stand.
+  // Gathers the runs of a piece in the memory of their regions' buckets.
   void gather(uint64_t from, uint64_t to) {
     std::vector<std::pair<std::size_t, Run>> found;  // with their regions
     std::vector<uint64_t> next(kRegions);
@@ -147,7 +147,7 @@ class SeedIndexBuilder {
     __atomic_fetch_add(&index_.distinctKeys_, region.distinctKeys, __ATOMIC_RELAXED);
   }
 
-  // Moves the buckets of all regions together, and those of the second level.
+  // Moves the buckets of all regions together, in both levels.
   void layBuckets() {
     SeedIndex::Level& second = index_.windowLevel_;
     second.ranges.make(kRegions);
