@@ -153,7 +153,7 @@ BENCHMARK_CAPTURE(lookUp, miss, uint64_t{1} << 63);  // above the bits of a k-me
 
 // The preparing of reads up to a step, sixteen at a time, a read.
 
-enum class Step { kPack, kAlign, kSift };
+enum class Step { kPack, kAlign, kFilter };
 
 void prepare(benchmark::State& state, Step last, std::vector<std::string> (*reads)()) {
   makeWorld();
@@ -165,15 +165,15 @@ void prepare(benchmark::State& state, Step last, std::vector<std::string> (*read
     for (std::size_t i = 0; i < group.size(); ++i) group[i].bases = &all[at + i];
     preparer.pack(group);
     if (last >= Step::kAlign) preparer.align(group);
-    if (last >= Step::kSift) preparer.sift(group);
+    if (last >= Step::kFilter) preparer.filter(group);
     at = (at + group.size()) % all.size();
   }
   state.SetItemsProcessed(state.iterations() * int64_t{group.size()});
 }
 BENCHMARK_CAPTURE(prepare, packed, Step::kPack, interiorReads);
 BENCHMARK_CAPTURE(prepare, aligned, Step::kAlign, interiorReads);
-BENCHMARK_CAPTURE(prepare, foreignSifted, Step::kSift, foreignReads);
-BENCHMARK_CAPTURE(prepare, edgeSifted, Step::kSift, edgeReads);
+BENCHMARK_CAPTURE(prepare, foreignFiltered, Step::kFilter, foreignReads);
+BENCHMARK_CAPTURE(prepare, edgeFiltered, Step::kFilter, edgeReads);
 
 // The walk with its checks, a read on one strand, of which nothing is prepared.
 

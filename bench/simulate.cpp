@@ -5,7 +5,7 @@
 #include <ostream>
 #include <string_view>
 
-#include "placement/Read2Scaf.h"
+#include "placement/edgeCheck.h"
 
 namespace velk::bench {
 namespace {

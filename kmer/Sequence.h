@@ -47,9 +47,8 @@ inline char complementOf(char base) {
 }
 
 /// Packs `seq` into `kmer` (inout): the last base in the lowest two bits, earlier ones above; bases
-/// before the last 32 are shifted out. A character of code 4 is ORed in as it stands: it reads as A
-/// in its own place and sets the low bit of the base before it. A word that is not 0 is not
-/// cleared.
+/// before the last 32 are shifted out. The code 4 is ORed in unchanged: it reads as A in its own
+/// place and sets the low bit of the base before it. A word that is not 0 is not cleared.
 inline void Seq2Kmer(uint64_t& kmer, std::string_view seq) {
   for (const char base : seq) kmer = (kmer << LEN_TO_BITLEN) | baseCode(base);
 }

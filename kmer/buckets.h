@@ -1,9 +1,9 @@
 // Buckets: places in the text, hashed into cache lines.
 //
-// A bucket holds up to `room` places of 4 or 5 bytes and a tag of a byte for each: 6 bits of the
-// hash, so that mostly one place alone must be compared with the text, and the place's 2 highest
-// bits. Places of one hash stand in the order in which they were added, in the first buckets from
-// the home bucket on that had room; a bucket that is not full ends a search.
+// A bucket holds up to `room` places of 4 or 5 bytes, and a tag of one byte for each. The tag has 6
+// bits of the hash, so that few places need a comparison with the text, and the 2 highest bits of
+// the place. Places with the same hash are in the order in which they were added: each went into
+// the first bucket with room, from the home bucket on. A bucket that is not full ends a search.
 #pragma once
 
 #include <bit>
@@ -25,11 +25,11 @@ inline uint64_t scaledTo(uint64_t hash, uint64_t size) {
   return static_cast<uint64_t>(Wide{hash} * size >> 64);
 }
 
-inline constexpr unsigned kRegionBits = 8;  // of a hash, that choose a range of buckets
+inline constexpr unsigned kRegionBits = 8;  // the top bits of a hash, which choose its region
 
-/// How the places of a bucket lie.
+/// The layout of the places in a bucket.
 struct BucketShape {
-  std::size_t room;   // places of a bucket
+  std::size_t room;   // places that a bucket can hold
   std::size_t width;  // bytes of a place, without the bits in its tag
 
   /// The shape for places below `end`.
@@ -43,7 +43,7 @@ class alignas(64) Bucket {
  public:
   static constexpr unsigned kTagBits = 6;
 
-  /// A bit for each place whose tag agrees with the hash, the first place lowest.
+  /// A bit for each place whose tag agrees with the hash; the first place has the lowest bit.
   unsigned hits(uint64_t hash) const {
     const uint64_t tag = hash & kTagMask;
 #if defined(__SSE2__)
@@ -59,7 +59,7 @@ class alignas(64) Bucket {
   }
 
   uint64_t place(unsigned i, BucketShape shape) const {
-    uint64_t bytes = 0;  // those of the place are the highest
+    uint64_t bytes = 0;  // the place is in the highest ones
     std::memcpy(&bytes, bytes_ + shape.room + (i + 1) * shape.width - sizeof bytes, sizeof bytes);
     return bytes >> (64 - 8 * shape.width) | uint64_t{bytes_[i]} >> kTagBits << 8 * shape.width;
   }
@@ -87,19 +87,19 @@ class alignas(64) Bucket {
 };
 static_assert(sizeof(Bucket) == 64);
 
-/// Buckets that belong together: a search that runs over their end goes on at their start. It ends,
-/// within them, whatever bytes they hold. REQUIRES: there is one.
+/// The buckets of a region. A search that passes their end goes on at their start. It stays inside
+/// and ends, whatever bytes they hold. REQUIRES: there is at least one bucket.
 struct BucketRange {
   Bucket* first;
   uint64_t size;
   BucketShape shape;
 
-  /// The top kRegionBits bits of a hash choose the region, the next bits the bucket.
+  /// The first bucket for a hash: the bits after the top kRegionBits choose it.
   Bucket* home(uint64_t hash) const { return first + scaledTo(hash << kRegionBits, size); }
   Bucket* next(Bucket* bucket) const { return bucket + 1 == first + size ? first : bucket + 1; }
 
-  /// Calls onHit(place) for every place whose tag agrees with the hash, in the order in
-  /// which they were added, until it returns true. Returns whether it did.
+  /// Calls onHit(place) for every place whose tag agrees with the hash, in the order in which they
+  /// were added, until it returns true. Returns whether it did.
   template <class OnHit>
   bool anyHit(uint64_t hash, OnHit onHit) const {
     assert(size != 0);
@@ -117,8 +117,10 @@ struct BucketRange {
     return false;
   }
 
-  /// Adds a place behind all others of its hash. REQUIRES: one bucket is not full, also then.
+  /// Adds a place after all others with its hash. REQUIRES: a bucket that is not full is left
+  /// afterwards.
   void add(uint64_t place, uint64_t hash) const {
+    assert(size != 0);
     Bucket* bucket = home(hash);
     while (bucket->isFull(shape)) {
       bucket = next(bucket);

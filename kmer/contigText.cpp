@@ -8,7 +8,7 @@ void ContigText::lay(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int
   assert(kmer == Kmer);
   scaffoldInfo_ = scaffoldInfo;
   windowLength_ = std::min(kmer, DATA_LEN);
-  const auto before = static_cast<uint64_t>(kmer - windowLength_);  // bases that no key holds
+  const auto basesBeforeKey = static_cast<uint64_t>(kmer - windowLength_);
   windows_ = 0;
   end_ = kPad;
   std::size_t count = 0;
@@ -17,9 +17,9 @@ void ContigText::lay(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int
   count = 0;
   forEachIndexed(scaffoldInfo, scaffoldSum,
                  [&](uint32_t i, uint32_t j, const ContigInfo& contig, uint32_t windows) {
-                   contigs_[count++] = {end_, end_ + before, windows, i, j, 0};
+                   contigs_[count++] = {end_, end_ + basesBeforeKey, windows, i, j, 0};
                    windows_ += windows;
-                   // Contigs begin on words, so that several threads may pack them.
+                   // Contigs begin at words, so that threads do not share one.
                    end_ += (contig.bases().size() + DATA_LEN - 1) / DATA_LEN * DATA_LEN;
                  });
   numbers_.make(end_ / kNumbered + 2);
@@ -43,20 +43,20 @@ void ContigText::pack(uint64_t from, uint64_t to) {
     for (uint64_t p = std::max(from, start); p < last; p += DATA_LEN) {
       const std::string_view next = letters(n).substr(p - start, DATA_LEN);
       uint64_t& word = lines_[p / kBasesOfLine].bases[p / DATA_LEN % 4];
-      if (!packBases(next, &word)) markOddWindows(n, p, next);
+      if (!packBases(next, &word)) markNonAcgtWindows(n, p, next);
     }
   }
 }
 
-// Marks the windows that hold other letters of these, which lie at `from` in a contig.
-void ContigText::markOddWindows(std::size_t n, uint64_t from, std::string_view letters) {
+// Marks the windows that hold non-ACGT letters of these, which lie at position `from`.
+void ContigText::markNonAcgtWindows(std::size_t n, uint64_t from, std::string_view letters) {
   TextContig& contig = contigs_[n];
-  __atomic_store_n(&contig.hasOddLetters, 1U, __ATOMIC_RELAXED);
+  __atomic_store_n(&contig.hasNonAcgt, 1U, __ATOMIC_RELAXED);
   for (std::size_t i = 0; i < letters.size(); ++i) {
     if (baseCode(letters[i]) < 4) continue;
-    const uint64_t behind = std::min(from + i + 1, contig.endWindow());
+    const uint64_t end = std::min(from + i + 1, contig.endWindow());
     const uint64_t first = from + i + 1 - static_cast<uint64_t>(windowLength_);
-    for (uint64_t p = std::max(first, contig.firstWindow); p < behind; ++p) markRepeated(p);
+    for (uint64_t p = std::max(first, contig.firstWindow); p < end; ++p) markRepeated(p);
   }
 }
 
@@ -66,20 +66,19 @@ std::size_t ContigText::contigOf(uint64_t p) const {
   return n;
 }
 
-// As isWindow, of a position that is marked as repeated.
+// isWindow(p) of a position that is marked repeated.
 bool ContigText::isMarkedWindow(uint64_t p) const {
   if (contigs_.size() == 0) return false;
   const std::size_t n = contigOf(p);
   const TextContig& contig = contigs_[n];
-  if (p < contig.firstWindow || p >= contig.endWindow()) return false;
-  if (contig.hasOddLetters == 0) return true;
+  if (!contig.hasWindow(p)) return false;
+  if (contig.hasNonAcgt == 0) return true;
   const std::string_view window =
       letters(n).substr(p - contig.start, static_cast<std::size_t>(windowLength_));
   return std::all_of(window.begin(), window.end(), [](char c) { return baseCode(c) < 4; });
 }
 
-// The key of the odd window at p.
-uint64_t ContigText::oddKeyAt(uint64_t p) const {
+uint64_t ContigText::rawKeyAt(uint64_t p) const {
   const std::size_t n = contigOf(p);
   const std::string_view contig = letters(n);
   const uint64_t from = std::min<uint64_t>(p - contigs_[n].start, contig.size());

@@ -1,9 +1,11 @@
 // The text of the seed index: the bases of all indexed contigs, packed, with two marks a window.
 //
-// A contig is a stretch of positions; positions between contigs belong to none. 128 bases and the
-// marks of the 128 windows that begin at them lie in one cache line, so that a comparison brings
-// the marks along. A letter that is no base stands as an A; the windows that hold it are *odd*.
-// Filled by SeedIndexBuilder, with several threads; read-only, for any thread, afterwards.
+// A contig takes a stretch of positions; positions between contigs belong to none. 128 bases and
+// the marks of the 128 windows that begin at them share a cache line, so a comparison with the text
+// also fetches the marks. A letter other than A, C, G and T is stored as an A; a window that holds
+// one is a *non-ACGT window*.
+//
+// SeedIndexBuilder fills it with several threads. It is read-only afterwards, for any thread.
 #pragma once
 
 #include <algorithm>
@@ -19,22 +21,23 @@
 namespace velk {
 
 /// An indexed contig in the text. For k > 32 a window is the last 32 bases of its k-mer, so the
-/// first one begins k - 32 bases behind the contig's first base.
+/// first one begins k - 32 bases after the contig's first base.
 struct TextContig {
-  uint64_t start;          // position of its first base
-  uint64_t firstWindow;    // position of the first window
-  uint32_t windows;        // number of windows
-  uint32_t scaffold;       // index in the model
-  uint32_t contig;         // index in the scaffold
-  uint32_t hasOddLetters;  // whether a letter of it is no base
+  uint64_t start;        // position of its first base
+  uint64_t firstWindow;  // position of the first window
+  uint32_t windows;      // number of windows
+  uint32_t scaffold;     // index in the model
+  uint32_t contig;       // index in the scaffold
+  uint32_t hasNonAcgt;   // whether it has a non-ACGT letter
 
   uint64_t endWindow() const { return firstWindow + windows; }
+  bool hasWindow(uint64_t p) const { return firstWindow <= p && p < endWindow(); }
 };
 
-/// A diagonal of a packed read and the text: a way in which the read, or its reverse complement,
-/// may lie along the text.
+/// A diagonal of a packed read and the text: the read, or its reverse complement, laid along the
+/// text without gaps.
 struct Diagonal {
-  bool isReversed = false;  // whether the read's reverse complement lies along the text
+  bool isReversed = false;  // whether it is the reverse complement
   uint64_t origin = 0;      // text position of the read's window 0, modulo 2^64
 
   /// The diagonal on which `window` of the read, or its reverse complement, lies at `position`.
@@ -49,17 +52,17 @@ struct Diagonal {
 
 class ContigText {
  public:
-  static constexpr uint64_t kPad = 128;  // positions before the first contig, and behind all
+  static constexpr uint64_t kPad = 128;  // positions before the first contig, and after the last
 
-  /// Lays out these contigs, without letters. kmer: bases of a k-mer; a window in the text is the
-  /// last ones of it, at most DATA_LEN. Throws std::bad_alloc without memory.
+  /// Lays out these contigs, without letters. kmer: bases of a k-mer. A window of the text is the
+  /// last DATA_LEN of them, or all if they are fewer. Throws std::bad_alloc without memory.
   /// REQUIRES: kmer == Kmer; the model stays as it is while the text is used.
   void lay(const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer);
 
-  /// Makes the text that is laid out: all letters A, no window marked.
+  /// Allocates the text that is laid out: all letters are A, and no window is marked.
   void make();
 
-  /// The memory that a text has beside its layout; another text's may be viewed in its place.
+  /// The memory of a text beside its layout; it may view that of another text instead.
   auto& lines() { return lines_; }
   const auto& lines() const { return lines_; }
 
@@ -79,22 +82,22 @@ class ContigText {
 
   int windowLength() const { return windowLength_; }
   uint64_t windows() const { return windows_; }
-  uint64_t end() const { return end_; }  // behind all positions
+  uint64_t end() const { return end_; }  // after the last contig
   const Array<TextContig>& contigs() const { return contigs_; }
 
-  /// Calls f(const Array<T>&) for the memory of the layout.
+  /// Calls f(const Array<T>&) for each array of the layout.
   template <class F>
   void forEachLaid(F f) const {
     f(contigs_);
     f(numbers_);
   }
 
-  /// The letters of a contig, as they stand in the model.
+  /// The letters of a contig in the model.
   std::string_view letters(std::size_t n) const {
     return scaffoldInfo_[contigs_[n].scaffold].contigsInfo[contigs_[n].contig].bases();
   }
 
-  /// Packs the letters at the positions [from, to), and marks odd windows as repeated. Several
+  /// Packs the letters at the positions [from, to), and marks non-ACGT windows repeated. Several
   /// threads may pack positions of their own. REQUIRES: multiples of DATA_LEN.
   void pack(uint64_t from, uint64_t to);
 
@@ -104,7 +107,7 @@ class ContigText {
   /// The `count` packed bases from position p on. REQUIRES: 1 <= count <= DATA_LEN.
   uint64_t basesAt(uint64_t p, int count) const { return packedAt(*this, p, count); }
 
-  /// What lies under the `count` bases from `base` on of a read on a diagonal, on its strand.
+  /// The text bases aligned to `count` read bases from `base` on, on the read's strand.
   uint64_t basesUnder(const Diagonal& diagonal, uint64_t base, int count) const {
     const uint64_t position = diagonal.positionOf(base);
     if (!diagonal.isReversed) return basesAt(position, count);
@@ -113,44 +116,44 @@ class ContigText {
   }
 
   /// The marks of the 64 positions from p on, the first in the lowest bit.
-  /// Repeated: the window's k-mer occurs again in the index, or the window is odd, or it is none.
-  /// Reversed: the index holds the reverse complement of the window, too, or may hold it; of an odd
-  /// window: its key occurs again.
+  /// Repeated: the window's k-mer occurs again in the index, or it is a non-ACGT window, or no
+  /// window begins there. Reversed: the index holds the reverse complement of the window, too, or
+  /// may hold it; of a non-ACGT window: its key occurs again.
   uint64_t repeatedMarksFrom(uint64_t p) const { return marksFrom(&Line::repeated, p); }
   uint64_t reversedMarksFrom(uint64_t p) const { return marksFrom(&Line::reversed, p); }
   bool isMarkedRepeated(uint64_t p) const {
     return (load(lines_[p / kBasesOfLine].repeated[p / 64 % 2]) >> p % 64 & 1U) != 0;
   }
 
-  /// Several threads may set marks at the same time.
+  /// Set a mark. Several threads may do so at the same time.
   void markRepeated(uint64_t p) { mark(&Line::repeated, p); }
   void markReversed(uint64_t p) { mark(&Line::reversed, p); }
 
-  /// The number of the contig that p lies in, or of the last one before it; 0 before the first.
+  /// The number of the contig at p or, if there is none, of the last one before p; 0 before the
+  /// first.
   std::size_t contigOf(uint64_t p) const;
 
-  /// Whether the window at p is one whose letters are all bases. REQUIRES: odd ones are marked.
+  /// Whether an ACGT window begins at p. REQUIRES: non-ACGT windows are marked repeated.
   bool isWindow(uint64_t p) const { return !isMarkedRepeated(p) || isMarkedWindow(p); }
 
-  /// The key of the window at p, an odd one or not.
-  uint64_t keyAt(uint64_t p) const { return isWindow(p) ? basesAt(p, windowLength_) : oddKeyAt(p); }
-  uint64_t oddKeyAt(uint64_t p) const;
+  /// The key of the window at p, also of a non-ACGT one.
+  uint64_t keyAt(uint64_t p) const { return isWindow(p) ? basesAt(p, windowLength_) : rawKeyAt(p); }
 
-  /// Whether the key of the window at p, an odd one or not, occurs once. REQUIRES: it is the first.
+  /// The same, packed from the contig's letters.
+  uint64_t rawKeyAt(uint64_t p) const;
+
+  /// Whether the key of the window at p occurs once. REQUIRES: it is the key's first occurrence.
   bool isUnique(uint64_t p) const {
     return !isMarkedRepeated(p) || (!isMarkedWindow(p) && (reversedMarksFrom(p) & 1U) == 0);
   }
 
-  /// Whether an indexed window, odd or not, begins at p.
-  bool isOfContig(uint64_t p) const {
-    const TextContig& contig = contigs_[contigOf(p)];
-    return p >= contig.firstWindow && p < contig.endWindow();
-  }
+  /// Whether an indexed window, non-ACGT or not, begins at p.
+  bool isOfContig(uint64_t p) const { return contigs_[contigOf(p)].hasWindow(p); }
 
-  /// Where the window at p lies in the model. REQUIRES: it is a window.
+  /// The place of the window at p in the model. REQUIRES: a window begins there.
   KmerPlace placeOf(uint64_t p) const {
-    assert(isOfContig(p));
     const TextContig& contig = contigs_[contigOf(p)];
+    assert(contig.hasWindow(p));
     return {contig.scaffold, contig.contig, p - contig.firstWindow};
   }
 
@@ -162,7 +165,7 @@ class ContigText {
 
  private:
   static constexpr uint64_t kBasesOfLine = 128;
-  static constexpr uint64_t kNumbered = 1024;  // positions for which one contig number is kept
+  static constexpr uint64_t kNumbered = 1024;  // positions for each contig number that is kept
 
   struct alignas(64) Line {
     std::array<uint64_t, 4> bases;
@@ -181,7 +184,7 @@ class ContigText {
     if ((load(word) & bit) == 0) __atomic_fetch_or(&word, bit, __ATOMIC_RELAXED);
   }
   static uint64_t load(const uint64_t& word) { return __atomic_load_n(&word, __ATOMIC_RELAXED); }
-  void markOddWindows(std::size_t n, uint64_t from, std::string_view letters);
+  void markNonAcgtWindows(std::size_t n, uint64_t from, std::string_view letters);
   bool isMarkedWindow(uint64_t p) const;
 
   const ScaffoldInfo* scaffoldInfo_ = nullptr;

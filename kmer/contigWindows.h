@@ -1,5 +1,5 @@
-// Which windows of the scaffold model are indexed: all k-mers, forward strand only, of every contig
-// of at least CONTIGLEN bases. And what an index answers about a k-mer.
+// The windows of the scaffold model that are indexed: all k-mers, forward strand only, of every
+// contig of at least CONTIGLEN bases. And what an index answers about a k-mer.
 #pragma once
 
 #include <cstdint>
@@ -16,10 +16,10 @@ struct KmerPlace {
   uint64_t start;
 };
 
-/// What is known of a k-mer that the contigs hold.
+/// What an index knows of a k-mer of the contigs.
 struct KmerAnswer {
   KmerPlace first;  // its first occurrence, in the order scaffold, contig, offset
-  bool isUnique;    // it has no other
+  bool isUnique;    // whether it has no other
 };
 
 /// The number of k-mers of a contig that are indexed, counted in 32 bits; 0 for a contig shorter

@@ -1,9 +1,9 @@
 // The run's index, as the driver knows it: made, filled from the contigs, released.
 //
 // The driver calls newKmerHash first, FetchKmers1 once, after the scaffold model is loaded and
-// before any worker exists, and freeKmerHash at the end. One of two engines stands behind it,
-// chosen when velk is built: fetchKmersFast.cpp, or fetchKmersPlain.cpp with the macro
-// VELK_PLAIN_ENGINE. Both leave the same messages, and the same `count` and `size`.
+// before any worker exists, and freeKmerHash at the end. One of two engines implements it, chosen
+// when velk is built: fetchKmersFast.cpp, or fetchKmersPlain.cpp with the macro VELK_PLAIN_ENGINE.
+// Both give the same messages, `count` and `size`.
 #pragma once
 
 #include <cstdint>
@@ -15,8 +15,8 @@ namespace velk {
 
 extern HashSet* kmerHash;  // null: the set of the run, written by the driver
 
-/// Returns the run's set as init_hashset makes it; with the fast engine its numbers alone, without
-/// an array. Exits with status 1 after init_hashset's out-of-memory message when there is no memory
+/// Returns the run's set, made by init_hashset; with the fast engine only its numbers, without an
+/// array. Exits with status 1 after init_hashset's out-of-memory message when there is no memory
 /// for it, or when no table may have so many slots.
 HashSet* newKmerHash(uint64_t initSize, float loadFactor);
 
@@ -27,9 +27,9 @@ HashSet* newKmerHash(uint64_t initSize, float loadFactor);
 /// out-of-memory message when there is no memory, or when the table would grow beyond kMaxSlots.
 void FetchKmers1(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum);
 
-/// Of the fast engine: makes the numbers of a new set those after `keys` different keys have been
-/// added, with the lines that add_hashset gives as it grows. Exits as
-/// enlarge_hashset does without memory when the set would grow beyond kMaxSlots.
+/// Of the fast engine: sets the numbers of a new set to their values after adding `keys` distinct
+/// keys, and writes the lines that add_hashset writes as it grows. Exits like enlarge_hashset
+/// without memory when the set would grow beyond kMaxSlots.
 void growToHold(HashSet* set, uint64_t keys);
 
 /// Releases the set, and what FetchKmers1 made for it.

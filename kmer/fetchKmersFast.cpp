@@ -1,5 +1,5 @@
-// The fast engine: the seed index holds every k-mer, and the numbers of the hash set follow from
-// how many there are.
+// The fast engine: the seed index has every k-mer. The numbers of the hash set follow from how many
+// there are.
 #include <memory>
 #include <new>
 #include <string>

@@ -22,16 +22,16 @@ void fillSlot(HashSet* set, uint64_t slot, const Entity& entity) {
   ++set->count;
 }
 
-// The first empty slot on the way of an entity's key. passed (inout): counts the filled ones.
+// The first empty slot on the probe sequence of the key. passed (inout): counts the filled ones.
 uint64_t emptySlotFor(const HashSet& set, const Entity& entity, uint64_t& passed) {
   uint64_t slot = homeSlot(set, entity);
   for (; !is_entity_null(set.nul_flag, slot); slot = nextSlot(set, slot)) ++passed;
   return slot;
 }
 
-// Moves the entities of the first `oldSize` slots to where the table's new size wants them.
-// `oldFilled` and `moved` are the old bitmaps; a slot is marked in `moved` when its entity left it.
-// What had been deleted bears the mark already, and is left behind.
+// Moves the entities of the first `oldSize` slots to their slots in the table of the new size.
+// `oldFilled` and `moved` are the old bitmaps; a slot is marked in `moved` when its entity has
+// left. Deleted entities have this mark from the start, and are not moved.
 void rehash(HashSet* set, uint64_t oldSize, const uint8_t* oldFilled, uint8_t* moved) {
   const auto isWaiting = [&](uint64_t slot) {
     return slot < oldSize && !is_entity_null(oldFilled, slot) && !is_entity_delete(moved, slot);
@@ -46,7 +46,7 @@ void rehash(HashSet* set, uint64_t oldSize, const uint8_t* oldFilled, uint8_t* m
       set_entity_fill(set->nul_flag, slot);
       isPlaced = !isWaiting(slot);
       std::swap(moving, set->array[slot]);
-      if (!isPlaced) set_entity_delete(moved, slot);  // what stood there is placed next
+      if (!isPlaced) set_entity_delete(moved, slot);  // the entity from there is next
     }
   }
 }

@@ -1,15 +1,14 @@
 // The k-mer hash set: where each contig k-mer lies, and whether it occurs more than once.
 //
-// Open addressing with linear probing over `size` slots. FetchKmers1 fills the set of a run, the
-// workers only look up. Read without locks once workers exist, which rests on these invariants:
+// Open addressing with linear probing over `size` slots. FetchKmers1 fills the set of a run; the
+// workers only look up, without locks. They rely on these invariants:
 //   1. A slot is filled when its nul_flag bit is set; the contents of the others are undefined.
-//   2. The sentinel slot array[size] is all zero, after creation and after every growth: the slot
-//   of
-//      a missing key reads as not unique.
+//   2. The sentinel slot array[size] is all zero, after creation and after every growth. A missing
+//      key has this slot, which reads as not unique.
 //   3. count <= max < size: an empty slot ends every probe.
 //   4. Nothing inserts or grows while a worker runs, and a run deletes nothing.
-// The plain engine's table. Its numbers follow rules of their own (kmer/tableSize.cpp): the fast
-// engine keeps the numbers alone, and reckons them from the number of different k-mers.
+// The plain engine uses the table. The fast engine keeps only its numbers, such as `size`, and
+// computes them from the number of distinct k-mers (kmer/tableSize.cpp).
 #pragma once
 
 #include <cstdint>
@@ -40,7 +39,7 @@ struct HashSet {
   uint32_t e_size;          // bytes of one entity
   uint64_t size;            // slots; also the answer for a missing key
   uint64_t count;           // filled slots
-  uint64_t count_conflict;  // filled slots stepped over by insertions right after a growth
+  uint64_t count_conflict;  // filled slots passed by insertions right after a growth
   uint64_t max;             // highest count before the next insertion grows the table
   float load_factor;        // filled share that sets max
   uint64_t iter_ptr;        // iteration cursor, not used
@@ -62,8 +61,8 @@ bool is_prime(uint64_t num);
 /// Returns the first odd number from `num` on that is_prime accepts.
 uint64_t find_next_prime(uint64_t num);
 
-/// The load factor that a set takes for `load_factor`: 0.25 for 0 and below, 0.75 for 1 and above
-/// and for no number. All others stay.
+/// The load factor that a set uses for `load_factor`: 0.25 for 0 and below, 0.75 for 1 and above
+/// and for NaN. Others stay as they are.
 float clampedLoadFactor(float load_factor);
 
 /// The numbers of a new set, without arrays. size is above kMaxSlots when there are too many.
@@ -73,8 +72,8 @@ HashSet numbersOfNew(uint64_t init_size, float load_factor);
 /// message when there is no memory, or when no table may have so many slots.
 HashSet* newNumbers(uint64_t init_size, float load_factor);
 
-/// Makes size and max of a set that has numbers those after a growth for `needed` entities. Returns
-/// false, and leaves a useless size, when it would be above kMaxSlots.
+/// Sets size and max to their values after growing for `needed` entities. Returns false, and leaves
+/// a useless size, if that is above kMaxSlots.
 bool growNumbers(HashSet& set, uint64_t needed);
 
 /// Returns a new empty set of find_next_prime(init_size) slots (3 when init_size is 2 or less).
@@ -129,7 +128,7 @@ inline uint64_t homeSlot(const HashSet& set, const Entity& entity) {
   return hash_code(entity) % set.size;
 }
 
-/// The slot behind `slot`, wrapping at the end of the table.
+/// The slot after `slot`; the first one after the last.
 inline uint64_t nextSlot(const HashSet& set, uint64_t slot) {
   return slot + 1 == set.size ? 0 : slot + 1;
 }

@@ -1,5 +1,4 @@
-// What the index asks of the machine: flat arrays, cache lines fetched ahead of their use, vector
-// instructions, threads.
+// What the index needs of the machine: flat arrays, prefetching, vector instructions, threads.
 #pragma once
 
 #include <sys/mman.h>
@@ -15,9 +14,9 @@
 #include <thread>
 #include <vector>
 
-// Functions of plain loops that gcc makes vector instructions of. They are compiled twice, and the
-// processor's form, with registers of 32 bytes or not, is chosen when the program starts; both
-// give the same.
+// Marks functions of plain loops that gcc turns into vector instructions. They are compiled twice,
+// with and without registers of 32 bytes. The program chooses the form for its processor when it
+// starts; both give the same results.
 #if defined(__x86_64__) && !defined(__SANITIZE_THREAD__)
 #define VELK_VECTORISED [[gnu::target_clones("avx2", "default")]]
 #else
@@ -26,9 +25,8 @@
 
 namespace velk {
 
-/// Prefetches the cache line of `address`; any address will do.
-/// The empty instruction counts as an effect: a function that does nothing but prefetch has none
-/// for the compiler otherwise, and calls of it are left out.
+/// Prefetches the cache line of `address`; any address will do. The empty instruction counts as an
+/// effect: without one, the compiler would leave out calls of functions that only prefetch.
 inline void prefetchLine(const void* address) {
   __builtin_prefetch(address);
   asm volatile("");
@@ -42,18 +40,17 @@ inline void advise(void* start, std::size_t bytes, int advice) {
   if (first < end) madvise(reinterpret_cast<void*>(first), end - first, advice);
 }
 
-/// Values that lie one behind the other, in memory of its own or in memory that it views.
-/// T holds no pointers.
+/// Values in a row, in memory that it owns or in memory that it views. T holds no pointers.
 template <class T>
 class Array {
  public:
   Array() = default;
 
-  /// Views values that stay where they are.
+  /// Views these values, which must stay where they are.
   Array(T* values, std::size_t size) : values_(values), size_(size) {}
 
-  /// Makes it `size` zeroed values of its own, aligned as T asks, on huge pages where there are
-  /// any. Throws std::bad_alloc, leaving it empty, without memory.
+  /// Allocates `size` zeroed values, aligned for T, on huge pages if there are any. Without memory
+  /// it throws std::bad_alloc and is empty.
   void make(std::size_t size) {
     *this = {};
     std::size_t room = size * sizeof(T) + alignof(T);
@@ -65,8 +62,8 @@ class Array {
     size_ = size;
   }
 
-  /// Keeps the first `size` values, and gives the memory behind them back.
-  /// REQUIRES: its own memory, and no more values than there are.
+  /// Keeps the first `size` values, and returns the memory after them to the system.
+  /// REQUIRES: it owns its memory; size <= size().
   void shrink(std::size_t size) {
     assert(memory_ != nullptr && size <= size_);
     advise(values_ + size, (size_ - size) * sizeof(T), MADV_DONTNEED);
@@ -84,9 +81,9 @@ class Array {
   std::size_t size_ = 0;
 };
 
-/// Calls work(n) once for every n of [0, count), by up to `threads` threads, the calling one
-/// included; fewer where no more can be had. Throws what the first call to fail threw; the others
-/// have ended by then, or were not begun.
+/// Calls work(n) once for every n of [0, count) on up to `threads` threads, of which one is the
+/// calling one; on fewer if the system has no more. Throws what the first failing call threw, after
+/// all running calls have ended; calls that had not begun are left out.
 template <class Work>
 void forEachInParallel(std::size_t threads, std::size_t count, Work work) {
   std::atomic<std::size_t> next{0};
@@ -103,7 +100,7 @@ void forEachInParallel(std::size_t threads, std::size_t count, Work work) {
   try {
     for (std::size_t t = 1; t < threads && t < count; ++t) helpers.emplace_back(share);
   } catch (const std::exception&) {
-    // no more can be had: the threads that are there do it
+    // The system has no more threads. Those that are there do the work.
   }
   share();
   for (std::thread& helper : helpers) helper.join();

@@ -10,7 +10,7 @@ namespace velk {
 
 namespace {
 
-// Packs the DATA_LEN letters of a word. Sets bits of `others` if one of them is no base.
+// Packs the DATA_LEN letters of a word. Sets bits of `others` if one of them is non-ACGT.
 [[gnu::always_inline]] inline uint64_t packWord(const char* letters, uint8_t& others) {
   std::array<uint8_t, DATA_LEN> codes;
   for (std::size_t i = 0; i < codes.size(); ++i) {
@@ -47,7 +47,7 @@ VELK_VECTORISED bool packBases(std::string_view letters, uint64_t* words) {
   }
   uint8_t others = 0;
   for (std::size_t at = 0; at < count; at += DATA_LEN) {
-    // The last word's letters are packed behind some of the word before, which are shifted out.
+    // The last word is packed together with letters of the word before, which are shifted out.
     const std::size_t from = std::min<std::size_t>(at, letters.size() - DATA_LEN);
     *words++ = packWord(&letters[from], others) << LEN_TO_BITLEN * (at - from);
   }

@@ -1,4 +1,4 @@
-// A stretch of bases, packed once, from which the key of any of its k-mers is cut out.
+// A stretch of bases, packed once. The key of any of its k-mers is cut out of it.
 #pragma once
 
 #include <cassert>
@@ -11,9 +11,9 @@
 
 namespace velk {
 
-/// The `count` bases from position p on. words.wordAt(n): the bases from DATA_LEN n on, the first
-/// in the highest bits; the word behind the last base must be readable.
-/// REQUIRES: 1 <= count <= DATA_LEN.
+/// The `count` bases from position p on. words.wordAt(n): the DATA_LEN bases from DATA_LEN * n on,
+/// the first in the highest bits. REQUIRES: 1 <= count <= DATA_LEN; the word after that of position
+/// p can be read.
 template <class Words>
 uint64_t packedAt(const Words& words, uint64_t p, int count) {
   assert(1 <= count && count <= DATA_LEN);
@@ -23,13 +23,13 @@ uint64_t packedAt(const Words& words, uint64_t p, int count) {
   return bits >> (64 - LEN_TO_BITLEN * count);
 }
 
-/// Packs letters into words of DATA_LEN, the first in the highest bits; one that is no base stands
-/// as an A, and so does what is missing of the last word. Returns whether all are bases.
+/// Packs letters into words of DATA_LEN bases, the first in the highest bits. A non-ACGT letter is
+/// stored as an A. The last word is padded with A. Returns whether all letters are ACGT.
 bool packBases(std::string_view letters, uint64_t* words);
 
 class PackedBases {
  public:
-  /// Packs `bases`. Returns whether they are bases alone.
+  /// Packs `bases`. Returns whether all letters are ACGT.
   bool fill(std::string_view bases) {
     words_.resize(bases.size() / DATA_LEN + 2);
     return packBases(bases, words_.data());
@@ -46,13 +46,13 @@ class PackedBases {
   uint64_t wordAt(std::size_t n) const { return words_[n]; }
 
  private:
-  std::vector<uint64_t> words_;  // DATA_LEN bases each, the first in the highest bits; and one more
+  std::vector<uint64_t> words_;  // and one more, which packedAt reads
 };
 
 /// The packed reverse complement of `count` packed bases. REQUIRES: 1 <= count <= DATA_LEN.
 inline uint64_t reversedKey(uint64_t key, int count) {
   assert(1 <= count && count <= DATA_LEN);
-  // The complement of a code is its bits' inverse. Pairs, fours and bytes change places.
+  // Inverting a code's bits complements the base. The rest reverses the order of the bases.
   key = ~key;
   key = (key & 0x3333333333333333U) << 2 | (key >> 2 & 0x3333333333333333U);
   key = (key & 0x0F0F0F0F0F0F0F0FU) << 4 | (key >> 4 & 0x0F0F0F0F0F0F0F0FU);

@@ -33,8 +33,8 @@ std::optional<KmerAnswer> PlainIndex::placeOf(uint64_t key) const {
   return KmerAnswer{firstPlaceOf(hit), hit.unique == 1};
 }
 
-// The first place that agrees with the fields' bits and holds the k-mer: mostly the very first, as
-// few assemblies outgrow the fields.
+// The first place that agrees with the fields' bits and holds the k-mer: usually the first
+// candidate, because few assemblies outgrow the fields.
 KmerPlace PlainIndex::firstPlaceOf(const Entity& hit) const {
   for (uint64_t i = hit.scaffoldNum; i < scaffoldSum_; i += kScaffolds) {
     const ScaffoldInfo& info = scaffoldInfo_[i];
@@ -57,7 +57,7 @@ uint64_t PlainIndex::offsetOf(const Entity& hit, const ContigInfo& contig) const
 }
 
 uint64_t PlainIndex::keyAt(const ContigInfo& contig, uint64_t offset) const {
-  const auto length = static_cast<std::size_t>(kmer_);
+  const auto length = static_cast<std::size_t>(Kmer);
   return packedKmer(std::string_view(contig.contigSeq).substr(offset, length));
 }
 

@@ -1,7 +1,7 @@
 // The plain engine's index: every k-mer of the contigs in one hash set, looked up one by one.
 //
-// The rules of indexing as they are, with nothing made faster: what the fast engine answers is
-// compared with this. FetchKmers1 fills the set before any worker exists; any thread may look up.
+// It follows the rules of indexing literally; tests compare the fast engine's index with it.
+// FetchKmers1 fills the set before any worker exists; afterwards any thread may look up.
 #pragma once
 
 #include <cstdint>
@@ -19,14 +19,14 @@ void addContigKmers(HashSet* kmerHash, const ScaffoldInfo* scaffoldInfo, uint32_
 
 class PlainIndex {
  public:
-  /// The answers of `set`, filled by addContigKmers with k-mers of `kmer` bases. Set and model must
-  /// stay as they are. REQUIRES: kmer == Kmer.
-  PlainIndex(const HashSet& set, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum, int kmer)
-      : set_(set), scaffoldInfo_(scaffoldInfo), scaffoldSum_(scaffoldSum), kmer_(kmer) {}
+  /// The answers of `set`, which addContigKmers has filled with the k-mers of this model. Set,
+  /// model and Kmer must stay as they are.
+  PlainIndex(const HashSet& set, const ScaffoldInfo* scaffoldInfo, uint32_t scaffoldSum)
+      : set_(set), scaffoldInfo_(scaffoldInfo), scaffoldSum_(scaffoldSum) {}
 
-  /// The answer for a packed k-mer; none when no contig holds it. In an assembly whose indexes
-  /// outgrow an entity's fields, the place is the first that agrees with the fields' low bits and
-  /// holds this k-mer.
+  /// The answer for a packed k-mer; none if no contig has it. In an assembly whose indexes outgrow
+  /// an entity's fields, the place is the first that agrees with the fields' low bits and holds
+  /// this k-mer.
   std::optional<KmerAnswer> placeOf(uint64_t key) const;
 
  private:
@@ -37,7 +37,6 @@ class PlainIndex {
   const HashSet& set_;
   const ScaffoldInfo* scaffoldInfo_;
   uint32_t scaffoldSum_;
-  int kmer_;  // bases
 };
 
 }  // namespace velk

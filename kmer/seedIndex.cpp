@@ -49,12 +49,12 @@ bool SeedIndex::prefetchText(const SeedRun& run) const {
 
 SeedIndex::SeedVerdict SeedIndex::verdictOn(const SeedRun& run, const PackedBases& bases) const {
   SeedVerdict verdict;
-  // With a tie, a window and its reverse complement may have seeds at different places.
+  // With a tie, a window and its reverse complement may have different seeds.
   if (run.isTied) return verdict;
   const int length = seeds_.length();
   const uint64_t seed = bases.at(run.at, length);
   const uint64_t reversed = reversedKey(seed, length);
-  verdict.absent = run.windows();
+  verdict.absent = run.windowMask();
   anyPlace(seedLevel_, run.hash, [&](uint64_t place) {
     if (place == kElsewhere) {
       verdict.absent = 0;
@@ -77,10 +77,11 @@ SeedIndex::SeedVerdict SeedIndex::verdictOn(const SeedRun& run, const PackedBase
   return verdict;
 }
 
-// The windows [first, second) of a run agree with the text on a diagonal on which the seed does.
+// The windows [first, second) of a run that agree with the text on a diagonal. REQUIRES: the seed
+// does.
 std::pair<uint64_t, uint64_t> SeedIndex::windowsUnder(const Diagonal& diagonal, const SeedRun& run,
                                                       const PackedBases& bases) const {
-  // Compared are the bases on either side together with the seed's, which are equal.
+  // Compares the bases on either side of the seed, and with them the seed's, which are equal.
   const auto differing = [&](uint64_t from, int count) {
     return bases.at(from, count) ^ text_.basesUnder(diagonal, from, count);
   };

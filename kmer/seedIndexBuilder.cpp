@@ -1,17 +1,16 @@
 // Builds a seed index, with several threads.
 //
 // The contigs are packed into the text. The runs of windows that share a seed are counted by
-// regions of the index, ranges of hashes, and then gathered, in the memory where the buckets will
-// stand: a run takes a little more than a place. Each region is built from its runs
-// (kmer/regionBuilder.h) and put where they stood; then the regions are moved together. A region
-// depends on the text alone, not on the number of threads.
+// region, which is a range of hashes. Then they are gathered in the memory of the later buckets: a
+// run takes a little more than a place. Each region is built from its runs (kmer/regionBuilder.h),
+// and its buckets overwrite them. At the end the regions are moved together. A region depends on
+// the text alone, not on the number of threads.
 #include <algorithm>
 #include <array>
 #include <new>
 #include <utility>
 #include <vector>
 
-#include "kmer/Sequence.h"
 #include "kmer/machine.h"
 #include "kmer/regionBuilder.h"
 
@@ -26,6 +25,7 @@ class SeedIndexBuilder {
 
   // Builds the index of its text. Throws std::bad_alloc without memory.
   void build() {
+    assert(text_.end() <= Run::kPosition);
     forEachPiece([&](uint64_t from, uint64_t to) { text_.pack(from, to); });
     makeRoom();
     forEachPiece([&](uint64_t from, uint64_t to) { gather(from, to); });
@@ -36,7 +36,7 @@ class SeedIndexBuilder {
  private:
   static constexpr std::size_t kRegions = SeedIndex::kRegions;
 
-  // Calls onPiece(from, to) for all positions, piece by piece, by all threads.
+  // Calls onPiece(from, to) for all positions, piece by piece, on all threads.
   template <class OnPiece>
   void forEachPiece(OnPiece onPiece) const {
     constexpr uint64_t kPiece = uint64_t{1} << 16;  // positions
@@ -44,26 +44,26 @@ class SeedIndexBuilder {
                       [&](std::size_t n) { onPiece(n * kPiece, (n + 1) * kPiece); });
   }
 
-  // Calls onRun(hash of the seeds' kind, Run) for the runs of the windows [from, to), in text
-  // order. REQUIRES: odd windows are marked as repeated, and no others.
+  // Calls onRun(hash of the seeds' canonical m-mer, Run) for the runs of the windows [from, to), in
+  // text order. REQUIRES: of all windows, the non-ACGT ones alone are marked repeated.
   template <class OnRun>
   void forEachRun(uint64_t from, uint64_t to, OnRun onRun) const {
     const auto& contigs = text_.contigs();
     for (std::size_t n = text_.contigOf(from); n < contigs.size() && contigs[n].start < to; ++n) {
       const uint64_t end = std::min(to, contigs[n].endWindow());
       for (uint64_t p = std::max(from, contigs[n].firstWindow); p < end;) {
-        uint64_t odd = contigs[n].hasOddLetters != 0 ? p : end;  // the next odd window
-        while (odd < end && !text_.isMarkedRepeated(odd)) ++odd;
-        if (p < odd) forEachRunOfBases(p, odd, onRun);
-        for (p = odd; p < end && text_.isMarkedRepeated(p); ++p) {
+        uint64_t next = contigs[n].hasNonAcgt != 0 ? p : end;  // the next non-ACGT window
+        while (next < end && !text_.isMarkedRepeated(next)) ++next;
+        if (p < next) forEachRunOfBases(p, next, onRun);
+        for (p = next; p < end && text_.isMarkedRepeated(p); ++p) {
           const Run run{p & Run::kPosition, 0, 1, 1, 1};
-          onRun(index_.seeds().seedOf(text_.oddKeyAt(p)).hash, run);
+          onRun(index_.seeds().seedOf(text_.rawKeyAt(p)).hash, run);
         }
       }
     }
   }
 
-  // The same for windows of bases alone. Runs of one kind that follow each other are one.
+  // The same for ACGT windows. Neighbouring runs with the same hash are joined.
   template <class OnRun>
   void forEachRunOfBases(uint64_t from, uint64_t to, OnRun onRun) const {
     uint64_t hash = 0;
@@ -84,7 +84,7 @@ class SeedIndexBuilder {
     onRun(hash, joined);
   }
 
-  // Makes room for the runs of every region, and for the buckets that take their place.
+  // Makes room for the runs of every region, and for the buckets that overwrite them.
   void makeRoom() {
     std::vector<uint64_t> places(kRegions);
     forEachPiece([&](uint64_t from, uint64_t to) {
@@ -110,7 +110,7 @@ class SeedIndexBuilder {
     return reinterpret_cast<Run*>(&level_.buckets[level_.ranges[r].first]);
   }
 
-  // Gathers the runs of a piece where the buckets of their regions will stand.
+  // Gathers the runs of a piece in the memory of their regions' buckets.
   void gather(uint64_t from, uint64_t to) {
     std::vector<std::pair<std::size_t, Run>> found;  // with their regions
     std::vector<uint64_t> next(kRegions);
@@ -131,15 +131,15 @@ class SeedIndexBuilder {
 
   void buildRegion(std::size_t r) {
     const Region region = RegionBuilder(index_, text_).build({runsOf(r), runs_[r]});
-    assert(bucketsFor(region.seeds.size()) <= level_.ranges[r].size);
-    level_.ranges[r].size = bucketsFor(region.seeds.size());
-    const BucketRange ofSeeds{&level_.buckets[level_.ranges[r].first], level_.ranges[r].size,
-                              index_.shape_};
-    std::fill_n(ofSeeds.first, ofSeeds.size, Bucket{});
-    for (const auto& [place, hash] : region.seeds) ofSeeds.add(place + index_.placeBase_, hash);
-    windows_[r].resize(bucketsFor(region.windows.size()));
+    auto& [first, size] = level_.ranges[r];
+    assert(bucketsFor(region.seedPlaces.size()) <= size);
+    size = bucketsFor(region.seedPlaces.size());
+    const BucketRange ofSeeds{&level_.buckets[first], size, index_.shape_};
+    std::fill_n(ofSeeds.first, size, Bucket{});
+    for (const auto& [p, hash] : region.seedPlaces) ofSeeds.add(p + index_.placeBase_, hash);
+    windows_[r].resize(bucketsFor(region.windowPlaces.size()));
     const BucketRange ofWindows{windows_[r].data(), windows_[r].size(), index_.shape_};
-    for (const uint64_t p : region.windows) {
+    for (const uint64_t p : region.windowPlaces) {
       const uint64_t key = text_.keyAt(p);
       const uint64_t seedHash = index_.seeds().seedOf(key).hash;
       ofWindows.add(p + index_.placeBase_, SeedIndex::windowHash(seedHash, key));
@@ -147,7 +147,7 @@ class SeedIndexBuilder {
     __atomic_fetch_add(&index_.distinctKeys_, region.distinctKeys, __ATOMIC_RELAXED);
   }
 
-  // Moves the buckets of all regions together, and those of the second level.
+  // Moves the buckets of all regions together, in both levels.
   void layBuckets() {
     SeedIndex::Level& second = index_.windowLevel_;
     second.ranges.make(kRegions);

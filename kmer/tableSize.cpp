@@ -1,4 +1,4 @@
-// The numbers of the k-mer hash set: how many slots a new one has, when it grows, and how far.
+// The numbers of the k-mer hash set: the slots of a new one, when it grows, and to what size.
 #include <algorithm>
 #include <cmath>
 
@@ -7,8 +7,8 @@
 
 namespace velk {
 
-constexpr float kSmallestLoadFactor = 0.25F;       // stands for 0 and below
-constexpr float kLargestLoadFactor = 0.75F;        // stands for 1 and above, and for no number
+constexpr float kSmallestLoadFactor = 0.25F;       // used for 0 and below
+constexpr float kLargestLoadFactor = 0.75F;        // used for 1 and above, and for NaN
 constexpr uint64_t kLargestDoubling = 0x3FFFFFFF;  // slots; from here on a table grows by this many
 
 bool is_prime(uint64_t num) {

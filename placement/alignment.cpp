@@ -17,11 +17,11 @@ void Alignment::align(const ContigText& text, const PackedBases& bases, const Di
 
   // 1. The windows that lie on windows of the contig.
   uint64_t before = position - contig.firstWindow;
-  uint64_t behind = contig.endWindow() - 1 - position;
-  if (diagonal.isReversed) std::swap(before, behind);
+  uint64_t after = contig.endWindow() - 1 - position;
+  if (diagonal.isReversed) std::swap(before, after);
   const std::size_t first = window - std::min<uint64_t>(window, before);
-  const std::size_t end = std::min<uint64_t>(matches_.size(), window + 1 + behind);
-  // 2. Without those that hold a mismatch.
+  const std::size_t end = std::min<uint64_t>(matches_.size(), window + 1 + after);
+  // 2. Of these, insert the ones without a mismatch.
   std::size_t matched = first;
   for (std::size_t base = matched; base < end + k - 1; base += DATA_LEN) {
     const auto count = static_cast<int>(std::min<std::size_t>(DATA_LEN, end + k - 1 - base));
@@ -36,18 +36,19 @@ void Alignment::align(const ContigText& text, const PackedBases& bases, const Di
     }
   }
   if (matched < end) matches_.insertRange(matched, end);
-  // 3. Without those that hold a letter which is no base.
-  if (contig.hasOddLetters == 0) return;
+  // 3. Erase the non-ACGT windows.
+  if (contig.hasNonAcgt == 0) return;
   for (std::size_t w = matches_.firstContained(0); w < end; w = matches_.firstContained(w + 1)) {
     if (!text.isWindow(diagonal.positionOf(w))) matches_.erase(w);
   }
 }
 
 void Alignment::addNotReversed(const ContigText& text, WindowSet& windows) const {
+  assert(isThere_);
   windows.insertMarked(matches_, [&](std::size_t window) {
     const uint64_t position = diagonal_.positionOf(window);
     if (!diagonal_.isReversed) return ~text.reversedMarksFrom(position);
-    // The positions go the other way: pairs of bits change places, and then those of a pair.
+    // Positions count down here. This reverses the 64 bits: pairs change places, then bits in them.
     const uint64_t pairs = reversedKey(text.reversedMarksFrom(position - 63), DATA_LEN);
     return (pairs & 0x5555555555555555U) << 1 | (pairs >> 1 & 0x5555555555555555U);
   });

@@ -1,7 +1,7 @@
 // Placement of a batch: which reads are tried, on which strands, and in which order.
 //
-// Reads are prepared by the engine in small groups and then tried one after the other. Everything
-// runs on one thread; the batch's share is its own.
+// The engine prepares the reads in small groups; then they are tried one after the other. A scan
+// runs on one thread, which owns its share of the batch.
 #pragma once
 
 #include <array>
@@ -48,7 +48,7 @@ class BatchScan {
   using Prepared = typename Engine::Prepared;
   using Strand = ReadStrand<Engine>;
 
-  // Prepares a group of entries, from `first` on. Returns their number.
+  // Prepares a group of entries from `first` on. Returns their number.
   std::size_t prepareFrom(int64_t first) {
     std::size_t count = 0;
     for (; count < a_.size() && first < batch_.entries; ++count, first += batch_.shares) {
@@ -68,7 +68,7 @@ class BatchScan {
     return bases.size() < static_cast<std::size_t>(batch_.options.kmer);
   }
 
-  // Each tries a strand. Returns whether the read, or the pair, is finished.
+  // Try a strand. Return whether the read or the pair is finished.
   bool trySingle(Strand read) {
     return isDone(read, placeSingle(read, batch_.scaffolds, batch_.options, sink_));
   }
@@ -84,11 +84,11 @@ class BatchScan {
     const std::string& bases = batch_.a[entry];
     if (containsN(bases) || isShort(bases)) return;
     if (trySingle({engine_, read, bases, {entry, 0, false}})) return;
-    trySingle({engine_, read, bases, {entry, 0, true}, &rooms_[0]});
+    trySingle({engine_, read, bases, {entry, 0, true}, &buffers_[0]});
   }
 
-  // A pair that points outwards is replaced in the buffer by one that points inwards: the reads
-  // swap places as reverse complements. What is prepared of them keeps the order as sequenced.
+  // In the batch, an inward pair replaces an outward one: the reads swap and are
+  // reverse-complemented. Their prepared data keeps the order as sequenced.
   void scanPair(int64_t entry, Prepared& a, Prepared& b) {
     std::string& first = batch_.a[entry];
     std::string& second = batch_.b[entry];
@@ -101,12 +101,12 @@ class BatchScan {
     Prepared& firstRead = isOutward ? b : a;
     Prepared& secondRead = isOutward ? a : b;
     Strand forwardA(engine_, firstRead, first, {entry, mate, isOutward});
-    Strand reversedA(engine_, firstRead, first, {entry, mate, !isOutward}, &rooms_[0]);
+    Strand reversedA(engine_, firstRead, first, {entry, mate, !isOutward}, &buffers_[0]);
     Strand forwardB(engine_, secondRead, second, {entry, 1 - mate, isOutward});
-    Strand reversedB(engine_, secondRead, second, {entry, 1 - mate, !isOutward}, &rooms_[1]);
+    Strand reversedB(engine_, secondRead, second, {entry, 1 - mate, !isOutward}, &buffers_[1]);
 
-    // Tries 1 and 2 read the fragment as the first read on the contig strand and the second one
-    // opposite, 3 and 4 the other way round. The first try that accepts a hit ends it.
+    // Tries 1 and 2: the first read on the contig strand, the second one opposite. Tries 3 and 4:
+    // the other way round. The first try whose walk is stopped is the last.
     if (tryPair(Direction::kForward, forwardA, reversedB)) return;
     if (tryPair(Direction::kReverse, reversedB, forwardA)) return;
     if (tryPair(Direction::kReverse, reversedA, forwardB)) return;
@@ -116,12 +116,12 @@ class BatchScan {
   Engine& engine_;
   const Batch& batch_;
   Sink& sink_;
-  std::vector<Prepared> a_;  // the group's reads, and their mates
+  std::vector<Prepared> a_;  // the reads of the group, and their mates
   std::vector<Prepared> b_;
-  std::array<std::string, 2> rooms_;  // for the reverse complements of an entry
+  std::array<std::string, 2> buffers_;  // for the reverse complements of an entry
 };
 
-/// Scans the batch's share and gives `sink` what came of it, entry by entry.
+/// Scans the share of the batch, and reports the results to `sink`, entry by entry.
 template <class Engine, class Sink>
 void scanBatch(Engine& engine, const Batch& batch, Sink& sink) {
   BatchScan<Engine, Sink>(engine, batch, sink).scan();

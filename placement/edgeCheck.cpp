@@ -4,11 +4,23 @@
 #include <cassert>
 #include <cmath>
 #include <limits>
+#include <utility>
+
+#include "kmer/machine.h"
 
 namespace velk {
 namespace {
 
-// `value` cut off towards zero; what 32 bits cannot hold becomes the nearest limit, no number 0.
+// Writes the reverse complement of the `length` characters at `source` to `target`.
+VELK_VECTORISED void reverseComplement(char* __restrict target, const char* __restrict source,
+                                       std::size_t length) {
+  for (std::size_t i = 0; i < length; ++i) {
+    const char upper = static_cast<char>(source[length - 1 - i] & 0xDF);
+    target[i] = upper == 'A' ? 'T' : upper == 'C' ? 'G' : upper == 'G' ? 'C' : 'A';
+  }
+}
+
+// `value` rounded towards zero. Outside of 32 bits: the nearest limit; NaN: 0.
 int cutToInt(double value) {
   if (std::isnan(value)) return 0;
   constexpr double kLowest = std::numeric_limits<int>::min();
@@ -37,6 +49,20 @@ int64_t countSame(std::string_view contig, int64_t contigStart, const std::strin
 
 }  // namespace
 
+void ReverseComplementSeq(std::string& dest, const std::string& src) {
+  assert(dest.size() == src.size());
+  reverseComplement(dest.data(), src.data(), src.size());
+}
+
+void LongReverseComplement(std::string& a, std::string& b) {
+  assert(&a != &b);
+  std::string ofA(a.size(), 'A');
+  ReverseComplementSeq(ofA, a);
+  a.resize(b.size());
+  ReverseComplementSeq(a, b);
+  b = std::move(ofA);
+}
+
 Refusal checkOverRightEnd(std::string_view contig, const std::string& read, int64_t offset,
                           const PlacementOptions& options) {
   assert(offset > 0);
@@ -55,7 +81,7 @@ Refusal checkOverLeftEnd(std::string_view contig, const std::string& read, int64
   // (MapRead2Rcontig.ShortContigIsMeasuredAgainstTheReach)
   const bool spansContig = lengthOf(contig) < reach;
   if (spansContig && leastOverlap(read, options) > static_cast<double>(contig.size())) {
-    // Treated as zero equal bases: accepted only if mapCut asks for none.
+    // Treated as zero equal bases: accepted only if mapCut <= 0.
     const bool isEnough = checkShare(0, reach, options) == Refusal::kNone;
     return isEnough ? Refusal::kNone : Refusal::kShortOverlap;
   }

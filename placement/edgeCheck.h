@@ -1,8 +1,10 @@
-// The three ungapped checks of a read against a contig: each says why the read does not lie there.
-// And what they and all of placement count with: lengths, equal bases, the options of a run.
+// What placement does with the letters of a read: reverse complements, and the three ungapped
+// checks of a read against a contig. And what all of placement shares: lengths, the options of a
+// run.
 //
-// `offset` is the contig position of the read's first base, negative in front of the contig. Bases
-// are compared as they stand.
+// A check says why the read does not lie there. Its `offset` is the contig position of the read's
+// first base, negative if that is to the left of the contig. Letters are compared byte by byte.
+// Pure functions; any thread may call them.
 #pragma once
 
 #include <cstddef>
@@ -22,7 +24,7 @@ struct PlacementOptions {
   int readLength;           // bases that a read is expected to have
   double mapCut;            // least share of equal bases in an overlap
   double overRatio;         // least share of a read that overlaps a contig
-  bool areOutward = false;  // pairs point outwards: their reverse complements are tried
+  bool areOutward = false;  // outward pairs: their reverse complements are tried
 };
 
 enum class Refusal : uint8_t {
@@ -35,7 +37,7 @@ enum class Refusal : uint8_t {
   kUnlike         // too few of those are the contig's
 };
 
-/// Length of the gap in front of `contig`, bases; negative where a contig file says so.
+/// Length of the gap to the left of `contig`, bases; negative if a contig file says so.
 inline int64_t gapBefore(const ContigInfo& contig) {
   return static_cast<int64_t>(contig.frontGapSize);
 }
@@ -45,7 +47,7 @@ inline int64_t lengthOf(std::string_view bases) {
   return static_cast<int64_t>(bases.size());
 }
 
-/// Returns the number of i in [0, length) with one[i] == other[i], bytes compared as they stand.
+/// Returns the number of i in [0, length) with one[i] == other[i].
 /// A plain loop: gcc makes vector instructions of it at -O3.
 inline std::size_t countEqual(const char* one, const char* other, std::size_t length) {
   std::size_t equal = 0;
@@ -53,11 +55,19 @@ inline std::size_t countEqual(const char* one, const char* other, std::size_t le
   return equal;
 }
 
+/// Writes the reverse complement of `src` to `dest` (inout), in upper case, N as A.
+/// REQUIRES: dest.size() == src.size().
+void ReverseComplementSeq(std::string& dest, const std::string& src);
+
+/// Makes an inward pair of an outward one: a becomes the reverse complement of the old b, b that of
+/// the old a (both inout). REQUIRES: &a != &b.
+void LongReverseComplement(std::string& a, std::string& b);
+
 /// The read starts inside the contig and runs to or over its right end. REQUIRES: offset > 0.
 Refusal checkOverRightEnd(std::string_view contig, const std::string& read, int64_t offset,
                           const PlacementOptions& options);
 
-/// The read starts in front of the contig and runs onto it. REQUIRES: offset < 0.
+/// The read starts to the left of the contig and runs onto it. REQUIRES: offset < 0.
 Refusal checkOverLeftEnd(std::string_view contig, const std::string& read, int64_t offset,
                          const PlacementOptions& options);
 

@@ -1,15 +1,17 @@
 // The fast engine of placement. It looks up only windows that can be hits.
 //
-// Groups of reads are prepared together, step by step (placement/readPreparer.h); the walk visits
-// the remaining windows (placement/kmerWalk.h). A window may be skipped only if its k-mer is absent
-// from the index, is repeated, or would give a hit equal to a refused one. The walk skips those
-//   1. that are known to be absent: because of their seeds, or because they lie on the strand
-//      opposite a window of the contig whose reverse complement the index does not hold;
-//   2. that agree with the contig along the diagonal of a refused hit: each is the contig's own
-//      k-mer, so it lies at this very place, or is repeated.
-// One that agrees with the contig needs no look-up: the contig's mark answers. Another reason to
-// skip goes into ReadPreparer::sift(); one that is learned during the walk into noteRefused() or
-// uniquePlaceOf(). A read with other letters than bases is not prepared: all its windows are looked
+// Groups of reads are prepared together, step by step (placement/readPreparer.h). The walk visits
+// the remaining windows (placement/kmerWalk.h).
+// The rule of skipping: a window may be skipped only if its k-mer is absent from the index, is
+// repeated, or would give a hit equal to a refused one. The walk skips windows of two kinds:
+//   1. Absent ones: their seeds rule them out, or they lie on the strand opposite a window of the
+//      contig whose reverse complement the index does not hold.
+//   2. Those that agree with the contig along the diagonal of a refused hit. The k-mer of such a
+//      window lies there, so it gives an equal hit or is repeated.
+// Window 0 is visited although it may be skipped, if it agrees with the contig. A window that
+// agrees with the contig needs no look-up: the contig's mark answers. Another reason to skip goes
+// into ReadPreparer::filter(); one that is learned during the walk goes into noteRefused() or
+// uniquePlaceOf(). Of a read with non-ACGT letters nothing is prepared: all its windows are looked
 // up.
 #pragma once
 
@@ -21,7 +23,7 @@
 
 namespace velk {
 
-/// The windows of a read that can be hits, one strand of it.
+/// The windows of one strand of a read that can be hits.
 class CandidateWindows {
  public:
   /// The windows of the prepared read or, if isReversed, of its reverse complement. Each strand of
@@ -31,15 +33,15 @@ class CandidateWindows {
         text_(preparer.index().text()),
         read_(read),
         isReversed_(isReversed),
-        before_(static_cast<std::size_t>(preparer.kmer() - text_.windowLength())),
+        basesBeforeKey_(static_cast<std::size_t>(preparer.kmer() - text_.windowLength())),
         skipped_(read.skipped[isReversed ? 1 : 0]) {
-    assert(read.isPacked() && read.windows > before_);
+    assert(read.isPacked() && read.windows > basesBeforeKey_);
   }
 
-  std::size_t count() const { return read_.windows - before_; }
+  std::size_t count() const { return read_.windows - basesBeforeKey_; }
 
-  // The first window is visited whenever it agrees with the text, also if it is to be skipped: a
-  // hit of it mostly ends the walk, and then the rest of a deferred read is never prepared.
+  // The first window is visited whenever it agrees with the text, also if it is to be skipped. If
+  // it is a hit, it usually ends the walk, and the rest of a deferred read is never prepared.
   std::size_t first() { return read_.alignment.agreesAt(onRead(0), isReversed_) ? 0 : next(0); }
   std::size_t after(std::size_t window) { return next(window + 1); }
 
@@ -49,8 +51,7 @@ class CandidateWindows {
     return text_.placeOf(found.position);
   }
 
-  // Every other window that agrees with the contig on the diagonal of a refused hit is refused,
-  // too.
+  // All windows that agree with the contig along the diagonal of a refused hit would be refused.
   void noteRefused(const Hit&) {
     if (preparer_.steps().diagonals) skipped_.insertAll(read_.alignment.matches());
   }
@@ -58,13 +59,13 @@ class CandidateWindows {
  private:
   // Converts between a window of this strand and the window of the packed read that has its key.
   std::size_t onRead(std::size_t window) const {
-    return isReversed_ ? count() - 1 - window : before_ + window;
+    return isReversed_ ? count() - 1 - window : basesBeforeKey_ + window;
   }
 
   // The first window from `from` on that is not skipped; count() without one.
   std::size_t next(std::size_t from) {
-    if (!read_.isSifted) preparer_.complete(read_);
-    if (!isReversed_) return skipped_.firstMissing(onRead(from)) - before_;
+    if (!read_.isFiltered) preparer_.complete(read_);
+    if (!isReversed_) return skipped_.firstMissing(onRead(from)) - basesBeforeKey_;
     return onRead(skipped_.lastMissing(count() - from));
   }
 
@@ -89,11 +90,11 @@ class CandidateWindows {
   const ContigText& text_;
   PreparedRead& read_;
   bool isReversed_;
-  std::size_t before_;  // bases of a k-mer before those that are in its key
+  std::size_t basesBeforeKey_;  // of a k-mer: those in front of the ones in its key
   WindowSet& skipped_;
 };
 
-/// Implements the engine's interface (placement/plainEngine.h).
+/// Implements the interface of an engine (placement/engine.h).
 class FastEngine : public ReadPreparer {
  public:
   using Prepared = PreparedRead;

@@ -1,8 +1,9 @@
-// The rule by which a read finds the places where it may lie: its windows are looked at in order,
-// and each k-mer that occurs at exactly one place in the contigs is a hit.
+// The rule by which placement finds where a read may lie: the walk visits the read's windows in
+// order, and each k-mer that occurs at exactly one place in the contigs is a hit.
 //
-// What may be skipped, and how a k-mer is looked up, is the matter of the windows that the walk is
-// given: all of them, here, or those that can be hits.
+// The walk takes a class of windows. The class decides which windows are skipped and how a k-mer is
+// looked up: AllWindows looks up all, CandidateWindows (placement/fastEngine.h) those that can be
+// hits.
 #pragma once
 
 #include <cassert>
@@ -17,7 +18,7 @@
 
 namespace velk {
 
-/// Where a read lies by one of its k-mers: a diagonal of the read and a contig.
+/// The place of a read that follows from one of its k-mers: a diagonal of the read and a contig.
 struct Hit {
   uint64_t scaffold;
   uint64_t contig;
@@ -26,7 +27,7 @@ struct Hit {
   auto operator<=>(const Hit&) const = default;  // NOLINT(modernize-use-nullptr): it means the 0
 };
 
-/// What the visitor of a hit says: look at the next hit, or end the walk.
+/// The answer of the visitor of a hit: visit the next hit, or end the walk.
 enum class Walk { kGoOn, kStop };
 
 /// Calls visit(hit) for the k-mers of a read that lie at exactly one place, in the order of the
@@ -35,9 +36,9 @@ enum class Walk { kGoOn, kStop };
 ///
 /// Windows are numbered by the position of their first base in the read:
 ///   count()           the number of windows of the read
-///   first(), after(w) the first window to look at, and the next one behind w
+///   first(), after(w) the first window to visit, and the next one after w
 ///   uniquePlaceOf(w)  the place of the k-mer at w, if it occurs once
-///   noteRefused(hit)  the visitor went on: later hits equal to this one may be skipped
+///   noteRefused(hit)  later hits equal to this one may be skipped: the visitor would go on
 template <class Windows, class Visit>
 int64_t visitUniqueHits(Windows& windows, Visit visit) {
   for (std::size_t w = windows.first(); w < windows.count(); w = windows.after(w)) {
@@ -51,8 +52,8 @@ int64_t visitUniqueHits(Windows& windows, Visit visit) {
   return static_cast<int64_t>(windows.count());
 }
 
-/// All windows of a read, each packed letter by letter and looked up by itself. Index is a class
-/// with a member placeOf(key), as kmer/plainIndex.h has it.
+/// All windows of a read. Each is packed letter by letter and looked up. Index is a class with a
+/// member placeOf(key), like PlainIndex (kmer/plainIndex.h).
 template <class Index>
 class AllWindows {
  public:

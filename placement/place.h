@@ -1,9 +1,9 @@
-// Placement of one read or of one pair, on one strand: walks over the read's unique hits, has each
-// judged and gives a sink what came of it.
+// Placement of one read or one pair on one strand: judges each unique hit, and reports the result
+// to a sink (placement/verdict.h).
 //
 // Read is one strand of a read:
 //   std::size_t size() const;      its number of bases
-//   const std::string& bases();    made when it is asked for
+//   const std::string& bases();    its bases, made at the first call
 //   const Origin& origin() const;  where it comes from
 //   int64_t visitHits(visit);      visitUniqueHits of its windows (placement/kmerWalk.h)
 #pragma once
@@ -13,35 +13,35 @@
 #include <set>
 #include <string>
 
-#include "placement/Read2Scaf.h"
+#include "placement/edgeCheck.h"
 #include "placement/verdict.h"
 
 namespace velk {
 
-/// A Read as placement/place.h takes it.
+/// The Read that placeSingle and placePair take.
 template <class Engine>
 class ReadStrand {
  public:
   using Prepared = typename Engine::Prepared;
 
-  /// `bases` as they stand, or their reverse complement, to be made in `room`. origin.isReversed:
-  /// whether that is the reverse complement of what was prepared.
+  /// The given bases or, with a buffer, their reverse complement, which is made in the buffer.
+  /// origin.isReversed: whether the strand is the reverse complement of the prepared read.
   ReadStrand(Engine& engine, Prepared& read, const std::string& bases, const Origin& origin,
-             std::string* room = nullptr)
-      : engine_(engine), read_(read), given_(bases), origin_(origin), room_(room) {}
+             std::string* buffer = nullptr)
+      : engine_(engine), read_(read), given_(bases), origin_(origin), buffer_(buffer) {}
 
   Prepared& prepared() { return read_; }
   const Origin& origin() const { return origin_; }
   std::size_t size() const { return given_.size(); }
 
   const std::string& bases() {
-    if (room_ == nullptr) return given_;
+    if (buffer_ == nullptr) return given_;
     if (!isMade_) {
-      room_->resize(size());
-      ReverseComplementSeq(*room_, given_);
+      buffer_->resize(size());
+      ReverseComplementSeq(*buffer_, given_);
       isMade_ = true;
     }
-    return *room_;
+    return *buffer_;
   }
 
   template <class Visit>
@@ -54,12 +54,13 @@ class ReadStrand {
   Prepared& read_;
   const std::string& given_;
   Origin origin_;
-  std::string* room_;
+  std::string* buffer_;
   bool isMade_ = false;
 };
 
-/// Visits the hits of `read` until one is accepted or ends the walk. judge(hit) is the verdict;
-/// accept(hit, verdict) takes one that is no refusal. Returns where the walk stopped.
+/// Visits the hits of `read` until one is accepted or ends the walk. judge(hit) returns the
+/// verdict; accept(hit, verdict) is called for an accepted hit. Returns the window at which the
+/// walk stopped.
 template <class Read, class Sink, class Judge, class Accept>
 int64_t walkHits(Read& read, Sink& sink, Judge judge, Accept accept) {
   std::set<Hit> refused;  // hits already reported to the sink
@@ -81,8 +82,8 @@ int64_t walkHits(Read& read, Sink& sink, Judge judge, Accept accept) {
   });
 }
 
-/// Places one read across a contig's end next to a gap: at most one record. Returns the window that
-/// placed it; the number of its windows when none did. REQUIRES: read.size() >= options.kmer.
+/// Places one read over a contig's end next to a gap: at most one record. Returns the window of the
+/// accepted hit; the number of windows if there is none. REQUIRES: read.size() >= options.kmer.
 template <class Read, class Sink>
 int64_t placeSingle(Read& read, const ScaffoldInfo* scaffolds, const PlacementOptions& options,
                     Sink& sink) {
@@ -97,10 +98,10 @@ int64_t placeSingle(Read& read, const ScaffoldInfo* scaffolds, const PlacementOp
       });
 }
 
-/// Walks over the anchor's hits. An accepted hit records the mate in the next gap and in the gap
-/// beyond, and the anchor, as far as each lies in one. Returns the window of that hit;
-/// the number of the anchor's windows when none did. REQUIRES: anchor.size() >= options.kmer; both
-/// on the strand on which they are expected.
+/// Walks over the anchor's hits. An accepted hit gives up to three records: the mate, the mate in
+/// the gap beyond, the anchor. Returns the window at which the walk stopped; the number of the
+/// anchor's windows if it did not. REQUIRES: anchor.size() >= options.kmer; both reads are on the
+/// strand on which they are expected.
 template <class Read, class Sink>
 int64_t placePair(Direction direction, Read& anchor, Read& mate, const ScaffoldInfo* scaffolds,
                   const PlacementOptions& options, Sink& sink) {

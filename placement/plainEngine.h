@@ -1,17 +1,5 @@
-// The plain engine of placement: every window of a read is looked up. No read is prepared. It is
-// what other engines are compared with.
-//
-// An engine is a class with these members, one object for each thread; a template argument:
-//   struct Prepared { const std::string* bases; ... };   a read, and what the engine knows of it
-//   std::size_t group() const;           entries that are best prepared together
-//   void prepare(std::span<Prepared> leads, std::span<Prepared> others, bool isReversedFirst);
-//                                        takes up the reads to which `bases` points, in place of
-//                                        those before; leads are walked over first, their reverse
-//                                        complements first where isReversedFirst
-//   int64_t visitHits(Strand& strand, Visit visit);      visitUniqueHits (placement/kmerWalk.h) of
-//                                        a strand (ReadStrand, placement/place.h), each at most
-//                                        once. The string to which `bases` points may have been
-//                                        rewritten since. Of a Prepared{} nothing is known.
+// The plain engine of placement. It looks up every window of a read, and prepares nothing. Tests
+// compare the fast engine with it. Its interface: placement/engine.h.
 #pragma once
 
 #include <span>

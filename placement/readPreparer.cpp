@@ -13,8 +13,8 @@ void prefetchLetters(std::string_view letters) {
   prefetchLine(&letters.back());
 }
 
-// Prefetches what an alignment through `window` compares, and the contig's letters there: the base
-// checks read them.
+// Prefetches the text that an alignment through `window` compares, and the contig's letters there,
+// which the base checks read.
 void prefetchAlong(const ContigText& text, const PreparedRead& read, const Diagonal& diagonal,
                    std::size_t window) {
   const uint64_t start =
@@ -29,8 +29,8 @@ void prefetchAlong(const ContigText& text, const PreparedRead& read, const Diago
 
 }  // namespace
 
-// Looks up the seeds of windows that do not agree with the text. `part` selects the windows. The
-// places of the seeds rule windows out, or show how the read is aligned.
+// Looks up the seeds of the windows that do not agree with the text. `part` selects the windows.
+// The places of a seed rule windows out, or align the read.
 void ReadPreparer::lookUpSeeds(std::span<PreparedRead> reads, Part part) {
   seeds_.clear();
   for (PreparedRead& read : reads) {
@@ -63,9 +63,9 @@ void ReadPreparer::lookUpSeeds(std::span<PreparedRead> reads, Part part) {
   }
 }
 
-// Whether the first window of a strand is known to be a hit: of those of the index, which for
-// k > 32 begin in front of those that are tried.
-bool ReadPreparer::isHitFirst(const PreparedRead& read, bool isReversed) const {
+// Whether the first window of a strand that is not skipped is known to be a hit. For k > 32 it may
+// lie in front of those that the walk visits.
+bool ReadPreparer::beginsWithHit(const PreparedRead& read, bool isReversed) const {
   if (!read.isPacked()) return false;
   const std::size_t window =
       isReversed ? read.skipped[1].lastMissing(read.windows) : read.skipped[0].firstMissing(0);
@@ -82,7 +82,7 @@ void ReadPreparer::pack(std::span<PreparedRead> reads) {
     const bool isPacked = index_.hasText() && bases.size() >= window && read.packed.fill(bases);
     read.windows = isPacked ? bases.size() - window + 1 : 0;
     read.alignment.reset(read.windows);
-    read.isSifted = false;
+    read.isFiltered = false;
     read.isDeferred = false;
     for (WindowSet& skipped : read.skipped) skipped.reset(read.windows);
   }
@@ -94,11 +94,11 @@ void ReadPreparer::align(std::span<PreparedRead> reads) {
   lookUpSeeds(reads, Part::kLast);
 }
 
-void ReadPreparer::sift(std::span<PreparedRead> reads) {
-  if (steps_.sift) lookUpSeeds(reads, Part::kAll);
+void ReadPreparer::filter(std::span<PreparedRead> reads) {
+  if (steps_.filter) lookUpSeeds(reads, Part::kAll);
   for (PreparedRead& read : reads) {
     if (read.isDeferred) continue;
-    read.isSifted = true;
+    read.isFiltered = true;
     const Alignment& alignment = read.alignment;
     if (!steps_.reversed || !alignment.isThere()) continue;
     alignment.addNotReversed(index_.text(), read.skipped[alignment.diagonal().isReversed ? 0 : 1]);
@@ -112,22 +112,22 @@ void ReadPreparer::prepare(std::span<PreparedRead> leads, std::span<PreparedRead
   pack(others);
   const auto deferHits = [&](std::span<PreparedRead> reads) {
     for (std::size_t n = 0; n < others.size() && steps_.leads; ++n) {
-      reads[n].isDeferred = isHitFirst(leads[n], isReversedFirst);
+      reads[n].isDeferred = beginsWithHit(leads[n], isReversedFirst);
     }
   };
   align(leads);
   deferHits(leads);
-  sift(leads);
+  filter(leads);
   deferHits(others);
   align(others);
-  sift(others);
+  filter(others);
 }
 
 void ReadPreparer::complete(PreparedRead& read) {
   assert(read.isPacked());
   read.isDeferred = false;
   align({&read, 1});
-  sift({&read, 1});
+  filter({&read, 1});
 }
 
 }  // namespace velk

@@ -1,13 +1,13 @@
 // Preparation of reads: what the fast engine computes before the walk.
 //
-//   1. pack: the letters become packed bases, if they are bases alone.
-//   2. align: the seed of the read's first window is looked up, then that of its last; where one
-//      lies, the read is compared with the text along that diagonal.
-//   3. sift: the seeds of all windows that do not agree with the text are looked up. A seed that is
-//      not in the index rules all its windows out, on both strands. If it is, the bases around its
-//      places are compared. A match may also align the read.
-// Each step takes a group of reads, so that the memory which it prefetches for one read arrives
-// while the others take theirs. Preparation only saves look-ups. The hits are the same without it.
+//   1. pack: the letters become packed bases, unless some are non-ACGT.
+//   2. align: the seed of the read's first window is looked up, then that of its last. If one is
+//      indexed, the read is compared with the text along that diagonal.
+//   3. filter: the seeds of all windows that do not agree with the text are looked up. A seed that
+//      is not indexed rules all its windows out, on both strands. If it is indexed, the bases
+//      around its places are compared. A match may also align the read.
+// Each step takes a group of reads: the memory that it prefetches for one read arrives while it
+// works on the others. Preparation only saves look-ups. The hits are the same without it.
 #pragma once
 
 #include <array>
@@ -21,28 +21,28 @@
 
 namespace velk {
 
-/// The steps by which the fast engine saves look-ups. Each can be left out; what is found stays the
-/// same. velk has all of them.
+/// The steps by which the fast engine saves look-ups. velk takes all of them. Tests leave one out:
+/// the hits stay the same.
 struct FastSteps {
   bool groups = true;     // groups have several reads, else one
   bool leads = true;      // a pair is deferred when the first window of its lead is a hit
   bool align = true;      // step 2 is taken; without it, step 3 and the walk align reads
-  bool sift = true;       // the look-ups of step 3 are made
+  bool filter = true;     // step 3 makes its look-ups
   bool reversed = true;   // windows are ruled out on the strand opposite a match
   bool diagonals = true;  // the diagonal of a refused hit is skipped
 };
 
-/// A read, and what is known of it. Windows are those of the index, numbered as the read was
-/// sequenced.
+/// A read, and what is known of it. Its windows are numbered as the read was sequenced; each has
+/// the length of a window of the text.
 struct PreparedRead {
   const std::string* bases = nullptr;
 
   std::size_t windows = 0;  // 0: the read is not packed, and nothing of it is known
   PackedBases packed{};
   Alignment alignment{};               // valid if isThere()
-  bool isSifted = false;               // whether all has been found out
-  bool isDeferred = false;             // whether its steps wait until it is walked over
-  std::array<WindowSet, 2> skipped{};  // windows to skip: as sequenced, reverse complement
+  bool isFiltered = false;             // whether all steps are done
+  bool isDeferred = false;             // whether its steps wait until the walk needs them
+  std::array<WindowSet, 2> skipped{};  // windows to skip: [0] as sequenced, [1] reverse complement
 
   bool isPacked() const { return windows != 0; }
 };
@@ -58,9 +58,9 @@ class ReadPreparer {
   const FastSteps& steps() const { return steps_; }
   std::size_t group() const { return steps_.groups ? 16 : 1; }
 
-  /// Packs a group, and takes all steps with most of its reads: the steps of a pair are deferred
-  /// once the first window of its lead is a known hit, as it mostly needs no other try. Single
-  /// reads are never deferred. REQUIRES: others are the leads' mates, or none.
+  /// Packs a group, and takes all steps with those of its reads that are not deferred. A pair is
+  /// deferred once the first window of its lead is known to be a hit, because it usually needs no
+  /// other try. Single reads are never deferred. REQUIRES: others are the leads' mates, or none.
   void prepare(std::span<PreparedRead> leads, std::span<PreparedRead> others, bool isReversedFirst);
 
   /// Finishes the preparation of a deferred read. REQUIRES: it is packed.
@@ -68,22 +68,22 @@ class ReadPreparer {
 
   // The steps.
 
-  /// Packs the reads to which `bases` points, and forgets what was known of those before.
+  /// Packs the reads to which `bases` points, and discards what was known of the previous ones.
   void pack(std::span<PreparedRead> reads);
 
-  // Each of the following leaves out reads that are deferred, or not packed.
+  // The following leave out reads that are deferred or not packed.
 
   /// Aligns the reads that are not aligned.
   void align(std::span<PreparedRead> reads);
 
-  /// Finds out which windows of the reads cannot be hits; aligns a read that is not aligned where a
-  /// seed shows how.
-  void sift(std::span<PreparedRead> reads);
+  /// Finds the windows of the reads that cannot be hits. Aligns a read that is not aligned if one
+  /// of its seeds has a matching place.
+  void filter(std::span<PreparedRead> reads);
 
  private:
   enum class Part { kFirst, kLast, kAll };
   void lookUpSeeds(std::span<PreparedRead> reads, Part part);
-  bool isHitFirst(const PreparedRead& read, bool isReversed) const;
+  bool beginsWithHit(const PreparedRead& read, bool isReversed) const;
 
   const SeedIndex& index_;
   int kmer_;

@@ -16,19 +16,18 @@ struct Anchor {
   int64_t gapLength(uint64_t index) const { return gapBefore(info.contigsInfo[index]); }
 };
 
-// Where the mate of an anchor must lie. A gap is named by the index of the contig behind it;
-// positions count from the gap's first base to the mate's first base.
+// Where the mate of an anchor is expected.
 struct MateGeometry {
   uint64_t gap;              // the gap next to the anchor's contig
   int64_t position;          // of the mate in it
-  bool mayRunOverRightEdge;  // whether the anchor may be recorded in the gap behind its contig
+  bool mayRunOverRightEdge;  // whether the anchor may be recorded in its contig's right gap
   bool hasFarGap;            // whether a gap follows beyond the neighbouring contig
   uint64_t between;          // that contig; the members below are 0 without such a gap
   uint64_t farGap = 0;
   int64_t farPosition = 0;  // of the mate in it
 };
 
-// The mate lies behind the contig: the fragment begins with the anchor's first base.
+// The mate lies to the right of the contig: the fragment begins with the anchor's first base.
 MateGeometry forwardGeometry(const Anchor& anchor) {
   const uint64_t c = anchor.contig;
   const int64_t position =
@@ -41,12 +40,12 @@ MateGeometry forwardGeometry(const Anchor& anchor) {
   return mate;
 }
 
-// The mate lies in front of the contig: the fragment ends with the anchor's last base.
+// The mate lies to the left of the contig: the fragment ends with the anchor's last base.
 MateGeometry reverseGeometry(const Anchor& anchor) {
   const uint64_t c = anchor.contig;
   const int64_t position = anchor.gapLength(c) + anchor.offset + anchor.length - anchor.insert;
-  // KEPT: narrower than the forward rule, the gap behind the last but one contig is left out
-  // (CheckReverseRead.AnchorOverTheRightEdgeOfTheLastButOneContig)
+  // KEPT: narrower than the forward rule, the gap to the right of the last but one contig is left
+  // out (CheckReverseRead.AnchorOverTheRightEdgeOfTheLastButOneContig)
   const bool mayRunOverRightEdge = c < anchor.info.contigsSum - 2U;
   MateGeometry mate{c, position, mayRunOverRightEdge, c >= 2, c - 1};
   if (mate.hasFarGap) {
@@ -66,7 +65,7 @@ int64_t snapped(int64_t position, int64_t mateLength, int64_t gapLength, int kme
 }
 
 // Whether the mate lies in the far gap, beyond a short contig between long neighbours. In both
-// directions the mate must end on the gap's first base or behind it and start in front of its end.
+// directions the mate must end on the gap's first base or after it, and start before its end.
 bool reachesFarGap(const Anchor& anchor, const MateGeometry& mate, int readLength) {
   if (!mate.hasFarGap) return false;
   const int64_t twoReads = 2 * int64_t{readLength};

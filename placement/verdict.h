@@ -1,8 +1,8 @@
-// Judges one hit of a read: the gaps in which it, or its mate, is recorded, or the reason for
-// refusal; and how a sink is given it. Pure functions of the model and the options.
+// Judges one hit: its records, or the reason for refusal. And the sink to which placement reports.
+// Pure functions of the model and the options.
 //
-// A gap is named by the index of the contig behind it; positions count from the gap's first base to
-// the first base of the read that is recorded.
+// A gap has the index of the contig to its right. Positions count from the gap's first base to the
+// first base of the recorded read.
 #pragma once
 
 #include <array>
@@ -27,14 +27,14 @@ struct GapPlace {
   RecordKind kind;
   uint64_t gap;
   int64_t position;
-  int64_t unmoved;  // the position before a mate was moved to the nearer end of the gap
+  int64_t unmoved;  // the position before a mate was snapped to the nearer end of the gap
 };
 
 /// A hit is refused, or accepted with up to three records.
 struct Verdict {
   Refusal refusal = Refusal::kNone;
-  uint64_t gap = 0;          // at which the read, or its mate, was judged; 0: at none
-  int64_t matePosition = 0;  // of a pair: where in it the mate must lie, before it is moved
+  uint64_t gap = 0;          // at which the read, or its mate, was judged; 0: no gap
+  int64_t matePosition = 0;  // of a pair: expected position of the mate in the gap, before snapping
   std::size_t count = 0;     // records
   std::array<GapPlace, 3> places{};
 
@@ -48,22 +48,22 @@ struct Verdict {
 Verdict judgeSingle(const Hit& hit, const std::string& read, const ScaffoldInfo& info,
                     const PlacementOptions& options);
 
-/// Where the mate of an anchor lies: behind the anchor's contig, or in front of it.
+/// Where the mate of an anchor lies: to the right of the anchor's contig, or to its left.
 enum class Direction : uint8_t { kForward, kReverse };
 
 /// A hit of an anchor whose mate has `mateLength` bases.
 Verdict judgePair(Direction direction, const Hit& hit, const std::string& anchor,
                   int64_t mateLength, const ScaffoldInfo& info, const PlacementOptions& options);
 
-// A sink receives what placement finds out of every read. It is a class with these members; it is a
-// template argument, so that what it drops costs nothing:
+// A sink receives the results of every read. It is a template argument, so that what it drops costs
+// nothing: a class with these members.
 //   static constexpr bool kTakesRefusals;         false: refused() is never called, nor needed
 //   void found(const Found&, const std::string& bases);   a record, and the bases to be recorded
 //   void anchored(const Anchored&);    an anchor was accepted; its records follow
 //   void refused(const Refused&);      once for every read, strand and diagonal
 
-/// Where a read that is tried comes from. It describes the read as it was sequenced, also in pairs
-/// that point outwards.
+/// Where a strand that is tried comes from. It describes the read as it was sequenced, also in
+/// outward pairs.
 struct Origin {
   int64_t entry;    // of the batch
   int mate;         // 0: the entry's first read, 1: the second
@@ -81,8 +81,8 @@ struct Found {
 struct Anchored {
   Origin origin;
   Hit hit;
-  uint64_t gap;          // in which the mate must lie: the index of the contig behind it
-  int64_t matePosition;  // where in it, before the mate is moved to an end of the gap
+  uint64_t gap;          // in which the mate is expected
+  int64_t matePosition;  // its position there, before snapping
 };
 
 /// A read that was refused on a diagonal.
@@ -90,8 +90,8 @@ struct Refused {
   Origin origin;
   Hit hit;
   Refusal reason;
-  uint64_t gap;          // at which it was judged: the index of the contig behind it; 0: at none
-  int64_t matePosition;  // of an anchor: where in that gap the mate would lie
+  uint64_t gap;          // at which it was judged; 0: no gap
+  int64_t matePosition;  // of an anchor: expected position of the mate in the gap, before snapping
 };
 
 }  // namespace velk

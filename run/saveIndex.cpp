@@ -75,7 +75,7 @@ class Parts {
       for (std::size_t c = 0; c < scaffold.contigs.size(); ++c) addContig(assembly, s, c);
     }
     for (const TextContig& contig : index.text().contigs()) {
-      contigs_[firstContigs[contig.scaffold] + contig.contig].hasOddLetters = contig.hasOddLetters;
+      contigs_[firstContigs[contig.scaffold] + contig.contig].hasNonAcgt = contig.hasNonAcgt;
     }
   }
 

@@ -101,7 +101,7 @@ struct SavedContig {
   uint64_t frontGapSize;  //
   uint64_t unknown;       // bases N in the gap in front
   uint32_t placeholders;  // number of that gap
-  uint32_t hasOddLetters;
+  uint32_t hasNonAcgt;
 };
 static_assert(std::has_unique_object_representations_v<SavedContig>);
 

@@ -55,9 +55,9 @@ std::string listOf(const std::vector<uint64_t>& lengths) {
 }
 
 // Whether a level has all its ranges, within so many buckets.
-bool areSound(std::span<const SeedIndex::Range> ranges, uint64_t buckets) {
+bool areSound(std::span<const SeedIndex::RegionRange> ranges, uint64_t buckets) {
   return ranges.size() == SeedIndex::kRegions &&
-         std::all_of(ranges.begin(), ranges.end(), [&](const SeedIndex::Range& range) {
+         std::all_of(ranges.begin(), ranges.end(), [&](const SeedIndex::RegionRange& range) {
            return range.size != 0 && range.first <= buckets && range.size <= buckets - range.first;
          });
 }
@@ -214,7 +214,7 @@ void SavedIndex::setIndex(SeedIndex& index, const Assembly& assembly) const {
   uint32_t scaffold = 0;
   for (TextContig& contig : index.text().contigs()) {
     while (scaffold < contig.scaffold) before += scaffolds[scaffold++].contigs;
-    contig.hasOddLetters = contigs[before + contig.contig].hasOddLetters;
+    contig.hasNonAcgt = contigs[before + contig.contig].hasNonAcgt;
   }
   auto next = static_cast<std::size_t>(Part::kText);
   uint64_t buckets = 0;  // of the level whose ranges follow
@@ -224,7 +224,8 @@ void SavedIndex::setIndex(SeedIndex& index, const Assembly& assembly) const {
     const auto values = part<Value>(static_cast<Part>(next++));
     array = {values.data(), values.size()};
     if constexpr (std::is_same_v<Value, Bucket>) buckets = values.size();
-    if constexpr (std::is_same_v<Value, SeedIndex::Range>) isSound &= areSound(values, buckets);
+    if constexpr (std::is_same_v<Value, SeedIndex::RegionRange>)
+      isSound &= areSound(values, buckets);
   });
   if (!isSound || !isSoundText(index.text())) failDamaged("its parts do not fit each other");
 }

@@ -37,7 +37,7 @@ struct BoundedIndex::Built {
   Built(const Built&) = delete;
   Built& operator=(const Built&) = delete;
 
-  Engine engine(int kmer) const { return {PlainIndex(*set, scaffolds, count, kmer), kmer}; }
+  Engine engine(int kmer) const { return {PlainIndex(*set, scaffolds, count), kmer}; }
   uint64_t distinctKmers() const { return set->count; }
 
   static constexpr uint64_t kSlotsOfKmer = 2;

@@ -118,9 +118,10 @@ class Ground : public test::PlacementTest {
       require(key == test::modelOfPacking(std::string(window)), "another text");
       require(text.isMarkedRepeated(p) != map_.at(key).isUnique, "another mark of repeats");
       const uint64_t reversed = reversedKey(key, length);
-      require((text.reversedMarksFrom(p) & 1U) ==
-                  (isKnown(reversed) || haveOtherKinds(index.seeds(), key, reversed) ? 1U : 0U),
-              "another mark of reverse complements");
+      require(
+          (text.reversedMarksFrom(p) & 1U) ==
+              (isKnown(reversed) || haveOtherCanonicals(index.seeds(), key, reversed) ? 1U : 0U),
+          "another mark of reverse complements");
     }
   }
 
@@ -147,9 +148,9 @@ class Ground : public test::PlacementTest {
 
   bool isKnown(uint64_t key) const { return map_.contains(key); }
 
-  // Whether the seeds of a window and of its reverse complement are of two kinds, as ties between
-  // long seeds may have it. The reverse complement then counts as there.
-  static bool haveOtherKinds(const Seeds& seeds, uint64_t key, uint64_t reversed) {
+  // Whether the seeds of a window and of its reverse complement have different canonical m-mers, as
+  // ties between long seeds may have it. The reverse complement then counts as indexed.
+  static bool haveOtherCanonicals(const Seeds& seeds, uint64_t key, uint64_t reversed) {
     return seeds.length() > kLongestInjective &&
            seeds.seedOf(key).hash != seeds.seedOf(reversed).hash;
   }
@@ -166,7 +167,7 @@ class Ground : public test::PlacementTest {
       return;
     }
     const auto verdict = index.verdictOn(run, bases);
-    require((verdict.absent & ~run.windows()) == 0, "a verdict on a window of another seed");
+    require((verdict.absent & ~run.windowMask()) == 0, "a verdict on a window of another seed");
     for (uint64_t w = run.first; w <= run.last; ++w) {
       if ((verdict.absent >> (w - run.first) & 1U) == 0) continue;
       require(isAbsent(w), "a seed's places rule out a hit");

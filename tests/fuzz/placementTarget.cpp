@@ -5,6 +5,7 @@
 
 #include "contig/contig.h"
 #include "driver/velk.h"
+#include "placement/Read2Scaf.h"
 #include "placement/batchScan.h"
 #include "tests/fuzz/fuzz.h"
 #include "tests/fuzz/placementInput.h"

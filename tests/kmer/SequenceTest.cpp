@@ -164,9 +164,10 @@ TEST(PackedBases, AnotherLetterAnywhereIsRefused) {
     EXPECT_TRUE(all.fill(bases));
     for (std::size_t at = 0; at < length; ++at) {
       for (int byte = 0; byte < 256; ++byte) {
-        std::string odd = bases;
-        odd[at] = static_cast<char>(byte);
-        ASSERT_EQ(all.fill(odd), baseCode(odd[at]) < 4) << length << ' ' << at << ' ' << byte;
+        std::string changed = bases;
+        changed[at] = static_cast<char>(byte);
+        ASSERT_EQ(all.fill(changed), baseCode(changed[at]) < 4)
+            << length << ' ' << at << ' ' << byte;
       }
     }
   }

@@ -86,16 +86,16 @@ TEST_F(ContigTextTest, LongKmersBeginAtTheirFirstBase) {
 }
 
 TEST_F(ContigTextTest, WindowsAreThoseOfBasesInsideAContig) {
-  std::string odd = lettersOf(80);
-  odd[40] = 'N';
-  odd[41] = 'n';
-  make({{lettersOf(45), odd}, {lettersOf(90)}}, 15);
+  std::string withN = lettersOf(80);
+  withN[40] = 'N';
+  withN[41] = 'n';
+  make({{lettersOf(45), withN}, {lettersOf(90)}}, 15);
   text_.pack(0, ContigText::kPad + 512);
   std::vector<bool> isWindow(text_.end() + ContigText::kPad);
   for (std::size_t n = 0; n < 3; ++n) {
     for (uint64_t w = 0; w + 15 <= text_.letters(n).size(); ++w) {
-      const bool isOdd = n == 1 && w + 15 > 40 && w <= 41;
-      isWindow[text_.contigs()[n].start + w] = !isOdd;
+      const bool isNonAcgt = n == 1 && w + 15 > 40 && w <= 41;
+      isWindow[text_.contigs()[n].start + w] = !isNonAcgt;
     }
   }
   for (uint64_t p = 0; p < isWindow.size(); ++p) ASSERT_EQ(text_.isWindow(p), isWindow[p]) << p;
@@ -141,18 +141,18 @@ TEST_F(ContigTextTest, BasesAtAnyPosition) {
   }
 }
 
-TEST_F(ContigTextTest, OddWindowsAreMarkedWhereverTheyArePacked) {
-  std::string odd = lettersOf(200);
-  for (const std::size_t at : {0UL, 31UL, 32UL, 63UL, 64UL, 100UL, 199UL}) odd[at] = 'N';
-  make({{lettersOf(45), odd}}, 15);
+TEST_F(ContigTextTest, NonAcgtWindowsAreMarkedWhereverTheyArePacked) {
+  std::string withN = lettersOf(200);
+  for (const std::size_t at : {0UL, 31UL, 32UL, 63UL, 64UL, 100UL, 199UL}) withN[at] = 'N';
+  make({{lettersOf(45), withN}}, 15);
   for (uint64_t from = 0; from < text_.end(); from += 32) text_.pack(from, from + 32);
   const TextContig& contig = text_.contigs()[1];
   for (uint64_t w = 0; w < contig.windows; ++w) {
-    const bool isOdd = odd.substr(w, 15).find('N') != std::string::npos;
-    ASSERT_EQ(text_.isMarkedRepeated(contig.start + w), isOdd) << w;
-    ASSERT_EQ(text_.keyAt(contig.start + w), packedKmer(odd.substr(w, 15))) << w;
+    const bool isNonAcgt = withN.substr(w, 15).find('N') != std::string::npos;
+    ASSERT_EQ(text_.isMarkedRepeated(contig.start + w), isNonAcgt) << w;
+    ASSERT_EQ(text_.keyAt(contig.start + w), packedKmer(withN.substr(w, 15))) << w;
   }
-  ASSERT_EQ(text_.contigs()[0].hasOddLetters, 0U);
+  ASSERT_EQ(text_.contigs()[0].hasNonAcgt, 0U);
 }
 
 TEST_F(ContigTextTest, NoContigsHaveNoWindows) {

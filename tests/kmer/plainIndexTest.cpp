@@ -31,7 +31,7 @@ class PlaceOf : public AssemblyTest {
 
   void index() {
     messagesOf([&] { addContigKmers(set_.get(), scaffoldInfo, scaffoldSum); });
-    index_.emplace(*set_, scaffoldInfo, scaffoldSum, Kmer);
+    index_.emplace(*set_, scaffoldInfo, scaffoldSum);
   }
 
   std::optional<KmerAnswer> answerOf(const std::string& kmer) const {

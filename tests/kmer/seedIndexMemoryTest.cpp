@@ -107,8 +107,8 @@ Assembly oneSeed(std::size_t length) {
   RandomAssemblies random(9);
   uint64_t least = 0;
   for (uint64_t mer = 0; mer < uint64_t{1} << 20; ++mer) {
-    const uint64_t kind = std::min(mer, modelOfReversing(mer, kMer));
-    if (rankOf(kind) < rankOf(least)) least = kind;
+    const uint64_t canonical = std::min(mer, modelOfReversing(mer, kMer));
+    if (rankOf(canonical) < rankOf(least)) least = canonical;
   }
   std::string seed;
   for (int i = kMer - 1; i >= 0; --i) seed += "ACGT"[least >> 2 * i & 3U];
@@ -202,10 +202,10 @@ int FailingBuild::forgiven_ = 0;
 TEST_P(FailingBuild, ReturnsFalse) {
   RandomAssemblies random(3);
   Kmer = 21;
-  std::string odd = random.bases(3000);
-  for (std::size_t at = 0; at < odd.size(); at += 100) odd[at] = 'N';
-  // heavy seeds, letters that are no bases, two pieces
-  const KmerModel model({{random.tandem(2000), odd}, {random.bases(70000)}});
+  std::string withN = random.bases(3000);
+  for (std::size_t at = 0; at < withN.size(); at += 100) withN[at] = 'N';
+  // heavy seeds, non-ACGT letters, two pieces
+  const KmerModel model({{random.tandem(2000), withN}, {random.bases(70000)}});
   forgiven_ = 0;
   EXPECT_GT(denyOneByOne(model, failNewAfter, kStep), 100);
   EXPECT_GE(denyOneByOne(model, failAllocationAfter, 1), 7);  // text and both levels

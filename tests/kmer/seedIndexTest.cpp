@@ -146,15 +146,15 @@ std::string marksOf(const SeedIndex& index) {
   for (const TextContig& contig : text.contigs()) {
     for (uint64_t p = contig.firstWindow; p < contig.endWindow(); ++p) {
       const bool isReversed = (text.reversedMarksFrom(p) & 1U) != 0;
-      marks += !text.isWindow(p) ? 'o' : isReversed ? 'r' : '.';
+      marks += !text.isWindow(p) ? 'n' : isReversed ? 'r' : '.';
       marks += text.isMarkedRepeated(p) ? '2' : '1';
     }
   }
   return marks;
 }
 
-// The same from the model: of each window, whether it is odd, its reverse complement is there, and
-// it is repeated.
+// The same from the model: of each window, whether it is non-ACGT, its reverse complement is there,
+// and it is repeated.
 std::string marksOf(const KmerModel& model, const SeedIndex& index) {
   std::string marks;
   const ContigText& text = index.text();
@@ -165,7 +165,7 @@ std::string marksOf(const KmerModel& model, const SeedIndex& index) {
       const std::string_view window =
           text.letters(n).substr(p - contig.start, static_cast<std::size_t>(bases));
       if (window.find_first_not_of("ACGTacgt") != std::string_view::npos) {
-        marks += "o2";
+        marks += "n2";
         continue;
       }
       const uint64_t key = text.basesAt(p, bases);

@@ -31,7 +31,7 @@ class SeedVerdictTest : public RunParametersTest {
         return;
       }
       const auto verdict = index_->verdictOn(run, read);
-      ASSERT_EQ(verdict.absent & ~run.windows(), 0U);
+      ASSERT_EQ(verdict.absent & ~run.windowMask(), 0U);
       for (uint64_t window = run.first; window <= run.last; ++window) {
         if ((verdict.absent >> (window - run.first) & 1U) != 0) expectAbsent(read, window);
       }
@@ -98,8 +98,9 @@ TEST_F(SeedVerdictTest, WindowsRuledOutAreNowhere) {
   EXPECT_GT(found(true), 1000U);
 }
 
-// Seeds of 17 bases and more, as large genomes have: other kinds may tie, and not only equal ones.
-TEST_F(SeedVerdictTest, OtherKindsThatTieAreNotRuledOut) {
+// Seeds of 17 bases and more, as large genomes have: m-mers with other canonical forms may tie,
+// too.
+TEST_F(SeedVerdictTest, OtherMersThatTieAreNotRuledOut) {
   RandomAssemblies random(5);
   CONTIGLEN = 0;
   Kmer = 31;

@@ -15,22 +15,22 @@ namespace velk::test {
 namespace {
 
 struct NaiveSeed {
-  uint64_t at;    // the first m-mer of the least rank
-  uint64_t kind;  // of it
-  bool isTied;    // whether the window holds another m-mer of this kind
+  uint64_t at;         // the first m-mer of the least rank
+  uint64_t canonical;  // form of it
+  bool isTied;         // whether the window holds another m-mer with this canonical form
 };
 
-uint64_t kindAt(const PackedBases& bases, uint64_t at, int m) {
+uint64_t canonicalAt(const PackedBases& bases, uint64_t at, int m) {
   const uint64_t mer = bases.at(at, m);
   return std::min(mer, modelOfReversing(mer, m));
 }
 
 NaiveSeed seedOf(const PackedBases& bases, uint64_t window, int k, int m) {
-  NaiveSeed seed{window, kindAt(bases, window, m), false};
+  NaiveSeed seed{window, canonicalAt(bases, window, m), false};
   for (uint64_t at = window + 1; at <= window + static_cast<uint64_t>(k - m); ++at) {
-    const uint64_t kind = kindAt(bases, at, m);
-    if (kind == seed.kind) seed.isTied = true;
-    if (rankOf(kind) < rankOf(seed.kind)) seed = {at, kind, false};
+    const uint64_t canonical = canonicalAt(bases, at, m);
+    if (canonical == seed.canonical) seed.isTied = true;
+    if (rankOf(canonical) < rankOf(seed.canonical)) seed = {at, canonical, false};
   }
   return seed;
 }
@@ -48,13 +48,13 @@ void expectRuns(const std::string& letters, const Seeds& seeds, uint64_t from, u
     ASSERT_NE(run.at, before);  // a run is the longest stretch
     for (uint64_t window = run.first; window <= run.last; ++window) {
       const NaiveSeed seed = seedOf(bases, window, seeds.windowLength(), seeds.length());
-      ASSERT_EQ(run.windows() >> (window - run.first) & 1U, 1U);
+      ASSERT_EQ(run.windowMask() >> (window - run.first) & 1U, 1U);
       ASSERT_EQ(run.at, seed.at) << "window " << window;
-      ASSERT_EQ(run.hash, mixed(seed.kind)) << "window " << window;
+      ASSERT_EQ(run.hash, mixed(seed.canonical)) << "window " << window;
       ASSERT_TRUE(run.isTied || !seed.isTied) << "window " << window;
       ASSERT_EQ(seeds.seedOf(bases.at(window, seeds.windowLength())).offset, seed.at - window);
     }
-    ASSERT_EQ(run.windows() >> (run.last - run.first), 1U);
+    ASSERT_EQ(run.windowMask() >> (run.last - run.first), 1U);
     next = run.last + 1;
     before = run.at;
   });
@@ -96,11 +96,11 @@ TEST(Seeds, LengthIsOddAndFits) {
   }
 }
 
-TEST(Seeds, ReverseComplementHasASeedOfTheSameKind) {
+TEST(Seeds, ReverseComplementHasASeedOfTheSameCanonicalMer) {
   RandomAssemblies random(2);
   for (int turn = 0; turn < 2000; ++turn) {
     const int k = 1 + static_cast<int>(random.below(DATA_LEN));
-    const Seeds seeds(k, 1000);  // of 9 bases: only equal kinds tie
+    const Seeds seeds(k, 1000);  // of 9 bases: only those with the same canonical form tie
     PackedBases bases;
     ASSERT_TRUE(bases.fill(turn % 4 == 0 ? random.tandem(32) : random.bases(32)));
     const uint64_t key = bases.at(0, k);
@@ -156,10 +156,10 @@ TEST(LeastRank, FirstOfThoseThatTie) {
   std::mt19937_64 random(3);
   for (int turn = 0; turn < 20000; ++turn) {
     const auto count = static_cast<unsigned>(1 + random() % kMostOffsets);
-    const uint64_t kinds = turn % 2 == 0 ? 1 + random() % 40 : uint64_t{1} << 32;
+    const uint64_t distinct = turn % 2 == 0 ? 1 + random() % 40 : uint64_t{1} << 32;
     std::vector<uint32_t> ranks(32);
     // also those behind the last one, which count for nothing
-    for (uint32_t& rank : ranks) rank = static_cast<uint32_t>(random() % kinds);
+    for (uint32_t& rank : ranks) rank = static_cast<uint32_t>(random() % distinct);
     SCOPED_TRACE(turn);
     expectLeast(ranks, count);
   }

@@ -22,9 +22,9 @@ namespace velk::test {
 namespace {
 
 // How much is known of a read before its windows are walked over.
-enum class Known { kPacked, kAligned, kSifted };
+enum class Known { kPacked, kAligned, kFiltered };
 
-constexpr std::array<Known, 3> kAllKnown = {Known::kPacked, Known::kAligned, Known::kSifted};
+constexpr std::array<Known, 3> kAllKnown = {Known::kPacked, Known::kAligned, Known::kFiltered};
 
 class CandidateWindowsTest : public PlacementTest {
  protected:
@@ -39,7 +39,7 @@ class CandidateWindowsTest : public PlacementTest {
     ReadPreparer preparer(*seedIndex, Kmer);
     preparer.pack({&prepared, 1});
     if (known >= Known::kAligned) preparer.align({&prepared, 1});
-    if (known >= Known::kSifted) preparer.sift({&prepared, 1});
+    if (known >= Known::kFiltered) preparer.filter({&prepared, 1});
     return prepared;
   }
 
@@ -69,7 +69,7 @@ class CandidateWindowsTest : public PlacementTest {
 
   // The hit of a window by the plain index.
   static std::optional<Hit> hitAt(const std::string& bases, std::size_t window) {
-    const PlainIndex index(*plainHash, scaffoldInfo, scaffoldSum, Kmer);
+    const PlainIndex index(*plainHash, scaffoldInfo, scaffoldSum);
     const std::string_view all = bases;
     const auto answer =
         index.placeOf(packedKmer(all.substr(window, static_cast<std::size_t>(Kmer))));
@@ -145,8 +145,8 @@ TEST_F(OneSkip, OneWindowOfADiagonal) {
 
 TEST_F(OneSkip, BothSidesOfAWrongBase) {
   const std::string read = withMismatches(onX, {40});
-  EXPECT_EQ(walk(read, false, Known::kSifted), Windows{0});
-  EXPECT_EQ(walk(withMismatches(onX, {10}), false, Known::kSifted), Windows{11});
+  EXPECT_EQ(walk(read, false, Known::kFiltered), Windows{0});
+  EXPECT_EQ(walk(withMismatches(onX, {10}), false, Known::kFiltered), Windows{11});
 }
 
 TEST_F(OneSkip, NoneOfAStrayRead) {
@@ -158,8 +158,8 @@ TEST_F(OneSkip, NoneOfAStrayRead) {
 }
 
 TEST_F(OneSkip, NoneOfTheOtherStrand) {
-  EXPECT_EQ(walk(onX, true, Known::kSifted), Windows{});
-  EXPECT_EQ(walk(plainReverseComplement(onX), false, Known::kSifted), Windows{});
+  EXPECT_EQ(walk(onX, true, Known::kFiltered), Windows{});
+  EXPECT_EQ(walk(plainReverseComplement(onX), false, Known::kFiltered), Windows{});
 }
 
 // A read with another letter is not packed: all its windows are walked over.

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "placement/Read2Scaf.h"
 #include "placement/batchScan.h"
 #include "tests/placement/batchTest.h"
 #include "tests/placement/engines.h"

@@ -36,7 +36,7 @@ Engine engineOver();
 
 template <>
 inline PlainEngine engineOver<PlainEngine>() {
-  return {PlainIndex(*plainHash, scaffoldInfo, scaffoldSum, Kmer), Kmer};
+  return {PlainIndex(*plainHash, scaffoldInfo, scaffoldSum), Kmer};
 }
 
 template <>
@@ -51,7 +51,7 @@ using Engines = testing::Types<PlainEngine, PlainInGroups>;
 #else
 
 /// What of the preparation of reads is done before the walks; the windows do the rest.
-enum class Step { kNothing, kPack, kAlign, kSift };
+enum class Step { kNothing, kPack, kAlign, kFilter };
 
 /// The fast engine, whose reads are all prepared up to a step.
 template <Step kLast>
@@ -71,7 +71,7 @@ class FastUpTo : public FastEngine {
     ReadPreparer preparer(*seedIndex, Kmer);
     preparer.pack(reads);
     if (kLast >= Step::kAlign) preparer.align(reads);
-    if (kLast >= Step::kSift) preparer.sift(reads);
+    if (kLast >= Step::kFilter) preparer.filter(reads);
   }
 };
 
@@ -86,7 +86,7 @@ using FastInGroups = InGroups<FastEngine>;
 using FastUnprepared = FastUpTo<Step::kNothing>;
 using FastPacked = FastUpTo<Step::kPack>;
 using FastAligned = FastUpTo<Step::kAlign>;
-using FastSifted = FastUpTo<Step::kSift>;
+using FastFiltered = FastUpTo<Step::kFilter>;
 
 template <>
 inline FastEngine engineOver<FastEngine>() {
@@ -102,12 +102,11 @@ Engine engineOver() {
 #ifdef VELK_SHORT
 using Engines = testing::Types<PlainInGroups, FastEngine, FastInGroups>;
 #else
-using Engines =
-    testing::Types<PlainEngine, PlainInGroups, FastEngine, FastInGroups, FastUnprepared, FastPacked,
-                   FastAligned, FastSifted, FastWithout<FastSteps{.groups = false}>,
-                   FastWithout<FastSteps{.leads = false}>, FastWithout<FastSteps{.align = false}>,
-                   FastWithout<FastSteps{.sift = false}>, FastWithout<FastSteps{.reversed = false}>,
-                   FastWithout<FastSteps{.diagonals = false}>>;
+using Engines = testing::Types<
+    PlainEngine, PlainInGroups, FastEngine, FastInGroups, FastUnprepared, FastPacked, FastAligned,
+    FastFiltered, FastWithout<FastSteps{.groups = false}>, FastWithout<FastSteps{.leads = false}>,
+    FastWithout<FastSteps{.align = false}>, FastWithout<FastSteps{.filter = false}>,
+    FastWithout<FastSteps{.reversed = false}>, FastWithout<FastSteps{.diagonals = false}>>;
 #endif
 
 #endif

@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 
+#include "placement/Read2Scaf.h"
 #include "placement/batchScan.h"
 #include "placement/fastEngine.h"
 #include "tests/placement/eventSink.h"
@@ -75,7 +76,7 @@ class WatchedFast : public FastEngine {
     if (read.bases->size() > 1000) ++met_["read: long"];
     ++met_[read.isPacked() ? "read: packed" : "read: not packed"];
     if (!read.isPacked()) return;
-    ++met_[read.isSifted ? "read: sifted" : "read: left to its windows"];
+    ++met_[read.isFiltered ? "read: filtered" : "read: left to its windows"];
     if (skips(read.skipped[0]) && skips(read.skipped[1]))
       ++met_["read: windows skipped on both strands"];
     noteSeeds(read);
@@ -162,11 +163,11 @@ TEST_F(HardInputs, MeetEverySkip) {
                           {"anchored", 2000},
                           {"group: not full", 700},
                           {"group: reversed pairs", 200},
+                          {"read: filtered", 20000},
                           {"read: left to its windows", 1000},
                           {"read: long", 600},
                           {"read: not packed", 4000},
                           {"read: packed", 20000},
-                          {"read: sifted", 20000},
                           {"read: windows skipped on both strands", 10000},
                           {"record: anchor", 500},
                           {"record: edge", 500},

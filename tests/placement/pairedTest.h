@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "placement/Read2Scaf.h"
 #include "streaming/readBuffer.h"
 #include "tests/placement/placementTest.h"
 

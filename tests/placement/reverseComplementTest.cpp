@@ -53,10 +53,11 @@ TEST(ReverseComplementSeq, AllLengthsWithOtherLetters) {
     std::string read = randomBases(length, static_cast<unsigned>(length));
     read[length / 2] = 'c';
     for (std::size_t at = 0; at < length; at += 3) {
-      std::string odd = read;
-      odd[at] = "N\xC7r-"[at % 4];
-      EXPECT_EQ(plainReverseComplement(odd), reverseComplementOf(odd)) << length << ' ' << at;
-      EXPECT_EQ(reverseComplementOf(odd)[length - 1 - at], 'A');
+      std::string changed = read;
+      changed[at] = "N\xC7r-"[at % 4];
+      EXPECT_EQ(plainReverseComplement(changed), reverseComplementOf(changed))
+          << length << ' ' << at;
+      EXPECT_EQ(reverseComplementOf(changed)[length - 1 - at], 'A');
     }
   }
 }
