@@ -6,6 +6,7 @@
 #include "check/progress.h"
 #include "check/readFile.h"
 #include "driver/velk.h"
+#include "reads/mateNames.h"
 #include "streaming/library.h"
 
 namespace velk::check {
@@ -147,13 +148,7 @@ std::string_view nameOf(const std::string& header) {
 }  // namespace
 
 bool areMates(const std::string& one, const std::string& other) {
-  const std::string_view a = nameOf(one);
-  const std::string_view b = nameOf(other);
-  if (a == b) return true;
-  if (a.size() != b.size() || a.empty()) return false;
-  if (a.substr(0, a.size() - 1) != b.substr(0, b.size() - 1)) return false;
-  const std::string ends{a.back(), b.back()};
-  return ends == "12" || ends == "FR" || ends == "fr" || ends == "ab";
+  return reads::mayBeMates(nameOf(one), nameOf(other));
 }
 
 PassResult passRecords(Survey& survey, ReadInput& input, RecordReader& first,

@@ -27,8 +27,8 @@ struct PassResult {
 /// those that follow within a bound.
 PassResult passRecords(Survey& survey, ReadInput& input, RecordReader& first, RecordReader* second);
 
-/// Whether two headers name the mates of one pair: equal up to the first blank, or different in one
-/// last character that distinguishes first from second mates.
+/// Whether the names in two headers, up to the first blank, may be those of mates
+/// (reads/mateNames.h).
 bool areMates(const std::string& one, const std::string& other);
 
 }  // namespace velk::check

@@ -16,7 +16,7 @@
 #include "contig/contig.h"
 #include "libinfo/libinfo.h"
 #include "survey/boundedIndex.h"
-#include "survey/pairGeometry.h"
+#include "survey/insertSize.h"
 
 namespace velk::check {
 

@@ -1,4 +1,5 @@
-// Judges one hit: its records, or the reason for refusal. And the sink to which placement reports.
+// Judges one hit: its records, a mate moved to an edge among them, or the reason for refusal. And
+// the sink to which placement reports.
 // Pure functions of the model and the options.
 //
 // A gap has the index of the contig to its right. Positions count from the gap's first base to the

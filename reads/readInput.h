@@ -9,7 +9,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "reads/readBatch.h"
@@ -48,10 +47,6 @@ struct Sample {
 /// Whether the qualities of a sample are most likely Phred+64, the scale of sequencers before 2011:
 /// none below that scale, the best beyond what Phred+33 is used for. False without qualities.
 bool looksLikePhred64(const Sample& sample);
-
-/// Whether two reads have names of mates: the same, or the same but for "/1" or ".1" at the end of
-/// the first and "/2" or ".2" at the end of the second, which are then cut off (inout).
-bool haveOneName(std::string_view& first, std::string_view& second);
 
 class ReadInput {
  public:

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "report/judgement.h"
+#include "report/gapReasons.h"
 #include "report/runData.h"
 
 namespace velk::report {

@@ -1,6 +1,6 @@
-// The assembly of the run: its FASTA file of any width and case, plain or compressed; its gaps of
-// made up length; and its scaffolds with their names, their contigs and the gaps between these, as
-// the model that the search uses has them.
+// The assembly of the run: its FASTA file of any width and case, plain or compressed; and its
+// scaffolds with their names, their contigs and the gaps between these, as the model that the
+// search uses has them.
 //
 // Positions on a scaffold count from 0. The model's contigs are stretches of the scaffold; short
 // ones (--min-contig) are no contigs and belong to a gap, and --cut takes bases from the ends of
@@ -9,7 +9,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -17,20 +16,9 @@
 #include <vector>
 
 #include "contig/contig.h"
+#include "run/placeholders.h"
 
 namespace velk::run {
-
-/// Which runs of N stand for gaps of unknown length.
-struct PlaceholderRule {
-  std::vector<uint64_t> lengths;                           // all runs of one of these lengths
-  std::map<std::string, std::vector<uint64_t>> positions;  // by scaffold: where such runs begin
-
-  bool holds(const std::string& scaffold, uint64_t start, uint64_t length) const;
-};
-
-/// The rule of these lengths and, unless its name is empty, of the gaps of type U of an AGP file.
-/// Throws Failure where the file cannot be read or has a line that is none of AGP.
-PlaceholderRule readPlaceholders(const std::vector<uint64_t>& lengths, const std::string& agp);
 
 class SavedIndex;
 

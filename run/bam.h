@@ -12,8 +12,8 @@
 #include <string_view>
 #include <vector>
 
+#include "run/alignmentRecords.h"
 #include "run/assembly.h"
-#include "run/describe.h"
 #include "run/library.h"
 
 namespace velk::run {

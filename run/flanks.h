@@ -11,8 +11,8 @@
 #include "kmer/contigText.h"
 #include "placement/verdict.h"
 #include "run/alignment.h"
+#include "run/alignmentRecords.h"
 #include "run/assembly.h"
-#include "run/describe.h"
 #include "run/evidence.h"
 
 namespace velk::run {

@@ -1,4 +1,4 @@
-// What is counted at each gap while reads are described: distinct reads by library and kind, and
+// What is counted at each gap while records are made: distinct reads by library and kind, and
 // what pairs around it say of its length. Any thread may add.
 #pragma once
 
@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "run/describe.h"
+#include "run/alignmentRecords.h"
 #include "run/library.h"
 #include "run/spans.h"
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "kmer/machine.h"
-#include "survey/pairGeometry.h"
+#include "survey/insertSize.h"
 
 namespace velk::run {
 namespace {

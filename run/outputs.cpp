@@ -6,8 +6,8 @@
 #include <future>
 #include <optional>
 
+#include "run/alignmentRecords.h"
 #include "run/bam.h"
-#include "run/describe.h"
 #include "run/diskFile.h"
 #include "run/failure.h"
 #include "run/flanks.h"
@@ -89,17 +89,18 @@ Outputs::Outputs(const ResultFolder& folder, const Assembly& assembly,
 
 void Outputs::take(const FoundEntry& entry) {
   const Library& library = libraries_[entry.library];
-  const std::vector<OutRecord> described = describe(entry, library, assembly_, options_.mapCut);
-  for (std::size_t n = 0; n < described.size(); ++n) {
-    records_.add(keyOf(described[n], n), encodeBam(described[n], library.name));
+  const std::vector<OutRecord> records =
+      alignmentRecords(entry, library, assembly_, options_.mapCut);
+  for (std::size_t n = 0; n < records.size(); ++n) {
+    records_.add(keyOf(records[n], n), encodeBam(records[n], library.name));
   }
-  noteReaches(assembly_, described, evidence_);
+  noteReaches(assembly_, records, evidence_);
   clashes_.add(entry.library, entry.texts[0].name);
-  takeForGaps(entry, described);
+  takeForGaps(entry, records);
 }
 
-void Outputs::takeForGaps(const FoundEntry& entry, const std::vector<OutRecord>& described) {
-  const std::vector<GapRead> atGaps = readsOfGaps(described);
+void Outputs::takeForGaps(const FoundEntry& entry, const std::vector<OutRecord>& records) {
+  const std::vector<GapRead> atGaps = readsOfGaps(records);
   std::array<bool, 2> isFound{};
   for (auto read = atGaps.begin(); read != atGaps.end();) {
     std::array<const GapRead*, 2> mates{};

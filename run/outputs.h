@@ -1,7 +1,7 @@
 // The files of the result: what workers find goes in, whole files come out.
 //
-// take() describes an entry and sorts away what is to be written of it; write() writes all files
-// into the folder's partial place, in an order that no number of threads changes.
+// take() makes the records of an entry and sorts away what is to be written of it; write() writes
+// all files into the folder's partial place, in an order that no number of threads changes.
 #pragma once
 
 #include <atomic>
@@ -73,7 +73,7 @@ class Outputs {
   uint64_t nameClashes() const { return clashes_.clashes(); }
 
  private:
-  void takeForGaps(const FoundEntry& entry, const std::vector<OutRecord>& described);
+  void takeForGaps(const FoundEntry& entry, const std::vector<OutRecord>& records);
   void writeBam();
   std::vector<TextPlace> writeFastq();
   std::vector<uint64_t> writeFlanks();

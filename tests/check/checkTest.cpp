@@ -27,6 +27,12 @@ TEST(AreMates, NamesThatTellTheMateInTheirLastCharacter) {
   EXPECT_TRUE(areMates("@a_F x", "@a_R y"));
 }
 
+TEST(AreMates, NamesThatVelkRunTakes) {
+  EXPECT_TRUE(areMates("@a/1", "@a"));
+  EXPECT_TRUE(areMates("@a x", "@a/2 x"));
+  EXPECT_TRUE(areMates("@a/1", "@a.2"));
+}
+
 TEST(AreMates, OtherNames) {
   EXPECT_FALSE(areMates("@a/2", "@a/1"));
   EXPECT_FALSE(areMates("@a/1", "@b/2"));

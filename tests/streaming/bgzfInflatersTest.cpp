@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "streaming/gzipDecoder.h"
 #include "streaming/gzipInput.h"
 #include "tests/streaming/gzipWays.h"
 
@@ -178,6 +179,13 @@ TEST_P(BgzfInflating, StreamThatEndsBeforeItsTrailerIsNotSound) {
   ++longer[16];
   expectTaken(member, 1000, {"ACGT\n", member.size(), true});
   expectTaken(longer, 1000, {"", 0, false});
+}
+
+TEST(BgzfInflaters, AreTwoFromFourWorkersOn) {
+  EXPECT_EQ(1, inflatersFor(1));
+  EXPECT_EQ(1, inflatersFor(3));
+  EXPECT_EQ(2, inflatersFor(4));
+  EXPECT_EQ(2, inflatersFor(64));
 }
 
 TEST(BgzfHeader, OnlyItsOwnFormCounts) {

@@ -5,7 +5,7 @@
 
 #include "driver/velk.h"
 #include "placement/Read2Scaf.h"
-#include "survey/pairGeometry.h"
+#include "survey/insertSize.h"
 #include "tests/support/assembly.h"
 
 namespace velk::survey {

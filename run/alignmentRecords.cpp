@@ -1,4 +1,4 @@
-#include "run/describe.h"
+#include "run/alignmentRecords.h"
 
 #include <algorithm>
 #include <cmath>
@@ -154,8 +154,8 @@ OutRecord Description::recordOf(const Laid& laid, bool isPrimary) const {
 
 }  // namespace
 
-std::vector<OutRecord> describe(const FoundEntry& entry, const Library& library,
-                                const Assembly& assembly, double mapCut) {
+std::vector<OutRecord> alignmentRecords(const FoundEntry& entry, const Library& library,
+                                        const Assembly& assembly, double mapCut) {
   return Description(entry, library, assembly, mapCut).make();
 }
 

@@ -1,4 +1,4 @@
-#include "report/judgement.h"
+#include "report/gapReasons.h"
 
 #include <algorithm>
 #include <cmath>

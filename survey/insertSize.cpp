@@ -1,4 +1,4 @@
-#include "survey/pairGeometry.h"
+#include "survey/insertSize.h"
 
 #include <algorithm>
 #include <cassert>

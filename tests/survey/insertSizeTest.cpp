@@ -1,5 +1,5 @@
 // Where reads lie, what pairs on contigs of many lengths show, and the insert sizes that follow.
-#include "survey/pairGeometry.h"
+#include "survey/insertSize.h"
 
 #include <gtest/gtest.h>
 

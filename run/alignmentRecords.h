@@ -1,5 +1,5 @@
-// What is said of a found read: the alignment records that it gets, and how sure its places are
-// (doc/places.md). Pure functions; any thread may call them.
+// The alignment records that a found read gets, with how sure its places are (doc/places.md).
+// Pure functions; any thread may call them. run/bam.h writes the records.
 #pragma once
 
 #include <cstdint>
@@ -40,8 +40,8 @@ struct OutRecord {
 
 /// The records of an entry: of a pair at least one for each read. The first reads' come first, and
 /// of each read the primary one. `mapCut`: the least share of equal bases in an overlap.
-std::vector<OutRecord> describe(const FoundEntry& entry, const Library& library,
-                                const Assembly& assembly, double mapCut);
+std::vector<OutRecord> alignmentRecords(const FoundEntry& entry, const Library& library,
+                                        const Assembly& assembly, double mapCut);
 
 /// A read at a gap: found there, or with the other read of its pair.
 struct GapRead {
