@@ -54,9 +54,9 @@ void ContigText::markNonAcgtWindows(std::size_t n, uint64_t from, std::string_vi
   __atomic_store_n(&contig.hasNonAcgt, 1U, __ATOMIC_RELAXED);
   for (std::size_t i = 0; i < letters.size(); ++i) {
     if (baseCode(letters[i]) < 4) continue;
-    const uint64_t end = std::min(from + i + 1, contig.endWindow());
+    const uint64_t stop = std::min(from + i + 1, contig.endWindow());
     const uint64_t first = from + i + 1 - static_cast<uint64_t>(windowLength_);
-    for (uint64_t p = std::max(first, contig.firstWindow); p < end; ++p) markRepeated(p);
+    for (uint64_t p = std::max(first, contig.firstWindow); p < stop; ++p) markRepeated(p);
   }
 }
 

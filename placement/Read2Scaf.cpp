@@ -73,12 +73,12 @@ void checkSingleRead(int64_t& i, const std::string& read, uint32_t& n, int t) {
 
 void checkForwardRead(int64_t& i, const std::string& anchor, const std::string& mate, uint32_t& n,
                       int t) {
-  i = placeOnePair(Direction::kForward, anchor, mate, {t, n});
+  i = placeOnePair(Direction::kForward, anchor, mate, RowSink{t, n});
 }
 
 void checkReverseRead(int64_t& i, const std::string& anchor, const std::string& mate, uint32_t& n,
                       int t) {
-  i = placeOnePair(Direction::kReverse, anchor, mate, {t, n});
+  i = placeOnePair(Direction::kReverse, anchor, mate, RowSink{t, n});
 }
 
 int MapRead2Lcontig(const std::string& contig, const std::string& read, int64_t offset) {

@@ -89,14 +89,14 @@ Outputs::Outputs(const ResultFolder& folder, const Assembly& assembly,
 
 void Outputs::take(const FoundEntry& entry) {
   const Library& library = libraries_[entry.library];
-  const std::vector<OutRecord> records =
+  const std::vector<OutRecord> ofEntry =
       alignmentRecords(entry, library, assembly_, options_.mapCut);
-  for (std::size_t n = 0; n < records.size(); ++n) {
-    records_.add(keyOf(records[n], n), encodeBam(records[n], library.name));
+  for (std::size_t n = 0; n < ofEntry.size(); ++n) {
+    records_.add(keyOf(ofEntry[n], n), encodeBam(ofEntry[n], library.name));
   }
-  noteReaches(assembly_, records, evidence_);
+  noteReaches(assembly_, ofEntry, evidence_);
   clashes_.add(entry.library, entry.texts[0].name);
-  takeForGaps(entry, records);
+  takeForGaps(entry, ofEntry);
 }
 
 void Outputs::takeForGaps(const FoundEntry& entry, const std::vector<OutRecord>& records) {
