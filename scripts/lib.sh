@@ -108,3 +108,15 @@ require_packages() {
   echo "(On a system other than Debian 12 the names may differ.)" >&2
   exit 1
 }
+
+# build_program [zlib|isal]: builds velk alone, in build/program, or in build/program-LIBRARY to inflate
+# with that library.
+build_program() {
+  local build=$root/build/program${1:+-$1} options=(-DVELK_TESTS=OFF -DVELK_CHECK=OFF -DVELK_RUN=OFF)
+  case ${1:-} in
+    zlib) options+=(-DVELK_ISAL=OFF) ;;
+    isal) options+=(-DVELK_ISAL=ON) ;;
+  esac
+  cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release "${options[@]}" >/dev/null
+  cmake --build "$build" --parallel 2 >/dev/null
+}

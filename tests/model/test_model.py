@@ -12,6 +12,7 @@ import index
 import number
 import options
 import placement
+import runner
 import streaming
 import streams
 import velk_model
@@ -307,6 +308,14 @@ class Damage(unittest.TestCase):
                              (b">r0\nCC\n>r1\nACGT\n", reason))
         self.assertEqual(streams.gunzip(whole + whole[:-1], to_block=True),
                          (b">r0\nCC\n" * 2, b"unexpected end of file"))
+
+    def test_damage_inside_a_block_and_elsewhere(self):
+        whole = gzip.compress(b">r1\nACGTTGCAACGTAC\n")
+        for content, expected in ((whole, False), (whole[:-9], True), (whole[:-1], False),
+                                  (whole + b"x", False), (whole[:10] + b"\xff" + whole[11:], False),
+                                  (whole[10:], False)):
+            files = {"a": ("file", content), "b": ("link", b"a"), "c": ("dir", b"")}
+            self.assertEqual(runner.damaged_inside_a_block(files), expected)
 
 
 class Generator(unittest.TestCase):
