@@ -109,13 +109,13 @@ require_packages() {
   exit 1
 }
 
-# build_program [zlib|isal]: builds velk alone, in build/program, or in build/program-LIBRARY to inflate
-# with that library.
+# build_program program|program-zlib|program-isal: builds velk alone in that folder below build/, to inflate
+# with the library that the name says.
 build_program() {
-  local build=$root/build/program${1:+-$1} options=(-DVELK_TESTS=OFF -DVELK_CHECK=OFF -DVELK_RUN=OFF)
-  case ${1:-} in
-    zlib) options+=(-DVELK_ISAL=OFF) ;;
-    isal) options+=(-DVELK_ISAL=ON) ;;
+  local build=$root/build/$1 options=(-DVELK_TESTS=OFF -DVELK_CHECK=OFF -DVELK_RUN=OFF)
+  case $1 in
+    *-zlib) options+=(-DVELK_ISAL=OFF) ;;
+    *-isal) options+=(-DVELK_ISAL=ON) ;;
   esac
   cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release "${options[@]}" >/dev/null
   cmake --build "$build" --parallel 2 >/dev/null
