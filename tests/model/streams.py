@@ -11,6 +11,7 @@ MAGIC = b"\x1f\x8b"
 # Reasons around the compressed data; those within it have one name.
 FRAME_REASONS = {"unknown compression method", "unknown header flags set", "header crc mismatch",
                  "incorrect data check", "incorrect length check"}
+DAMAGED_BLOCK = b"invalid compressed data"
 
 
 def gunzip(data, to_block=False):
@@ -29,7 +30,7 @@ def gunzip(data, to_block=False):
         except zlib.error as error:
             reason = re.sub(r"^Error -?\d+ while decompressing data: ", "", str(error))
             if reason not in FRAME_REASONS:
-                reason = "invalid compressed data"
+                return before + before_damage(data, to_block), DAMAGED_BLOCK
             return before + before_damage(data, to_block), reason.encode()
         if not member.eof:
             return before + before_damage(data, True) if to_block else content, \

@@ -309,13 +309,14 @@ class Damage(unittest.TestCase):
         self.assertEqual(streams.gunzip(whole + whole[:-1], to_block=True),
                          (b">r0\nCC\n" * 2, b"unexpected end of file"))
 
-    def test_damage_inside_a_block_and_elsewhere(self):
+    def test_files_with_a_damaged_block(self):
         whole = gzip.compress(b">r1\nACGTTGCAACGTAC\n")
-        for content, expected in ((whole, False), (whole[:-9], True), (whole[:-1], False),
-                                  (whole + b"x", False), (whole[:10] + b"\xff" + whole[11:], False),
+        damaged = whole[:10] + b"\xff" + whole[11:]
+        for content, expected in ((whole, False), (damaged, True), (whole + damaged, True),
+                                  (whole[:-9], False), (whole[:-1], False), (whole + b"x", False),
                                   (whole[10:], False)):
             files = {"a": ("file", content), "b": ("link", b"a"), "c": ("dir", b"")}
-            self.assertEqual(runner.damaged_inside_a_block(files), expected)
+            self.assertEqual(runner.has_damaged_block(files), expected)
 
 
 class Generator(unittest.TestCase):
