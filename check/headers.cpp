@@ -14,7 +14,7 @@
 namespace velk::check {
 namespace {
 
-enum Kind : uint8_t { kBase, kLower, kGap, kReturn, kOther };
+enum LetterKind : uint8_t { kBase, kLower, kGap, kReturn, kOther };
 
 std::array<uint8_t, 256> makeKinds() {
   std::array<uint8_t, 256> kinds{};

@@ -13,7 +13,7 @@ namespace {
 
 using run::countText;
 
-constexpr std::size_t kMostRows = 100;  // gaps that gained, and as many that lost
+constexpr std::size_t kMostChanges = 100;  // gaps that gained, and as many that lost
 
 constexpr const char* kMinus = "&minus;";
 
@@ -132,7 +132,7 @@ std::string gapTable(const Comparison& comparison, const Findings& one, const Fi
       "class=word>Why few, second</tr></thead><tbody>";
   const std::vector<SharedGap>& gaps = comparison.gaps;
   for (std::size_t n = 0; n < gaps.size(); ++n) {
-    const bool isShown = n < kMostRows || n + kMostRows >= gaps.size();
+    const bool isShown = n < kMostChanges || n + kMostChanges >= gaps.size();
     if (isShown) html += rowOf(comparison, gaps[n], one, other);
   }
   return html + "</tbody></table></div></section>";

@@ -14,14 +14,14 @@
 namespace velk::report {
 namespace {
 
-using Json = nlohmann::json;
+using Parsed = nlohmann::json;
 using run::Failure;
 using run::Status;
 
 constexpr std::size_t kFixedColumns = 11;  // of gaps.tsv, in front of those of the libraries
 constexpr std::size_t kLastColumns = 2;
 
-LibraryData libraryOf(const Json& json) {
+LibraryData libraryOf(const Parsed& json) {
   LibraryData library;
   library.name = json.at("name").get<std::string>();
   library.kind = json.at("kind").get<std::string>();
@@ -43,22 +43,22 @@ LibraryData libraryOf(const Json& json) {
   return library;
 }
 
-RunData factsOf(const Json& json) {
+RunData factsOf(const Parsed& json) {
   RunData data;
   data.version = json.at("program").at("version").get<std::string>();
   data.sample = json.at("sample").get<std::string>();
-  const Json& options = json.at("options");
+  const Parsed& options = json.at("options");
   data.settings = {
       options.at("kmer").get<int64_t>(),           options.at("read_length").get<int64_t>(),
       options.at("big_gap_length").get<int64_t>(), options.at("min_contig").get<int64_t>(),
       options.at("min_identity").get<double>(),    options.at("min_overlap").get<double>()};
-  const Json& assembly = json.at("assembly");
+  const Parsed& assembly = json.at("assembly");
   data.assembly = {assembly.at("name").get<std::string>(), assembly.at("scaffolds").get<uint64_t>(),
                    assembly.at("bases").get<uint64_t>(), assembly.at("contigs").get<uint64_t>()};
   data.warnings = json.at("warnings").get<std::vector<std::string>>();
   data.readsSearched = json.at("results").at("reads_searched").get<uint64_t>();
   data.readsFound = json.at("results").at("reads_found").get<uint64_t>();
-  for (const Json& library : json.at("libraries")) data.libraries.push_back(libraryOf(library));
+  for (const Parsed& library : json.at("libraries")) data.libraries.push_back(libraryOf(library));
   return data;
 }
 
@@ -157,7 +157,7 @@ std::string textOfFile(const std::string& file) {
 RunData readRun(const std::string& folder, std::string_view summary) {
   RunData data;
   try {
-    data = factsOf(Json::parse(summary));
+    data = factsOf(Parsed::parse(summary));
   } catch (const nlohmann::json::exception&) {
     throw Failure(Status::kFailed, folder + "/summary.json is not as velk-run writes it");
   }

@@ -86,17 +86,17 @@ int differences(const ScaffoldText& scaffold, int64_t start, std::string_view re
 
 namespace {
 
-constexpr std::string_view kLetters = "ACGTUMRWSYKVHDBN";
+constexpr std::string_view kNucleotides = "ACGTUMRWSYKVHDBN";
 constexpr std::string_view kComplements = "TGCAAKYWSRMBDHVN";
-static_assert(kLetters.size() == kComplements.size());
+static_assert(kNucleotides.size() == kComplements.size());
 
 constexpr std::array<char, 256> makeComplements() {
   std::array<char, 256> table{};
   for (std::size_t letter = 0; letter < table.size(); ++letter) {
     table[letter] = static_cast<char>(letter);
   }
-  for (std::size_t i = 0; i < kLetters.size(); ++i) {
-    table[static_cast<unsigned char>(kLetters[i])] = kComplements[i];
+  for (std::size_t i = 0; i < kNucleotides.size(); ++i) {
+    table[static_cast<unsigned char>(kNucleotides[i])] = kComplements[i];
   }
   return table;
 }

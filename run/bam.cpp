@@ -24,7 +24,7 @@ constexpr uint64_t kLongestOfBai = (uint64_t{1} << 29) - 1;  // bases
 constexpr int kSmallestBinOfCsi = 14;                        // as a power of 2, the same as in BAI
 
 // In front of a record's data.
-struct Head {
+struct RecordHead {
   bam1_core_t core;
   uint32_t library;
   uint32_t unused = 0;  // in place of padding: the bytes of shares are the same each time
@@ -90,14 +90,14 @@ std::string encodeBam(const OutRecord& record, const std::string& readGroup) {
                    record.templateLength, record.bases.size(), record.bases.data(),
                    quality.empty() ? nullptr : quality.data(), 0));
   addTags(bam, record, readGroup);
-  const Head head{bam->core, record.library};
+  const RecordHead head{bam->core, record.library};
   std::string bytes(reinterpret_cast<const char*>(&head), sizeof head);
   bytes.append(reinterpret_cast<const char*>(bam->data), static_cast<std::size_t>(bam->l_data));
   return bytes;
 }
 
 BamName bamNameOf(std::string_view bytes) {
-  Head head;
+  RecordHead head;
   std::memcpy(&head, bytes.data(), sizeof head);
   // Behind the name stand the zeros that end it.
   const std::size_t length = head.core.l_qname - head.core.l_extranul - 1U;
@@ -106,7 +106,7 @@ BamName bamNameOf(std::string_view bytes) {
 
 void decodeBam(std::string_view bytes, std::string_view namePrefix, bam1_t* record) {
   std::memcpy(&record->core, bytes.data(), sizeof record->core);
-  bytes.remove_prefix(sizeof(Head));
+  bytes.remove_prefix(sizeof(RecordHead));
   if (record->m_data < bytes.size()) {
     void* const grown = std::realloc(record->data, bytes.size());
     if (grown == nullptr) throw std::bad_alloc();

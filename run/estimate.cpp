@@ -20,7 +20,6 @@ constexpr double kFindRecord = 6.5e-6;   // a record, described and sorted, of a
 constexpr double kWriteRecord = 6.2e-6;  // the same, written to the files of a result
 constexpr double kJobStart = 1.1;        // of a job, until an idle Slurm has started it
 
-constexpr uint64_t kWorkingMemory = uint64_t{300} << 20;  // bytes: batches, what is found
 constexpr double kPackedText = 0.7;  // of a text, which only compressed files are smaller than
 
 // Reads of a sample, their characters and bases.

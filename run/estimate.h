@@ -10,6 +10,9 @@
 
 namespace velk::run {
 
+/// What a run takes beside the assembly and its index: batches, what is found. Bytes.
+inline constexpr uint64_t kWorkingMemory = uint64_t{300} << 20;
+
 /// What all tasks have in common.
 struct CommonEstimate {
   double loadSeconds = 0;   // of the assembly; none where its index is saved

@@ -65,7 +65,7 @@ void BgzipWriter::close() {
 namespace {
 
 // In front of the texts of an encoded entry.
-struct Head {
+struct EntryHead {
   uint32_t library;
   uint32_t reads;
 };
@@ -110,7 +110,7 @@ void putRead(std::string& text, const reads::RecordView& read) {
 
 std::string encodeFastq(const FoundEntry& entry, Written written) {
   std::string text;
-  put(text, Head{entry.library, written == Written::kBoth ? 2U : 1U});
+  put(text, EntryHead{entry.library, written == Written::kBoth ? 2U : 1U});
   if (written != Written::kSecond) putRead(text, entry.texts[0]);
   if (written != Written::kFirst) putRead(text, entry.texts[1]);
   return text;
@@ -118,7 +118,7 @@ std::string encodeFastq(const FoundEntry& entry, Written written) {
 
 void FastqWriter::write(uint64_t gap, std::string_view encoded) {
   beginGapsTo(gap + 1);
-  const Head head = take<Head>(encoded);
+  const EntryHead head = take<EntryHead>(encoded);
   std::string text;
   for (uint32_t n = 0; n < head.reads; ++n) {
     const Lengths lengths = take<Lengths>(encoded);

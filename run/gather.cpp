@@ -6,6 +6,7 @@
 #include "run/failure.h"
 #include "run/foundStore.h"
 #include "run/plan.h"
+#include "run/preflight.h"
 #include "run/resultNames.h"
 #include "run/results.h"
 #include "run/session.h"
@@ -15,8 +16,6 @@
 
 namespace velk::run {
 namespace {
-
-constexpr uint64_t kOtherFiles = 32;  // that are open beside those of the shares
 
 // A share, and the folder that holds it.
 struct Held {

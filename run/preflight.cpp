@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "reads/readInput.h"
+#include "run/estimate.h"
 #include "run/failure.h"
 #include "run/terminal.h"
 #include "survey/assembly.h"
@@ -22,8 +23,6 @@ namespace velk::run {
 namespace {
 
 constexpr std::size_t kLongRead = 1000;  // bases, from which on reads are of another kind
-constexpr uint64_t kWorkingMemory = uint64_t{300} << 20;  // bytes: batches, what is found
-constexpr uint64_t kOtherFiles = 32;
 constexpr double kUnlike = 0.05;  // share by which a given insert may differ from the measured
 
 // One finding for all places of a kind.

@@ -11,6 +11,9 @@
 
 namespace velk::run {
 
+/// Files that are open beside those of the inputs or the shares.
+inline constexpr uint64_t kOtherFiles = 32;
+
 /// A kind of thing that is not as it should be, reported once.
 struct Finding {
   bool isError;  // the run stops, unless it is forced

@@ -101,17 +101,17 @@ static_assert(std::endian::native == std::endian::little, "gaps.idx has its numb
 constexpr std::string_view kMark = "VELKGAP\x01";  // with the version
 
 // Behind the mark.
-struct Head {
+struct IndexHead {
   uint64_t gaps;
   uint64_t reach;
 };
-constexpr std::size_t kEntries = kMark.size() + sizeof(Head);  // where they begin
+constexpr std::size_t kEntries = kMark.size() + sizeof(IndexHead);  // where they begin
 
 }  // namespace
 
 std::string gapIndexText(const std::vector<GapEntry>& entries, uint64_t reach) {
   std::string text(kMark);
-  const Head head{entries.size() - 1, reach};
+  const IndexHead head{entries.size() - 1, reach};
   text.append(reinterpret_cast<const char*>(&head), sizeof head);
   text.append(reinterpret_cast<const char*>(entries.data()), entries.size() * sizeof(GapEntry));
   return text;
@@ -119,7 +119,7 @@ std::string gapIndexText(const std::vector<GapEntry>& entries, uint64_t reach) {
 
 GapIndex::GapIndex(const std::string& file) : file_(file), descriptor_(file, O_RDONLY) {
   std::array<char, kMark.size()> mark{};
-  Head head{};
+  IndexHead head{};
   struct stat status {};
   const auto size =
       fstat(descriptor_.get(), &status) == 0 ? static_cast<uint64_t>(status.st_size) : 0;
