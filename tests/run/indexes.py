@@ -22,6 +22,7 @@ from savedIndex import BYTES, HEADER_END, KMER, PAGE, PARTS, SMALL, VERSION, Sav
 from shares import result
 
 READS = ["reads_1.fq.gz", "reads_2.fq.gz"]
+STEP = 7 if "VELK_SHORT" in os.environ else 1  # from one changed byte to the next
 
 
 class Base(unittest.TestCase):
@@ -249,7 +250,7 @@ class Damaged(Base):
         self.check_refuses(message)
 
     def test_every_byte_of_the_header(self):
-        for at in range(16, HEADER_END):
+        for at in range(16, HEADER_END, STEP):
             change_byte("index", at)
             self.check_refuses("its header has another checksum than was written")
             change_byte("index", at)
