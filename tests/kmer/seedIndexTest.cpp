@@ -2,6 +2,7 @@
 #include "kmer/seedIndex.h"
 
 #include <gtest/gtest.h>
+#include <zlib.h>
 
 #include <cstdint>
 #include <string>
@@ -189,6 +190,25 @@ TEST_F(SeedIndexTest, MarksOfEveryWindow) {
       EXPECT_EQ(marksOf(index), marksOf(model, index));
     }
   }
+}
+
+// Saved indexes hold these bytes. Where they change on purpose, kVersion of run/savedFormat.h does,
+// too.
+TEST_F(SeedIndexTest, BytesAreThoseOfSavedIndexes) {
+  RandomAssemblies random(11);
+  CONTIGLEN = 0;
+  uLong sum = 0;
+  for (const int kmer : {9, 31, 40}) {
+    Kmer = kmer;
+    const KmerModel model(longAssembly(random));
+    SeedIndex index;
+    ASSERT_TRUE(model.build(index, 2));
+    SeedIndex::forEachKept(index, [&](const auto& array) {
+      const auto* bytes = reinterpret_cast<const Bytef*>(array.begin());
+      sum = crc32_z(sum, bytes, array.size() * sizeof(array[0]));
+    });
+  }
+  EXPECT_EQ(sum, 2511079250U);
 }
 
 TEST_F(SeedIndexTest, SameForAnyNumberOfThreads) {

@@ -355,6 +355,15 @@ TEST_P(GzipDamage, WrongChecksum) {
   }
 }
 
+TEST_P(GzipDamage, WrongChecksumBeforeACut) {
+  constexpr std::size_t kField = 4;  // bytes
+  const std::size_t checksum = members_[0].size() - kTrailer;
+  const std::string wrong = flipped(members_[0], checksum, 0x10);
+  EXPECT_EQ(inflateFile(wrong.substr(0, checksum + kField)),
+            (Inflated{texts_[0], "incorrect data check"}));
+  EXPECT_EQ(inflateFile(wrong.substr(0, checksum + kField - 1)), (Inflated{texts_[0], kCut}));
+}
+
 TEST_P(GzipDamage, WrongLength) {
   for (std::size_t i = 4; i < kTrailer; ++i) {
     const std::size_t at = members_[0].size() - kTrailer + i;

@@ -114,5 +114,11 @@ TEST_F(OutOfMemory, WorkerEndsTheRunOnTheMainThread) {
       ExitedWithCode(2), Eq("[ERROR]: out of memory\n"));
 }
 
+TEST_F(OutOfMemory, UsageIsNotCutShort) {
+  failAllocationsFrom(1000, 0);
+  EXPECT_THROW(usage(), std::bad_alloc);
+  failAllocationsFrom(SIZE_MAX, 0);
+}
+
 }  // namespace
 }  // namespace velk::test
