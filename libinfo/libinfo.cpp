@@ -148,9 +148,9 @@ class Filler {
 }  // namespace
 
 Lib::~Lib() {
-  if (sfilenum != 0) delete[] single;
-  if (pfilenum != 0) delete[] pairs;
-  if (s2filenum != 0) delete[] single2;
+  delete[] single;
+  delete[] pairs;
+  delete[] single2;
 }
 
 bool splitColumn(const std::string& line, std::string& id, std::string& value) {
