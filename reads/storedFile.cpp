@@ -79,7 +79,7 @@ std::string_view StoredFile::next() {
 
 std::string_view StoredFile::readOn() {
   if (error_ != 0) return {};
-  if (block_ == nullptr) block_ = std::make_unique_for_overwrite<char[]>(kBlock);
+  if (block_ == nullptr) block_.reset(new char[kBlock]);
   ssize_t got = 0;
   do {
     got = read(descriptor_, block_.get(), kBlock);

@@ -120,7 +120,7 @@ void SpillSorter::add(const SortKey& key, std::string_view payload) {
 char* SpillSorter::room(std::size_t bytes) {
   if (bytes > left_ || blocks_.empty()) {
     const std::size_t size = std::max(bytes, std::min<uint64_t>(kBlockBytes, memory_));
-    blocks_.push_back(std::make_unique_for_overwrite<char[]>(size));
+    blocks_.push_back(std::unique_ptr<char[]>(new char[size]));
     left_ = size;
     heldBytes_ += size;
   }
