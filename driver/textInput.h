@@ -5,17 +5,22 @@
 #pragma once
 
 #include <cstdint>
-#include <fstream>
+#include <memory>
 #include <string>
+#include <string_view>
 
 namespace velk {
 
 class TextInput {
  public:
-  explicit TextInput(const std::string& file) : file_(file), stream_(file) {}
+  explicit TextInput(const std::string& file);
+  TextInput(TextInput&& other) noexcept;
+  TextInput(const TextInput&) = delete;
+  TextInput& operator=(const TextInput&) = delete;
+  ~TextInput();
 
   /// Whether the file could be opened.
-  bool isOpen() const { return stream_.is_open(); }
+  bool isOpen() const { return descriptor_ >= 0; }
 
   /// Reads the next line, ended by '\n' alone, into `line` (out). Returns false, and empties
   /// `line`, at the end of the file. Exits with status 1 after "[ERROR]: can't read FILE: REASON"
@@ -31,8 +36,13 @@ class TextInput {
   std::string place() const;
 
  private:
+  // Reads the next block. Returns false at the end of the file.
+  bool readBlock();
+
   std::string file_;
-  std::ifstream stream_;
+  std::unique_ptr<char[]> block_;
+  int descriptor_;
+  std::string_view unread_;  // of the block
   uint64_t lineNumber_ = 0;
 };
 
