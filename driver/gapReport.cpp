@@ -13,6 +13,10 @@ std::string gapReportFile() {
   return scaffold_file + ".gapsinfo";
 }
 
+void makeReadSums(uint64_t gapSum) {
+  readSumInEachGap = allocateArray<int>(gapSum, {294, "main", kMemoryError});
+}
+
 void writeGapReport() {
   const std::string gapInfoOutput = gapReportFile();
   LocalOutput gapInfoOutFile;

@@ -105,7 +105,7 @@ int run(int argc, char** argv) {
   say("Fetch kmers finished!\n");
   say("Initialize finished!\n");
 
-  readSumInEachGap = allocateArray<int>(gapSum, {294, "main", kMemoryError});
+  makeReadSums(gapSum);
   findReads(libs, libSum);
   writeGapReport();
   say("Output gaps information done!\n");

@@ -109,6 +109,11 @@ TEST_F(GapReport, ScaffoldWithoutContigs) {
   EXPECT_EQ(">s0\t0\t4294967295\n", reportOf({{}}));
 }
 
+TEST_F(GapReport, NoMemoryForTheReadSums) {
+  EXPECT_EXIT(makeReadSums(UINT64_MAX), ::testing::ExitedWithCode(2),
+              ::testing::Eq("Out of memory! Line: 294. Function: main\n"));
+}
+
 TEST_F(GapReport, NoScaffolds) {
   EXPECT_EQ("", reportOf({}));
 }
