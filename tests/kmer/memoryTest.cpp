@@ -2,7 +2,9 @@
 #include "kmer/machine.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <fstream>
 #include <utility>
 #include <vector>
 
@@ -34,6 +36,22 @@ TEST(Array, KeepsWhatItIsShrunkTo) {
   for (std::size_t i = 0; i < numbers.size(); ++i) ASSERT_EQ(numbers[i], i);
   numbers.shrink(0);
   EXPECT_EQ(numbers.begin(), numbers.end());
+}
+
+uint64_t bytesInMemory() {
+  uint64_t pages = 0;
+  std::ifstream("/proc/self/statm") >> pages >> pages;  // the second number
+  return pages * static_cast<uint64_t>(sysconf(_SC_PAGESIZE));
+}
+
+TEST(Array, ReturnsWhatItIsShrunkBy) {
+  constexpr std::size_t kNumbers = 4000000;
+  Array<uint64_t> numbers;
+  numbers.make(kNumbers);
+  for (std::size_t i = 0; i < kNumbers; ++i) numbers[i] = i;
+  const uint64_t before = bytesInMemory();
+  numbers.shrink(1000);
+  EXPECT_LT(bytesInMemory(), before - kNumbers * sizeof(uint64_t) * 3 / 4);
 }
 
 TEST(Array, ViewsMemoryThatOutlivesIt) {
