@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -15,6 +16,14 @@ namespace velk::test {
 namespace {
 
 constexpr int kLongestKmer = 70;  // of those that are tried one by one
+
+#ifdef VELK_SHORT
+constexpr std::array kKmersOfLongContigs = {10, 31};
+constexpr std::array kThreadsToCompare = {2, 5};
+#else
+constexpr std::array kKmersOfLongContigs = {1, 10, 17, 31, 32, 45};
+constexpr std::array kThreadsToCompare = {2, 3, 5, 8};
+#endif
 
 // An assembly of more letters than a thread takes at once, with repeats.
 Assembly longAssembly(RandomAssemblies& random) {
@@ -51,7 +60,7 @@ TEST_F(SeedIndexTest, EveryWindowOfRandomAssemblies) {
 TEST_F(SeedIndexTest, LongContigsBySeveralThreads) {
   RandomAssemblies random(1);
   CONTIGLEN = 0;
-  for (const int kmer : {1, 10, 17, 31, 32, 45}) {
+  for (const int kmer : kKmersOfLongContigs) {
     SCOPED_TRACE(testing::Message() << "k " << kmer);
     Kmer = kmer;
     expectRight(longAssembly(random), 3);
@@ -220,7 +229,7 @@ TEST_F(SeedIndexTest, SameForAnyNumberOfThreads) {
     SeedIndex one;
     ASSERT_TRUE(model.build(one, 1));
     const std::string marks = marksOf(one);
-    for (const int threads : {2, 3, 5, 8}) {
+    for (const int threads : kThreadsToCompare) {
       SCOPED_TRACE(testing::Message() << "k " << kmer << ", threads " << threads);
       SeedIndex other;
       ASSERT_TRUE(model.build(other, threads));
