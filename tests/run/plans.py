@@ -22,8 +22,10 @@ VELK_RUN = EXAMPLES = ""
 INPUTS = ["scaffolds.fa", "--samplesheet", "sheet.tsv", "--native"]
 TASKS = 3
 SHARES = [f"share.{task}" for task in range(TASKS)]
-# gcc's counters would be cut, too.
-SMALL_FILES = ["env", "GCOV_PREFIX=/dev/null", "GCOV_ERROR_FILE=/dev/null", "prlimit",
+# In front of a command whose files may have 20,000 bytes. gcc's counters would be cut, too: they go to
+# a folder of their own, and what gcc says of them to no one.
+COUNTERS = tempfile.TemporaryDirectory()  # pylint: disable=consider-using-with
+SMALL_FILES = ["env", f"GCOV_PREFIX={COUNTERS.name}", "GCOV_ERROR_FILE=/dev/null", "prlimit",
                "--fsize=20000"]
 COMPLEMENT = str.maketrans("ACGTN", "TGCAN")
 SHORT = "VELK_SHORT" in os.environ

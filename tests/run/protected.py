@@ -12,12 +12,11 @@ import sys
 import tempfile
 import unittest
 
+from plans import SMALL_FILES
+
 VELK_RUN = EXAMPLES = ""
 READS = ["reads_1.fq.gz", "reads_2.fq.gz"]
 SHEET = "library\tR1\tR2\tkind\nl\treads_1.fq.gz\treads_2.fq.gz\tpairs\n"
-# gcc's counters would be cut, too.
-SMALL_FILES = ["env", "GCOV_PREFIX=/dev/null", "GCOV_ERROR_FILE=/dev/null", "prlimit",
-               "--fsize=20480"]
 ANOTHER_FOLDER = "{} is an input, and the results would replace it; choose another folder"
 OF_RESULT = ("summary.json", "gaps.idx", "gaps.tsv", "pairs.fq.gz", "pairs.fq.gz.gzi",
              "singles.fq.gz", "flanks.fa.gz", "reads.bam", "report.html")
