@@ -26,16 +26,17 @@ bool isBases(std::string_view letters) {
   return letters.find_first_not_of("ACGTacgt") == std::string_view::npos;
 }
 
-std::string otherStrand(std::string_view bases) {
-  std::string reversed(bases.rbegin(), bases.rend());
-  for (char& base : reversed) base = "TGCA"[std::string_view("ACGT").find(base & ~32)];
-  return reversed;
-}
-
 std::string upperCase(std::string_view bases) {
   std::string upper(bases);
   for (char& base : upper) base = static_cast<char>(base & ~32);
   return upper;
+}
+
+std::string otherStrand(std::string_view bases) {
+  const std::string upper = upperCase(bases);
+  std::string reversed(upper.rbegin(), upper.rend());
+  for (char& base : reversed) base = "TGCA"[std::string_view("ACGT").find(base)];
+  return reversed;
 }
 
 // What the bits of one k-mer of bases alone say of it.
